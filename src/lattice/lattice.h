@@ -16,6 +16,7 @@
 
 #include "heuristics/heuristic_vector.h"
 #include "lattice/coord_solver.h"
+#include "lattice/enumeration_tree.h"
 #include "lattice/stage.h"
 #include "lib/os/mutex_vars.h"
 #include "lib/set.h"
@@ -104,6 +105,7 @@ class Lattice : public Tessik<T> {
   Vector<T> enumCoeffs;
   F enumBound = F(0);
   Array<Stage<T, F>> stages;                  // up to rank + 1 used
+  EnumerationTree<F> tree;                    // the block's stages while its nodes are walked; scratch
   SortedSet<HeuristicVector<T, F>> homogeneousVectors;
   SortedSet<HeuristicVector<T, F>> inhomogeneousVectors;
   Vector<T> scaleFactor;                      // weight per coordinate, all 1 after generation
@@ -167,6 +169,14 @@ class Lattice : public Tessik<T> {
   void swapBase(long i, long j, bool keepStatus);
   long deepInsert(long k);
   void sortBasis(long m);                     // rows 1..m (0: rank) ascending by squared length, heapsort
+
+  // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters the basis
+  int trivialInsert(const Vector<T>& x, long first, long last);
+  void insertCombination(Vector<T>& x, long first, long last);
+  void replaceCombination(Vector<T>& x, long first, long last, long pos);
+
+  // lattice/enumeration.cpp
+  void enumerate(const Vector<T>* target);
 
   // lattice/kernel.cpp
   SerializableArray<Matrix<T>> kernelReduce();
@@ -234,6 +244,19 @@ class Lattice : public Tessik<T> {
 
  private:
   void installListeners();
+
+  // lattice/insertion.cpp
+  void exchangeInBlock(Vector<T>& x, long i, long j);
+  void combineIntoScratch(const Vector<T>& x, long first, long last);
+  // lattice/enumeration.cpp
+  struct Block;
+  void openBlock(Block& block);
+  void searchBlock(Block& block);
+  void newMinimum(Block& block);
+  void repairAfterFind(Block& block);
+  void firstReduction();
+  void targetCoordinates(Vector<F>& out, const Vector<T>& target, long first, long last) const;
+  void composeAndCheck(const Vector<T>& coeffs, long first, long last);
 };
 
 // Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the first
