@@ -138,7 +138,9 @@ std::string decimalsByText(const QQ& x, long wholeDigits, bool strict) {
   }
   if (s == 0) return "";
   acc.removeTrailingZeros();
-  return "." + std::string(static_cast<std::size_t>(std::max(lead, 0L)), '0') + acc.to_string();
+  std::string text(".");
+  text.append(static_cast<std::size_t>(std::max(lead, 0L)), '0');
+  return text.append(acc.to_string());
 }
 
 }  // namespace
@@ -146,7 +148,8 @@ std::string decimalsByText(const QQ& x, long wholeDigits, bool strict) {
 dbl_t toDoubleByText(const QQ& x, bool strict) {
   if (x.isInf) return signedInfinity(x.sign);
   const long digits = x.ganze.digits();
-  std::string text = (x.sign ? "" : "-") + x.ganze.to_string();
+  std::string text(x.sign ? "" : "-");
+  text += x.ganze.to_string();
   if (digits <= PRECISION_DIGITS)
     text += decimalsByText(x, digits, strict);
   else if (strict)

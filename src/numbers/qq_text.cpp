@@ -162,10 +162,11 @@ std::string toText(const QQ& x) {
   if (x.isInf) return text + "inf";
   if (x.isExactZero()) return "0";
   const bool fraction = !x.zaehler.isZero();
-  if (!x.ganze.isZero()) text += x.ganze.to_string() + (fraction ? ":" : "");
+  if (!x.ganze.isZero()) text += x.ganze.to_string();
+  if (!x.ganze.isZero() && fraction) text += ':';
   if (fraction) {
     text += x.zaehler.to_string();
-    if (!x.nenner.isOne()) text += "/" + x.nenner.to_string();
+    if (!x.nenner.isOne()) text.append("/").append(x.nenner.to_string());
   }
   return text;
 }
