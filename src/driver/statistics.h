@@ -1,0 +1,63 @@
+// The counters of a run, one instance per precision. Pulls in nothing of the layers above the library.
+#pragma once
+
+#include <ctime>
+
+#include "lib/constants.h"
+#include "lib/os/mutex_type.h"
+
+namespace latbox {
+
+class QQ;
+
+struct Statistics {
+  long long iterations = 0;
+  bool reinserting = false;  // kept vectors come back: their improvements and solutions aren't counted
+  long long inhomogeneousImprovements = 0;
+  long long targetImprovements = 0;
+  long long solutionsFound = 0;
+  long long noPrimaryImprovement = 0;  // consecutive iterations without primary improvement
+  // Values at the top of the current iteration.
+  long long inhomogeneousImprovementsBefore = 0;
+  long long targetImprovementsBefore = 0;
+  long long solutionsFoundBefore = 0;
+  long long samplingBasisExtensionsBefore = 0;
+  long long basisSubstitutionsTrivial = 0;
+  long long basisSubstitutionsNontrivial = 0;
+  long long nontrivialBasisExtensions = 0;
+  long long samplingBasisExtensions = 0;
+  long long deepInsertions = 0;
+  long long pairwiseCollections = 0;
+  long long samplingCollections = 0;
+  std::time_t discoveryStart;
+  MutexType<long> startTime;
+
+  Statistics();
+  Statistics(const Statistics&) = default;
+  Statistics& operator=(const Statistics&) = default;
+
+  // Copies the progress counters into the four snapshot fields.
+  void takeSnapshot();
+  // Counts an iteration with or without primary progress. The rule is asymmetric by design.
+  void updateProgress();
+};
+
+// The two instances live from before main to the end of the process; they are never destroyed, since exit()
+// may run while another thread still counts.
+Statistics& statisticsStandard();
+Statistics& statisticsExtended();
+
+// The instance of a number type.
+template <class T>
+Statistics& statisticsOf();
+template <>
+inline Statistics& statisticsOf<dbl_t>() { return statisticsStandard(); }
+template <>
+inline Statistics& statisticsOf<QQ>() { return statisticsExtended(); }
+
+// The discovery time to stamp on a vector: seconds since discoveryStart, multiplied by `bench` in a benchmark
+// run (|bench| > 1e-9). The one helper that stamps times.
+template <class T>
+long stampNow(float bench);
+
+}  // namespace latbox

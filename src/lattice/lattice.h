@@ -1,0 +1,248 @@
+// The lattice object on which every reduction and heuristic works.
+//
+// Declared once here, defined over many sources, one technique per file; each group below names its file.
+// T is the number type of the exact data (dbl_t or QQ), F (always dbl_t) that of what guides the reduction.
+// All arrays are 1-based. `rank` rows, `dim` coordinates; coordinate `dim` is the inhomogeneous one. Row 0 of B
+// exists and is scratch. A lattice object belongs to the solver thread; other threads read its parameters and
+// mainVars alone.
+//
+// Unit and weighted coordinates. B is weighted: weighted = scaleFactor * unit, componentwise, plus
+// (unit[dim] / inhomBase) * translation. B_save, TT, the bounds, the collections, the best vectors and the
+// solutions are in unit coordinates.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "heuristics/heuristic_vector.h"
+#include "lattice/coord_solver.h"
+#include "lattice/stage.h"
+#include "lib/os/mutex_vars.h"
+#include "lib/set.h"
+#include "params/params.h"
+#include "program/tessik.h"
+
+namespace latbox {
+
+// States of one basis vector. A set of bits, but for STATUS_DEPENDENT, which stands alone: setting bits clears
+// it first, and tests are `== STATUS_DEPENDENT`.
+inline constexpr short STATUS_DEPENDENT = 1;   // dependent on its predecessors, or zero
+inline constexpr short STATUS_GSO = 0x02;      // mu row, bNormSq and bstarSq are valid
+inline constexpr short STATUS_FULL = 0x0e;     // row computed by lq_full, includes STATUS_GSO
+inline constexpr short STATUS_LQ = 0x16;       // row computed by lq_reduced, includes STATUS_GSO
+inline constexpr short STATUS_REDUCED = 0x20;  // size-reduced against its predecessors
+inline constexpr short STATUS_SWEPT = 0x40;    // the sweep passed and nothing changed it since
+
+// The number of transformation matrices above which a warning appears.
+inline constexpr long T_MAT_NBR = 20;
+
+// Bits of the result of checkSolution.
+inline constexpr unsigned CHECK_FOREIGN = 1;    // not part of the lattice
+inline constexpr unsigned CHECK_FEASIBLE = 2;   // feasible
+inline constexpr unsigned CHECK_LOOKED = 4;     // looked at as a solution
+inline constexpr unsigned CHECK_NEW = 8;        // a new solution was recorded
+inline constexpr unsigned CHECK_BOUND = 16;     // a bound was improved
+inline constexpr unsigned CHECK_LIMIT = 32;     // the limit on solutions was reached
+
+// What a caller of checkSolution knows of its vector. A row of B, or an integer combination of rows or of
+// members of the collections, is a lattice vector by construction: every row operation is unimodular and
+// exact, or has thrown. Such a vector passes the membership test at once; before anything of it is recorded
+// it takes the real test all the same.
+enum class Membership { unknown, byConstruction };
+
+// When a candidate was found. A time of 0 that was read from a file is known, and not "now".
+struct DiscoveryTime {
+  bool known = false;
+  long seconds = 0;
+};
+inline constexpr DiscoveryTime NOW{};
+constexpr DiscoveryTime foundAfter(long seconds) { return {true, seconds}; }
+
+template <class T, class F>
+class Lattice : public Tessik<T> {
+ public:
+  using Tessik<T>::stars;
+
+  long savedSeconds = 0;  // seconds read from a .lat file
+  long rank = 0;
+  long dim = 0;
+  T inhomBase = T(1);     // inhomogeneous coordinate in unit coordinates
+  T inhomScaled = T(1);   // scaleFactor[dim] * inhomBase
+  ExtendedParams<T> params;
+  MainMutexVars mainVars;
+  std::string latFile;
+
+  HeuristicVector<T, F> bestInhomogeneous;    // best vector with inhomogeneous coordinate, empty when none
+  HeuristicVector<T, F> bestSlack;            // best judged feasible vector, empty when none
+  Array<TargetVector<T>> solutions;           // found in this run, in order of discovery
+  Tessik<T> program;                          // as read; prepared by stage one
+
+  T R = T(0);                                 // common range of the centred embedding
+  Vector<T> lbnd, ubnd;                       // check vectors: allowed range per coordinate
+  Vector<T> lbndSaved, ubndSaved;             // as generated
+  bool symmetricBounds = false;               // lbnd == -ubnd
+  long checkMode = 0;                         // 0 no check vectors, 1 equation lattice, 2 final lattice
+  T normBound = T(0);                         // 3 * max squared length of lbnd, ubnd
+  Vector<T> c;                                // multiplier per coordinate of the embedding (in the .lat file)
+  bool generatedTu = false;                   // the base part's tu when the basis was generated: fixes the layout
+
+  SerializableArray<Matrix<T>> TT;            // transformations; TT[TT.MN] * B_save = unscaled(B)
+  Matrix<T> B_save;                           // basis as generated or read, unit coordinates
+  Matrix<T> B;                                // current basis, weighted coordinates
+  Matrix<F> Bstar;
+  Matrix<F> mu;                               // rank x rank; mu[i][i] = 1, zero above the diagonal
+  Vector<T> bNormSq;
+  Vector<F> bstarSq;
+  long interval_tt = 100;                     // adaptive swap budget of a sweep
+  CoordSolver<T> coordSolver;
+  Array<short> status;                        // rank words; what is valid per row
+  bool blended = false;                       // STATUS_DEPENDENT survives invalidation while set
+  SerializableArray<Matrix<F>> lqStages;
+  Vector<F> lqNorms;
+  SerializableArray<Matrix<F>> lqReflections;
+  Matrix<F> lqL;
+  Vector<T> enumCoeffs;
+  F enumBound = F(0);
+  Array<Stage<T, F>> stages;                  // up to rank + 1 used
+  SortedSet<HeuristicVector<T, F>> homogeneousVectors;
+  SortedSet<HeuristicVector<T, F>> inhomogeneousVectors;
+  Vector<T> scaleFactor;                      // weight per coordinate, all 1 after generation
+  Vector<T> translation;                      // shift per coordinate; empty reads as zeros; [dim] is 0
+  Vector<T> stepAverage;                      // running mean of the scale steps per coordinate
+  Vector<long> stepCount;
+
+  // lattice/lattice.cpp
+  Lattice();
+  Lattice(const Lattice& other);
+  // The whole state, parameters and mainVars by value. Deep, but of the factorisation scratch (lqStages,
+  // lqReflections, stages, enumCoeffs) only what `status` marks valid is carried; storage is reused.
+  Lattice& operator=(const Lattice& other);
+  // All mathematical members; the parameters too unless keepParameters. mainVars stay in either case.
+  void copyFrom(const Lattice& source, bool keepParameters);
+  // Every member from the lattice of the other precision. Throws PrecisionException with "Precision lost
+  // during conversion" where one does not convert and come back; what the lattice can recompute is dropped.
+  template <class U>
+  void convertFrom(const Lattice<U, F>& other);
+  // Back to the state of no file: no program, no basis, no vectors, names emptied; parameters and mainVars stay.
+  void reinitialise();
+  // rank, dim, B (with scratch row 0), B_save, TT, mu, status, stages, ... for a lattice of this size, all zero;
+  // weights 1, translation empty. Collections, best vectors, solutions and stars are not touched.
+  void resizeLattice(long newRank, long newDim);
+  // Work data (GSO, enumeration, transformations' caches) for the present rank; status all 0.
+  void resizeWork(long newRank);
+  void clearStatus();                         // every word 0
+  // status from `from` to rank to 0, except that a word of 1 behind position 1 stays while `blended`.
+  void invalidateFrom(long from);
+  bool consistencyOn() const { return params.consistency.value(); }
+  long verb() const { return params.verb.value(); }
+  void emptyCollections();
+
+  // lattice/weights.cpp: the weight map and the rule for changing a weight or a shift
+  bool unweighted() const;                    // all weights 1 and no shift: both maps are the identity
+  void unscaledVector(const Vector<T>& weighted, Vector<T>& unit) const;
+  void rescaledVector(const Vector<T>& unit, Vector<T>& weighted) const;
+  Matrix<T> unscaled(const Matrix<T>& basis) const;
+  Matrix<T> rescaled(const Matrix<T>& basis) const;
+  void setScale(long p, const T& value);
+  void setTranslation(long p, const T& value);
+  void resetScales(bool resetFactors, bool resetTranslation);
+
+  // lattice/consistency.cpp
+  bool coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT = false);
+  void transformationCoordinates(const Vector<T>& v, Vector<T>& result, bool check, bool positive);
+  void checkConsistency(bool rebase, bool keepFile);
+  void newTransformation(bool reuseIdentity);
+  // True when v (unit coordinates) is an integer combination of the rows of B_save: the real membership test.
+  bool isMember(const Vector<T>& v);
+
+  // lattice/gso.cpp
+  bool updateGso(long first, long last);
+  long gsoByReduced(long first, long last, bool failOnDependency);
+  long gsoByFull(long first, long last, bool failOnDependency);
+
+  // lattice/lll.cpp
+  long lll(long k, long end, long m);
+  bool lllStep(long k, long m, bool& guarded);
+  bool sizeReduce(long k, bool& guarded);
+  void swapBase(long i, long j, bool keepStatus);
+  long deepInsert(long k);
+  void sortBasis(long m);                     // rows 1..m (0: rank) ascending by squared length, heapsort
+
+  // lattice/kernel.cpp
+  SerializableArray<Matrix<T>> kernelReduce();
+
+  // lattice/dependencies.cpp
+  long removeDependentVectors();              // the number of vectors removed from the basis
+
+  // program/preparation.cpp
+  void prepare(bool full, bool force);
+
+  // program/generation.cpp
+  void prepareLattice();
+  void generateLattice(bool equations);
+  T computeRange(bool equations);
+  T lcmOfWidths(T range, bool take);
+  // A width near b - s with a small common multiple with `range`; s is updated in place.
+  T adjustWidth(const T& range, const T& b, T& s);
+  void computeNormBound();
+
+  // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
+  int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
+  void opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const;
+  // As opt2lat, but false instead of the failure where a slack would be negative or fractional: for stars and
+  // vectors that are carried over, which are dropped then.
+  bool tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const;
+
+  // program/solutions.cpp
+  unsigned checkSolution(const Vector<T>& latVec, DiscoveryTime time, bool flag,
+                         Membership membership = Membership::unknown);
+  unsigned checkSolution(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool flag,
+                         Membership membership = Membership::unknown);
+  unsigned judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h, DiscoveryTime time, bool flag);
+  bool updateBounds(const Vector<T>& x);      // on `program`; true when a bound moved
+  bool isSolution(const HeuristicVector<T, F>& h) const;
+  bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
+  void offerInhomogeneous(const Vector<T>& w);  // keeps the best vector with inhomogeneous coordinate
+
+  // program/sol_file.cpp
+  void sol2star();
+  void writeSolFile(bool keepStars);
+  void readStarsFromSolFile(bool, bool);
+  std::string starReport() const;             // the console's report of all stars
+
+  // program/lat_file.cpp
+  void writeLatFile();
+  void readLatFile();
+
+  // program/trivial.cpp
+  void checkTrivialSolutions();
+
+  // lattice/reinstate.cpp: gives a regenerated lattice its memory back
+  void reinstate(const ConversionArray<Star<T>>& records, const std::vector<Star<T>>& vectors,
+                 const SortedSet<HeuristicVector<T, F>>& setA, const SortedSet<HeuristicVector<T, F>>& setB,
+                 int mode);
+
+  // heuristics/extraction.cpp
+  Vector<T> extractInhom();
+
+  // driver/restart.cpp and driver/report.cpp: where the search calls upward
+  void restartHandling(bool terminate);
+  void regenerateLattice();
+  void terminateRun();
+  std::string iterationReport();
+  std::string solutionSummary() const;
+
+ private:
+  void installListeners();
+};
+
+// Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the first
+// row to compute, `end` the last (0: all). lq_reduced returns 0, or the first row whose orthogonal part is zero.
+template <class T, class F>
+long lq_reduced(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArray<Matrix<F>>& stages,
+                Vector<F>& norms, long kk, long end);
+template <class T, class F>
+void lq_full(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArray<Matrix<F>>& stages, long kk,
+             long end);
+
+}  // namespace latbox
