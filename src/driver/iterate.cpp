@@ -26,7 +26,7 @@ bool mustLeave(YLattice<dbl_t>& y) { return !inputIsLoaded(y) || runState(y) == 
 // sweep is all that an iteration spends, and the next iteration goes on from there.
 template <class T, class F>
 void reduce(Lattice<T, F>& lattice) {
-  if (lattice.params.eenum.value())
+  if (lattice.params.eenum.get())
     reduceFully(lattice);
   else
     lattice.lll(1, 0, 0);
@@ -39,7 +39,7 @@ void reportIteration(YLattice<dbl_t>& y) {
 }
 
 bool countReached(YLattice<dbl_t>& y) {
-  const long limit = y.live([](auto& lattice) { return lattice.params.iters.value(); });
+  const long limit = y.live([](auto& lattice) { return lattice.params.iters.get(); });
   return liveStatistics(y).iterations == limit;
 }
 
@@ -77,7 +77,7 @@ void reduceFully(Lattice<T, F>& lattice) {
     lattice.lll(1, 0, 0);
     // The budget falls exactly when the sweep has skipped nothing.
     if (lattice.interval_tt < budget) return;
-    const long limit = lattice.params.btime.value();
+    const long limit = lattice.params.btime.get();
     if (limit != 0 && now() - start >= limit) return;
   }
 }

@@ -45,7 +45,7 @@ void writeTotals(std::ostream& out, const Statistics& statistics) {
 template <class T, class F>
 void writeReductionCounts(std::ostream& out, const Lattice<T, F>& lattice, const Statistics& statistics) {
   if (lattice.consistencyOn()) out << "Transformation matrices: " << lattice.TT.MN << "\n\n";
-  if (lattice.params.deep.value()) out << "Deep insertions: " << statistics.deepInsertions << "\n\n";
+  if (lattice.params.deep.get()) out << "Deep insertions: " << statistics.deepInsertions << "\n\n";
   out << "Basis substitutions (triv / ntriv): ( " << statistics.basisSubstitutionsTrivial << " / "
       << statistics.basisSubstitutionsNontrivial << " )\n";
   out << "Non-trivial basis extensions: " << statistics.nontrivialBasisExtensions << '\n';
@@ -53,12 +53,12 @@ void writeReductionCounts(std::ostream& out, const Lattice<T, F>& lattice, const
 
 template <class T, class F>
 void writeSearchCounts(std::ostream& out, const Lattice<T, F>& lattice, const Statistics& statistics) {
-  if (lattice.params.sample.value()) {
+  if (lattice.params.sample.get()) {
     out << "Sampling basis extensions: " << statistics.samplingBasisExtensions << "\n\n";
     out << "Sampling collections: " << statistics.samplingCollections << '\n';
   }
-  if (lattice.params.pair.value()) out << "\nPairwise collections: " << statistics.pairwiseCollections << '\n';
-  if (lattice.params.sieve.value())
+  if (lattice.params.pair.get()) out << "\nPairwise collections: " << statistics.pairwiseCollections << '\n';
+  if (lattice.params.sieve.get())
     out << "\nSieveable in/homogenous vectors: (" << lattice.inhomogeneousVectors.count << ", "
         << lattice.homogeneousVectors.count << ")\n";
 }
@@ -85,7 +85,7 @@ void writeVectors(std::ostream& out, const Lattice<T, F>& lattice) {
   out << setFullPrecision << '\n';
   writeBestVectors(out, lattice);
   out << "B[1]: \n" << (lattice.rank > 0 ? lattice.B[1] : Vector<T>()) << '\n';
-  if (lattice.params.scale.value() || lattice.params.translate.value())
+  if (lattice.params.scale.get() || lattice.params.translate.get())
     out << "\nTrimming (scale / translation): \nscaling = " << lattice.scaleFactor
         << "\ntranslation = " << lattice.translation << '\n';
 }
@@ -106,7 +106,7 @@ std::string statisticsBlock(const Lattice<T, F>& lattice) {
   writeTotals(out, statistics);
   writeReductionCounts(out, lattice, statistics);
   writeSearchCounts(out, lattice, statistics);
-  if (lattice.verb() >= 2 || lattice.params.gui.value()) writeVectors(out, lattice);
+  if (lattice.verb() >= 2 || lattice.params.gui.get()) writeVectors(out, lattice);
   writeProgress(out, lattice, statistics);
   out << lattice.solutionSummary();
   out << "\n--------------------------------------------------------------------\n\n";
@@ -159,7 +159,7 @@ std::string Lattice<T, F>::solutionSummary() const {
     bestTargetLine(bestSlack, out);
     out << '\n';
   }
-  if (params.bench.value() == 0 && solutions.MN != 0) out << "\nSolutions found: " << solutions.MN << '\n';
+  if (params.bench.get() == 0 && solutions.MN != 0) out << "\nSolutions found: " << solutions.MN << '\n';
   if (solutions.MN > 0) {
     out << "\n{ The first solution/s was/were found after: ";
     for (long i = 1; i <= std::min(solutions.MN, 3L); ++i) {
@@ -173,15 +173,17 @@ std::string Lattice<T, F>::solutionSummary() const {
 
 template <class T, class F>
 std::string Lattice<T, F>::iterationReport() {
-  const bool silent = verb() == 0 && !params.gui.value();
+  const bool silent = verb() == 0 && !params.gui.get();
   const std::string text = silent ? changedSummary(solutionSummary()) : statisticsBlock(*this);
-  if (params.gui.value()) mainVars[MainMutexVariable::reportText].set(text);
+  if (params.gui.get()) mainVars[MainMutexVariable::reportText].set(text);
   publishSummary(*this);
   return text;
 }
 
 template <class T, class F>
 void publishSummary(const Lattice<T, F>& lattice) {
+  // While kept vectors come back one by one, what was published before they left is the better summary.
+  if (statisticsOf<T>().reinserting) return;
   PublishedSummary fresh{lattice.solutionSummary(), lattice.solFile};
   if (fresh.text == published().text && fresh.solFile == published().solFile) return;
   const SignalHold hold;

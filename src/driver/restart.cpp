@@ -104,7 +104,7 @@ void Lattice<T, F>::restartHandling(bool terminate) {
     writeAndCheck(*this);
     if (!this->finishEnabled) return;
     if (verb() == 2 || terminate) std::cout << solutionSummary() << '\n' << std::flush;
-    if (terminate || statisticsOf<T>().iterations == params.iters.value()) {
+    if (terminate || statisticsOf<T>().iterations == params.iters.get()) {
       terminateRun();
       return;
     }
@@ -135,7 +135,7 @@ void Lattice<T, F>::regenerateLattice() {
 // way on another thread, and this one may not go on with a run that has ended.
 template <class T, class F>
 void Lattice<T, F>::terminateRun() {
-  if (params.gui.value()) {
+  if (params.gui.get()) {
     mainVars[MainMutexVariable::runState].set("stopped");
     return;
   }
