@@ -59,7 +59,7 @@ inline constexpr DiscoveryTime NOW{};
 constexpr DiscoveryTime foundAfter(long seconds) { return {true, seconds}; }
 
 template <class T, class F>
-class Lattice : public Tessik<T> {
+class Lattice : public Tessik<T>, public ParamOwner {
  public:
   using Tessik<T>::stars;
 
@@ -68,7 +68,7 @@ class Lattice : public Tessik<T> {
   long dim = 0;
   T inhomBase = T(1);     // inhomogeneous coordinate in unit coordinates
   T inhomScaled = T(1);   // scaleFactor[dim] * inhomBase
-  ExtendedParams<T> params;
+  ExtendedParams<T> params{this};
   MainMutexVars mainVars;
   std::string latFile;
 
@@ -149,7 +149,7 @@ class Lattice : public Tessik<T> {
   Matrix<T> rescaled(const Matrix<T>& basis) const;
   void setScale(long p, const T& value);
   void setTranslation(long p, const T& value);
-  void resetScales(bool resetFactors, bool resetTranslation);
+  void resetScales(bool resetFactors, bool resetTranslation) override;
 
   // lattice/consistency.cpp
   bool coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT = false);
@@ -161,6 +161,8 @@ class Lattice : public Tessik<T> {
 
   // lattice/gso.cpp
   bool updateGso(long first, long last);
+  // All Gram-Schmidt data anew; what the listener of `consistency` would ask for.
+  void orthogonalisationRefresh() override;
   long gsoByReduced(long first, long last, bool failOnDependency);
   long gsoByFull(long first, long last, bool failOnDependency);
 
@@ -252,7 +254,36 @@ class Lattice : public Tessik<T> {
   bool isKnown(const Vector<T>& w) const;
   unsigned checkCandidate(DiscoveryTime time, bool flag, Membership membership);
   unsigned recordCandidate(const HeuristicVector<T, F>& h, DiscoveryTime time, unsigned result, bool changed);
-  void installListeners();
+  void copyResults(const Lattice& source);
+  void copyBasis(const Lattice& source);
+  void copyDerived(const Lattice& source);
+  template <class U>
+  void convertResults(const Lattice<U, F>& other);
+  template <class U>
+  void convertBasis(const Lattice<U, F>& other);
+  template <class U>
+  void convertDerived(const Lattice<U, F>& other);
+  // The steps of the sweep.
+  bool orthogonaliseRow(long k);
+  bool reduceAgainst(long k, long j, bool guarded);
+  void blend(long k, long m);
+  bool stepAt(long k, long m, bool& guarded, long depth);
+  long lovaszMove(long pos);
+  // The steps of checkConsistency.
+  bool rebuildTransformation(const Matrix<T>& U);
+  bool settleTransformation(const Matrix<T>& U);
+  void rebaseOn(const Matrix<T>& U);
+  void restoreSavedBasis();
+  // Sets bits of a row's word; STATUS_DEPENDENT, which stands alone, goes first.
+  void setStatusBits(long i, short bits) {
+    if (status[i] == STATUS_DEPENDENT) status.data[i] = 0;
+    status.data[i] = static_cast<short>(status.data[i] | bits);
+  }
+  // Row `first` and the ones behind it are no longer rows of a factorisation; their Gram-Schmidt data stay.
+  void forgetFactorisation(long first);
+  // mu row i from lqL, and its word.
+  void takeFactorRow(long i, short bits);
+  bool hasStatus(long i, short mask) const { return (status[i] & mask) == mask; }
 };
 
 // Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the first

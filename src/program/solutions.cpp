@@ -1,4 +1,5 @@
 // The one road from search to results: each vector that reduction or a heuristic touches is judged here.
+#include "driver/report.h"
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
@@ -24,7 +25,7 @@ bool sameVector(const Vector<T>& a, const Vector<T>& b) {
 
 template <class T, class F>
 bool benchmarkRun(const Lattice<T, F>& l) {
-  return std::abs(static_cast<double>(l.params.bench.value())) > 1e-9;
+  return isBenchmark(l.params.bench.get());
 }
 
 // Finds count outside a benchmark run, and unless kept vectors are coming back.
@@ -35,7 +36,7 @@ bool findsCount(const Lattice<T, F>& l) {
 
 template <class T, class F>
 long discoveryTime(const Lattice<T, F>& l, DiscoveryTime time) {
-  return time.known ? time.seconds : stampNow<T>(l.params.bench.value());
+  return time.known ? time.seconds : stampNow<T>(l.params.bench.get());
 }
 
 }  // namespace
@@ -101,7 +102,7 @@ unsigned Lattice<T, F>::checkSolution(const Vector<T>& vec, bool scaled, Discove
                                       Membership membership) {
   if (checkMode == 0) fail("checkSolution: You should set the check vectors!");
   if (vec.MN == 0) return 0;
-  const bool collecting = params.pair.value() || params.sieve.value();
+  const bool collecting = params.pair.get() || params.sieve.get();
   if (membership == Membership::byConstruction && !collecting && isRuledOut(vec, scaled)) return 0;
   takeCandidate(vec, scaled);
   return checkCandidate(time, flag, membership);
@@ -111,7 +112,7 @@ template <class T, class F>
 unsigned Lattice<T, F>::checkCandidate(DiscoveryTime time, bool flag, Membership membership) {
   const Vector<T>& w = candidate_;
   if (membership == Membership::unknown && !isMember(w)) return CHECK_FOREIGN;
-  if (params.pair.value() || params.sieve.value()) collect(w);
+  if (params.pair.get() || params.sieve.get()) collect(w);
   if (!isFeasible(w)) {
     offerInhomogeneous(w);
     return 0;
@@ -145,7 +146,7 @@ unsigned Lattice<T, F>::recordCandidate(const HeuristicVector<T, F>& h, Discover
   bool added = false;
   if (isSolution(h)) {
     added = addSolution(h, time);
-    const long limit = params.sol.value();
+    const long limit = params.sol.get();
     if (limit >= 1 && limit <= solutions.MN) {
       restartHandling(true);
       result |= CHECK_LIMIT;
@@ -219,8 +220,8 @@ template <class T, class F>
 bool Lattice<T, F>::isSolution(const HeuristicVector<T, F>& h) const {
   if (program.At.M == 0) return true;
   if (program.allTargetsFinite && isZero(h.slackNorm)) return true;
-  const T slackLimit = params.snorm.value();
-  const T targetLimit = params.tnorm.value();
+  const T slackLimit = params.snorm.get();
+  const T targetLimit = params.tnorm.get();
   const T unset = -infinity<T>();
   const bool slackSet = slackLimit != unset;
   const bool targetSet = targetLimit != unset;
@@ -240,7 +241,7 @@ bool Lattice<T, F>::addSolution(const HeuristicVector<T, F>& h, DiscoveryTime ti
   solution.secondsUntilDiscovered = discoveryTime(*this, time);
   solutions.append(solution);
   if (findsCount(*this)) ++statisticsOf<T>().solutionsFound;
-  if (params.gui.value()) {
+  if (params.gui.get()) {
     mainVars[MainMutexVariable::reserved6].set(std::to_string(solutions.MN));
     mainVars[MainMutexVariable::reserved7].set(starReport());
   }
