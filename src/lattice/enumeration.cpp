@@ -1,8 +1,11 @@
 // Block enumeration after Schnorr and Euchner (Lattice basis reduction: improved practical algorithms and
 // solving subset sum problems, 1994), in two modes with one body: BKZ without a target, CVP with one.
-#include "lib/os/clock.h"
+#include <algorithm>
+#include <string>
+
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
+#include "lib/os/clock.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
 
@@ -10,23 +13,27 @@ namespace latbox {
 namespace {
 
 constexpr long STATUS_INTERVAL = 3600;  // seconds between two lines that tell where a long block stands
-constexpr int MAX_FIRST_SWEEPS = 64;    // a sweep that always skips must not keep the enumeration from starting
+constexpr int MAX_FIRST_SWEEPS = 64;  // a sweep that always skips must not keep the enumeration from starting
+
+std::size_t index(long t) {
+  return static_cast<std::size_t>(t);
+}
 
 }  // namespace
 
 // One run of `enumerate`, and its present block.
 template <class T, class F>
 struct Lattice<T, F>::Block {
-  const Vector<T>* target;    // null in BKZ mode
-  Vector<F> targetCoords;     // of the target with respect to Bstar
-  long beta = 0;              // effective block size
-  long startRank = 0;         // rank at the start of the run
-  long j = 0;                 // first position of the block
-  long k = 0;                 // last position
-  long h = 0;                 // where the repair ends
-  long unchanged = 0;         // blocks in a row that gave nothing
-  bool wrapped = false;       // j has wrapped around since the last change
-  long lastLine = 0;          // time of the last status line
+  const Vector<T>* target;  // null in BKZ mode
+  Vector<F> targetCoords;   // of the target with respect to Bstar
+  long beta = 0;            // effective block size
+  long startRank = 0;       // rank at the start of the run
+  long j = 0;               // first position of the block
+  long k = 0;               // last position
+  long h = 0;               // where the repair ends
+  long unchanged = 0;       // blocks in a row that gave nothing
+  bool wrapped = false;     // j has wrapped around since the last change
+  long lastLine = 0;        // time of the last status line
 };
 
 template <class T, class F>
@@ -59,10 +66,10 @@ template <class T, class F>
 void Lattice<T, F>::enumerate(const Vector<T>* target) {
   Block run{};
   run.target = target;
-  run.beta = std::min(params.beta.value(), rank);
+  run.beta = std::min(params.beta.get(), rank);
   const char* mode = target == nullptr ? "BKZ enumeration ( beta = " : "CVP enumeration ( beta = ";
   const ProgressScope scope(verb() > 1, mode + std::to_string(run.beta) + ", deep = " +
-                                            std::to_string(params.deep.value() ? 1 : 0) + " ) ... ");
+                                            std::to_string(params.deep.get() ? 1 : 0) + " ) ... ");
   if (rank == 0) return;
   if (target == nullptr) {
     firstReduction();
@@ -103,7 +110,7 @@ void Lattice<T, F>::openBlock(Block& b) {
   if (b.target == nullptr) updateGso(1, b.k);
   enumCoeffs.resize(rank, false);
   for (long i = b.j; i <= b.k; ++i) enumCoeffs.data[i] = T(0);
-  auto& nodes = tree.nodes;
+  TreeNode<F>* const nodes = tree.nodes.data();
   // In CVP mode every level above the block counts, so that c starts as the squared distance of the target
   // from the projected span.
   const long top = b.target == nullptr ? b.k + 1 : rank + 1;
@@ -122,7 +129,7 @@ void Lattice<T, F>::openBlock(Block& b) {
     nodes[b.j].y -= b.targetCoords[b.j];
   }
   tree.loadCoefficients(mu, b.j, b.k);
-  tree.computeFactors(params.eprune.value(), b.j, b.k, b.beta);
+  tree.computeFactors(params.eprune.get(), b.j, b.k, b.beta);
   tree.setBound(enumBound, b.j, b.k);
 }
 
@@ -143,7 +150,7 @@ void Lattice<T, F>::searchBlock(Block& b) {
       progressLine(true, std::to_string(t) + "/" + std::to_string(b.k) + " ");
       b.lastLine = time;
     }
-    const long btime = params.btime.value();
+    const long btime = params.btime.get();
     if (btime != 0 && time - blockStart >= btime) break;
     TreeNode<F>& node = nodes[t];
     const F offset = node.u + node.y;
@@ -176,7 +183,7 @@ void Lattice<T, F>::searchBlock(Block& b) {
 template <class T, class F>
 void Lattice<T, F>::writeBackStages(const Block& b) {
   for (long t = b.j; t <= b.k; ++t) {
-    const TreeNode<F>& node = tree.nodes[t];
+    const TreeNode<F>& node = tree.nodes[index(t)];
     Stage<T, F>& stage = stages[t];
     stage.c = node.c;
     stage.y = node.y;
@@ -193,7 +200,7 @@ void Lattice<T, F>::newMinimum(Block& b) {
   writeBackStages(b);
   for (long i = b.j; i <= b.k; ++i) enumCoeffs.data[i] = stages.data[i].u;
   composeAndCheck(enumCoeffs, b.j, b.k);
-  enumBound = tree.nodes[b.j].c;
+  enumBound = tree.nodes[index(b.j)].c;
   tree.setBound(enumBound, b.j, b.k);
 }
 
@@ -227,7 +234,8 @@ void Lattice<T, F>::passBlock(Block& b) {
   ++b.unchanged;
 }
 
-template class Lattice<dbl_t, dbl_t>;
-template class Lattice<QQ, dbl_t>;
+#define LATBOX_INSTANTIATE(T) template void Lattice<T, dbl_t>::enumerate(const Vector<T>*);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
 
 }  // namespace latbox

@@ -6,9 +6,9 @@
 namespace latbox {
 namespace {
 
-// The share of the bound at stage t with depth d = k - t from the block's end. Level 1 is a straight line from
-// 1 / beta to about 1, level 2 a step in the middle, level 3 two lines that meet near the middle, steep near
-// the block's end.
+// The share of the bound at stage t with depth d = k - t from the block's end. Level 1 is a straight line
+// from 1 / beta to about 1, level 2 a step in the middle, level 3 two lines that meet near the middle, steep
+// near the block's end.
 template <class F>
 F pruningFactor(long eprune, long t, long k, long mid, long beta) {
   const F one = F(1);

@@ -1,8 +1,8 @@
 // The walk over the nodes of one enumeration block, in F alone.
 //
-// The stages of the lattice hold their integers in T. While a block is walked they live here in F, which holds
-// whole numbers up to 2^63 exactly; they are written back before anyone reads or exchanges stages: at a new
-// minimum and at the block's end. So a node costs no arithmetic in T, and the tree is the same in both
+// The stages of the lattice hold their integers in T. While a block is walked they live here in F, which
+// holds whole numbers up to 2^63 exactly; they are written back before anyone reads or exchanges stages: at a
+// new minimum and at the block's end. So a node costs no arithmetic in T, and the tree is the same in both
 // number types.
 #pragma once
 
@@ -36,13 +36,13 @@ struct EnumerationTree {
   // Copies mu[j..k][j..k], transposed.
   template <class Mu>
   void loadCoefficients(const Mu& mu, long j, long k);
-  // The share of the bound per stage for pruning level `eprune` 0..3 in the block j..k; `beta` is the effective
-  // block size, also in the last, shorter blocks: an asymmetry that stays.
+  // The share of the bound per stage for pruning level `eprune` 0..3 in the block j..k; `beta` is the
+  // effective block size, also in the last, shorter blocks: an asymmetry that stays.
   void computeFactors(long eprune, long j, long k, long beta);
   void setBound(const F& bound, long j, long k);
 
-  // One zigzag step at stage t, s being the highest stage reached so far. At the highest stage no reversal takes
-  // place, so a vector and its negative are not both enumerated. Always true.
+  // One zigzag step at stage t, s being the highest stage reached so far. At the highest stage no reversal
+  // takes place, so a vector and its negative are not both enumerated. Always true.
   bool enumNext(long t, long s) {
     TreeNode<F>& node = nodes[static_cast<std::size_t>(t)];
     if (t < s) node.delta = -node.delta;

@@ -3,6 +3,7 @@
 
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
+#include "lattice/row_operation.h"
 #include "lib/elimination.h"
 #include "lib/failure.h"
 #include "numbers/number.h"
@@ -61,19 +62,21 @@ template <class T, class F>
 void Lattice<T, F>::exchangePositions(long i, long j) {
   B.swapRows(i, j);
   if (consistencyOn()) TT[TT.MN].swapRows(i, j);
-  enumCoeffs.swap(i, j);
+  std::swap(enumCoeffs[i], enumCoeffs[j]);
   stages[i].swap(stages[j]);
-  status.swap(i, j);
+  std::swap(status[i], status[j]);
   coordSolver.dropCurrent();
 }
 
 // b_i += q * b_j, recorded in TT.
 template <class T, class F>
 void Lattice<T, F>::addRow(long i, const T& q, long j) {
-  addRowMultiple(i, q, j);
+  subtractMultiple(B.rows[i], T(-q), B.rows[j]);
+  if (consistencyOn()) subtractMultiple(TT[TT.MN].rows[i], T(-q), TT[TT.MN].rows[j]);
 }
 
-// Euclid's algorithm on the coefficients, carried out on the basis: ends with x[top] = +-1 and the same vector.
+// Euclid's algorithm on the coefficients, carried out on the basis: ends with x[top] = +-1 and the same
+// vector.
 template <class T, class F>
 void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top) {
   const bool exchanged = &x == &enumCoeffs;
@@ -96,16 +99,16 @@ void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top)
   }
 }
 
-// Row 0 of B, and of the transformation, := the combination. The coefficients are those of positions first..last.
+// Row 0 of B, and of the transformation, := the combination. The coefficients are those of positions
+// first..last.
 template <class T, class F>
 void Lattice<T, F>::combineIntoScratch(const Vector<T>& x, long first, long last) {
   Vector<T>& row = B.rows[0];
   row.resize(dim, false);
   row.setZero();
   for (long i = first; i <= last; ++i) {
-    if (!isExactZero(x[i])) row.addMultiple(x[i], B.rows[i]);
+    if (!isExactZero(x[i])) subtractMultiple(row, T(-x[i]), B.rows[i]);
   }
-  for (long p = 1; p <= dim; ++p) checkPrecision(row.data[p], "vector precisison overflow");
 }
 
 template <class T, class F>
@@ -171,7 +174,12 @@ void Lattice<T, F>::replaceCombination(Vector<T>& x, long first, long last, long
   ++statisticsOf<T>().basisSubstitutionsNontrivial;
 }
 
-template class Lattice<dbl_t, dbl_t>;
-template class Lattice<QQ, dbl_t>;
+#define LATBOX_INSTANTIATE(T)                                                        \
+  template int Lattice<T, dbl_t>::trivialInsert(const Vector<T>&, long, long);       \
+  template void Lattice<T, dbl_t>::insertCombination(Vector<T>&, long, long);        \
+  template void Lattice<T, dbl_t>::replaceCombination(Vector<T>&, long, long, long); \
+  template void Lattice<T, dbl_t>::combineIntoScratch(const Vector<T>&, long, long);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
 
 }  // namespace latbox
