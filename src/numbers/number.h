@@ -11,7 +11,9 @@
 namespace latbox {
 
 // |x| <= EPS. The one tolerance test; plain comparison of two QQ is exact. Infinities are not zero.
-bool isZero(dbl_t x);
+inline bool isZero(dbl_t x) {
+  return x <= EPS && x >= -EPS;
+}
 bool isZero(const QQ& x);
 
 // x == 0 exactly, without building a second operand.
@@ -32,13 +34,19 @@ inline int signOf(const QQ& x) {
 
 // True if the finite value has left the range that dbl_t code works in: 10^9 < |x| <= 10^18. Beyond 10^18 it
 // throws FatalPrecisionException: integer exactness is lost there. Infinities pass. QQ never overflows.
-bool precisionCheck(dbl_t x);
+bool precisionCheckLarge(dbl_t x);  // its part for |x| > 10^9
+inline bool precisionCheck(dbl_t x) {
+  return (x > 1e9L || x < -1e9L) && precisionCheckLarge(x);  // NaN passes
+}
 inline bool precisionCheck(const QQ&) {
   return false;
 }
 
 // Throws PrecisionException with `text` if precisionCheck(x).
-void checkPrecision(dbl_t x, const char* text);
+[[noreturn]] void throwPrecision(const char* text);
+inline void checkPrecision(dbl_t x, const char* text) {
+  if (precisionCheck(x)) throwPrecision(text);
+}
 inline void checkPrecision(const QQ&, const char*) {}
 
 bool isInfinite(dbl_t x);
@@ -142,8 +150,8 @@ dbl_t parseText<dbl_t>(const std::string& text);
 template <>
 QQ parseText<QQ>(const std::string& text);
 
-// One element of a reader's text: skips white space and comments, takes one token as QQ's extractor does, and
-// converts. An empty token sets the stream's fail state.
+// One element of a text that the system wrote itself, in either precision: skips white space and comments,
+// takes one token, exponent included, and converts. An empty token sets the stream's fail state.
 std::istream& readNumber(std::istream& stream, dbl_t& x);
 std::istream& readNumber(std::istream& stream, QQ& x);
 

@@ -23,6 +23,11 @@ class QQ {
   ZZ nenner;         // denominator of the fractional part, a magnitude, never zero
 
   QQ() : nenner(1) {}
+  QQ(const QQ&) = default;
+  QQ& operator=(const QQ&) = default;
+  // The source becomes zero, so that what stays behind in an array is a number.
+  QQ(QQ&& other) noexcept;
+  QQ& operator=(QQ&& other) noexcept;
   QQ(int value) : QQ(static_cast<long long>(value)) {}
   QQ(long value) : QQ(static_cast<long long>(value)) {}
   QQ(long long value);
@@ -86,10 +91,19 @@ class QQ {
   bool unreduced_ = false;
 
   void setInfinity(bool nonNegative);
-  static bool addFast(QQ& r, const QQ& a, const QQ& b, bool flipB);
+  void setZero();
+  void setInteger();
+  void setSmall(u128 numerator, u128 denominator, bool nonNegative);
+  bool smallParts() const;
+  bool smallNumerator(u64& numerator) const;
+  void multiplySign(const QQ& infinite, bool otherSign);
+  static void addIntegers(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  template <class Wide>
+  static void addSmall(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  // The short cuts: true if they applied. `r` may be an operand; `bSign` stands for the sign of b.
+  static bool addFast(QQ& r, const QQ& a, const QQ& b, bool bSign);
   static bool mulFast(QQ& r, const QQ& a, const QQ& b);
   static bool divideFast(QQ& r, const QQ& a, const QQ& b);
-  static bool smallParts(const QQ& x);
 };
 
 QQ operator+(const QQ& a, const QQ& b);

@@ -86,7 +86,17 @@ class ZZ : public Array<long long> {
     return MN == 1 ? low : low + static_cast<u64>(data[2]) * static_cast<u64>(BASE);
   }
   // Sets the magnitude and the sign; zero gets `sign` true.
-  void setMagnitude(u64 magnitude, bool nonNegative);
+  void setMagnitude(u64 magnitude, bool nonNegative) {
+    if (magnitude < static_cast<u64>(BASE))
+      return setSmall(static_cast<long long>(magnitude), nonNegative || magnitude == 0);
+    const u64 high = magnitude / static_cast<u64>(BASE);
+    const bool three = high >= static_cast<u64>(BASE);
+    Array::resize(three ? 3 : 2, false);
+    data[1] = static_cast<long long>(magnitude - high * static_cast<u64>(BASE));
+    data[2] = static_cast<long long>(three ? high % static_cast<u64>(BASE) : high);
+    if (three) data[3] = static_cast<long long>(high / static_cast<u64>(BASE));
+    sign = nonNegative;
+  }
   void setMagnitude128(u128 magnitude, bool nonNegative);
 
   // The algorithms without their short cuts for few limbs; tests hold one against the other.
@@ -114,7 +124,10 @@ class ZZ : public Array<long long> {
   static void mulKaratsuba(const ZZ& a, const ZZ& b, ZZ& r);
   static void addMagnitudes(const ZZ& a, const ZZ& b, ZZ& r);
   static void subMagnitudes(const ZZ& a, const ZZ& b, ZZ& r);
-  static void divideByLimb(const ZZ& a, long long limb, ZZ& q, long long& rest);
+  static void addSigned(const ZZ& a, const ZZ& b, bool bSign, ZZ& r);
+  static long compareMagnitudes(const ZZ& a, const ZZ& b);
+  static void divideByLimb(const ZZ& a, const ZZ& b, ZZ& q, ZZ& rem);
+  void clearNegativeZero();
 };
 
 ZZ operator+(const ZZ& a, const ZZ& b);
