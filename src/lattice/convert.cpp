@@ -116,6 +116,10 @@ void Lattice<T, F>::convertResults(const Lattice<U, F>& other) {
   checkMode = other.checkMode;
   convertLoosely(other.normBound, normBound);
   generatedTu = other.generatedTu;
+  convertVector(other.generatedLx, generatedLx);
+  convertVector(other.generatedRx, generatedRx);
+  convertNumber(other.generatedLrtu.left, generatedLrtu.left);
+  convertNumber(other.generatedLrtu.right, generatedLrtu.right);
   convertSet(other.homogeneousVectors, homogeneousVectors);
   convertSet(other.inhomogeneousVectors, inhomogeneousVectors);
 }

@@ -80,6 +80,9 @@ void Lattice<T, F>::copyResults(const Lattice& source) {
   checkMode = source.checkMode;
   normBound = source.normBound;
   generatedTu = source.generatedTu;
+  generatedLx = source.generatedLx;
+  generatedRx = source.generatedRx;
+  generatedLrtu = source.generatedLrtu;
   homogeneousVectors = source.homogeneousVectors;
   inhomogeneousVectors = source.inhomogeneousVectors;
 }
@@ -145,6 +148,9 @@ void Lattice<T, F>::reinitialise() {
   checkMode = 0;
   normBound = T(0);
   generatedTu = false;
+  generatedLx.clear();
+  generatedRx.clear();
+  generatedLrtu = program.lrtu;
   interval_tt = 100;
 }
 

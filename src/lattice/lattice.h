@@ -85,6 +85,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   T normBound = T(0);                         // 3 * max squared length of lbnd, ubnd
   Vector<T> c;                                // multiplier per coordinate of the embedding (in the .lat file)
   bool generatedTu = false;                   // the base part's tu when the basis was generated: fixes the layout
+  // `program`'s bounds when the basis was generated, which the .lat file holds. `program` itself may be ahead of
+  // the lattice: bounds that a new vector improves move at once.
+  Vector<T> generatedLx, generatedRx;
+  SerializablePair<T, T> generatedLrtu;
 
   SerializableArray<Matrix<T>> TT;            // transformations; TT[TT.MN] * B_save = unscaled(B)
   Matrix<T> B_save;                           // basis as generated or read, unit coordinates
@@ -187,6 +191,9 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // A width near b - s with a small common multiple with `range`; s is updated in place.
   T adjustWidth(const T& range, const T& b, T& s);
   void computeNormBound();
+  // lbnd and ubnd as generated or read: their copies, symmetry and norm bound, and the check mode.
+  void takeBounds(long mode);
+  bool programAhead() const;                  // a bound of `program` moved since the basis was generated
 
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
   int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
@@ -205,11 +212,14 @@ class Lattice : public Tessik<T>, public ParamOwner {
   bool isSolution(const HeuristicVector<T, F>& h) const;
   bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
   void offerInhomogeneous(const Vector<T>& w);  // keeps the best vector with inhomogeneous coordinate
+  void collect(const Vector<T>& w);           // offers a lattice vector to the collections
 
   // program/sol_file.cpp
   void sol2star();
   void writeSolFile(bool keepStars);
   void readStarsFromSolFile(bool, bool);
+  // Judges stars against the lattice as it stands; those that fit join program.stars. `report` logs the others.
+  void readmitStars(const ConversionArray<Star<T>>& candidates, bool report);
   std::string starReport() const;             // the console's report of all stars
 
   // program/lat_file.cpp
@@ -235,6 +245,15 @@ class Lattice : public Tessik<T>, public ParamOwner {
   std::string solutionSummary() const;
 
  private:
+  // program/solutions.cpp: scratch of the check, for it sees every vector that reduction touches.
+  Vector<T> candidate_;
+
+  bool isRuledOut(const Vector<T>& vec, bool scaled) const;
+  void takeCandidate(const Vector<T>& vec, bool scaled);
+  bool isFeasible(const Vector<T>& w) const;
+  bool isKnown(const Vector<T>& w) const;
+  unsigned checkCandidate(DiscoveryTime time, bool flag, Membership membership);
+  unsigned recordCandidate(const HeuristicVector<T, F>& h, DiscoveryTime time, unsigned result, bool changed);
   void copyResults(const Lattice& source);
   void copyBasis(const Lattice& source);
   void copyDerived(const Lattice& source);
