@@ -34,6 +34,10 @@ class CoordSolver {
   void dropCurrent() {
     if (current_ != nullptr) current_.reset();
   }
+  void clear() {
+    dropCurrent();
+    dropSaved();
+  }
   void dropSaved();            // the saved basis changed
   void currentBecomesSaved();  // rebase: drops the saved cache if there is no current one
   void savedBecomesCurrent();  // restore
