@@ -7,7 +7,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cstring>
+#include <limits>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -52,6 +53,12 @@ class Array {
   }
   virtual bool notEmpty() const { return MN > 0; }
 
+  // Room for n elements without a change of MN: half as much again as n where storage must grow, so that a
+  // reader that appends one element at a time stays linear in a text of millions.
+  void reserve(long n) {
+    if (n > capacity_) growTo(n + n / 2);
+  }
+
   long capacity() const { return capacity_; }
 
   // The checked access that the whole system runs with: 0 <= i <= MN, so element 0 passes.
@@ -74,7 +81,8 @@ class Array {
   void swap(long i, long j) {
     if (i == j) return;
     if (i < 0 || i > MN || j < 0 || j > MN) fail("Array: swap index out of range");
-    static T temporary;
+    // Never destroyed: exit() may run in one thread while another still exchanges.
+    static T& temporary = *new T();
     temporary = std::move(data[i]);
     data[i] = std::move(data[j]);
     data[j] = std::move(temporary);
@@ -83,7 +91,7 @@ class Array {
   // Takes element i out; the ones above move down a place. 0 <= i <= MN.
   void removeComponent(long i) {
     if (i < 0 || i > MN) fail("removeComponent: invalid index");
-    std::move(data + i + 1, data + MN + 1, data + i);
+    if (i < MN) std::move(data + i + 1, data + MN + 1, data + i);
     resize(MN - 1, false);
   }
 
@@ -96,23 +104,27 @@ class Array {
     data[i] = std::move(copy);
   }
 
-  // Appends one element.
-  void append(const T& value) {
-    T copy(value);
+  // Appends one element, which may be one of this array's own.
+  void append(T value) {
     resize(MN + 1, true);
-    data[MN] = std::move(copy);
+    data[MN] = std::move(value);
   }
 
  protected:
   long capacity_ = 0;  // highest element number that the storage can hold
 
   void check(long i) const {
-    if (i < 0 || i > MN || data == nullptr) [[unlikely]] fail("Array: index out of range");
+    if (i < 0 || i > MN || data == nullptr) [[unlikely]]
+      fail("Array: index out of range");
   }
 
  private:
   void grow(long n, bool spare) {
-    const long wanted = n + (spare ? 100 : 1);
+    if (n > std::numeric_limits<long>::max() / 2) throw std::bad_array_new_length();
+    growTo(n + (spare ? 100 : 1));
+  }
+
+  void growTo(long wanted) {
     T* fresh = new T[static_cast<std::size_t>(wanted) + 1]();
     if (data != nullptr) {
       std::move(data, data + std::min(MN, capacity_) + 1, fresh);

@@ -27,8 +27,7 @@ class GeneralException : private std::exception {
 // A text form could not be read.
 class ReadException : public GeneralException {
  public:
-  explicit ReadException(std::string message = "")
-      : GeneralException(std::move(message), "Read exception") {}
+  explicit ReadException(std::string message = "") : GeneralException(std::move(message), "Read exception") {}
 };
 
 // A dependent vector stands where no room is left to move it away.

@@ -16,6 +16,7 @@
 #include "lib/pair.h"
 #include "lib/serializable_array.h"
 #include "lib/vector.h"
+#include "program/dependent_rows.h"
 #include "program/star.h"
 
 namespace latbox {
@@ -115,10 +116,5 @@ class Tessik {
   void tightenRows(bool inequations);
   void translate();
 };
-
-// Removes dependent rows in place such that the integer span of the rows stays the same; on return the rows
-// are linearly independent. Throws PrecisionException with "factor overflow" or "row overflow".
-template <class T>
-void eliminateDependentRows(Matrix<T>& M);
 
 }  // namespace latbox

@@ -1,0 +1,201 @@
+#include "numbers/number.h"
+
+#include <cmath>
+#include <cstdio>
+#include <istream>
+#include <limits>
+#include <ostream>
+
+#include "lib/exceptions.h"
+#include "lib/scanner.h"
+
+namespace latbox {
+
+bool isZero(const QQ& x) {
+  return !x.isInf && x.ganze.isZero() && (x.zaehler.isZero() || abs(x) <= qqEps());
+}
+
+bool precisionCheckLarge(dbl_t x) {
+  const dbl_t magnitude = x < 0 ? -x : x;
+  if (magnitude == infinity<dbl_t>()) return false;
+  if (magnitude > 1e18L)
+    throw FatalPrecisionException(
+        "Uncorrectable precision overflow detected - probably more overflow / precision checks are needed "
+        "...");
+  return true;
+}
+
+void throwPrecision(const char* text) {
+  throw PrecisionException(text);
+}
+
+template <>
+dbl_t infinity<dbl_t>() {
+  return std::numeric_limits<dbl_t>::infinity();
+}
+
+template <>
+QQ infinity<QQ>() {
+  return qqInfinity();
+}
+
+bool isInfinite(dbl_t x) {
+  return std::isinf(x);
+}
+
+dbl_t abs(dbl_t x) {
+  return std::fabs(x);
+}
+dbl_t floor(dbl_t x) {
+  return std::floor(x);
+}
+dbl_t ceil(dbl_t x) {
+  return std::ceil(x);
+}
+dbl_t roundNearest(dbl_t x) {
+  return std::round(x);
+}
+dbl_t log2(dbl_t x) {
+  return std::log2(x);
+}
+dbl_t log(dbl_t x) {
+  return std::log(x);
+}
+dbl_t pow(dbl_t x, dbl_t y) {
+  return std::pow(x, y);
+}
+dbl_t sqrt(dbl_t x) {
+  return std::sqrt(x);
+}
+
+QQ sqrt(const QQ& x) {
+  QQ r;
+  root(r, x, ZZ(2));
+  return r;
+}
+
+bool isInteger(dbl_t x) {
+  return std::isfinite(x) && std::trunc(x) == x;
+}
+
+dbl_t gcd(dbl_t a, dbl_t b) {
+  dbl_t x = abs(a), y = abs(b);
+  while (y != 0) {
+    const dbl_t rest = std::fmod(x, y);  // exact
+    x = y;
+    y = rest;
+  }
+  return x;
+}
+
+QQ gcd(const QQ& a, const QQ& b) {
+  if (a.isWhole() && b.isWhole()) return QQ(gcd(a.ganze, b.ganze));
+  const ZZ x = a.ganze * a.nenner + a.zaehler, y = b.ganze * b.nenner + b.zaehler;
+  return QQ(gcd(x * b.nenner, y * a.nenner), a.nenner * b.nenner);
+}
+
+dbl_t lcm(dbl_t a, dbl_t b) {
+  return a == 0 || b == 0 ? 0 : abs(a) / gcd(a, b) * abs(b);
+}
+
+QQ lcm(const QQ& a, const QQ& b) {
+  return a.isExactZero() || b.isExactZero() ? QQ() : abs(a) / gcd(a, b) * abs(b);
+}
+
+dbl_t denominatorOf(dbl_t x) {
+  return isInfinite(x) || isInteger(x) ? 1 : toDouble(denominator(QQ(x)));
+}
+QQ denominatorOf(const QQ& x) {
+  return denominator(x);
+}
+
+template <>
+QQ powerOfTen<QQ>(long n) {
+  ZZ power(1);
+  power.decimal_lshift(n < 0 ? -n : n);
+  return n < 0 ? QQ(ZZ(1), power) : QQ(power);
+}
+
+namespace {
+
+u64 multiplyModulo(u64 a, u64 b, u64 p) {
+  return static_cast<u64>(static_cast<u128>(a) * b % p);
+}
+
+u64 powerModulo(u64 a, u64 exponent, u64 p) {
+  u64 result = 1;
+  for (; exponent != 0; exponent >>= 1, a = multiplyModulo(a, a, p))
+    if (exponent & 1) result = multiplyModulo(result, a, p);
+  return result;
+}
+
+// The magnitude modulo p.
+u64 residueOf(const ZZ& a, u64 p) {
+  u64 residue = 0;
+  for (long i = a.MN; i >= 1; --i)
+    residue = static_cast<u64>(
+        (static_cast<u128>(residue) * static_cast<u64>(ZZ::BASE) + static_cast<u64>(a.data[i])) % p);
+  return residue;
+}
+
+}  // namespace
+
+bool modulo(dbl_t x, unsigned long long p, unsigned long long& residue) {
+  if (!isInteger(x) || abs(x) > 1e18L) return false;
+  const u64 rest = static_cast<u64>(abs(x)) % p;
+  residue = x < 0 && rest != 0 ? p - rest : rest;
+  return true;
+}
+
+bool modulo(const QQ& x, unsigned long long p, unsigned long long& residue) {
+  if (x.isInf) return false;
+  u64 rest = residueOf(x.ganze, p);
+  if (!x.isWhole()) {
+    const u64 n = residueOf(x.nenner, p);
+    if (n == 0) return false;
+    const u64 fraction = multiplyModulo(residueOf(x.zaehler, p), powerModulo(n, p - 2, p), p);
+    rest = (rest + fraction) % p;
+  }
+  residue = x.sign || rest == 0 ? rest : p - rest;
+  return true;
+}
+
+std::ostream& setFullPrecision(std::ostream& stream) {
+  stream.unsetf(std::ios::fixed | std::ios::scientific);
+  stream.precision(ZZ_DIGITS - 1);
+  return stream;
+}
+
+std::string toText(dbl_t x) {
+  char buffer[48];
+  const int length = std::snprintf(buffer, sizeof buffer, "%.*Lg", ZZ_DIGITS - 1, x);
+  return std::string(buffer, static_cast<std::size_t>(length));
+}
+
+template <>
+QQ parseText<QQ>(const std::string& text) {
+  return QQ(text);
+}
+
+template <>
+dbl_t parseText<dbl_t>(const std::string& text) {
+  return toDouble(QQ(text));
+}
+
+std::istream& readNumber(std::istream& stream, QQ& x) {
+  skipSpaceAndComments(stream);
+  const std::string token = stream.good() ? takeNumberToken(stream, true) : "";
+  if (token.empty())
+    stream.setstate(std::ios::failbit);
+  else
+    parse(x, token);
+  return stream;
+}
+
+std::istream& readNumber(std::istream& stream, dbl_t& x) {
+  QQ exact;
+  if (readNumber(stream, exact)) x = toDouble(exact);
+  return stream;
+}
+
+}  // namespace latbox
