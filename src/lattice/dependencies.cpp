@@ -13,7 +13,8 @@ long Lattice<T, F>::removeDependentVectors() {
   rank = M.M;
   B_save = M;
   B = rescaled(B_save);
-  coordSolver.clear();
+  coordSolver.dropSaved();
+  coordSolver.dropCurrent();
   resizeWork(rank);
   emptyCollections();
   TT.clear();

@@ -37,7 +37,7 @@ void zeroMatrix(Matrix<T>& m, long rows, long columns) {
 }  // namespace
 
 template <class T, class F>
-Lattice<T, F>::Lattice() = default;
+Lattice<T, F>::Lattice() {}
 
 template <class T, class F>
 Lattice<T, F>::Lattice(const Lattice& other) : Tessik<T>(), ParamOwner() {

@@ -137,8 +137,8 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void clearStatus();                         // every word 0
   // status from `from` to rank to 0, except that a word of 1 behind position 1 stays while `blended`.
   void invalidateFrom(long from);
-  bool consistencyOn() const { return params.consistency.value(); }
-  long verb() const { return params.verb.value(); }
+  bool consistencyOn() const { return params.consistency.get(); }
+  long verb() const { return params.verb.get(); }
   void emptyCollections();
 
   // lattice/weights.cpp: the weight map and the rule for changing a weight or a shift

@@ -220,7 +220,7 @@ template <class T, class F>
 long Lattice<T, F>::lovaszMove(long pos) {
   long next = pos + 1;
   long settled = pos;
-  if (params.deep.value()) {
+  if (params.deep.get()) {
     next = deepInsert(pos);
     settled = next - 1;
   } else if (pos > 1) {
@@ -255,7 +255,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
       ++pos;
       continue;
     }
-    if (!lllStep(pos, m, guarded) || clock.outOf(params.btime.value())) break;
+    if (!lllStep(pos, m, guarded) || clock.outOf(params.btime.get())) break;
     if (verb() > 1 && clock.statusDue()) {
       std::ostringstream line;
       line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";

@@ -2,6 +2,7 @@
 // of their coefficients.
 #include <limits>
 
+#include "lib/exceptions.h"
 #include "lib/failure.h"
 #include "program/bounds.h"
 #include "program/tessik.h"
