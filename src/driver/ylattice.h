@@ -45,7 +45,9 @@ void tryStandardPrecision(YLattice<dbl_t>& y);
 
 // The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException restores
 // it, converts it and repeats the step in exact arithmetic; after every extended step the way back is tried.
-// RestartException and all others pass.
+// RestartException and all others pass. Statistics, random draws and files are not rolled back. What the
+// console writes stays, too: parameters and mainVars are not restored from the copy, since a command that
+// arrived while the step ran would be lost.
 template <class Step>
 void oneStep(YLattice<dbl_t>& y, Step&& step) {
   if (!y.extendedActive) {
@@ -55,7 +57,7 @@ void oneStep(YLattice<dbl_t>& y, Step&& step) {
       step(y.standard);
       return;
     } catch (const PrecisionException&) {
-      y.standard = y.standardBackup;
+      y.standard.copyFrom(y.standardBackup, true);
     }
     switchToExtended(y);
     setProgressDepth(depth);
