@@ -133,6 +133,7 @@ long Lattice<T, F>::gsoByFull(long first, long last, bool failOnDependency) {
 #define LATBOX_INSTANTIATE(T)                                        \
   template bool Lattice<T, dbl_t>::updateGso(long, long);            \
   template void Lattice<T, dbl_t>::orthogonalisationRefresh();       \
+  template void Lattice<T, dbl_t>::forgetFactorisation(long);        \
   template long Lattice<T, dbl_t>::gsoByReduced(long, long, bool);   \
   template long Lattice<T, dbl_t>::gsoByFull(long, long, bool);
 LATBOX_INSTANTIATE(dbl_t)
