@@ -134,7 +134,8 @@ long Lattice<T, F>::gsoByFull(long first, long last, bool failOnDependency) {
   template bool Lattice<T, dbl_t>::updateGso(long, long);            \
   template void Lattice<T, dbl_t>::orthogonalisationRefresh();       \
   template long Lattice<T, dbl_t>::gsoByReduced(long, long, bool);   \
-  template long Lattice<T, dbl_t>::gsoByFull(long, long, bool);
+  template long Lattice<T, dbl_t>::gsoByFull(long, long, bool);      \
+  template void Lattice<T, dbl_t>::forgetFactorisation(long);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
 
