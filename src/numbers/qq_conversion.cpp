@@ -61,6 +61,19 @@ struct Decimals {
   u64 digits = 0;
 };
 
+// digits = digits * 10 + q, where (q, w) = 10 w div n. 64-bit division wherever it does: it is the cost here.
+void nextDigit(u128& w, u64 n, u64& digits) {
+  w *= 10;
+  if ((w >> 64) == 0) {
+    const u64 narrow = static_cast<u64>(w), q = narrow / n;
+    digits = digits * 10 + q;
+    w = narrow - q * n;
+  } else {
+    digits = digits * 10 + static_cast<u64>(w / n);
+    w %= n;
+  }
+}
+
 // The digit loop of toDoubleByText on machine words. False if it does not fit them. The first round takes two
 // digits at once there, because the remainder keeps its last shift; so it does here.
 bool smallDecimals(const QQ& x, bool strict, Decimals& decimals) {
@@ -75,13 +88,16 @@ bool smallDecimals(const QQ& x, bool strict, Decimals& decimals) {
   }
   long used = 0;
   if (!x.ganze.isZero()) used = decimalLength(x.ganze.magnitude64()) + std::max(decimals.lead, 0);
+  const u64 room = used < PRECISION_DIGITS
+                       ? static_cast<u64>(exactPowerOfTen(static_cast<int>(PRECISION_DIGITS - used)))
+                       : 0;
   for (;;) {
     if (w == 0) return true;
     if (decimals.digits >= LIMIT) return false;
-    w *= 10;
-    decimals.digits = decimals.digits * 10 + static_cast<u64>(w / n);
-    w %= n;
+    nextDigit(w, n, decimals.digits);
     if (decimals.digits >= LIMIT * 10) return false;
+    // No number has more significant digits than digits: the count is only needed near the end.
+    if (decimals.digits < room) continue;
     if (used + significantLength(decimals.digits) > PRECISION_DIGITS) break;
   }
   if (strict) notRepresentable();
