@@ -10,7 +10,9 @@ class CoordSolverTest : public ::testing::Test {
   Vector<T> x;
   using Which = typename CoordSolver<T>::Which;
 
-  bool solve(const Matrix<T>& rows, const Vector<T>& v) { return solver.coordinates(Which::saved, rows, v, x); }
+  bool solve(const Matrix<T>& rows, const Vector<T>& v) {
+    return solver.coordinates(Which::saved, rows, v, x);
+  }
   void expectRoundTrip(const Matrix<T>& rows, const Vector<T>& wanted) {
     ASSERT_TRUE(solve(rows, wanted * rows));
     EXPECT_TRUE(x == wanted);
@@ -18,17 +20,22 @@ class CoordSolverTest : public ::testing::Test {
 };
 TYPED_TEST_SUITE(CoordSolverTest, NumberTypes);
 
-inline Rows generatedRows() { return {{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}}; }
-inline Rows denseRows() { return {{3, 1, -2, 0, 5}, {7, 4, 1, 1, -3}, {-2, 8, 6, 0, 1}, {1, 1, 1, 9, 2}}; }
+inline Rows generatedRows() {
+  return {{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}};
+}
+inline Rows denseRows() {
+  return {{3, 1, -2, 0, 5}, {7, 4, 1, 1, -3}, {-2, 8, 6, 0, 1}, {1, 1, 1, 9, 2}};
+}
 
 TYPED_TEST(CoordSolverTest, RowsAsGenerated) {
   const auto rows = matrixOf<TypeParam>(generatedRows());
   this->expectRoundTrip(rows, vectorOf<TypeParam>({1, 1, 1}));
   this->expectRoundTrip(rows, vectorOf<TypeParam>({-2, 0, 100000}));
   this->expectRoundTrip(rows, vectorOf<TypeParam>({0, 0, 0}));
-  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({0, 1, 0, 0})));   // half a row
-  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({1, 0, 0, 0})));   // not even a rational combination
-  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({4, 2, 2, 0})));   // right where it is solved, wrong elsewhere
+  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({0, 1, 0, 0})));  // half a row
+  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({1, 0, 0, 0})));  // not even a rational combination
+  EXPECT_FALSE(
+      this->solve(rows, vectorOf<TypeParam>({4, 2, 2, 0})));  // right where it is solved, wrong elsewhere
 }
 
 TYPED_TEST(CoordSolverTest, DenseRows) {

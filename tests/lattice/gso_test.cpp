@@ -104,7 +104,8 @@ TYPED_TEST(GsoTest, FullDirectionsPointAlongTheGramSchmidtVectors) {
   l.gsoByFull(1, 0, true);
   for (long i = 1; i <= 4; ++i)
     for (long j = 1; j <= 5; ++j)
-      EXPECT_NEAR(static_cast<double>(l.Bstar[i][j] * std::sqrt(l.bstarSq[i])), static_cast<double>(star[i][j]), 1e-12);
+      EXPECT_NEAR(static_cast<double>(l.Bstar[i][j] * std::sqrt(l.bstarSq[i])),
+                  static_cast<double>(star[i][j]), 1e-12);
 }
 
 // The two share their storage, so the row of one must never pass for a row of the other.

@@ -230,8 +230,7 @@ TYPED_TEST(LllTest, DeepInsertNeedsAThirdPosition) {
 }
 
 TYPED_TEST(LllTest, DeepInsertMovesToTheFirstPlaceThatGains) {
-  setBasis(this->lattice,
-           matrixOf<TypeParam>({{9, 0, 0, 0}, {0, 8, 0, 0}, {0, 0, 6, 0}, {0, 0, 0, 2}}));
+  setBasis(this->lattice, matrixOf<TypeParam>({{9, 0, 0, 0}, {0, 8, 0, 0}, {0, 0, 6, 0}, {0, 0, 0, 2}}));
   this->lattice.updateGso(1, 0);
   const long long before = statisticsOf<TypeParam>().deepInsertions;
   EXPECT_EQ(this->lattice.deepInsert(4), 2);

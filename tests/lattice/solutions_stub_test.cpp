@@ -8,8 +8,8 @@ template <class T, class F>
 void Lattice<T, F>::writeSolFile(bool) {}
 template <class T, class F>
 void Lattice<T, F>::reinstate(const ConversionArray<Star<T>>&, const std::vector<Star<T>>&,
-                              const SortedSet<HeuristicVector<T, F>>&, const SortedSet<HeuristicVector<T, F>>&,
-                              int) {}
+                              const SortedSet<HeuristicVector<T, F>>&,
+                              const SortedSet<HeuristicVector<T, F>>&, int) {}
 template <class T, class F>
 std::string Lattice<T, F>::starReport() const {
   return "";
@@ -24,7 +24,8 @@ template void Lattice<dbl_t, dbl_t>::writeLatFile();
 template void Lattice<QQ, dbl_t>::writeLatFile();
 template void Lattice<dbl_t, dbl_t>::writeSolFile(bool);
 template void Lattice<QQ, dbl_t>::writeSolFile(bool);
-template void Lattice<dbl_t, dbl_t>::reinstate(const ConversionArray<Star<dbl_t>>&, const std::vector<Star<dbl_t>>&,
+template void Lattice<dbl_t, dbl_t>::reinstate(const ConversionArray<Star<dbl_t>>&,
+                                               const std::vector<Star<dbl_t>>&,
                                                const SortedSet<HeuristicVector<dbl_t, dbl_t>>&,
                                                const SortedSet<HeuristicVector<dbl_t, dbl_t>>&, int);
 template void Lattice<QQ, dbl_t>::reinstate(const ConversionArray<Star<QQ>>&, const std::vector<Star<QQ>>&,
