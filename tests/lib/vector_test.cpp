@@ -79,7 +79,7 @@ TYPED_TEST(VectorOf, RejectList) {
       {"[ in", "Vector: bad input3"},          {"[", "Vector: bad input"},
       {"[ 1 2", "Vector: bad input"},          {"[ 1 2 -", "Vector: bad input"},
       {"[ x ]", "Vector: bad input"},          {"[ 1 ( ]", "Vector: bad input"},
-      {"[ infinity ]", "Vector: bad input2"},  {"[ 1 // ]", "Vector: bad input"},
+      {"[ infinity ]", "Vector: bad input3"},  {"[ 1 // ]", "Vector: bad input"},
       {"[ /* ]", "Comment is not terminated"}, {"[ 1/0 ]", "QQ: division by zero1"},
       {"[ 5.0 ]", "QQ: parse error1"},         {"[ / 2 ]", "QQ: division by zero1"},
   };
