@@ -68,6 +68,9 @@ class QQ {
   // Flips the sign in place; zero stays positive.
   void negate();
 
+  // Sets the value of two coprime magnitudes, denominator not zero, without looking for a common divisor.
+  void setReduced(ZZ numerator, ZZ denominator, bool nonNegative);
+
   bool isExactZero() const { return !isInf && ganze.isZero() && zaehler.isZero(); }
   // Finite and without a fraction.
   bool isWhole() const { return !isInf && zaehler.isZero(); }
@@ -100,6 +103,10 @@ class QQ {
   static void addIntegers(QQ& r, const QQ& a, const QQ& b, bool bSign);
   template <class Wide>
   static void addSmall(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  void settle(ZZ whole, ZZ fraction, ZZ n);
+  static void addReduced(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  static void mulReduced(QQ& r, const QQ& a, const QQ& b);
+  static void divideReduced(QQ& r, const QQ& a, const QQ& b);
   // The short cuts: true if they applied. `r` may be an operand; `bSign` stands for the sign of b.
   static bool addFast(QQ& r, const QQ& a, const QQ& b, bool bSign);
   static bool mulFast(QQ& r, const QQ& a, const QQ& b);
