@@ -1,5 +1,5 @@
-// From decimal digits and fractions to integers: variables are scaled by their digits, rows by the denominators
-// of their coefficients.
+// From decimal digits and fractions to integers: variables are scaled by their digits, rows by the
+// denominators of their coefficients.
 #include <limits>
 
 #include "lib/exceptions.h"
@@ -14,9 +14,9 @@ namespace {
 // More digits than this ask for numbers that nobody writes down and no machine should form.
 constexpr long MAX_DIGITS = 10000;
 
-// A product or quotient that is a whole number by its definition may be off by some units in the last place in
-// dbl_t; rounding up from there would be off by one. The band is narrower than any number of 17 digits that is
-// not whole, so no value that a file can state is moved by it.
+// A product or quotient that is a whole number by its definition may be off by some units in the last place
+// in dbl_t; rounding up from there would be off by one. The band is narrower than any number of 17 digits
+// that is not whole, so no value that a file can state is moved by it.
 dbl_t snapped(dbl_t x) {
   const dbl_t nearest = roundNearest(x);
   const dbl_t band = 8 * std::numeric_limits<dbl_t>::epsilon() * abs(x);
@@ -60,7 +60,8 @@ void joinDenominators(T& factor, const Vector<T>& row, const char* message) {
   for (long j = 1; j <= row.MN; ++j) joinDenominator(factor, row[j], message);
 }
 
-// A quotient of dbl_t that the system would take for zero has lost its digits. The exact type has none to lose.
+// A quotient of dbl_t that the system would take for zero has lost its digits. The exact type has none to
+// lose.
 void checkQuotient(dbl_t x) {
   if (x != 0 && isZero(x)) throw PrecisionException("data overflow");
 }

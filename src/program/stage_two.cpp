@@ -100,7 +100,7 @@ void Tessik<T>::prepareStageTwo(bool verbose) {
   translate();
 }
 
-#define LATBOX_INSTANTIATE(T)                       \
+#define LATBOX_INSTANTIATE(T)                        \
   template void Tessik<T>::removeDependencies(bool); \
   template void Tessik<T>::swapHalfFree(bool);       \
   template void Tessik<T>::translate();              \

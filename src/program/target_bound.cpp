@@ -1,4 +1,5 @@
-// Bounds on the combined target: from the thresholds, from a solution in hand, from the bounds of the variables.
+// Bounds on the combined target: from the thresholds, from a solution in hand, from the bounds of the
+// variables.
 #include "program/bounds.h"
 #include "program/tessik.h"
 
@@ -61,9 +62,9 @@ void Tessik<T>::boundTargetByVariables() {
   boundByCorner(*this, rx);
 }
 
-#define LATBOX_INSTANTIATE(T)                                             \
-  template void Tessik<T>::applyThresholds();                             \
-  template void Tessik<T>::setTargetBound(const Vector<T>&, const T&);    \
+#define LATBOX_INSTANTIATE(T)                                          \
+  template void Tessik<T>::applyThresholds();                          \
+  template void Tessik<T>::setTargetBound(const Vector<T>&, const T&); \
   template void Tessik<T>::boundTargetByVariables();
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
