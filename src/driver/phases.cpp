@@ -118,8 +118,8 @@ void announceRestart(const RestartException& restart, bool report) {
   if (report) std::cout << lineEnd << std::flush;
 }
 
-// Works on the input that is loaded until another one is asked for. A restart, from the trivial solutions too,
-// leads back to the report of the sizes.
+// Works on the input that is loaded until another one is asked for. A restart, from the trivial solutions
+// too, leads back to the report of the sizes.
 void runInput(YLattice<dbl_t>& y) {
   // Fixed for this load, whatever the console sets later.
   const bool report = verbOf(y) == 2;

@@ -87,7 +87,9 @@ void writeAll(iovec* pieces, int number) {
   }
 }
 
-iovec piece(const char* text, std::size_t size) { return {const_cast<char*>(text), size}; }
+iovec piece(const char* text, std::size_t size) {
+  return {const_cast<char*>(text), size};
+}
 
 bool canBeOpened(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);

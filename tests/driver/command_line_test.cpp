@@ -29,12 +29,22 @@ std::string textOf(YLattice<dbl_t>& y, const std::string& key) {
 }
 
 // For death tests, which look at standard error alone.
-void showOutputAsError() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void showOutputAsError() {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 TEST(WithoutExtension, DropsEverythingFromTheLastPoint) {
   const std::vector<std::pair<std::string, std::string>> cases = {
-      {"x.opt", "x"},       {"x", "x"},          {"a.b.opt", "a.b"}, {"dir.d/prob", "dir"}, {"dir.d/prob.opt", "dir.d/prob"},
-      {".opt", ""},         {"./x", ""},         {"./x.lat", "./x"}, {"x.", "x"},           {"../x", "."},
+      {"x.opt", "x"},
+      {"x", "x"},
+      {"a.b.opt", "a.b"},
+      {"dir.d/prob", "dir"},
+      {"dir.d/prob.opt", "dir.d/prob"},
+      {".opt", ""},
+      {"./x", ""},
+      {"./x.lat", "./x"},
+      {"x.", "x"},
+      {"../x", "."},
   };
   for (const auto& [path, expected] : cases) EXPECT_EQ(withoutExtension(path), expected) << path;
 }
@@ -87,9 +97,12 @@ struct BlockTimeCase {
 };
 
 TEST(CommandLine, BlockTimeIsBoundedByTheRunTime) {
-  const std::vector<BlockTimeCase> cases = {{{"--rtime=10", "--btime=100"}, 10}, {{"--rtime=10", "--btime=5"}, 5},
-                                            {{"--rtime=10"}, 10},                {{"--btime=100"}, 100},
-                                            {{"--btime=10", "--rtime=10"}, 10},  {{"--rtime=0", "--btime=3"}, 3}};
+  const std::vector<BlockTimeCase> cases = {{{"--rtime=10", "--btime=100"}, 10},
+                                            {{"--rtime=10", "--btime=5"}, 5},
+                                            {{"--rtime=10"}, 10},
+                                            {{"--btime=100"}, 100},
+                                            {{"--btime=10", "--rtime=10"}, 10},
+                                            {{"--rtime=0", "--btime=3"}, 3}};
   for (const BlockTimeCase& row : cases) {
     YLattice<dbl_t> y;
     parse(y, row.arguments);
@@ -132,11 +145,16 @@ using CommandLineDeathTest = ::testing::Test;
 
 TEST(CommandLineDeathTest, RefusesWithItsMessage) {
   const RejectCase cases[] = {
-      {"--help", "Malformed parameter: help"},     {"-", "Malformed parameter: "},
-      {"---", "Malformed parameter: "},            {"--verb 2", "Malformed parameter: verb 2"},
-      {"--nosuch=1", "No such parameter: nosuch"}, {"--gui=1", "No such parameter: gui"},
-      {"--=1", "No such parameter: "},             {"--Verb=1", "No such parameter: Verb"},
-      {"--verb =1", "No such parameter: verb "},   {"--snorm=5.0", "QQ: parse error1"},
+      {"--help", "Malformed parameter: help"},
+      {"-", "Malformed parameter: "},
+      {"---", "Malformed parameter: "},
+      {"--verb 2", "Malformed parameter: verb 2"},
+      {"--nosuch=1", "No such parameter: nosuch"},
+      {"--gui=1", "No such parameter: gui"},
+      {"--=1", "No such parameter: "},
+      {"--Verb=1", "No such parameter: Verb"},
+      {"--verb =1", "No such parameter: verb "},
+      {"--snorm=5.0", "QQ: parse error1"},
   };
   for (const RejectCase& row : cases) {
     EXPECT_FAILURE(
@@ -157,7 +175,8 @@ TEST(CommandLineDeathTest, EmptyInputPrintsTheShortUsage) {
         parse(y, {"--verb=2", ""});
       },
       ::testing::ExitedWithCode(0),
-      "^Usage: latbox --help=0 --verb=2 --consistency=0 .*--snorm=-1 --tnorm=-inf file\\.opt\\|file\\.lat\n$");
+      "^Usage: latbox --help=0 --verb=2 --consistency=0 .*--snorm=-1 --tnorm=-inf "
+      "file\\.opt\\|file\\.lat\n$");
 }
 
 TEST(CommandLineDeathTest, HelpPrintsTheTable) {

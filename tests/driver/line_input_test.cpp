@@ -50,11 +50,17 @@ std::vector<std::string> linesOf(const std::string& text) {
 
 using Lines = std::vector<std::string>;
 
-TEST(LineInput, SplitsAtLineEnds) { EXPECT_EQ(linesOf("one\ntwo\n\nthree\n"), (Lines{"one", "two", "", "three"})); }
+TEST(LineInput, SplitsAtLineEnds) {
+  EXPECT_EQ(linesOf("one\ntwo\n\nthree\n"), (Lines{"one", "two", "", "three"}));
+}
 
-TEST(LineInput, LastLineNeedsNoLineEnd) { EXPECT_EQ(linesOf("one\ntwo"), (Lines{"one", "two"})); }
+TEST(LineInput, LastLineNeedsNoLineEnd) {
+  EXPECT_EQ(linesOf("one\ntwo"), (Lines{"one", "two"}));
+}
 
-TEST(LineInput, EmptyInputEndsAtOnce) { EXPECT_EQ(linesOf(""), Lines{}); }
+TEST(LineInput, EmptyInputEndsAtOnce) {
+  EXPECT_EQ(linesOf(""), Lines{});
+}
 
 TEST(LineInput, KeepsZeroBytesAndCarriageReturns) {
   const std::string odd("a\0b\rc", 5);

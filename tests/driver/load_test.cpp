@@ -1,5 +1,5 @@
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <utime.h>
 
@@ -91,9 +91,17 @@ using NumberTypes = ::testing::Types<dbl_t, QQ>;
 TYPED_TEST_SUITE(DeriveFileNames, NumberTypes);
 
 TYPED_TEST(DeriveFileNames, DropsOneExtensionWithinTheLastComponent) {
-  const NameCase cases[] = {{"a", "a"},          {"a.b", "a"},         {"a.b.c", "a.b"},    {"dir.d/prob", "dir.d/prob"},
-                            {"dir.d/p.x", "dir.d/p"}, {"./x", "./x"},  {".hidden", ".hidden"}, {"a.", "a"},
-                            {"dir/.x", "dir/"},  {"/abs/p", "/abs/p"}, {"..", "."}};
+  const NameCase cases[] = {{"a", "a"},
+                            {"a.b", "a"},
+                            {"a.b.c", "a.b"},
+                            {"dir.d/prob", "dir.d/prob"},
+                            {"dir.d/p.x", "dir.d/p"},
+                            {"./x", "./x"},
+                            {".hidden", ".hidden"},
+                            {"a.", "a"},
+                            {"dir/.x", "dir/"},
+                            {"/abs/p", "/abs/p"},
+                            {"..", "."}};
   for (const NameCase& row : cases) {
     Lattice<TypeParam, dbl_t> lattice;
     deriveFileNames(lattice, row.input);
@@ -160,11 +168,12 @@ TEST(ReadFiles, PrintsItsLevelsAtVerb2) {
   ::testing::internal::CaptureStdout();
   readFiles(y, folder.path("small"));
   const std::string text = ::testing::internal::GetCapturedStdout();
-  EXPECT_TRUE(text.starts_with("|-> Reading files ...\n|    |-> Reading opt file ...\n"
-                               "|    |    |-> Switching to extended precision\n"
-                               "|    |    |-> Using standard precision\n"
-                               "|    |-> Generating lattice ...\n"
-                               "|    |    |-> Preparing optimization program ...\n"))
+  EXPECT_TRUE(
+      text.starts_with("|-> Reading files ...\n|    |-> Reading opt file ...\n"
+                       "|    |    |-> Switching to extended precision\n"
+                       "|    |    |-> Using standard precision\n"
+                       "|    |-> Generating lattice ...\n"
+                       "|    |    |-> Preparing optimization program ...\n"))
       << text;
   EXPECT_EQ(progressDepth(), 0);
 }

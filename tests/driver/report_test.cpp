@@ -99,7 +99,9 @@ TYPED_TEST(Report, BestTargetLineWithoutATarget) {
   EXPECT_EQ(text.str(), "T(bestTarget) = inf, S(bestTarget) = inf");
 }
 
-TYPED_TEST(Report, SummaryIsEmptyWithoutTargetsAndSolutions) { EXPECT_EQ(this->lattice_.solutionSummary(), ""); }
+TYPED_TEST(Report, SummaryIsEmptyWithoutTargetsAndSolutions) {
+  EXPECT_EQ(this->lattice_.solutionSummary(), "");
+}
 
 TYPED_TEST(Report, SummaryWithTargets) {
   this->addTarget();
@@ -122,8 +124,9 @@ TYPED_TEST(Report, SummaryWithSolutions) {
 
 TYPED_TEST(Report, FourthSolutionAddsNoTime) {
   for (long i = 1; i <= 4; ++i) this->addSolution(i);
-  EXPECT_EQ(this->lattice_.solutionSummary(),
-            "\nSolutions found: 4\n\n{ The first solution/s was/were found after: 1 sec(s) 2 sec(s) 3 sec(s) }\n");
+  EXPECT_EQ(
+      this->lattice_.solutionSummary(),
+      "\nSolutions found: 4\n\n{ The first solution/s was/were found after: 1 sec(s) 2 sec(s) 3 sec(s) }\n");
 }
 
 TYPED_TEST(Report, BenchmarkRunHidesTheNumberOfSolutions) {
@@ -132,7 +135,9 @@ TYPED_TEST(Report, BenchmarkRunHidesTheNumberOfSolutions) {
   EXPECT_EQ(this->lattice_.solutionSummary(), "\n{ The first solution/s was/were found after: 7 sec(s) }\n");
 }
 
-TYPED_TEST(Report, Verb0PrintsNothingWithoutASummary) { EXPECT_EQ(this->lattice_.iterationReport(), ""); }
+TYPED_TEST(Report, Verb0PrintsNothingWithoutASummary) {
+  EXPECT_EQ(this->lattice_.iterationReport(), "");
+}
 
 TYPED_TEST(Report, Verb0PrintsASummaryOnce) {
   // The memory is that of the process, so each type needs times of its own.
@@ -172,7 +177,8 @@ TYPED_TEST(Report, Verb1PrintsWhatTheOptionsAskFor) {
   auto& lattice = this->lattice_;
   lattice.params.verb.set(1);
   lattice.params.pair.set(false);
-  for (auto* option : {&lattice.params.consistency, &lattice.params.deep, &lattice.params.sample, &lattice.params.sieve})
+  for (auto* option :
+       {&lattice.params.consistency, &lattice.params.deep, &lattice.params.sample, &lattice.params.sieve})
     option->set(true);
   Statistics& statistics = statisticsOf<TypeParam>();
   statistics.deepInsertions = 11;
@@ -236,8 +242,9 @@ TYPED_TEST(Report, Verb2LeavesOutWhatIsNotThere) {
   lattice.rank = 1;
   lattice.dim = 2;
   lattice.B = Matrix<TypeParam>("[[5 6]]");
-  EXPECT_NE(lattice.iterationReport().find("extensions: 0\n\nB[1]: \n[ 5 6 ]\n\nInhomogenous improvements: 0\n"),
-            std::string::npos);
+  EXPECT_NE(
+      lattice.iterationReport().find("extensions: 0\n\nB[1]: \n[ 5 6 ]\n\nInhomogenous improvements: 0\n"),
+      std::string::npos);
 }
 
 TYPED_TEST(Report, GuiKeepsTheTextAndPrintsTheBlockAtVerb0) {

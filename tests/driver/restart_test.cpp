@@ -12,7 +12,9 @@ using latbox::testing::SmallRun;
 using Standard = Lattice<dbl_t, dbl_t>;
 
 // For death tests, which look at standard error alone.
-void showOutputAsError() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void showOutputAsError() {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 class Restart : public ::testing::Test {
  protected:

@@ -21,7 +21,9 @@ using latbox::testing::SmallRun;
 using latbox::testing::TemporaryFolder;
 
 // For death tests, which look at standard error alone.
-void showOutputAsError() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void showOutputAsError() {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 TEST(Iterate, LeavesWhenStoppedAndCountsTheIteration) {
   SmallRun run;

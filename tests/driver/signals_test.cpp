@@ -18,7 +18,9 @@ namespace {
 using latbox::testing::TemporaryFolder;
 
 // For death tests, which look at standard error alone.
-void showOutputAsError() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void showOutputAsError() {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 void addSolution(Lattice<dbl_t, dbl_t>& lattice, const std::string& solFile) {
   TargetVector<dbl_t> solution{Vector<dbl_t>("[ 1 2 ]")};
@@ -56,7 +58,8 @@ TEST(FinalReportDeathTest, NamesTheFileOfTheResults) {
       ::testing::ExitedWithCode(0),
       "^\nGot signal: Interrupt\n\n\\*{26} Terminated \\*{26}\n\nSolutions found: 1\n\n"
       "\\{ The first solution/s was/were found after: 7 sec\\(s\\) \\}\n"
-      "\nThe following file contains the results: \n\n\t" + solFile + "\n\nTotal iterations: ");
+      "\nThe following file contains the results: \n\n\t" +
+          solFile + "\n\nTotal iterations: ");
 }
 
 TEST(FinalReportDeathTest, DoesNotNameAFileThatIsNotThere) {
@@ -118,7 +121,8 @@ TEST(FinalReportDeathTest, WaitsForASectionThatIsHeld) {
       ::testing::ExitedWithCode(0), "found after: 7 sec");
 }
 
-// With the report under way on one thread, the end of the run on another one waits for the end of the process.
+// With the report under way on one thread, the end of the run on another one waits for the end of the
+// process.
 TEST(FinalReportDeathTest, SecondEndDoesNothingMore) {
   EXPECT_EXIT(
       {
@@ -153,7 +157,8 @@ TEST(FinalReportDeathTest, LongRunningTime) {
         setClock([] { return 4661L; });
         raise(SIGTERM);
       },
-      ::testing::ExitedWithCode(0), "time: 1:01:01 hour\\(s\\):min\\(s\\):sec\\(s\\) == 3661 secs -- Program end\n$");
+      ::testing::ExitedWithCode(0),
+      "time: 1:01:01 hour\\(s\\):min\\(s\\):sec\\(s\\) == 3661 secs -- Program end\n$");
 }
 
 TEST(SignalHandlers, PreviousOnesComeBack) {

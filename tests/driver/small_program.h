@@ -8,7 +8,8 @@
 
 namespace latbox::testing {
 
-// 1 <= x1 + x2 <= 3 with x1, x2 in 0..4. The basis as generated has the rows (-8 -4 -4 1), (4 2 0 0), (4 0 2 0).
+// 1 <= x1 + x2 <= 3 with x1, x2 in 0..4. The basis as generated has the rows (-8 -4 -4 1), (4 2 0 0), (4 0 2
+// 0).
 inline constexpr const char* SMALL_PROGRAM =
     "[ ]\n[ ]\n[ ]\n[ ]\n[ [ 1 1 ] ]\n[ 1 ]\n[ 3 ]\n[ 0 0 ]\n[ 0 0 ]\n[ 4 4 ]\n";
 

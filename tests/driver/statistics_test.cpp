@@ -132,7 +132,9 @@ class Stamp : public ::testing::Test {
   std::time_t start_ = 0;
 };
 
-TEST_F(Stamp, CountsFromTheStartOfTheRun) { EXPECT_EQ(stampNow<dbl_t>(0), 10); }
+TEST_F(Stamp, CountsFromTheStartOfTheRun) {
+  EXPECT_EQ(stampNow<dbl_t>(0), 10);
+}
 
 TEST_F(Stamp, IsMultipliedInABenchmarkRun) {
   EXPECT_EQ(stampNow<dbl_t>(2.5F), 25);
