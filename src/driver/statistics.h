@@ -1,6 +1,7 @@
 // The counters of a run, one instance per precision. Pulls in nothing of the layers above the library.
 #pragma once
 
+#include <atomic>
 #include <ctime>
 
 #include "lib/constants.h"
@@ -10,8 +11,26 @@ namespace latbox {
 
 class QQ;
 
+// A counter of the solver thread that the final report reads on whatever thread the signal lands.
+class SharedCounter {
+ public:
+  SharedCounter() = default;
+  SharedCounter(const SharedCounter& other) : value_(other.get()) {}
+  SharedCounter& operator=(const SharedCounter& other) { return *this = other.get(); }
+  SharedCounter& operator=(long long value) {
+    value_.store(value, std::memory_order_relaxed);
+    return *this;
+  }
+  SharedCounter& operator++() { return *this = get() + 1; }  // one writer: no read-modify-write needed
+  operator long long() const { return get(); }
+  long long get() const { return value_.load(std::memory_order_relaxed); }
+
+ private:
+  std::atomic<long long> value_{0};
+};
+
 struct Statistics {
-  long long iterations = 0;
+  SharedCounter iterations;
   bool reinserting = false;  // kept vectors come back: their improvements and solutions aren't counted
   long long inhomogeneousImprovements = 0;
   long long targetImprovements = 0;
@@ -38,8 +57,11 @@ struct Statistics {
 
   // Copies the progress counters into the four snapshot fields.
   void takeSnapshot();
-  // Counts an iteration with or without primary progress. The rule is asymmetric by design.
+  // Counts an iteration with or without primary progress since the last snapshot.
   void updateProgress();
+
+ private:
+  bool madeProgress() const;
 };
 
 // The two instances live from before main to the end of the process; they are never destroyed, since exit()
@@ -51,9 +73,18 @@ Statistics& statisticsExtended();
 template <class T>
 Statistics& statisticsOf();
 template <>
-inline Statistics& statisticsOf<dbl_t>() { return statisticsStandard(); }
+inline Statistics& statisticsOf<dbl_t>() {
+  return statisticsStandard();
+}
 template <>
-inline Statistics& statisticsOf<QQ>() { return statisticsExtended(); }
+inline Statistics& statisticsOf<QQ>() {
+  return statisticsExtended();
+}
+
+// Whether this value of the parameter `bench` makes the run a benchmark.
+inline bool isBenchmark(float bench) {
+  return bench > 1e-9F || bench < -1e-9F;
+}
 
 // The discovery time to stamp on a vector: seconds since discoveryStart, multiplied by `bench` in a benchmark
 // run (|bench| > 1e-9). The one helper that stamps times.

@@ -45,9 +45,9 @@ template <class T, class F>
 class HeuristicVector : public TimeVector<T> {
  public:
   HeuristicDeviation<F> deviation;
-  T targetNorm;       // infinite until judged
-  T slackNorm;        // infinite until judged
-  T combinedTarget;   // atu y; written only where a best vector is judged
+  T targetNorm;           // infinite until judged
+  T slackNorm;            // infinite until judged
+  T combinedTarget{};     // atu y; written only where a best vector is judged
 
   HeuristicVector();
   explicit HeuristicVector(const Vector<T>& v);
@@ -55,7 +55,10 @@ class HeuristicVector : public TimeVector<T> {
   HeuristicVector& operator=(const Vector<T>& v);
   // Empty, kind 0, time -1, norms infinite.
   void clear() override;
+  // By the deviations: the better vector is the lesser one.
   virtual bool operator<(const HeuristicVector& other) const;
+  // What a sorted set asks its elements.
+  bool better(const HeuristicVector& other) const { return latbox::better(deviation, other.deviation); }
 };
 
 // The order of the collections: a is better than b.

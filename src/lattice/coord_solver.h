@@ -25,18 +25,26 @@ class CoordSolver {
 
   enum class Which { saved, current };
 
-  // Solves result * rows = v exactly. False when v has no coordinates or they are not all integers. `rows` is
-  // the matrix that the cache `which` belongs to and is factorised if the cache is not valid.
+  // Solves result * rows = v; the combination that is returned gives v back, by the system's tolerance. False when
+  // v has no coordinates or they are not all integers. `rows` is the matrix that the cache `which` belongs to and
+  // is factorised if the cache is not valid.
   bool coordinates(Which which, const Matrix<T>& rows, const Vector<T>& v, Vector<T>& result);
 
-  void dropCurrent();                  // the basis changed
-  void dropSaved();                    // the saved basis changed
-  void currentBecomesSaved();          // rebase: drops the saved cache if there is no current one
-  void savedBecomesCurrent();          // restore
+  // The basis changed. Inline, for every row operation calls it.
+  void dropCurrent() {
+    if (current_ != nullptr) current_.reset();
+  }
+  void clear() {
+    dropCurrent();
+    dropSaved();
+  }
+  void dropSaved();            // the saved basis changed
+  void currentBecomesSaved();  // rebase: drops the saved cache if there is no current one
+  void savedBecomesCurrent();  // restore
 
  private:
-  std::shared_ptr<const RowFactor<T>> saved_;
-  std::shared_ptr<const RowFactor<T>> current_;
+  std::shared_ptr<RowFactor<T>> saved_;
+  std::shared_ptr<RowFactor<T>> current_;
 };
 
 }  // namespace latbox

@@ -59,7 +59,7 @@ inline constexpr DiscoveryTime NOW{};
 constexpr DiscoveryTime foundAfter(long seconds) { return {true, seconds}; }
 
 template <class T, class F>
-class Lattice : public Tessik<T> {
+class Lattice : public Tessik<T>, public ParamOwner {
  public:
   using Tessik<T>::stars;
 
@@ -68,7 +68,7 @@ class Lattice : public Tessik<T> {
   long dim = 0;
   T inhomBase = T(1);     // inhomogeneous coordinate in unit coordinates
   T inhomScaled = T(1);   // scaleFactor[dim] * inhomBase
-  ExtendedParams<T> params;
+  ExtendedParams<T> params{this};
   MainMutexVars mainVars;
   std::string latFile;
 
@@ -85,6 +85,10 @@ class Lattice : public Tessik<T> {
   T normBound = T(0);                         // 3 * max squared length of lbnd, ubnd
   Vector<T> c;                                // multiplier per coordinate of the embedding (in the .lat file)
   bool generatedTu = false;                   // the base part's tu when the basis was generated: fixes the layout
+  // `program`'s bounds when the basis was generated, which the .lat file holds. `program` itself may be ahead of
+  // the lattice: bounds that a new vector improves move at once.
+  Vector<T> generatedLx, generatedRx;
+  SerializablePair<T, T> generatedLrtu;
 
   SerializableArray<Matrix<T>> TT;            // transformations; TT[TT.MN] * B_save = unscaled(B)
   Matrix<T> B_save;                           // basis as generated or read, unit coordinates
@@ -133,8 +137,8 @@ class Lattice : public Tessik<T> {
   void clearStatus();                         // every word 0
   // status from `from` to rank to 0, except that a word of 1 behind position 1 stays while `blended`.
   void invalidateFrom(long from);
-  bool consistencyOn() const { return params.consistency.value(); }
-  long verb() const { return params.verb.value(); }
+  bool consistencyOn() const { return params.consistency.get(); }
+  long verb() const { return params.verb.get(); }
   void emptyCollections();
 
   // lattice/weights.cpp: the weight map and the rule for changing a weight or a shift
@@ -145,7 +149,7 @@ class Lattice : public Tessik<T> {
   Matrix<T> rescaled(const Matrix<T>& basis) const;
   void setScale(long p, const T& value);
   void setTranslation(long p, const T& value);
-  void resetScales(bool resetFactors, bool resetTranslation);
+  void resetScales(bool resetFactors, bool resetTranslation) override;
 
   // lattice/consistency.cpp
   bool coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT = false);
@@ -157,6 +161,8 @@ class Lattice : public Tessik<T> {
 
   // lattice/gso.cpp
   bool updateGso(long first, long last);
+  // All Gram-Schmidt data anew; what the listener of `consistency` would ask for.
+  void orthogonalisationRefresh() override;
   long gsoByReduced(long first, long last, bool failOnDependency);
   long gsoByFull(long first, long last, bool failOnDependency);
 
@@ -185,6 +191,9 @@ class Lattice : public Tessik<T> {
   // A width near b - s with a small common multiple with `range`; s is updated in place.
   T adjustWidth(const T& range, const T& b, T& s);
   void computeNormBound();
+  // lbnd and ubnd as generated or read: their copies, symmetry and norm bound, and the check mode.
+  void takeBounds(long mode);
+  bool programAhead() const;                  // a bound of `program` moved since the basis was generated
 
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
   int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
@@ -203,11 +212,14 @@ class Lattice : public Tessik<T> {
   bool isSolution(const HeuristicVector<T, F>& h) const;
   bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
   void offerInhomogeneous(const Vector<T>& w);  // keeps the best vector with inhomogeneous coordinate
+  void collect(const Vector<T>& w);           // offers a lattice vector to the collections
 
   // program/sol_file.cpp
   void sol2star();
   void writeSolFile(bool keepStars);
   void readStarsFromSolFile(bool, bool);
+  // Judges stars against the lattice as it stands; those that fit join program.stars. `report` logs the others.
+  void readmitStars(const ConversionArray<Star<T>>& candidates, bool report);
   std::string starReport() const;             // the console's report of all stars
 
   // program/lat_file.cpp
@@ -233,7 +245,45 @@ class Lattice : public Tessik<T> {
   std::string solutionSummary() const;
 
  private:
-  void installListeners();
+  // program/solutions.cpp: scratch of the check, for it sees every vector that reduction touches.
+  Vector<T> candidate_;
+
+  bool isRuledOut(const Vector<T>& vec, bool scaled) const;
+  void takeCandidate(const Vector<T>& vec, bool scaled);
+  bool isFeasible(const Vector<T>& w) const;
+  bool isKnown(const Vector<T>& w) const;
+  unsigned checkCandidate(DiscoveryTime time, bool flag, Membership membership);
+  unsigned recordCandidate(const HeuristicVector<T, F>& h, DiscoveryTime time, unsigned result, bool changed);
+  void copyResults(const Lattice& source);
+  void copyBasis(const Lattice& source);
+  void copyDerived(const Lattice& source);
+  template <class U>
+  void convertResults(const Lattice<U, F>& other);
+  template <class U>
+  void convertBasis(const Lattice<U, F>& other);
+  template <class U>
+  void convertDerived(const Lattice<U, F>& other);
+  // The steps of the sweep.
+  bool orthogonaliseRow(long k);
+  bool reduceAgainst(long k, long j, bool guarded);
+  void blend(long k, long m);
+  bool stepAt(long k, long m, bool& guarded, long depth);
+  long lovaszMove(long pos);
+  // The steps of checkConsistency.
+  bool rebuildTransformation(const Matrix<T>& U);
+  bool settleTransformation(const Matrix<T>& U);
+  void rebaseOn(const Matrix<T>& U);
+  void restoreSavedBasis();
+  // Sets bits of a row's word; STATUS_DEPENDENT, which stands alone, goes first.
+  void setStatusBits(long i, short bits) {
+    if (status[i] == STATUS_DEPENDENT) status.data[i] = 0;
+    status.data[i] = static_cast<short>(status.data[i] | bits);
+  }
+  // Row `first` and the ones behind it are no longer rows of a factorisation; their Gram-Schmidt data stay.
+  void forgetFactorisation(long first);
+  // mu row i from lqL, and its word.
+  void takeFactorRow(long i, short bits);
+  bool hasStatus(long i, short mask) const { return (status[i] & mask) == mask; }
 };
 
 // Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the first

@@ -53,6 +53,12 @@ class Array {
   }
   virtual bool notEmpty() const { return MN > 0; }
 
+  // Room for n elements without a change of MN: half as much again as n where storage must grow, so that a
+  // reader that appends one element at a time stays linear in a text of millions.
+  void reserve(long n) {
+    if (n > capacity_) growTo(n + n / 2);
+  }
+
   long capacity() const { return capacity_; }
 
   // The checked access that the whole system runs with: 0 <= i <= MN, so element 0 passes.
@@ -114,10 +120,11 @@ class Array {
 
  private:
   void grow(long n, bool spare) {
-    // Limbs never reserve: numbers are many and small.
-    if constexpr (std::is_same_v<T, long long>) spare = false;
     if (n > std::numeric_limits<long>::max() / 2) throw std::bad_array_new_length();
-    const long wanted = n + (spare ? 100 : 1);
+    growTo(n + (spare ? 100 : 1));
+  }
+
+  void growTo(long wanted) {
     T* fresh = new T[static_cast<std::size_t>(wanted) + 1]();
     if (data != nullptr) {
       std::move(data, data + std::min(MN, capacity_) + 1, fresh);

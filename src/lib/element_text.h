@@ -23,4 +23,8 @@ void elementFromText<dbl_t>(const std::string& text, dbl_t& element);
 template <>
 void elementFromText<QQ>(const std::string& text, QQ& element);
 
+// Whether a number's text has no exponent or a whole one of at most four digits, the range of dbl_t. Text
+// from a file is held to that: "1e999999999" would build a number of a gigabyte.
+bool exponentIsBounded(const std::string& text);
+
 }  // namespace latbox

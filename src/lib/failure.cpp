@@ -1,5 +1,8 @@
 #include "lib/failure.h"
 
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
 
@@ -7,12 +10,29 @@
 
 namespace latbox {
 
+namespace {
+
+// exit() must not run twice. A failure while another thread ends the process waits for that end; one inside a
+// static destructor has nobody to wait for.
+void becomeTheOneThatEnds() {
+  static constinit std::atomic<bool> ending{false};
+  static thread_local bool mine = false;
+  if (mine) std::_Exit(1);
+  while (ending.exchange(true)) ::pause();
+  mine = true;
+}
+
+}  // namespace
+
 void fail(const std::string& message) {
+  becomeTheOneThatEnds();
   // The last line end comes from the trace, so that the level that was open counts as finished.
   std::cerr << "\n*** FAIL: " << message << progressBreak() << std::flush;
   std::exit(1);
 }
 
-void warn(const std::string& message) { std::cerr << "*** " << message << '\n' << std::flush; }
+void warn(const std::string& message) {
+  std::cerr << "*** " << message << '\n' << std::flush;
+}
 
 }  // namespace latbox

@@ -1,4 +1,4 @@
-// Matrices over long, dbl_t and QQ: an array of row vectors. M and MN are the row count, N the column count,
+// Matrices over dbl_t and QQ: an array of row vectors. M and MN are the row count, N the column count,
 // rows the storage of the rows; rows and columns are numbered from 1. Row 0 exists as soon as a row does, has
 // N elements and is scratch.
 #pragma once
@@ -59,8 +59,12 @@ class Matrix : public ConversionArray<Vector<T>>, public Serializable {
 
   // Appends a row of N elements; the first row of a 0 x 0 matrix sets N. "Matrix row dimension mismatch".
   void append(Vector<T> row);
+  // Puts `value` into a new column j, 1 <= j <= N + 1; takes column j out, 1 <= j <= N. "Array: index out of
+  // range".
+  void insertColumn(long j, const T& value);
+  void removeColumn(long j);
 
-  // Rows are cut down to one blank of elements apart in the text: "[", a line end, each row and a line end,
+  // "[", a line end, each row and a line end,
   // "]".
   void write(std::ostream& out) const override;
   // Leaves the matrix empty if no "[" comes next (and the stream failed at the end of the file). A row longer
@@ -73,8 +77,6 @@ class Matrix : public ConversionArray<Vector<T>>, public Serializable {
   Matrix& operator*=(const Matrix& B);            // "Matrix: dimension mismatch3"
   Matrix operator*(const T& factor) const;
   Matrix& operator*=(const T& factor);
-  Matrix operator+(const Matrix& B) const;  // row by row, with the vector's failures
-  Matrix operator-(const Matrix& B) const;
   Matrix transposed() const;
 
   // Same shape and all rows equal by the tolerance of Vector ==.
@@ -96,6 +98,9 @@ class Matrix : public ConversionArray<Vector<T>>, public Serializable {
     for (long i = 1; i <= M; ++i) data[i].assignConverted(other.data[i], convert);
     this->converted = other.converted;
   }
+
+ private:
+  void readRow(std::istream& in);
 };
 
 // Sum of v[i] times row i, without the rows whose v[i] is exactly zero.

@@ -61,9 +61,13 @@ std::string progressReset() {
   return "\n";
 }
 
-int progressDepth() { return trace.depth; }
+int progressDepth() {
+  return trace.depth;
+}
 
-void setProgressDepth(int depth) { trace.depth = depth; }
+void setProgressDepth(int depth) {
+  trace.depth = depth;
+}
 
 ProgressScope::ProgressScope(bool active, const std::string& text, bool keepLineOpen)
     : active_(active), exceptions_(std::uncaught_exceptions()) {

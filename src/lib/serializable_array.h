@@ -41,6 +41,7 @@ class SerializableArray : public ConversionArray<T>, public Serializable {
       if (text.empty() && (first || !more)) continue;
       T element{};
       elementFromText(text, element);
+      this->reserve(this->MN + 1);
       this->append(std::move(element));
     }
   }

@@ -9,6 +9,24 @@
 
 namespace latbox {
 
+// sum += a * b and sum -= a * b, in place where the type can: an exact number then keeps its storage.
+template <class T>
+void addProduct(T& sum, const T& a, const T& b) {
+  if constexpr (requires { T::addmul(sum, a, b); }) {
+    T::addmul(sum, a, b);
+  } else {
+    sum += a * b;
+  }
+}
+template <class T>
+void subtractProduct(T& sum, const T& a, const T& b) {
+  if constexpr (requires { T::submul(sum, a, b); }) {
+    T::submul(sum, a, b);
+  } else {
+    sum -= a * b;
+  }
+}
+
 template <class T>
 class Vector : public SerializableArray<T> {
  public:
@@ -33,6 +51,7 @@ class Vector : public SerializableArray<T> {
     this->resize(n, false);
     setZero();
   }
+  // In place: no storage moves.
   void setZero() {
     for (long i = 1; i <= MN; ++i) data[i] = T();
   }
@@ -59,15 +78,15 @@ class Vector : public SerializableArray<T> {
   Vector& operator*=(const T& factor);
   Vector& operator/=(const T& divisor);
 
-  // this -= q * v and this += q * v without a temporary vector: the inner loops of reduction.
-  // "Vector: dimension mismatch2", "Vector: dimension mismatch1".
-  void subtractMultiple(const T& q, const Vector& v) {
+  // this -= q * v and this += q * v, from component `from` on, without a temporary vector: the inner loops of
+  // reduction. "Vector: dimension mismatch2", "Vector: dimension mismatch1".
+  void subtractMultiple(const T& q, const Vector& v, long from = 1) {
     requireSame(v, "Vector: dimension mismatch2");
-    for (long i = 1; i <= MN; ++i) data[i] -= q * v.data[i];
+    for (long i = from; i <= MN; ++i) subtractProduct(data[i], q, v.data[i]);
   }
-  void addMultiple(const T& q, const Vector& v) {
+  void addMultiple(const T& q, const Vector& v, long from = 1) {
     requireSame(v, "Vector: dimension mismatch1");
-    for (long i = 1; i <= MN; ++i) data[i] += q * v.data[i];
+    for (long i = from; i <= MN; ++i) addProduct(data[i], q, v.data[i]);
   }
 
   Vector operator+(const Vector& v) const;  // "Vector: dimension mismatch5"
@@ -80,7 +99,7 @@ class Vector : public SerializableArray<T> {
   T operator*(const Vector& v) const {
     requireSame(v, "Vector: dimension mismatch8");
     T sum = T();
-    for (long i = 1; i <= MN; ++i) sum += data[i] * v.data[i];
+    for (long i = 1; i <= MN; ++i) addProduct(sum, data[i], v.data[i]);
     return sum;
   }
 

@@ -5,49 +5,53 @@
 // may not be cut in two, the writing of files, stands in a SignalHold, which the handler waits for.
 #pragma once
 
+#include <csignal>
+
 namespace latbox {
 
 // Installs `handler` for SIGINT and SIGTERM.
 void installTerminationHandler(void (*handler)(int));
-// Restores the default action, so that a second signal ends the process at once, or ignores them.
-void ignoreTerminationSignals();
 
 // For the calling thread, and for those that it starts.
 void blockTermination();
 void unblockTermination();
 
-// Lets the two signals in on the calling thread while it lives; then the mask is as before.
-class TerminationWindow {
+// Keeps the two signals in or out on the calling thread while it lives; then the mask is as before.
+class TerminationMask {
  public:
-  TerminationWindow();
-  ~TerminationWindow();
-  TerminationWindow(const TerminationWindow&) = delete;
-  TerminationWindow& operator=(const TerminationWindow&) = delete;
+  TerminationMask(const TerminationMask&) = delete;
+  TerminationMask& operator=(const TerminationMask&) = delete;
+
+ protected:
+  explicit TerminationMask(int how);
+  ~TerminationMask();
 
  private:
-  bool wasBlocked_[2];
+  sigset_t before_;
 };
 
-// Raises `signal` on the calling thread with the two signals let in for the time of the call.
+// Lets the two signals in: around a wait for input or for the end of a thread.
+class TerminationWindow : TerminationMask {
+ public:
+  TerminationWindow() : TerminationMask(SIG_UNBLOCK) {}
+};
+
+// Raises `signal` on the calling thread with the two signals let in for the time of the call; a raise in a
+// blocked thread would stay pending for ever.
 void raiseTermination(int signal);
 
-// A section that the end of the process waits for: files are written in it. Nests within one thread. The two
-// signals are blocked on the thread meanwhile. Once closeSignalHolds has been called by another thread, a
-// thread that enters waits for the end of the process.
-class SignalHold {
+// A section that the end of the process waits for: files are written in it, with the two signals blocked.
+// Nests within one thread. Once another thread has called closeSignalHolds, a thread that enters waits for
+// the end of the process.
+class SignalHold : TerminationMask {
  public:
   SignalHold();
   ~SignalHold();
-  SignalHold(const SignalHold&) = delete;
-  SignalHold& operator=(const SignalHold&) = delete;
-
- private:
-  bool wasBlocked_[2];
 };
 
 // For the handler: waits until no other thread is within a SignalHold and keeps every other thread out from
-// then on. Async-signal-safe. If the calling thread itself is within one, it does not wait. openSignalHolds
-// takes it back (tests).
+// then on. Async-signal-safe. Does not wait for the calling thread's own section. openSignalHolds takes it
+// back, on the same thread.
 void closeSignalHolds();
 void openSignalHolds();
 

@@ -1,0 +1,70 @@
+# Shared by latbox.sh and test.sh, which set `root` (the project's folder) and source this file.
+#
+# Everything here keeps standard output and standard input for the program that is started afterwards: tools write to
+# logs under build/, and a log is shown, on standard error, only when its tool has failed.
+
+build="$root/build/release"
+
+note() { printf 'latbox: %s\n' "$*" >&2; }
+
+# What a build needs is asked for by use (a command that runs, a header that the compiler finds), not by package, so that
+# a machine that has it from elsewhere is left alone.
+has_command() { command -v "$1" >/dev/null 2>&1; }
+has_header() { printf '#include <%s>\n' "$1" | g++ -E -x c++ - >/dev/null 2>&1; }
+
+build_packages() {
+  has_command g++ || echo g++
+  has_command cmake || echo cmake
+  has_command ninja || echo ninja-build
+}
+
+test_packages() {
+  has_header gtest/gtest.h || echo libgtest-dev
+  has_header gmp.h || echo libgmp-dev
+  has_command python3 || echo python3
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif has_command sudo; then
+    sudo "$@"
+  else
+    note "not root and no sudo: cannot run $*"
+    return 1
+  fi
+}
+
+# Runs a command with its output in build/<name>.log; shows the log if the command fails.
+quietly() {
+  local log="$root/build/$1.log"
+  shift
+  "$@" >"$log" 2>&1 && return 0
+  cat "$log" >&2
+  note "failed: $*"
+  return 1
+}
+
+install_packages() {
+  [ $# -gt 0 ] || return 0
+  has_command apt-get || { note "missing and no apt-get to install it: $*"; return 1; }
+  note "installing $*"
+  # An update that fails (one dead mirror among several) is no reason to stop: the install decides.
+  quietly apt-update as_root apt-get update || true
+  quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+}
+
+configure() { (cd "$root" && quietly configure cmake --preset release "$@"); }
+
+# Builds one target, or everything when no target is named.
+compile() { quietly build ninja -C "$build" "$@"; }
+
+# One start at a time installs and builds; the others wait here and then find everything done. The lock belongs to the
+# subshell alone: a solver that runs for days must not hold it.
+exclusively() {
+  mkdir -p "$root/build" || return 1
+  (
+    flock 9 || exit 1
+    "$@"
+  ) 9>"$root/build/.lock" </dev/null
+}

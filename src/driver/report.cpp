@@ -1,0 +1,206 @@
+#include "driver/report.h"
+
+#include <sstream>
+
+#include "driver/fixed_text.h"
+#include "driver/statistics.h"
+#include "lattice/lattice.h"
+#include "lib/os/clock.h"
+#include "lib/os/signals.h"
+#include "numbers/number.h"
+
+namespace latbox {
+namespace {
+
+// Both outlive exit(), which may run while another thread still reports. See report.h for who may look.
+PublishedSummary& published() {
+  static PublishedSummary& summary = *new PublishedSummary;
+  return summary;
+}
+
+// The summary that verb 0 printed last in this process, whatever was loaded since.
+std::string& lastPrintedSummary() {
+  static std::string& text = *new std::string;
+  return text;
+}
+
+std::string changedSummary(const std::string& summary) {
+  if (summary.empty() || summary == lastPrintedSummary()) return "";
+  lastPrintedSummary() = summary;
+  return summary;
+}
+
+void twoDigits(FixedText& text, long long number) {
+  if (number < 10) text << '0';
+  text << number;
+}
+
+void writeTotals(std::ostream& out, const Statistics& statistics) {
+  out << "------------------------- Some statistics --------------------------\n\n";
+  out << "Total iterations: " << statistics.iterations.get() << "\nTotal running time: ";
+  timeText(out, now() - statistics.startTime.get());
+  out << "\n\n";
+}
+
+template <class T, class F>
+void writeReductionCounts(std::ostream& out, const Lattice<T, F>& lattice, const Statistics& statistics) {
+  if (lattice.consistencyOn()) out << "Transformation matrices: " << lattice.TT.MN << "\n\n";
+  if (lattice.params.deep.get()) out << "Deep insertions: " << statistics.deepInsertions << "\n\n";
+  out << "Basis substitutions (triv / ntriv): ( " << statistics.basisSubstitutionsTrivial << " / "
+      << statistics.basisSubstitutionsNontrivial << " )\n";
+  out << "Non-trivial basis extensions: " << statistics.nontrivialBasisExtensions << '\n';
+}
+
+template <class T, class F>
+void writeSearchCounts(std::ostream& out, const Lattice<T, F>& lattice, const Statistics& statistics) {
+  if (lattice.params.sample.get()) {
+    out << "Sampling basis extensions: " << statistics.samplingBasisExtensions << "\n\n";
+    out << "Sampling collections: " << statistics.samplingCollections << '\n';
+  }
+  if (lattice.params.pair.get()) out << "\nPairwise collections: " << statistics.pairwiseCollections << '\n';
+  if (lattice.params.sieve.get())
+    out << "\nSieveable in/homogenous vectors: (" << lattice.inhomogeneousVectors.count << ", "
+        << lattice.homogeneousVectors.count << ")\n";
+}
+
+template <class T, class F>
+void writeBestVectors(std::ostream& out, const Lattice<T, F>& lattice) {
+  const auto& inhomogeneous = lattice.bestInhomogeneous;
+  if (inhomogeneous.MN > 0) {
+    out << "Best inhomogenous vector: \n" << inhomogeneous << " -- { ";
+    timeText(out, inhomogeneous.secondsUntilDiscovered);
+    out << " } -- { " << inhomogeneous.deviation << " }\n\n";
+  }
+  if (lattice.bestSlack.MN > 0) {
+    out << "Best vector: \n" << lattice.bestSlack << " -- { ";
+    timeText(out, lattice.bestSlack.secondsUntilDiscovered);
+    out << " } -- ";
+    bestTargetLine(lattice.bestSlack, out);
+    out << "\n\n";
+  }
+}
+
+template <class T, class F>
+void writeVectors(std::ostream& out, const Lattice<T, F>& lattice) {
+  out << setFullPrecision << '\n';
+  writeBestVectors(out, lattice);
+  out << "B[1]: \n" << (lattice.rank > 0 ? lattice.B[1] : Vector<T>()) << '\n';
+  if (lattice.params.scale.get() || lattice.params.translate.get())
+    out << "\nTrimming (scale / translation): \nscaling = " << lattice.scaleFactor
+        << "\ntranslation = " << lattice.translation << '\n';
+}
+
+template <class T, class F>
+void writeProgress(std::ostream& out, const Lattice<T, F>& lattice, const Statistics& statistics) {
+  out << "\nInhomogenous improvements: " << statistics.inhomogeneousImprovements << '\n';
+  if (lattice.program.At.M > 0) out << "Target improvements: " << statistics.targetImprovements << '\n';
+  if (statistics.noPrimaryImprovement != 0)
+    out << "\nNo primary improvement since " << statistics.noPrimaryImprovement
+        << " consecutive iteration(s)\n";
+}
+
+template <class T, class F>
+std::string statisticsBlock(const Lattice<T, F>& lattice) {
+  const Statistics& statistics = statisticsOf<T>();
+  std::ostringstream out;
+  if (lattice.verb() == 2) out << '\n';
+  writeTotals(out, statistics);
+  writeReductionCounts(out, lattice, statistics);
+  writeSearchCounts(out, lattice, statistics);
+  if (lattice.verb() >= 2 || lattice.params.gui.get()) writeVectors(out, lattice);
+  writeProgress(out, lattice, statistics);
+  out << lattice.solutionSummary();
+  out << "\n--------------------------------------------------------------------\n\n";
+  return out.str();
+}
+
+}  // namespace
+
+void timeText(FixedText& text, long long seconds) {
+  const long long hours = seconds / 3600;
+  const long long minutes = seconds / 60 % 60;
+  if (hours <= 0 && minutes <= 0) {
+    text << seconds << " sec(s)";
+    return;
+  }
+  if (hours > 0) {
+    text << hours << ':';
+    twoDigits(text, minutes);
+  } else {
+    text << minutes;
+  }
+  text << ':';
+  twoDigits(text, seconds % 60);
+  text << (hours > 0 ? " hour(s):min(s):sec(s) == " : " min(s):sec(s) == ") << seconds << " secs";
+}
+
+void timeText(std::ostream& stream, long seconds) {
+  FixedText text;
+  timeText(text, static_cast<long long>(seconds));
+  stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+template <class T, class F>
+void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream) {
+  stream << "T(bestTarget) = " << star.targetNorm << ", S(bestTarget) = " << star.slackNorm;
+  if (isInfinite(star.targetNorm)) return;
+  stream << " -- { ";
+  timeText(stream, star.secondsUntilDiscovered);
+  stream << " }";
+}
+
+// In full precision: with fewer digits a better target could print as the one before, and verb 0, which shows
+// what changed, would stay silent.
+template <class T, class F>
+std::string Lattice<T, F>::solutionSummary() const {
+  std::ostringstream out;
+  out << setFullPrecision;
+  if (program.At.M > 0) {
+    out << '\n';
+    bestTargetLine(bestSlack, out);
+    out << '\n';
+  }
+  if (params.bench.get() == 0 && solutions.MN != 0) out << "\nSolutions found: " << solutions.MN << '\n';
+  if (solutions.MN > 0) {
+    out << "\n{ The first solution/s was/were found after: ";
+    for (long i = 1; i <= std::min(solutions.MN, 3L); ++i) {
+      timeText(out, solutions[i].secondsUntilDiscovered);
+      out << ' ';
+    }
+    out << "}\n";
+  }
+  return out.str();
+}
+
+template <class T, class F>
+std::string Lattice<T, F>::iterationReport() {
+  const bool silent = verb() == 0 && !params.gui.get();
+  const std::string text = silent ? changedSummary(solutionSummary()) : statisticsBlock(*this);
+  if (params.gui.get()) mainVars[MainMutexVariable::reportText].set(text);
+  publishSummary(*this);
+  return text;
+}
+
+template <class T, class F>
+void publishSummary(const Lattice<T, F>& lattice) {
+  // While kept vectors come back one by one, what was published before they left is the better summary.
+  if (statisticsOf<T>().reinserting) return;
+  PublishedSummary fresh{lattice.solutionSummary(), lattice.solFile};
+  if (fresh.text == published().text && fresh.solFile == published().solFile) return;
+  const SignalHold hold;
+  std::swap(published(), fresh);
+}
+
+const PublishedSummary& publishedSummary() {
+  return published();
+}
+
+#define LATBOX_INSTANTIATE(T)                                                    \
+  template void bestTargetLine(const HeuristicVector<T, dbl_t>&, std::ostream&); \
+  template void publishSummary(const Lattice<T, dbl_t>&);                        \
+  template std::string Lattice<T, dbl_t>::solutionSummary() const;               \
+  template std::string Lattice<T, dbl_t>::iterationReport();
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox

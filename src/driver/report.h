@@ -1,0 +1,38 @@
+// What a run prints of its results: the form of times, the summary, the report of an iteration. Pulls in
+// nothing of the lattice, since the check of candidates calls upward to publishSummary.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+namespace latbox {
+
+template <class T, class F>
+class Lattice;
+template <class T, class F>
+class HeuristicVector;
+
+// A time in whole seconds, in the form of fixed_text.h.
+void timeText(std::ostream& stream, long seconds);
+
+// "T(bestTarget) = ", target norm, ", S(bestTarget) = ", slack norm and, where a target is known, the time at
+// which it was found.
+template <class T, class F>
+void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream);
+
+// Makes the summary of solutions, and the path of the .sol file, what the final report will print. A signal
+// can end the run at any moment, and its handler may not look at a lattice that the solver is changing: so
+// the solver publishes after every change of the solutions, of the best vectors and of the file names, and
+// once per iteration. Solver thread only.
+template <class T, class F>
+void publishSummary(const Lattice<T, F>& lattice);
+
+// What was published last. May be read only by the solver thread, and by the handler once it has closed the
+// signal holds: the texts are exchanged within one.
+struct PublishedSummary {
+  std::string text;     // the summary, empty when there is nothing to tell
+  std::string solFile;  // path of the .sol file
+};
+const PublishedSummary& publishedSummary();
+
+}  // namespace latbox

@@ -1,0 +1,139 @@
+#include "driver/signals.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <functional>
+
+#include "driver/fixed_text.h"
+#include "driver/report.h"
+#include "driver/run_state.h"
+#include "lib/os/clock.h"
+#include "lib/os/signals.h"
+
+namespace latbox {
+namespace {
+
+constexpr int SIGNAL_NUMBERS = 65;
+
+// A plain handler can't carry the lattices, so it finds its function by the signal's number; one table per
+// signal. The tables are never destroyed: exit() may run while a signal arrives.
+template <int SIGNAL>
+std::array<std::function<void(int)>, SIGNAL_NUMBERS>& handlerTable() {
+  static auto& table = *new std::array<std::function<void(int)>, SIGNAL_NUMBERS>;
+  return table;
+}
+
+template <int SIGNAL>
+void dispatch(int signal) {
+  const auto& handler = handlerTable<SIGNAL>()[static_cast<std::size_t>(signal)];
+  if (handler) handler(signal);
+}
+
+template <int SIGNAL>
+void (*install(YLattice<dbl_t>& y))(int) {
+  handlerTable<SIGNAL>()[SIGNAL] = [&y](int signal) { signalReport(y, signal); };
+  return std::signal(SIGNAL, &dispatch<SIGNAL>);
+}
+
+std::atomic_flag reported = ATOMIC_FLAG_INIT;
+
+// Looked up before a signal can arrive: strsignal may load a translation.
+struct SignalNames {
+  const char* interrupt = "Interrupt";
+  const char* terminate = "Terminated";
+};
+constinit SignalNames signalNames;
+constinit std::atomic<long> processStart{0};
+
+void prepareReport() {
+  signalNames.interrupt = ::strdup(strsignal(SIGINT));
+  signalNames.terminate = ::strdup(strsignal(SIGTERM));
+  processStart = statisticsStandard().startTime.get();
+}
+
+// Takes `count` bytes off the front of the pieces.
+void advance(iovec* pieces, int number, std::size_t count) {
+  for (int i = 0; i < number; ++i) {
+    const std::size_t part = count < pieces[i].iov_len ? count : pieces[i].iov_len;
+    pieces[i].iov_base = static_cast<char*>(pieces[i].iov_base) + part;
+    pieces[i].iov_len -= part;
+    count -= part;
+  }
+}
+
+// All pieces in one call where the system allows it, so that nothing else comes between them.
+void writeAll(iovec* pieces, int number) {
+  std::size_t rest = 0;
+  for (int i = 0; i < number; ++i) rest += pieces[i].iov_len;
+  while (rest > 0) {
+    const ssize_t written = writev(STDOUT_FILENO, pieces, number);
+    if (written >= 0) {
+      advance(pieces, number, static_cast<std::size_t>(written));
+      rest -= static_cast<std::size_t>(written);
+    } else if (errno == EAGAIN) {
+      pollfd request{STDOUT_FILENO, POLLOUT, 0};
+      poll(&request, 1, -1);
+    } else if (errno != EINTR) {
+      return;
+    }
+  }
+}
+
+iovec piece(const char* text, std::size_t size) {
+  return {const_cast<char*>(text), size};
+}
+
+bool canBeOpened(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return false;
+  close(file);
+  return true;
+}
+
+void writeReport(int signal, long long iterations) {
+  FixedText head, results, tail;
+  head << "\nGot signal: " << (signal == SIGINT ? signalNames.interrupt : signalNames.terminate)
+       << "\n\n************************** Terminated **************************\n";
+  const PublishedSummary& summary = publishedSummary();
+  const bool named = !summary.text.empty() && canBeOpened(summary.solFile);
+  if (named) results << "\nThe following file contains the results: \n\n\t";
+  tail << (named ? "\n\n" : "\n") << "Total iterations: " << iterations << "\nTotal running time: ";
+  timeText(tail, static_cast<long long>(now() - processStart.load()));
+  tail << " -- Program end\n";
+  iovec pieces[] = {piece(head.data(), head.size()), piece(summary.text.data(), summary.text.size()),
+                    piece(results.data(), results.size()),
+                    piece(summary.solFile.data(), named ? summary.solFile.size() : 0),
+                    piece(tail.data(), tail.size())};
+  writeAll(pieces, static_cast<int>(std::size(pieces)));
+}
+
+}  // namespace
+
+void signalReport(YLattice<dbl_t>& y, int signal) {
+  if (reported.test_and_set()) return;
+  setRunState(y, RUN_STOPPED);
+  closeSignalHolds();
+  writeReport(signal, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
+  _exit(0);
+}
+
+SignalHandlers::SignalHandlers(YLattice<dbl_t>& y) {
+  prepareReport();
+  previousInt_ = install<SIGINT>(y);
+  previousTerm_ = install<SIGTERM>(y);
+}
+
+SignalHandlers::~SignalHandlers() {
+  std::signal(SIGTERM, previousTerm_);
+  std::signal(SIGINT, previousInt_);
+}
+
+}  // namespace latbox

@@ -1,0 +1,303 @@
+// LLL reduction (A. K. Lenstra, H. W. Lenstra, L. Lovász, "Factoring polynomials with rational coefficients", 1982)
+// with the Gram-Schmidt data in floating point (C. P. Schnorr, M. Euchner, "Lattice basis reduction", 1994) and an
+// adaptive budget of swaps per sweep. Each vector that the sweep touches is judged as a solution, and a dependent
+// vector is moved out of the way instead of stopping the sweep.
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <utility>
+
+#include "driver/statistics.h"
+#include "lattice/inner_product.h"
+#include "lattice/lattice.h"
+#include "lattice/row_operation.h"
+#include "lib/exceptions.h"
+#include "lib/heapsort.h"
+#include "lib/os/clock.h"
+#include "lib/progress.h"
+#include "numbers/number.h"
+
+namespace latbox {
+
+namespace {
+
+// Nearly 1: a position is accepted only if nothing at all is to be gained.
+constexpr dbl_t LOVASZ_FACTOR = 1 - EPS;
+constexpr dbl_t SIZE_BOUND = 0.5L;
+constexpr long STATUS_INTERVAL = 3600;
+
+// A whole number of F in T. The text conversion of large values keeps 17 digits, and a whole number stays whole.
+template <class T>
+T wholeNumber(dbl_t q) {
+  if (std::fabs(q) < 9e18L) return T(static_cast<long long>(q));
+  return fromDouble<T>(q);
+}
+template <>
+dbl_t wholeNumber(dbl_t q) {
+  return q;
+}
+
+// target[1..n] -= q * source[1..n]; most multipliers are units.
+template <class F>
+void subtractCoefficients(F* target, F q, const F* source, long n) {
+  if (q == F(1)) {
+    for (long i = 1; i <= n; ++i) target[i] -= source[i];
+  } else if (q == F(-1)) {
+    for (long i = 1; i <= n; ++i) target[i] += source[i];
+  } else {
+    for (long i = 1; i <= n; ++i) target[i] -= q * source[i];
+  }
+}
+
+// `blended` holds during a sweep only, whatever way the sweep ends.
+class BlendScope {
+ public:
+  explicit BlendScope(bool& blended) : blended_(blended) {}
+  ~BlendScope() { blended_ = false; }
+  BlendScope(const BlendScope&) = delete;
+  BlendScope& operator=(const BlendScope&) = delete;
+
+ private:
+  bool& blended_;
+};
+
+template <class T>
+bool isZeroVector(const Vector<T>& v) {
+  for (long i = 1; i <= v.MN; ++i)
+    if (!isZero(v.data[i])) return false;
+  return true;
+}
+
+// Time limit and hourly status line of one sweep.
+class SweepClock {
+ public:
+  bool outOf(long seconds) const { return seconds != 0 && now() - start_ >= seconds; }
+  bool statusDue() {
+    const long time = now();
+    if (time - lastLine_ < STATUS_INTERVAL) return false;
+    lastLine_ = time;
+    return true;
+  }
+
+ private:
+  long start_ = now();
+  long lastLine_ = start_;
+};
+
+// What a sweep counts, and how its budget follows from that.
+struct SweepCount {
+  long steps = 0;
+  long skipped = 0;
+
+  // A budget below 1 could neither sweep nor recover by doubling.
+  static long budget(long interval) { return std::max(interval, 1L); }
+  void adapt(long& interval) const {
+    if (steps / 10 < skipped) {
+      const long used = budget(interval);
+      interval = used > std::numeric_limits<long>::max() / 2 ? used : 2 * used;
+    } else if (skipped == 0) {
+      --interval;
+    }
+  }
+};
+
+}  // namespace
+
+template <class T, class F>
+void Lattice<T, F>::swapBase(long i, long j, bool keepStatus) {
+  if (i == j) return;
+  B.swapRows(i, j);
+  if (consistencyOn()) TT[TT.MN].swapRows(i, j);
+  std::swap(enumCoeffs[i], enumCoeffs[j]);
+  stages[i].swap(stages[j]);
+  std::swap(status[i], status[j]);
+  if (!keepStatus) invalidateFrom(i == 0 ? j : std::min(i, j));
+  coordSolver.dropCurrent();
+}
+
+// Brings the Gram-Schmidt data of row k up to date, by the stable way where the cheap one meets a dependency.
+template <class T, class F>
+bool Lattice<T, F>::orthogonaliseRow(long k) {
+  if (updateGso(k, k)) return true;
+  const long last = k == 0 ? rank : k;
+  long p = 1;
+  while (p <= last && hasStatus(p, STATUS_LQ)) ++p;
+  if (p > last) return true;
+  return gsoByReduced(p, k, false) == 0 && bstarSq[k] > EPS;
+}
+
+// b_k -= round(mu[k][j]) * b_j with all that is kept in step; false where nothing is to be done.
+template <class T, class F>
+bool Lattice<T, F>::reduceAgainst(long k, long j, bool guarded) {
+  F* const muK = mu.rows[k].data;
+  const F m = muK[j];
+  if (!(std::fabs(m) > SIZE_BOUND)) return false;
+  const F q = std::round(m);
+  const T multiplier = wholeNumber<T>(q);
+  // After a blend no reduction may let the largest entry grow.
+  if (guarded && supNormOfDifference(B.rows[k], multiplier, B.rows[j]) > supNorm(B.rows[k])) return false;
+  subtractCoefficients(muK, q, mu.rows[j].data, j - 1);
+  muK[j] -= q;
+  subtractMultiple(B.rows[k], multiplier, B.rows[j]);
+  if (consistencyOn()) subtractMultiple(TT[TT.MN][k], multiplier, TT[TT.MN][j]);
+  return true;
+}
+
+template <class T, class F>
+bool Lattice<T, F>::sizeReduce(long k, bool& guarded) {
+  if (hasStatus(k, STATUS_REDUCED)) return false;
+  if (!orthogonaliseRow(k)) return false;
+  bool changed = false;
+  for (long j = k - 1; j >= 1; --j)
+    if (reduceAgainst(k, j, guarded)) changed = true;
+  if (changed) {
+    invalidateFrom(k);
+    coordSolver.dropCurrent();
+  }
+  setStatusBits(k, STATUS_REDUCED);
+  return changed;
+}
+
+template <class T, class F>
+long Lattice<T, F>::deepInsert(long k) {
+  if (k < 2) return k + 1;
+  T square;
+  squaredLength(B[k], square);
+  F C = toDouble(square);
+  // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target, by design.
+  long target = 0;
+  for (long i = 2; i < k && target == 0; ++i) {
+    C -= mu[k][i - 1] * mu[k][i - 1] * bstarSq[i - 1];
+    if (C > EPS && C < LOVASZ_FACTOR * bstarSq[i]) target = i;
+  }
+  if (target == 0) return k + 1;
+  ++statisticsOf<T>().deepInsertions;
+  for (long t = k; t > target; --t) swapBase(t, t - 1, target + 1 < t);
+  return target;
+}
+
+// Moves the dependent vector k behind the last independent one of the range.
+template <class T, class F>
+void Lattice<T, F>::blend(long k, long m) {
+  long last = m;
+  while (last > k && status[last] == STATUS_DEPENDENT) --last;
+  if (last <= k) throw DependencyException("Blending is not possible");
+  for (long t = k; t < last; ++t) swapBase(t, t + 1, k < t);
+}
+
+// The recursion repeats a position after each dependent vector that it moved; there are at most `rank` of them,
+// so a deeper recursion goes in circles.
+template <class T, class F>
+bool Lattice<T, F>::stepAt(long k, long m, bool& guarded, long depth) {
+  if (depth > rank) return false;
+  blended = k > 1;
+  checkSolution(B[k], true, NOW, false, Membership::byConstruction);
+  if (sizeReduce(k, guarded)) checkSolution(B[k], true, NOW, false, Membership::byConstruction);
+  if (status[k] != STATUS_DEPENDENT) return true;
+  long t = isZeroVector(B[k]) ? k : deepInsert(k);
+  if (t >= k) {
+    blend(k, m);
+    guarded = true;
+    t = k;
+  }
+  for (long p = t; p <= k; ++p)
+    if (!stepAt(p, m, guarded, depth + 1)) return false;
+  return true;
+}
+
+template <class T, class F>
+bool Lattice<T, F>::lllStep(long k, long m, bool& guarded) {
+  try {
+    return stepAt(k, m, guarded, 0);
+  } catch (const DependencyException&) {
+    return false;
+  }
+}
+
+// One move of the sweep at a size-reduced position: the next position. Marks what has been settled.
+template <class T, class F>
+long Lattice<T, F>::lovaszMove(long pos) {
+  long next = pos + 1;
+  long settled = pos;
+  if (params.deep.get()) {
+    next = deepInsert(pos);
+    settled = next - 1;
+  } else if (pos > 1) {
+    const F m = mu[pos][pos - 1];
+    if (bstarSq[pos] + m * m * bstarSq[pos - 1] < LOVASZ_FACTOR * bstarSq[pos - 1]) {
+      swapBase(pos, pos - 1, false);
+      next = pos - 1;
+      settled = pos - 2;
+    }
+  }
+  if (settled >= 1) setStatusBits(settled, STATUS_SWEPT);
+  return next;
+}
+
+template <class T, class F>
+long Lattice<T, F>::lll(long k, long end, long m) {
+  if (end == 0) end = rank;
+  if (m == 0) m = rank;
+  const BlendScope scope(blended);
+  SweepClock clock;
+  SweepCount count;
+  bool guarded = false;
+  long pos = k;
+  long low = k;
+  if (end < k) {
+    --interval_tt;
+    return k;
+  }
+  while (pos <= end) {
+    low = std::min(low, pos);
+    if (hasStatus(pos, STATUS_SWEPT)) {
+      ++pos;
+      continue;
+    }
+    if (!lllStep(pos, m, guarded) || clock.outOf(params.btime.get())) break;
+    if (verb() > 1 && clock.statusDue()) {
+      std::ostringstream line;
+      line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";
+      progressLine(true, line.str());
+    }
+    if (count.steps >= SweepCount::budget(interval_tt)) {
+      // The budget is used up: the position is size-reduced and stays untested.
+      ++count.skipped;
+      ++pos;
+      continue;
+    }
+    ++count.steps;
+    pos = lovaszMove(pos);
+  }
+  count.adapt(interval_tt);
+  // Positions that the loop left behind get size-reduced at least, after a time-out too.
+  for (long p = pos; p <= end && lllStep(p, m, guarded); ++p) {
+  }
+  return low;
+}
+
+template <class T, class F>
+void Lattice<T, F>::sortBasis(long m) {
+  if (m == 0) m = rank;
+  Vector<T> length(m);
+  for (long i = 1; i <= m; ++i) squaredLength(B[i], length[i]);
+  heapsort(
+      m, [&](long i, long j) { return length[i] < length[j]; },
+      [&](long i, long j) {
+        swapBase(i, j, false);
+        std::swap(length[i], length[j]);
+      });
+}
+
+#define LATBOX_INSTANTIATE(T)                                              \
+  template void Lattice<T, dbl_t>::swapBase(long, long, bool);             \
+  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);                \
+  template long Lattice<T, dbl_t>::deepInsert(long);                       \
+  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&);             \
+  template long Lattice<T, dbl_t>::lll(long, long, long);                  \
+  template void Lattice<T, dbl_t>::sortBasis(long);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox

@@ -1,0 +1,14 @@
+// Whether the extractor of exact numbers would end the run on a text. The console asks first: it never ends
+// one.
+#pragma once
+
+#include <string>
+
+namespace latbox {
+
+// True if extracting an exact number from `text` fails. A text without a number token is not refused: it
+// leaves 0. Refused as well: an unfinished comment in front, and more separators than anyone types, since the
+// parser descends once for each.
+bool exactNumberRefuses(const std::string& text);
+
+}  // namespace latbox

@@ -1,0 +1,207 @@
+"""Runs the real binary in a folder of its own, with time limits, and talks to it while it runs."""
+
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+import checker
+
+# A run that hangs is the failure; the limit is generous because the machine may be busy.
+LIMIT = 60
+
+
+class Settings:
+    binary = None
+    examples = None
+
+
+def main():
+    """Entry of every test file: python3 test_x.py BINARY EXAMPLES_DIR [unittest options]"""
+    if len(sys.argv) < 3:
+        sys.exit("usage: %s BINARY EXAMPLES_DIR" % sys.argv[0])
+    Settings.binary = os.path.abspath(sys.argv[1])
+    Settings.examples = os.path.abspath(sys.argv[2])
+    unittest.main(argv=[sys.argv[0]] + sys.argv[3:], verbosity=2)
+
+
+def failure_text(message):
+    return "\n*** FAIL: %s\n" % message
+
+
+class Result:
+    def __init__(self, status, out, err):
+        self.status = status
+        self.out = out
+        self.err = err
+
+    def body(self):
+        """Standard output behind the banner line."""
+        return self.out.split("\n", 1)[1] if "\n" in self.out else ""
+
+
+class Case(unittest.TestCase):
+    """A test with a folder of its own, in which programs are written and run."""
+
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="latbox")
+        self.addCleanup(shutil.rmtree, self.folder, True)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, content):
+        data = content if isinstance(content, bytes) else content.encode()
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+
+    def read(self, name):
+        with open(self.path(name), encoding="utf-8") as file:
+            return file.read()
+
+    def read_bytes(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def exists(self, name):
+        return os.path.exists(self.path(name))
+
+    def age(self, name, seconds):
+        """Sets the file's modification time to so many seconds ago."""
+        then = time.time() - seconds
+        os.utime(self.path(name), (then, then))
+
+    def run_solver(self, *arguments, stdin=b"", limit=LIMIT):
+        done = subprocess.run([Settings.binary, *arguments], cwd=self.folder, input=stdin, timeout=limit,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        return Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def start(self, *arguments):
+        session = Session([Settings.binary, *arguments], self.folder)
+        self.addCleanup(session.close)
+        return session
+
+    def stars(self, name="prog"):
+        """The stars of NAME.sol, each checked against NAME.opt; none if there is no file."""
+        if not self.exists(name + ".sol"):
+            return []
+        program = checker.Program(self.read(name + ".opt"))
+        stars = checker.read_stars(self.read(name + ".sol"))
+        for star, reason in checker.verdicts(program, stars):
+            self.assertIsNone(reason, "wrong star %s in %s" % (star.x, name))
+        return stars
+
+    def assert_fails(self, result, message, before=""):
+        """Exit status 1, and standard error holds exactly the failure (behind `before`)."""
+        self.assertEqual(result.err, before + failure_text(message))
+        self.assertEqual(result.status, 1)
+
+    def assert_ends_well(self, result):
+        self.assertEqual(result.err, "")
+        self.assertEqual(result.status, 0)
+
+
+class Session:
+    """A running solver: its two outputs are collected by threads, so that tests wait for text and never for time."""
+
+    def __init__(self, command, folder):
+        self.process = subprocess.Popen(command, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                        stderr=subprocess.PIPE)
+        self.changed = threading.Condition()
+        self.text = {"out": "", "err": ""}
+        self.ended = set()
+        self.threads = [self._follow("out", self.process.stdout), self._follow("err", self.process.stderr)]
+
+    def _follow(self, name, pipe):
+        thread = threading.Thread(target=self._collect, args=(name, pipe), daemon=True)
+        thread.start()
+        return thread
+
+    def _collect(self, name, pipe):
+        while True:
+            piece = os.read(pipe.fileno(), 65536)
+            with self.changed:
+                if not piece:
+                    self.ended.add(name)
+                self.text[name] += piece.decode(errors="replace")
+                self.changed.notify_all()
+            if not piece:
+                return
+
+    @property
+    def out(self):
+        with self.changed:
+            return self.text["out"]
+
+    @property
+    def err(self):
+        with self.changed:
+            return self.text["err"]
+
+    def wait_for(self, pattern, stream="out", after=0, limit=LIMIT):
+        """Waits until the regular expression matches behind position `after`; returns the position behind the match."""
+        end = time.monotonic() + limit
+        expression = re.compile(pattern)
+        with self.changed:
+            while True:
+                match = expression.search(self.text[stream], after)
+                if match:
+                    return match.end()
+                left = end - time.monotonic()
+                if stream in self.ended or left <= 0:
+                    raise AssertionError("%r never came; %s ends with:\n%s" %
+                                         (pattern, stream, self.text[stream][-2000:]))
+                self.changed.wait(left)
+
+    def send(self, text):
+        self.process.stdin.write(text.encode())
+        self.process.stdin.flush()
+
+    def ask(self, text, pattern, stream="out"):
+        """Sends a line and waits for an answer that was not there before."""
+        with self.changed:
+            after = len(self.text[stream])
+        self.send(text)
+        return self.wait_for(pattern, stream, after)
+
+    def running(self):
+        return self.process.poll() is None
+
+    def kill(self, number=signal.SIGKILL):
+        self.process.send_signal(number)
+
+    def wait(self, limit=LIMIT):
+        """The exit status, after both outputs have been read to their end."""
+        status = self.process.wait(limit)
+        for thread in self.threads:
+            thread.join(limit)
+        return status
+
+    def close(self):
+        if self.running():
+            self.process.kill()
+        self.process.wait()
+        for thread in self.threads:
+            thread.join(LIMIT)
+        for pipe in (self.process.stdin, self.process.stdout, self.process.stderr):
+            try:
+                pipe.close()
+            except BrokenPipeError:
+                pass
+
+
+def wait_until(condition, what, limit=LIMIT):
+    """Polls a condition that no text announces (a file that appears)."""
+    end = time.monotonic() + limit
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("never happened: " + what)
+        time.sleep(0.01)

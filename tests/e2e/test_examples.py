@@ -1,0 +1,63 @@
+"""Every program in examples/ is run as its row in expected.json says, and every result is checked exactly."""
+
+import glob
+import json
+import os
+import shutil
+from fractions import Fraction
+
+import checker
+import exhaustive
+import harness
+
+
+def table():
+    with open(os.path.join(harness.Settings.examples, "expected.json"), encoding="utf-8") as file:
+        return json.load(file)
+
+
+def program_text(name):
+    with open(os.path.join(harness.Settings.examples, name + ".opt"), encoding="utf-8") as file:
+        return file.read()
+
+
+class TableTest(harness.Case):
+    def test_every_example_has_its_row(self):
+        files = glob.glob(os.path.join(harness.Settings.examples, "*.opt"))
+        names = {os.path.splitext(os.path.basename(path))[0] for path in files}
+        self.assertEqual(names, set(table()))
+        self.assertGreaterEqual(len(names), 8)
+
+    def test_the_figures_are_those_of_exhaustive_search(self):
+        for name, row in table().items():
+            if row["points"] is None:
+                continue
+            with self.subTest(name):
+                self.assertEqual(exhaustive.solve_text(program_text(name)), (row["points"], Fraction(row["best"])))
+
+
+class ExamplesTest(harness.Case):
+    def test_every_example(self):
+        for name, row in table().items():
+            with self.subTest(name):
+                self.run_example(name, row)
+
+    def run_example(self, name, row):
+        shutil.copy(os.path.join(harness.Settings.examples, name + ".opt"), self.folder)
+        result = self.run_solver(*row["options"], name + ".opt")
+        self.assert_ends_well(result)
+        program = checker.Program(self.read(name + ".opt"))
+        norms = [program.norms(star.x)[0] for star in self.stars(name)]
+        self.assertTrue(norms, "no feasible point found")
+        if row["reach"] == "optimum":
+            self.assertEqual(min(norms), Fraction(row["best"]))
+
+    def test_all_four_answers(self):
+        shutil.copy(os.path.join(harness.Settings.examples, "hundred_fowls.opt"), self.folder)
+        self.assert_ends_well(self.run_solver("--sol=4", "--iters=100", "hundred_fowls.opt"))
+        self.assertEqual(sorted(tuple(star.x) for star in self.stars("hundred_fowls")),
+                         [(0, 25, 75), (4, 18, 78), (8, 11, 81), (12, 4, 84)])
+
+
+if __name__ == "__main__":
+    harness.main()

@@ -1,0 +1,104 @@
+"""A run that is killed and started again keeps its solutions and their times."""
+
+import os
+import re
+import signal
+
+import harness
+import programs
+
+
+def points(stars):
+    return {tuple(star.x) for star in stars}
+
+
+class ResumeTest(harness.Case):
+    def setUp(self):
+        super().setUp()
+        self.write("prog.opt", programs.ENDLESS)
+
+    def run_until_solutions(self):
+        session = self.start("--sol=0", "prog.opt")
+        session.wait_for("Solutions found: ")
+        return session
+
+    def assert_kept(self, before):
+        """Another short run: what was known is known again, with the time of its first discovery."""
+        result = self.run_solver("--sol=0", "--iters=2", "prog.opt")
+        self.assert_ends_well(result)
+        after = {tuple(star.x): star.time for star in self.stars()}
+        for star in before:
+            self.assertEqual(after.get(tuple(star.x)), star.time, star.x)
+
+    def test_killed(self):
+        session = self.run_until_solutions()
+        # What an iteration has announced it has also written, so the file is whole here.
+        session.kill(signal.SIGKILL)
+        self.assertEqual(session.wait(), -signal.SIGKILL)
+        before = self.stars()
+        self.assertTrue(before)
+        self.assert_kept(before)
+
+    def test_terminated_and_interrupted(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            session = self.run_until_solutions()
+            session.kill(number)
+            self.assertEqual(session.wait(), 0)
+            before = self.stars()
+            self.assertTrue(before)
+            self.assert_kept(before)
+
+    def test_times_survive(self):
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=3", "prog.opt"))
+        lines = self.read("prog.sol").splitlines()
+        aged = [re.sub(r"^((?:[^|]*\|){4}) \d+ ", r"\1 %d " % (1000 + place), line)
+                for place, line in enumerate(lines)]
+        self.write("prog.sol", "".join(line + "\n" for line in aged))
+        before = self.stars()
+        self.assertEqual([star.time for star in before], [1000 + place for place in range(len(lines))])
+        self.assert_kept(before)
+
+    def test_a_time_of_0_survives(self):
+        self.write("prog.opt", programs.SMALL)
+        self.write("prog.sol", "[ 1 1 ] | 0 | [ ] | 0 | 0 | --verb=0 | 2.2.2\n")
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=1", "prog.opt"))
+        self.assertEqual([star.time for star in self.stars() if star.x == [1, 1]], [0])
+
+    def test_solutions_of_a_file_count(self):
+        # sol=2 with two known solutions ends the run before the search has begun.
+        self.write("prog.opt", programs.SMALL)
+        self.write("prog.sol", "[ 1 1 ] | 0 | [ ] | 0 | 5 | p | 2.2.2\n[ 1 2 ] | 0 | [ ] | 0 | 6 | p | 2.2.2\n")
+        result = self.run_solver("--sol=2", "--iters=1000000", "prog.opt")
+        self.assert_ends_well(result)
+        self.assertLessEqual({(1, 1), (1, 2)}, points(self.stars()))
+
+    def test_what_is_written_reads_back(self):
+        for program in (programs.SMALL, programs.TARGET):
+            self.write("prog.opt", program)
+            self.assert_ends_well(self.run_solver("--sol=0", "--iters=5", "prog.opt"))
+            first = self.stars()
+            self.assertTrue(first)
+            self.assert_ends_well(self.run_solver("--sol=0", "--iters=1", "prog.opt"))
+            best = min(star.target_norm for star in first)
+            self.assertLessEqual(min(star.target_norm for star in self.stars()), best)
+            for name in ("prog.sol", "prog.lat"):
+                os.remove(self.path(name))
+
+    def test_a_benchmark_run_reads_no_solutions(self):
+        self.write("prog.opt", programs.SMALL)
+        self.write("prog.sol", "[ 1 1 ] | 0 | [ ] | 0 | 4711 | p | 2.2.2\n")
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=1", "--bench=1", "prog.opt"))
+        self.assertNotIn(4711, [star.time for star in self.stars()])
+
+    def test_the_line_of_a_solution(self):
+        self.write("prog.opt", programs.TARGET)
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=5", "--beta=18", "prog.opt"))
+        for line in self.read("prog.sol").splitlines():
+            self.assertRegex(line, r"\A\[ (-?\d+ )+\] \| -?\d+ \| \[ (-?\d+ )+\] \| 0 \| \d+ \| "
+                                   r"--help=0 --verb=0 .*--beta=18 .*--sol=0 .*--tnorm=-inf \| 2\.2\.2\Z")
+        norms = [star.target_norm for star in self.stars()]
+        self.assertEqual(norms, sorted(norms))
+
+
+if __name__ == "__main__":
+    harness.main()
