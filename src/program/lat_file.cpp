@@ -104,6 +104,18 @@ void takeMark(std::istream& in, char mark) {
   if (takeCharacter(in) != mark) fail("Vector: bad input");
 }
 
+// A comma belongs to the token of a number, so the pair is cut at its marks first.
+template <class T>
+T takeBound(std::istream& in, char end) {
+  std::string text;
+  if (!std::getline(in, text, end) || in.eof()) fail("Vector: bad input");
+  std::istringstream item(text);
+  const T bound = takeNumber<T>(item);
+  skipSpaceAndComments(item);
+  if (nextCharacter(item) != std::char_traits<char>::eof()) fail("Vector: bad input");
+  return bound;
+}
+
 template <class T>
 void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   saved.lx.read(in);
@@ -114,10 +126,8 @@ void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   if (tu != 0 && tu != 1) fail("Vector: bad input");
   saved.tu = tu == 1;
   takeMark(in, '(');
-  saved.ltu = takeNumber<T>(in);
-  takeMark(in, ',');
-  saved.rtu = takeNumber<T>(in);
-  takeMark(in, ')');
+  saved.ltu = takeBound<T>(in, ',');
+  saved.rtu = takeBound<T>(in, ')');
   if (saved.tu && (isInfinite(saved.ltu) || isInfinite(saved.rtu) || saved.ltu > saved.rtu))
     fail("Vector: bad input");
 }
