@@ -92,7 +92,7 @@ void multiplyRows(const long long* x, long n, const long long* y, long m, long l
 }  // namespace
 
 // A limb product is below 10^18, so one unsigned sum of 64 bits holds 18 of them with the carry of the column
-// before, and each column costs one division by BASE; a division per limb product took four times as long at
+// before, and each column costs one division by BASE; a division per limb product took over twice as long at
 // 100 digits. The school limit keeps the shorter operand below 15 limbs.
 void ZZ::mulSchool(const ZZ& a, const ZZ& b, ZZ& r) {
   constexpr long ROWS_FROM = 7;
