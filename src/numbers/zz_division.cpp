@@ -1,9 +1,6 @@
-// Division and greatest common divisor of ZZ.
-//
-// Division: Donald E. Knuth, The Art of Computer Programming, volume 2, section 4.3.1, algorithm D, in the
-// base of the limbs.
+// Division of ZZ: Donald E. Knuth, The Art of Computer Programming, volume 2, section 4.3.1, algorithm D, in
+// the base of the limbs.
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 #include "numbers/zz.h"
@@ -155,36 +152,6 @@ void ZZ::divGeneral(const ZZ& a, const ZZ& b, ZZ& q, ZZ& rem) {
     rem.sign = remSign || rem.isZero();
   }
   q = std::move(quotient);
-}
-
-// Stein's binary algorithm after one division, which evens out lengths that differ.
-u64 gcd64(u64 a, u64 b) {
-  if (b == 0) return a;
-  a %= b;
-  if (a == 0) return b;
-  const int shift = std::countr_zero(a | b);
-  a >>= std::countr_zero(a);
-  b >>= std::countr_zero(b);
-  while (a != b) {
-    const u64 difference = a > b ? a - b : b - a;
-    b = std::min(a, b);
-    a = difference >> std::countr_zero(difference);
-  }
-  return a << shift;
-}
-
-// Euclid's algorithm, down to two limbs.
-ZZ gcd(const ZZ& a, const ZZ& b) {
-  ZZ x(abs(a)), y(abs(b)), q;
-  while (!y.isZero()) {
-    if (x.MN <= 2 && y.MN <= 2) {
-      x.setMagnitude(gcd64(x.magnitude64(), y.magnitude64()), true);
-      break;
-    }
-    ZZ::div(x, y, q, x);
-    std::swap(x, y);
-  }
-  return x;
 }
 
 }  // namespace latbox

