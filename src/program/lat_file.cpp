@@ -104,6 +104,19 @@ void takeMark(std::istream& in, char mark) {
   if (takeCharacter(in) != mark) fail("Vector: bad input");
 }
 
+// One side of the pair, and the mark behind it. The side is cut off at the mark first: in a number token a
+// comma is a decimal separator, and "-174," would be read as one.
+template <class T>
+T takeSide(std::istream& in, char mark) {
+  std::string text;
+  if (!std::getline(in, text, mark) || in.eof()) fail("Vector: bad input");
+  std::istringstream side(text);
+  const T value = takeNumber<T>(side);
+  skipSpaceAndComments(side);
+  if (nextCharacter(side) != std::char_traits<char>::eof()) fail("Vector: bad input");
+  return value;
+}
+
 template <class T>
 void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   saved.lx.read(in);
@@ -114,10 +127,8 @@ void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   if (tu != 0 && tu != 1) fail("Vector: bad input");
   saved.tu = tu == 1;
   takeMark(in, '(');
-  saved.ltu = takeNumber<T>(in);
-  takeMark(in, ',');
-  saved.rtu = takeNumber<T>(in);
-  takeMark(in, ')');
+  saved.ltu = takeSide<T>(in, ',');
+  saved.rtu = takeSide<T>(in, ')');
   if (saved.tu && (isInfinite(saved.ltu) || isInfinite(saved.rtu) || saved.ltu > saved.rtu))
     fail("Vector: bad input");
 }
