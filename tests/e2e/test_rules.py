@@ -1,5 +1,6 @@
 """Rules of this design that a user can meet and may not expect, and the options that decide what ends a run."""
 
+import os
 import re
 
 import checker
@@ -70,6 +71,8 @@ class EndTest(harness.Case):
         for options in (("--snorm=0", "--tnorm=1000"), ("--snorm=-inf", "--tnorm=1000"), ("--snorm=0",)):
             result = self.run_target(*options)
             self.assertIn("Solutions found: 1\n", result.out)
+            # What was found is known to the next run, which would count it too.
+            os.remove(self.path("prog.sol"))
 
     def test_a_norm_that_is_never_reached(self):
         self.assertNotIn("Solutions found", self.run_target("--snorm=0", "--tnorm=39").out)
