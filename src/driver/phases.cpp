@@ -11,6 +11,7 @@
 #include "lib/elimination.h"
 #include "lib/os/clock.h"
 #include "lib/os/threads.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
@@ -54,6 +55,7 @@ void forgetInput(Lattice<T, F>& lattice) {
   lattice.reset(false);
   lattice.program = static_cast<const Tessik<T>&>(lattice);
   lattice.reinitialise();
+  ++resultsVersion();
 }
 
 void waitUntilRunning(YLattice<dbl_t>& y) {

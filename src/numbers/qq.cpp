@@ -328,23 +328,31 @@ QQ denominator(const QQ& x) {
   return x.isInf ? qqOne() : QQ(x.nenner);
 }
 
+namespace {
+
+// The integer part with the sign of x, its magnitude raised by one if `raise`.
+QQ wholePart(const QQ& x, bool raise) {
+  QQ r;
+  r.ganze = x.ganze;
+  r.sign = x.sign;
+  if (raise) ZZ::add(r.ganze, ZZ(1), r.ganze);
+  if (r.ganze.isZero()) r.sign = true;
+  return r;
+}
+
+}  // namespace
+
 QQ ceil(const QQ& x) {
-  if (x.isInf) return x;
-  QQ r(signedGanze(x));
-  if (x.sign && !x.zaehler.isZero()) r += qqOne();
-  return r;
+  return x.isInf ? x : wholePart(x, x.sign && !x.zaehler.isZero());
 }
-
 QQ floor(const QQ& x) {
-  if (x.isInf) return x;
-  QQ r(signedGanze(x));
-  if (!x.sign && !x.zaehler.isZero()) r -= qqOne();
-  return r;
+  return x.isInf ? x : wholePart(x, !x.sign && !x.zaehler.isZero());
 }
 
+// The ceiling of x - 1/2 below zero, the floor of x + 1/2 above: the magnitude rises from a half on.
 QQ roundNearest(const QQ& x) {
   if (x.isInf || x.isWhole()) return x;
-  return x > qqZero() ? floor(x + qqHalf()) : ceil(x - qqHalf());
+  return wholePart(x, x.zaehler + x.zaehler >= x.nenner);
 }
 
 void roundDigits(QQ& x, unsigned n) {

@@ -90,7 +90,8 @@ TYPED_TEST(Embedding, RandomRoundTrips) {
 // Rows of the lattice added to a vector: what comes back is the same vector, in lattice coordinates.
 TYPED_TEST(Embedding, LatticeVectorsComeBack) {
   using T = TypeParam;
-  auto l = latticeOf<T>("[ ] [ ] [ [ 3 5 7 ] ] [ 38 ] [ [ 1 1 1 ] ] [ 4 ] [ 9 ] [ 0 0 0 ] [ 0 0 0 ] [ 10 9 8 ]");
+  auto l =
+      latticeOf<T>("[ ] [ ] [ [ 3 5 7 ] ] [ 38 ] [ [ 1 1 1 ] ] [ 4 ] [ 9 ] [ 0 0 0 ] [ 0 0 0 ] [ 10 9 8 ]");
   const Vector<T> base = latticeVector(*l, "[ 6 4 0 ]");
   testing::Draws draws(11);
   for (int k = 0; k < 300; ++k) {
@@ -129,7 +130,8 @@ TYPED_TEST(Embedding, NegativeSlack) {
   auto l = latticeOf<T>(HALF_INFINITE);
   Vector<T> v;
   EXPECT_FALSE(l->tryOpt2lat(Vector<T>("[ 1 3 2 ]"), v, false));
-  EXPECT_FAILURE(l->opt2lat(Vector<T>("[ 1 3 2 ]"), v, false), "slack variable insonsistency, s should be >= 0");
+  EXPECT_FAILURE(l->opt2lat(Vector<T>("[ 1 3 2 ]"), v, false),
+                 "slack variable insonsistency, s should be >= 0");
 }
 
 // The rows of the equations change places: the slack finds its own all the same.

@@ -151,8 +151,8 @@ TYPED_TEST(Generation, EquationsLeaveTheKernel) {
 
 TYPED_TEST(Generation, EquationsWithAnInequation) {
   using T = TypeParam;
-  auto l = latticeOf<T>(
-      "[ ] [ ] [ [ 3 5 7 ] ] [ 38 ] [ [ 1 1 1 ] ] [ 4 ] [ 9 ] [ 0 0 0 ] [ 0 0 0 ] [ 10 10 10 ]");
+  auto l =
+      latticeOf<T>("[ ] [ ] [ [ 3 5 7 ] ] [ 38 ] [ [ 1 1 1 ] ] [ 4 ] [ 9 ] [ 0 0 0 ] [ 0 0 0 ] [ 10 10 10 ]");
   EXPECT_EQ(l->rank, 3);
   EXPECT_EQ(l->dim, 5);
   EXPECT_TRUE(l->isMember(testing::latticeVector(*l, "[ 6 4 0 ]")));
@@ -162,8 +162,9 @@ TYPED_TEST(Generation, EquationsWithAnInequation) {
 TYPED_TEST(Generation, NoIntegerSolution) {
   EXPECT_FAILURE(latticeOf<TypeParam>("[ ] [ ] [ [ 2 ] ] [ 1 ] [ ] [ ] [ ] [ 0 ] [ 0 ] [ 4 ]"),
                  "The equation system has no integer solution :(");
-  EXPECT_FAILURE(latticeOf<TypeParam>("[ ] [ ] [ [ 6 10 14 ] ] [ 7 ] [ ] [ ] [ ] [ 0 0 0 ] [ 0 0 0 ] [ 9 9 9 ]"),
-                 "The equation system has no integer solution :(");
+  EXPECT_FAILURE(
+      latticeOf<TypeParam>("[ ] [ ] [ [ 6 10 14 ] ] [ 7 ] [ ] [ ] [ ] [ 0 0 0 ] [ 0 0 0 ] [ 9 9 9 ]"),
+      "The equation system has no integer solution :(");
 }
 
 TYPED_TEST(Generation, ProgramLineAtVerbosityTwo) {
@@ -206,8 +207,7 @@ TYPED_TEST(Generation, StarsAreJudgedAgain) {
 }
 
 TEST(GenerationStandard, BasisBeyondTheLimitAsksForExactArithmetic) {
-  auto l = preparedLattice<dbl_t>(
-      "[ ] [ ] [ ] [ ] [ [ 300000000 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 3 3 ]");
+  auto l = preparedLattice<dbl_t>("[ ] [ ] [ ] [ ] [ [ 300000000 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 3 3 ]");
   testing::expectPrecisionException([&] { l->prepareLattice(); }, "B_save overflow");
 }
 

@@ -130,6 +130,8 @@ TEST(StageTwoExact, ManyDigitsAreExact) {
 TEST(StageTwoPrecision, DigitsThatCostPrecisionAreNoticed) {
   Tessik<dbl_t> many = programOf<dbl_t>("[][][[1]][1][][][][10][0][1]");
   expectPrecisionException([&many] { many.applyDigits(); }, "data overflow");
+  Tessik<dbl_t> beyondRange = programOf<dbl_t>("[][][[1]][1][][][][5000][0][1]");
+  expectPrecisionException([&beyondRange] { beyondRange.applyDigits(); }, "data overflow");
   Tessik<dbl_t> upper = programOf<dbl_t>("[][][[1000]][1][][][][6][0][10000]");
   expectPrecisionException([&upper] { upper.applyDigits(); }, "rx overflow");
   Tessik<dbl_t> lower = programOf<dbl_t>("[][][[1000]][1][][][][6][-10000][1]");

@@ -150,8 +150,8 @@ TEST(WidthsStandard, LargeRangeAsksForExactArithmetic) {
 }
 
 TEST(WidthsExact, LargeRangeIsHeld) {
-  auto l = testing::preparedLattice<QQ>(
-      "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 99991 99989 ]");
+  auto l =
+      testing::preparedLattice<QQ>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 99991 99989 ]");
   EXPECT_EQ(l->computeRange(false), QQ("19996000198"));
 }
 
