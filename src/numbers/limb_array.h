@@ -2,8 +2,8 @@
 //
 // The interface and the growth rule are those of Array<T>, with two differences. `spare` counts as false
 // whatever the caller passes: limbs are never appended one by one in numbers. And storage of up to
-// SMALL elements lies in the object itself, so that numbers of few limbs never call the allocator; without it
-// the allocator costs more than the arithmetic on every small rational.
+// SMALL elements lies in the object itself, so that numbers of few limbs never call the allocator: a sum of two small integers
+// takes a few nanoseconds, less than one allocation.
 #pragma once
 
 #include <algorithm>

@@ -375,6 +375,8 @@ TEST(StageTwoPrecision, TightenAndTranslateOverflowByName) {
   expect("[][][][][[1]][900000000][1900000001][0][900000000][900000001]", "this->ru overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "ltu overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "rtu overflow");
+  // The sum is small, its parts are not.
+  expect("[][][[2 -2]][0][][][][0 0][900000000 900000000][900000001 900000001]", "this->bg overflow");
 }
 
 // The whole of stage two on the two-variable example, after stage one.
