@@ -1,9 +1,9 @@
 // The storage of a big integer: Array<long long> with a small store inside the object.
 //
 // The interface and the growth rule are those of Array<T>, with two differences. `spare` counts as false
-// whatever the caller passes: limbs are never appended one by one in numbers. And storage of up to
-// SMALL elements lies in the object itself, so that numbers of few limbs never call the allocator: a sum of two small integers
-// takes a few nanoseconds, less than one allocation.
+// whatever the caller passes: limbs are never appended one by one. And storage of up to SMALL elements lies
+// in the object itself, so that numbers of few limbs never call the allocator: a sum of two small integers
+// takes a few nanoseconds, which one allocation would multiply.
 #pragma once
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Short cuts of QQ for integers of any size, for parts of at most two limbs and for reduced fractions; the
-// last stand in qq_reduced.cpp. Each gives exactly the object
-// that the algorithm in qq.cpp gives, since canonical form is unique; the tests hold one against the other.
+// last stand in qq_reduced.cpp. Each gives exactly the object that the algorithm in qq.cpp gives, since
+// canonical form is unique; the tests hold one against the other.
 //
 // They are the rule and not the exception: most numbers of a run in extended precision are integers or small
 // fractions, and the general algorithms take 5 to 50 times as long on these, most of it on divisions and
