@@ -165,11 +165,13 @@ void skipSeparator(std::istream& in) {
   if (nextCharacter(in) == '|') takeCharacter(in);
 }
 
-// A vector left out would shift the fields behind it, and a file of another kind would pass for stars.
+// An empty field is an empty vector; anything else than a vector is damage, or a file of another kind would
+// pass for stars and be overwritten.
 template <class T>
 void readVector(std::istream& in, Vector<T>& v) {
   skipSpaceAndComments(in);
-  if (nextCharacter(in) != '[') fail("Vector: bad input");
+  const int next = nextCharacter(in);
+  if (next != '[' && next != '|') fail("Vector: bad input");
   v.Vector<T>::read(in);
 }
 
@@ -201,27 +203,12 @@ void readTail(std::istream& in, Star<T>& star) {
   star.version = trimmed(behind.substr(0, behind.find('|')));
 }
 
-// A comment ends with its line, closed or not.
-void cutOpenComment(std::string& line) {
-  for (std::size_t from = 0;;) {
-    const std::size_t opener = line.find("/*", from);
-    if (opener == std::string::npos || line.find("//") < opener) return;
-    const std::size_t closer = line.find("*/", opener + 2);
-    if (closer == std::string::npos) {
-      line.resize(opener);
-      return;
-    }
-    from = closer + 2;
-  }
-}
-
 template <class T>
 ConversionArray<Star<T>> parseSolText(const std::string& text) {
   ConversionArray<Star<T>> stars;
   std::istringstream lines(text);
   std::string line;
   while (std::getline(lines, line)) {
-    cutOpenComment(line);
     std::istringstream in(line);
     acceptExponents(in);
     skipSpaceAndComments(in);
