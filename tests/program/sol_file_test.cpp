@@ -268,6 +268,7 @@ TYPED_TEST(SolFile, AcceptedLines) {
       {"[ 1 1 ] | 0 | [ ] | 0 | 3 | --a=1 | 2.2.2", "[ 1 1 ]"},
       {"\n[ 1 1 ] | 0 | [ ] | 0 | -1 | \n\n[ 1 2 ] | inf | [ ] | -inf | 3\n", "[ 1 1 ][ 1 2 ]"},
       {"[ 1 1 ] 0 [ ] 0 3\n", "[ 1 1 ]"},
+      {"[ 1 1 ] | 0 | | 0 | 3\n | 0 | | 0 | 3\n", "[ 1 1 ]"},
       {"// a comment\n[ 1 1 ] /* point */ | 0 | [ ] | 0 | 3 | a // b\n[ 2 1 ] | 0 | [ ] | 0 | 3",
        "[ 1 1 ][ 2 1 ]"},
       {"[ 2/2 1e0 ] | 0 | [ ] | 0 | 3\n", "[ 1 1 ]"},
@@ -281,7 +282,10 @@ TYPED_TEST(SolFile, AcceptedLines) {
 
 TYPED_TEST(SolFile, DamagedLinesEndTheRun) {
   const std::pair<std::string, const char*> rows[] = {
-      {"junk\n", "QQ: parse error1"},
+      {"junk\n", "Vector: bad input"},
+      {"0 0 0\n", "Vector: bad input"},
+      {"[ 1 1 ] | 0 | 0 | 3\n", "Vector: bad input"},
+      {"[ 1 1 ] | 0\n", "Vector: bad input"},
       {"[ 1 ", "Vector: bad input"},
       {"[ 1 x ] | 0 | [ ] | 0 | 3\n", "Vector: bad input"},
       {"[ 1 ix ] | 0 | [ ] | 0 | 3\n", "Vector: bad input2"},
@@ -299,7 +303,9 @@ TYPED_TEST(SolFile, DamagedLinesEndTheRun) {
       {"[ 1 1 ] | 0 | [ ] | 0 | 3.5\n", "QQ: parse error1"},
       {"[ 1 1 ] | 0 | [ ] | 0 | 99999999999999999999\n", "QQ: parse error1"},
       {"[ 1 1 ] /* open\n", "Comment is not terminated"},
-      {std::string("\0\x7f\x45\x4c\x46", 5), "QQ: parse error1"},
+      {"[ 1 /* 1 ] | 0 | [ ] | 0 | 3\n", "Comment is not terminated"},
+      {"[ 1 // 1 ] | 0 | [ ] | 0 | 3\n", "Vector: bad input"},
+      {std::string("\0\x7f\x45\x4c\x46", 5), "Vector: bad input"},
       {"[ 1 1 ] | 0 | [ ] | 0 | 3\n[ 1 ", "Vector: bad input"},
   };
   for (const auto& [text, message] : rows) {
