@@ -17,7 +17,8 @@ namespace {
 using latbox::dbl_t;
 
 void printBanner() {
-  std::cout << "<< " << latbox::programName() << " v" << latbox::VERSION << " +++ PID: " << getpid() << " >>\n"
+  std::cout << "<< " << latbox::programName() << " v" << latbox::VERSION << " +++ PID: " << getpid()
+            << " >>\n"
             << std::flush;
 }
 

@@ -25,7 +25,8 @@ void readOption(YLattice<dbl_t>& y, const std::string& argument) {
   const std::size_t split = option.find('=');
   if (split == std::string::npos) fail("Malformed parameter: " + option);
   const std::string key = option.substr(0, split);
-  if (!setParameter(y, key, option.substr(split + 1), OnBadNumber::failure)) fail("No such parameter: " + key);
+  if (!setParameter(y, key, option.substr(split + 1), OnBadNumber::failure))
+    fail("No such parameter: " + key);
 }
 
 void readArgument(YLattice<dbl_t>& y, const std::string& argument) {
@@ -88,6 +89,8 @@ std::string liveOptionTable(YLattice<dbl_t>& y) {
   return text.str();
 }
 
-std::string withoutExtension(const std::string& path) { return path.substr(0, path.rfind('.')); }
+std::string withoutExtension(const std::string& path) {
+  return path.substr(0, path.rfind('.'));
+}
 
 }  // namespace latbox

@@ -17,9 +17,13 @@ std::string trimmed(const std::string& line) {
 }
 
 // One insertion, so that what the solver prints meanwhile doesn't come between its parts.
-void answer(const std::string& text) { std::cout << text << std::flush; }
+void answer(const std::string& text) {
+  std::cout << text << std::flush;
+}
 
-void answerState(const std::string& state) { answer("> Status: " + state + "\n"); }
+void answerState(const std::string& state) {
+  answer("> Status: " + state + "\n");
+}
 
 void changeState(YLattice<dbl_t>& y, const char* state) {
   setRunState(y, state);

@@ -9,8 +9,8 @@
 
 namespace latbox {
 
-// Runs `body`; whatever it throws ends the process by the failure path. Sizes beyond all memory arrive here as
-// exceptions of the language.
+// Runs `body`; whatever it throws ends the process by the failure path. Sizes beyond all memory arrive here
+// as exceptions of the language.
 template <class Body>
 void endOnException(Body&& body) {
   try {

@@ -20,10 +20,12 @@ void beginIteration(YLattice<dbl_t>& y) {
   ++liveStatistics(y).iterations;
 }
 
-bool mustLeave(YLattice<dbl_t>& y) { return !inputIsLoaded(y) || runState(y) == RUN_STOPPED; }
+bool mustLeave(YLattice<dbl_t>& y) {
+  return !inputIsLoaded(y) || runState(y) == RUN_STOPPED;
+}
 
-// The choice of the reduction. Until enumeration joins, `eenum` asks for as much as LLL can do; without it one
-// sweep is all that an iteration spends, and the next iteration goes on from there.
+// The choice of the reduction. Until enumeration joins, `eenum` asks for as much as LLL can do; without it
+// one sweep is all that an iteration spends, and the next iteration goes on from there.
 template <class T, class F>
 void reduce(Lattice<T, F>& lattice) {
   if (lattice.params.eenum.get())

@@ -3,8 +3,8 @@
 
 namespace latbox {
 
-// The flag is set last: an exception on the way leaves standard precision live, and the half-written other side
-// is overwritten by the next attempt.
+// The flag is set last: an exception on the way leaves standard precision live, and the half-written other
+// side is overwritten by the next attempt.
 void switchToExtended(YLattice<dbl_t>& y) {
   if (y.extendedActive) return;
   progressLine(y.standard.verb() > 1, "Switching to extended precision");

@@ -1,9 +1,10 @@
 // From the files to the lattice.
+#include "driver/command_line.h"
 #include "driver/report.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
-#include "driver/command_line.h"
 #include "lib/os/file.h"
+#include "lib/scope_value.h"
 
 namespace latbox {
 namespace {
@@ -28,10 +29,8 @@ void prepareProgram(YLattice<dbl_t>& y) {
 // The first .lat file is written whatever the flag says.
 template <class T, class F>
 void writeFirstLatFile(Lattice<T, F>& lattice) {
-  const bool before = lattice.writeEnabled;
-  lattice.writeEnabled = true;
+  const ScopeValue writing(lattice.writeEnabled, true);
   lattice.writeLatFile();
-  lattice.writeEnabled = before;
 }
 
 bool mustGenerate(YLattice<dbl_t>& y) {

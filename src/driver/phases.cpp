@@ -11,6 +11,7 @@
 #include "lib/elimination.h"
 #include "lib/os/clock.h"
 #include "lib/os/threads.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
@@ -54,6 +55,7 @@ void forgetInput(Lattice<T, F>& lattice) {
   lattice.reset(false);
   lattice.program = static_cast<const Tessik<T>&>(lattice);
   lattice.reinitialise();
+  ++resultsVersion();
 }
 
 void waitUntilRunning(YLattice<dbl_t>& y) {
@@ -118,8 +120,8 @@ void announceRestart(const RestartException& restart, bool report) {
   if (report) std::cout << lineEnd << std::flush;
 }
 
-// Works on the input that is loaded until another one is asked for. A restart, from the trivial solutions too,
-// leads back to the report of the sizes.
+// Works on the input that is loaded until another one is asked for. A restart, from the trivial solutions
+// too, leads back to the report of the sizes.
 void runInput(YLattice<dbl_t>& y) {
   // Fixed for this load, whatever the console sets later.
   const bool report = verbOf(y) == 2;

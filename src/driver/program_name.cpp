@@ -11,8 +11,12 @@ std::string& storedName() {
 }  // namespace
 
 // Where there is no "/", rfind gives npos, and npos + 1 is the beginning.
-void setProgramName(const std::string& path) { storedName() = path.substr(path.rfind('/') + 1); }
+void setProgramName(const std::string& path) {
+  storedName() = path.substr(path.rfind('/') + 1);
+}
 
-const std::string& programName() { return storedName(); }
+const std::string& programName() {
+  return storedName();
+}
 
 }  // namespace latbox

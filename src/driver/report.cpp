@@ -95,7 +95,8 @@ void writeProgress(std::ostream& out, const Lattice<T, F>& lattice, const Statis
   out << "\nInhomogenous improvements: " << statistics.inhomogeneousImprovements << '\n';
   if (lattice.program.At.M > 0) out << "Target improvements: " << statistics.targetImprovements << '\n';
   if (statistics.noPrimaryImprovement != 0)
-    out << "\nNo primary improvement since " << statistics.noPrimaryImprovement << " consecutive iteration(s)\n";
+    out << "\nNo primary improvement since " << statistics.noPrimaryImprovement
+        << " consecutive iteration(s)\n";
 }
 
 template <class T, class F>
@@ -190,12 +191,14 @@ void publishSummary(const Lattice<T, F>& lattice) {
   std::swap(published(), fresh);
 }
 
-const PublishedSummary& publishedSummary() { return published(); }
+const PublishedSummary& publishedSummary() {
+  return published();
+}
 
-#define LATBOX_INSTANTIATE(T)                                                        \
-  template void bestTargetLine(const HeuristicVector<T, dbl_t>&, std::ostream&);     \
-  template void publishSummary(const Lattice<T, dbl_t>&);                            \
-  template std::string Lattice<T, dbl_t>::solutionSummary() const;                   \
+#define LATBOX_INSTANTIATE(T)                                                    \
+  template void bestTargetLine(const HeuristicVector<T, dbl_t>&, std::ostream&); \
+  template void publishSummary(const Lattice<T, dbl_t>&);                        \
+  template std::string Lattice<T, dbl_t>::solutionSummary() const;               \
   template std::string Lattice<T, dbl_t>::iterationReport();
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -1,5 +1,5 @@
-// What a run prints of its results: the form of times, the summary, the report of an iteration. Pulls in nothing
-// of the lattice, since the check of candidates calls upward to publishSummary.
+// What a run prints of its results: the form of times, the summary, the report of an iteration. Pulls in
+// nothing of the lattice, since the check of candidates calls upward to publishSummary.
 #pragma once
 
 #include <iosfwd>
@@ -20,10 +20,10 @@ void timeText(std::ostream& stream, long seconds);
 template <class T, class F>
 void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream);
 
-// Makes the summary of solutions, and the path of the .sol file, what the final report will print. A signal can
-// end the run at any moment, and its handler may not look at a lattice that the solver is changing: so the
-// solver publishes after every change of the solutions, of the best vectors and of the file names, and once
-// per iteration. Solver thread only.
+// Makes the summary of solutions, and the path of the .sol file, what the final report will print. A signal
+// can end the run at any moment, and its handler may not look at a lattice that the solver is changing: so
+// the solver publishes after every change of the solutions, of the best vectors and of the file names, and
+// once per iteration. Solver thread only.
 template <class T, class F>
 void publishSummary(const Lattice<T, F>& lattice);
 

@@ -10,29 +10,11 @@
 #include "lib/exceptions.h"
 #include "lib/os/signals.h"
 #include "lib/progress.h"
+#include "lib/scope_value.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
-
-// Clears the two flags of a program and puts them back, on an exception too.
-class QuietProgram {
- public:
-  QuietProgram(bool& writeEnabled, bool& finishEnabled)
-      : write_(writeEnabled), finish_(finishEnabled), writeBefore_(writeEnabled), finishBefore_(finishEnabled) {
-    write_ = finish_ = false;
-  }
-  ~QuietProgram() {
-    write_ = writeBefore_;
-    finish_ = finishBefore_;
-  }
-  QuietProgram(const QuietProgram&) = delete;
-  QuietProgram& operator=(const QuietProgram&) = delete;
-
- private:
-  bool& write_;
-  bool& finish_;
-  bool writeBefore_, finishBefore_;
-};
 
 template <class T, class F>
 void writeAndCheck(Lattice<T, F>& lattice) {
@@ -93,6 +75,7 @@ void forgetVectors(Lattice<T, F>& lattice) {
   lattice.emptyCollections();
   lattice.bestInhomogeneous.clear();
   lattice.bestSlack.clear();
+  ++resultsVersion();
 }
 
 }  // namespace
@@ -122,7 +105,8 @@ void Lattice<T, F>::regenerateLattice() {
   const Memory<T, F> memory = takeMemory(*this);
   forgetVectors(*this);
   {
-    const QuietProgram quiet(this->writeEnabled, this->finishEnabled);
+    const ScopeValue writing(this->writeEnabled, false);
+    const ScopeValue finishing(this->finishEnabled, false);
     prepare(false, false);
     prepareLattice();
     reinstate(memory.records, memory.vectors, memory.homogeneous, memory.inhomogeneous, 3);
@@ -131,8 +115,8 @@ void Lattice<T, F>::regenerateLattice() {
   writeLatFile();
 }
 
-// The handler of the signal prints the final report and ends the process. Where it returns, the report is under
-// way on another thread, and this one may not go on with a run that has ended.
+// The handler of the signal prints the final report and ends the process. Where it returns, the report is
+// under way on another thread, and this one may not go on with a run that has ended.
 template <class T, class F>
 void Lattice<T, F>::terminateRun() {
   if (params.gui.get()) {
@@ -144,9 +128,9 @@ void Lattice<T, F>::terminateRun() {
   for (;;) pause();
 }
 
-#define LATBOX_INSTANTIATE(T)                              \
-  template void Lattice<T, dbl_t>::restartHandling(bool);  \
-  template void Lattice<T, dbl_t>::regenerateLattice();    \
+#define LATBOX_INSTANTIATE(T)                             \
+  template void Lattice<T, dbl_t>::restartHandling(bool); \
+  template void Lattice<T, dbl_t>::regenerateLattice();   \
   template void Lattice<T, dbl_t>::terminateRun();
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -12,8 +12,9 @@ namespace latbox {
 template <class D>
 [[noreturn]] void myMain(YLattice<D>& y);
 
-// Loads .opt, .lat and .sol of `input` (a path without extension) into the live lattice, generates the lattice
-// where there is no .lat file as young as the .opt file, and sets inputRequested to what the names derive from.
+// Loads .opt, .lat and .sol of `input` (a path without extension) into the live lattice, generates the
+// lattice where there is no .lat file as young as the .opt file, and sets inputRequested to what the names
+// derive from.
 void readFiles(YLattice<dbl_t>& y, const std::string& input);
 
 // Prepares the program that was read, generates the lattice and writes the .lat file.
@@ -24,8 +25,8 @@ void buildLattice(YLattice<dbl_t>& y);
 template <class T, class F>
 void deriveFileNames(Lattice<T, F>& lattice, const std::string& input);
 
-// Whether the lattice must be generated: the .lat file can't be opened where the .opt file can, or it is older
-// in whole seconds.
+// Whether the lattice must be generated: the .lat file can't be opened where the .opt file can, or it is
+// older in whole seconds.
 bool isNewer(const std::string& optName, const std::string& latName);
 
 }  // namespace latbox

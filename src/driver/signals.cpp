@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 
@@ -87,7 +88,9 @@ void writeAll(iovec* pieces, int number) {
   }
 }
 
-iovec piece(const char* text, std::size_t size) { return {const_cast<char*>(text), size}; }
+iovec piece(const char* text, std::size_t size) {
+  return {const_cast<char*>(text), size};
+}
 
 bool canBeOpened(const std::string& path) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -113,12 +116,21 @@ void writeReport(int signal, long long iterations) {
   writeAll(pieces, static_cast<int>(std::size(pieces)));
 }
 
+// The report must be the last that is printed: a solver that waits in the middle of a write, since nobody
+// reads the pipe, would go on behind it. Waits for that write, and keeps the stream. The handler never
+// interrupts a thread that has the stream itself.
+void takeOutput() {
+  flockfile(stdout);
+  fflush(stdout);
+}
+
 }  // namespace
 
 void signalReport(YLattice<dbl_t>& y, int signal) {
   if (reported.test_and_set()) return;
   setRunState(y, RUN_STOPPED);
   closeSignalHolds();
+  takeOutput();
   writeReport(signal, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
   _exit(0);
 }

@@ -5,8 +5,8 @@
 
 namespace latbox {
 
-// Prints the final report and ends the process with status 0, once per process: a second call returns at once.
-// Safe in a signal handler. It prints what the solver has published and allocates nothing.
+// Prints the final report and ends the process with status 0, once per process: a second call returns at
+// once. Safe in a signal handler. It prints what the solver has published and allocates nothing.
 void signalReport(YLattice<dbl_t>& y, int signal);
 
 // Both signals lead to signalReport for as long as the object lives; then the previous handlers are back, in

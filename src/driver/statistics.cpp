@@ -6,7 +6,9 @@
 
 namespace latbox {
 
-Statistics::Statistics() : discoveryStart(now()), startTime(now()) { takeSnapshot(); }
+Statistics::Statistics() : discoveryStart(now()), startTime(now()) {
+  takeSnapshot();
+}
 
 void Statistics::takeSnapshot() {
   inhomogeneousImprovementsBefore = inhomogeneousImprovements;
@@ -15,11 +17,13 @@ void Statistics::takeSnapshot() {
   samplingBasisExtensionsBefore = samplingBasisExtensions;
 }
 
-void Statistics::updateProgress() { noPrimaryImprovement = madeProgress() ? 0 : noPrimaryImprovement + 1; }
+void Statistics::updateProgress() {
+  noPrimaryImprovement = madeProgress() ? 0 : noPrimaryImprovement + 1;
+}
 
-// What counts depends on how far the search has come: first better inhomogeneous vectors, then better targets,
-// then new solutions, and these only until sampling has extended the basis. With sampling at work an iteration
-// that did not extend the basis never counts. The asymmetry is a rule of this design.
+// What counts depends on how far the search has come: first better inhomogeneous vectors, then better
+// targets, then new solutions, and these only until sampling has extended the basis. With sampling at work an
+// iteration that did not extend the basis never counts. The asymmetry is a rule of this design.
 bool Statistics::madeProgress() const {
   if (inhomogeneousImprovements == 0) return false;
   if (targetImprovements == 0) {

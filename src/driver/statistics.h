@@ -73,9 +73,13 @@ Statistics& statisticsExtended();
 template <class T>
 Statistics& statisticsOf();
 template <>
-inline Statistics& statisticsOf<dbl_t>() { return statisticsStandard(); }
+inline Statistics& statisticsOf<dbl_t>() {
+  return statisticsStandard();
+}
 template <>
-inline Statistics& statisticsOf<QQ>() { return statisticsExtended(); }
+inline Statistics& statisticsOf<QQ>() {
+  return statisticsExtended();
+}
 
 // Whether this value of the parameter `bench` makes the run a benchmark.
 inline bool isBenchmark(float bench) {

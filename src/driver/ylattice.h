@@ -15,9 +15,9 @@ namespace latbox {
 template <class D>
 class YLattice {
  public:
-  Lattice<D, D> standard;         // live while extendedActive is false
-  Lattice<D, D> standardBackup;   // copy of `standard` before each step in standard precision
-  Lattice<QQ, D> extended;        // live while extendedActive is true; receives every .opt file
+  Lattice<D, D> standard;        // live while extendedActive is false
+  Lattice<D, D> standardBackup;  // copy of `standard` before each step in standard precision
+  Lattice<QQ, D> extended;       // live while extendedActive is true; receives every .opt file
   std::atomic<bool> extendedActive{false};
 
   YLattice() = default;
@@ -36,18 +36,19 @@ class YLattice {
 // verb above 1. Throws PrecisionException with "Precision lost during conversion".
 void switchToExtended(YLattice<dbl_t>& y);
 
-// To the fast side, unless it is live already. Throws PrecisionException with "Precision lost during conversion"
-// where a value does not convert and come back; extended stays live then. Prints "Using standard precision".
+// To the fast side, unless it is live already. Throws PrecisionException with "Precision lost during
+// conversion" where a value does not convert and come back; extended stays live then. Prints "Using standard
+// precision".
 void useStandardPrecision(YLattice<dbl_t>& y);
 
 // As useStandardPrecision, the exception swallowed: the run stays in extended precision.
 void tryStandardPrecision(YLattice<dbl_t>& y);
 
-// The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException restores
-// it, converts it and repeats the step in exact arithmetic; after every extended step the way back is tried.
-// RestartException and all others pass. Statistics, random draws and files are not rolled back. What the
-// console writes stays, too: parameters and mainVars are not restored from the copy, since a command that
-// arrived while the step ran would be lost.
+// The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException
+// restores it, converts it and repeats the step in exact arithmetic; after every extended step the way back
+// is tried. RestartException and all others pass. Statistics, random draws and files are not rolled back.
+// What the console writes stays, too: parameters and mainVars are not restored from the copy, since a command
+// that arrived while the step ran would be lost.
 template <class Step>
 void oneStep(YLattice<dbl_t>& y, Step&& step) {
   if (!y.extendedActive) {

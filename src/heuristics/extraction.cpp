@@ -1,5 +1,5 @@
-// A vector with the inhomogeneous coordinate exactly once: Euclid's algorithm on the last column of a copy of the
-// basis.
+// A vector with the inhomogeneous coordinate exactly once: Euclid's algorithm on the last column of a copy of
+// the basis.
 #include <cmath>
 
 #include "lattice/lattice.h"
@@ -67,7 +67,8 @@ class Extraction {
 template <class T, class F>
 Vector<T> Lattice<T, F>::extractInhom() {
   const ProgressScope scope(verb() > 1, "Extracting current inhomogenous vector ...");
-  // In the equation lattice the kernel stands in front, and what lies behind it is no solution of the equations.
+  // In the equation lattice the kernel stands in front, and what lies behind it is no solution of the
+  // equations.
   const long rows = checkMode == 1 ? rank - this->Ag.M : rank;
   return Extraction<T>(*this, rows).run();
 }

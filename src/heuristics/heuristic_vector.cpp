@@ -66,8 +66,8 @@ bool sameDeviation(const HeuristicDeviation<F>& a, const HeuristicDeviation<F>& 
 
 template <class F>
 std::ostream& operator<<(std::ostream& stream, const HeuristicDeviation<F>& d) {
-  return stream << "[len,f,fs,fm,fc,tn] = " << d.len << ' ' << d.f << ' ' << d.fs << ' ' << d.fm << ' ' << d.fc
-                << ' ' << d.tn;
+  return stream << "[len,f,fs,fm,fc,tn] = " << d.len << ' ' << d.f << ' ' << d.fs << ' ' << d.fm << ' '
+                << d.fc << ' ' << d.tn;
 }
 
 template <class T, class F>

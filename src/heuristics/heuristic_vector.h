@@ -13,14 +13,14 @@ namespace latbox {
 template <class F>
 class HeuristicDeviation {
  public:
-  bool f = false;                                     // feasible: no bound is violated
-  F fs = std::numeric_limits<F>::infinity();          // target norm of a feasible vector
-  F fm = std::numeric_limits<F>::infinity();          // largest single violation
-  long fc = std::numeric_limits<long>::max();         // number of violated coordinates
-  F tn = std::numeric_limits<F>::infinity();          // sum of all violations
-  long worstIndex = 0;                                // coordinate of the largest violation
-  F len = std::numeric_limits<F>::infinity();         // squared Euclidean length
-  unsigned char kind = 0;                             // 0 not initialised, 1 homogeneous, 2 inhomogeneous
+  bool f = false;                              // feasible: no bound is violated
+  F fs = std::numeric_limits<F>::infinity();   // target norm of a feasible vector
+  F fm = std::numeric_limits<F>::infinity();   // largest single violation
+  long fc = std::numeric_limits<long>::max();  // number of violated coordinates
+  F tn = std::numeric_limits<F>::infinity();   // sum of all violations
+  long worstIndex = 0;                         // coordinate of the largest violation
+  F len = std::numeric_limits<F>::infinity();  // squared Euclidean length
+  unsigned char kind = 0;                      // 0 not initialised, 1 homogeneous, 2 inhomogeneous
 
   HeuristicDeviation() = default;
   // false: the best record that can exist (kind 0 all the same); true: the worst.
@@ -45,9 +45,9 @@ template <class T, class F>
 class HeuristicVector : public TimeVector<T> {
  public:
   HeuristicDeviation<F> deviation;
-  T targetNorm;           // infinite until judged
-  T slackNorm;            // infinite until judged
-  T combinedTarget{};     // atu y; written only where a best vector is judged
+  T targetNorm;        // infinite until judged
+  T slackNorm;         // infinite until judged
+  T combinedTarget{};  // atu y; written only where a best vector is judged
 
   HeuristicVector();
   explicit HeuristicVector(const Vector<T>& v);

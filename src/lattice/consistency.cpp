@@ -46,7 +46,8 @@ void requireHeld(const Matrix<T>& basis) {
 }  // namespace
 
 template <class T, class F>
-bool Lattice<T, F>::coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT) {
+bool Lattice<T, F>::coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved,
+                                bool throughTT) {
   using Which = typename CoordSolver<T>::Which;
   bool found = false;
   if (useSaved)
@@ -75,7 +76,8 @@ bool Lattice<T, F>::rebuildTransformation(const Matrix<T>& U) {
 }
 
 template <class T, class F>
-void Lattice<T, F>::transformationCoordinates(const Vector<T>& v, Vector<T>& result, bool check, bool positive) {
+void Lattice<T, F>::transformationCoordinates(const Vector<T>& v, Vector<T>& result, bool check,
+                                              bool positive) {
   if (check && !rebuildTransformation(unscaled(B))) throw PrecisionException("transformation coord error");
   Vector<T> side(v);
   for (long i = 1; i <= side.MN; ++i) checkPrecision(side.data[i], "rt overflow");
@@ -115,8 +117,7 @@ bool Lattice<T, F>::settleTransformation(const Matrix<T>& U) {
   }
   Matrix<T>& transformation = TT[TT.MN];
   clearNearZeros(transformation);
-  if (transformation.M != transformation.N)
-    fail("Matrix: a non-quadratic matrix determinant is not defined");
+  if (transformation.M != transformation.N) fail("Matrix: a non-quadratic matrix determinant is not defined");
   if (isUnimodular(transformation)) return true;
   if (consistencyOn()) throw PrecisionException("unimodular error");
   return false;
@@ -157,11 +158,11 @@ void Lattice<T, F>::checkConsistency(bool rebase, bool keepFile) {
   if (!keepFile) writeLatFile();
 }
 
-#define LATBOX_INSTANTIATE(T)                                                                               \
-  template bool Lattice<T, dbl_t>::coordinates(const Vector<T>&, Vector<T>&, bool, bool);                   \
-  template bool Lattice<T, dbl_t>::isMember(const Vector<T>&);                                              \
-  template void Lattice<T, dbl_t>::transformationCoordinates(const Vector<T>&, Vector<T>&, bool, bool);     \
-  template void Lattice<T, dbl_t>::newTransformation(bool);                                                 \
+#define LATBOX_INSTANTIATE(T)                                                                           \
+  template bool Lattice<T, dbl_t>::coordinates(const Vector<T>&, Vector<T>&, bool, bool);               \
+  template bool Lattice<T, dbl_t>::isMember(const Vector<T>&);                                          \
+  template void Lattice<T, dbl_t>::transformationCoordinates(const Vector<T>&, Vector<T>&, bool, bool); \
+  template void Lattice<T, dbl_t>::newTransformation(bool);                                             \
   template void Lattice<T, dbl_t>::checkConsistency(bool, bool);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -1,5 +1,6 @@
-// A lattice from the one of the other precision. The way to exact arithmetic loses nothing; the way back is taken
-// only if every value of the state converts and comes back, but for values that the lattice can recompute.
+// A lattice from the one of the other precision. The way to exact arithmetic loses nothing; the way back is
+// taken only if every value of the state converts and comes back, but for values that the lattice can
+// recompute.
 #include <algorithm>
 #include <utility>
 
@@ -14,14 +15,20 @@ namespace {
 
 constexpr const char* LOST_TEXT = "Precision lost during conversion";
 
-void convertNumber(dbl_t from, QQ& to) { to = QQ(from); }
+void convertNumber(dbl_t from, QQ& to) {
+  to = QQ(from);
+}
 void convertNumber(const QQ& from, dbl_t& to) {
   if (!convertStrict(from, to)) throw PrecisionException(LOST_TEXT);
 }
 
 // Without a guard: for bounds of lengths, which guide and decide nothing.
-void convertLoosely(dbl_t from, QQ& to) { to = QQ(from); }
-void convertLoosely(const QQ& from, dbl_t& to) { to = toDouble(from); }
+void convertLoosely(dbl_t from, QQ& to) {
+  to = QQ(from);
+}
+void convertLoosely(const QQ& from, dbl_t& to) {
+  to = toDouble(from);
+}
 
 template <class T, class U>
 T converted(const U& from) {
@@ -144,8 +151,8 @@ void Lattice<T, F>::convertBasis(const Lattice<U, F>& other) {
   stepCount = other.stepCount;
 }
 
-// What lives in F is taken as it is. Lengths are computed again, factorisations are made again on demand, and the
-// enumeration's scratch means nothing between steps.
+// What lives in F is taken as it is. Lengths are computed again, factorisations are made again on demand, and
+// the enumeration's scratch means nothing between steps.
 template <class T, class F>
 template <class U>
 void Lattice<T, F>::convertDerived(const Lattice<U, F>& other) {

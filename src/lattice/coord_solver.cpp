@@ -1,5 +1,6 @@
-// Coordinates with respect to the rows of a matrix. Three ways of finding a candidate, from cheap to dear, and one
-// exact confirmation: an integer combination that gives the vector back is the answer, whoever proposed it.
+// Coordinates with respect to the rows of a matrix. Three ways of finding a candidate, from cheap to dear,
+// and one exact confirmation: an integer combination that gives the vector back is the answer, whoever
+// proposed it.
 //
 //  - Substitution, when the rows are triangular up to the choice of columns, which bases as generated are.
 //  - A long double LU factorisation, rounded. It may fail to confirm; then
@@ -23,7 +24,9 @@ namespace latbox {
 namespace {
 
 using Index = std::size_t;
-Index at(long i) { return static_cast<Index>(i); }
+Index at(long i) {
+  return static_cast<Index>(i);
+}
 
 // Sums of products stay exact integers of a dbl_t below this.
 constexpr dbl_t EXACT_SUM = 9.2e18L;
@@ -48,8 +51,12 @@ struct SparseRows {
   long count() const { return static_cast<long>(row.size()) - 1; }
 };
 
-bool vanishes(const dbl_t& rest) { return std::fabs(rest) <= EPS; }
-bool vanishes(const QQ& rest) { return rest.isExactZero() || isZero(rest); }
+bool vanishes(const dbl_t& rest) {
+  return std::fabs(rest) <= EPS;
+}
+bool vanishes(const QQ& rest) {
+  return rest.isExactZero() || isZero(rest);
+}
 
 // Whether x * rows gives v. In dbl_t sums that may have been rounded decide nothing.
 Answer confirms(const SparseRows<dbl_t>& rows, const Vector<dbl_t>& x, const Vector<dbl_t>& v) {
@@ -137,7 +144,8 @@ class TriangularForm {
   }
 
   // The row that is left in `column` is solved by it, from those that came before.
-  long takeStep(const Matrix<T>& rows, long column, const std::vector<long>& inColumn, std::vector<bool>& done) {
+  long takeStep(const Matrix<T>& rows, long column, const std::vector<long>& inColumn,
+                std::vector<bool>& done) {
     Step step{0, column, T(), {}};
     for (const long i : inColumn) {
       if (done[at(i)])
@@ -189,9 +197,9 @@ class FloatingForm {
  private:
   long n_;
   bool exists_ = false;
-  std::vector<long> pivot_;    // column of each row, from 0
-  std::vector<dbl_t> upper_;   // upper_[i * n + k] = U[k][pivot of i]
-  std::vector<dbl_t> lower_;   // lower_[i * n + r] = L[r][i]
+  std::vector<long> pivot_;   // column of each row, from 0
+  std::vector<dbl_t> upper_;  // upper_[i * n + k] = U[k][pivot of i]
+  std::vector<dbl_t> lower_;  // lower_[i * n + r] = L[r][i]
   std::vector<dbl_t> work_;
 
   bool eliminate(std::vector<dbl_t>& a, long columns) {
@@ -242,7 +250,9 @@ bool residuesOf(const Matrix<T>& rows, std::uint64_t p, ModularMatrix& residues)
   return true;
 }
 
-QQ exactInteger(std::uint64_t value) { return QQ(static_cast<long long>(value)); }
+QQ exactInteger(std::uint64_t value) {
+  return QQ(static_cast<long long>(value));
+}
 
 // The rows modulo the primes, factorised. Answers `no` when a modulus proves that there are no coordinates.
 class ModularForm {
@@ -251,7 +261,8 @@ class ModularForm {
   explicit ModularForm(const Matrix<T>& rows) {
     ModularMatrix residues;
     for (Index k = 0; k < MODULAR_PRIMES.size(); ++k) {
-      exists_ = residuesOf(rows, MODULAR_PRIMES[k], residues) && factor_[k].factorise(residues, MODULAR_PRIMES[k]);
+      exists_ =
+          residuesOf(rows, MODULAR_PRIMES[k], residues) && factor_[k].factorise(residues, MODULAR_PRIMES[k]);
       if (!exists_) return;
     }
   }
@@ -308,7 +319,9 @@ bool wholeInto(const QQ& value, QQ& x) {
   x = value;
   return true;
 }
-bool wholeInto(const QQ& value, dbl_t& x) { return convertStrict(value, x); }
+bool wholeInto(const QQ& value, dbl_t& x) {
+  return convertStrict(value, x);
+}
 
 }  // namespace
 
@@ -334,7 +347,8 @@ class RowFactor {
   std::unique_ptr<FloatingForm> floating_;
   std::unique_ptr<ModularForm> modular_;
 
-  // Each coordinate follows from those before it, so a combination that doesn't confirm proves that none exists.
+  // Each coordinate follows from those before it, so a combination that doesn't confirm proves that none
+  // exists.
   Answer bySubstitution(const Vector<T>& v, Vector<T>& x) const {
     triangular_.solve(v, x);
     return confirms(sparse_, x, v);
@@ -356,8 +370,8 @@ class RowFactor {
   }
 
   bool byElimination(const Vector<T>& v, Vector<T>& x) const {
-    // Fractions in dbl_t are roundings of what they stand for: exact arithmetic on them proves nothing, and the
-    // floating factorisation has had its say.
+    // Fractions in dbl_t are roundings of what they stand for: exact arithmetic on them proves nothing, and
+    // the floating factorisation has had its say.
     if (!isExact(dense_) || !isExact(v)) return false;
     Matrix<QQ> transposed(dense_.N, dense_.M);
     for (long i = 1; i <= dense_.M; ++i)

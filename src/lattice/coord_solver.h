@@ -11,7 +11,8 @@
 
 namespace latbox {
 
-// What a factorisation of one matrix offers; its form (triangular, modular, exact) is the solver's own matter.
+// What a factorisation of one matrix offers; its form (triangular, modular, exact) is the solver's own
+// matter.
 template <class T>
 class RowFactor;
 
@@ -25,14 +26,18 @@ class CoordSolver {
 
   enum class Which { saved, current };
 
-  // Solves result * rows = v; the combination that is returned gives v back, by the system's tolerance. False when
-  // v has no coordinates or they are not all integers. `rows` is the matrix that the cache `which` belongs to and
-  // is factorised if the cache is not valid.
+  // Solves result * rows = v; the combination that is returned gives v back, by the system's tolerance. False
+  // when v has no coordinates or they are not all integers. `rows` is the matrix that the cache `which`
+  // belongs to and is factorised if the cache is not valid.
   bool coordinates(Which which, const Matrix<T>& rows, const Vector<T>& v, Vector<T>& result);
 
   // The basis changed. Inline, for every row operation calls it.
   void dropCurrent() {
     if (current_ != nullptr) current_.reset();
+  }
+  void clear() {
+    dropCurrent();
+    dropSaved();
   }
   void dropSaved();            // the saved basis changed
   void currentBecomesSaved();  // rebase: drops the saved cache if there is no current one

@@ -71,8 +71,8 @@ void Lattice<T, F>::orthogonalisationRefresh() {
   updateGso(1, 0);
 }
 
-// The two factorisations share Bstar and lqL and resize them to the rows they are asked for. So where one of them
-// starts, no row from there on is a valid row of either.
+// The two factorisations share Bstar and lqL and resize them to the rows they are asked for. So where one of
+// them starts, no row from there on is a valid row of either.
 template <class T, class F>
 void Lattice<T, F>::forgetFactorisation(long first) {
   constexpr short marks = (STATUS_FULL | STATUS_LQ) & ~STATUS_GSO;
@@ -130,10 +130,11 @@ long Lattice<T, F>::gsoByFull(long first, long last, bool failOnDependency) {
   return dependent;
 }
 
-#define LATBOX_INSTANTIATE(T)                                        \
-  template bool Lattice<T, dbl_t>::updateGso(long, long);            \
-  template void Lattice<T, dbl_t>::orthogonalisationRefresh();       \
-  template long Lattice<T, dbl_t>::gsoByReduced(long, long, bool);   \
+#define LATBOX_INSTANTIATE(T)                                      \
+  template bool Lattice<T, dbl_t>::updateGso(long, long);          \
+  template void Lattice<T, dbl_t>::orthogonalisationRefresh();     \
+  template void Lattice<T, dbl_t>::forgetFactorisation(long);      \
+  template long Lattice<T, dbl_t>::gsoByReduced(long, long, bool); \
   template long Lattice<T, dbl_t>::gsoByFull(long, long, bool);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

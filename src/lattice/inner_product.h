@@ -1,5 +1,5 @@
-// Inner products of basis rows, in the one form that Gram-Schmidt data are made from: each product exact (QQ) or
-// as dbl_t gives it, converted to F and summed in F from coordinate 1 upward.
+// Inner products of basis rows, in the one form that Gram-Schmidt data are made from: each product exact (QQ)
+// or as dbl_t gives it, converted to F and summed in F from coordinate 1 upward.
 #pragma once
 
 #include "lib/matrix.h"

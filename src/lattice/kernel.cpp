@@ -1,6 +1,6 @@
-// The kernel of the equations: reduction under ever greater weights on the equation coordinates, until the vectors
-// with zero equation values stand apart (K. Aardal, C. A. J. Hurkens, A. K. Lenstra, "Solving a system of linear
-// Diophantine equations with lower and upper bounds on the variables", 2000).
+// The kernel of the equations: reduction under ever greater weights on the equation coordinates, until the
+// vectors with zero equation values stand apart (K. Aardal, C. A. J. Hurkens, A. K. Lenstra, "Solving a
+// system of linear Diophantine equations with lower and upper bounds on the variables", 2000).
 #include <memory>
 
 #include "lattice/lattice.h"
@@ -42,8 +42,8 @@ class KernelReduction {
     return true;
   }
 
-  // These exchanges happen behind the consistency check, so they are recorded whether transformations are kept in
-  // step or not: the product of the recorded matrices has to give the final order.
+  // These exchanges happen behind the consistency check, so they are recorded whether transformations are
+  // kept in step or not: the product of the recorded matrices has to give the final order.
   void exchange(long i, long j, bool keepStatus) {
     if (!W_.consistencyOn() && i != j) W_.TT[W_.TT.MN].swapRows(i, j);
     W_.swapBase(i, j, keepStatus);

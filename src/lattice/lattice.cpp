@@ -105,8 +105,8 @@ void Lattice<T, F>::copyBasis(const Lattice& source) {
 }
 
 // mu, bstarSq and bNormSq are carried whole: a row that is not marked may be right in value, and a sweep that
-// starts behind an insertion relies on that. The level matrices of lq_reduced are rebuilt by every resume, and
-// the reflections count only as far as the words say, so the bulk of the scratch never travels.
+// starts behind an insertion relies on that. The level matrices of lq_reduced are rebuilt by every resume,
+// and the reflections count only as far as the words say, so the bulk of the scratch never travels.
 template <class T, class F>
 void Lattice<T, F>::copyDerived(const Lattice& source) {
   mu = source.mu;
@@ -213,16 +213,16 @@ void Lattice<T, F>::emptyCollections() {
   inhomogeneousVectors.clear();
 }
 
-#define LATBOX_INSTANTIATE(T)                                                  \
-  template Lattice<T, dbl_t>::Lattice();                                       \
-  template Lattice<T, dbl_t>::Lattice(const Lattice&);                         \
-  template Lattice<T, dbl_t>& Lattice<T, dbl_t>::operator=(const Lattice&);    \
-  template void Lattice<T, dbl_t>::copyFrom(const Lattice&, bool);             \
-  template void Lattice<T, dbl_t>::reinitialise();                             \
-  template void Lattice<T, dbl_t>::resizeLattice(long, long);                  \
-  template void Lattice<T, dbl_t>::resizeWork(long);                           \
-  template void Lattice<T, dbl_t>::clearStatus();                              \
-  template void Lattice<T, dbl_t>::invalidateFrom(long);                       \
+#define LATBOX_INSTANTIATE(T)                                               \
+  template Lattice<T, dbl_t>::Lattice();                                    \
+  template Lattice<T, dbl_t>::Lattice(const Lattice&);                      \
+  template Lattice<T, dbl_t>& Lattice<T, dbl_t>::operator=(const Lattice&); \
+  template void Lattice<T, dbl_t>::copyFrom(const Lattice&, bool);          \
+  template void Lattice<T, dbl_t>::reinitialise();                          \
+  template void Lattice<T, dbl_t>::resizeLattice(long, long);               \
+  template void Lattice<T, dbl_t>::resizeWork(long);                        \
+  template void Lattice<T, dbl_t>::clearStatus();                           \
+  template void Lattice<T, dbl_t>::invalidateFrom(long);                    \
   template void Lattice<T, dbl_t>::emptyCollections();
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

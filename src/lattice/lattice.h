@@ -2,9 +2,9 @@
 //
 // Declared once here, defined over many sources, one technique per file; each group below names its file.
 // T is the number type of the exact data (dbl_t or QQ), F (always dbl_t) that of what guides the reduction.
-// All arrays are 1-based. `rank` rows, `dim` coordinates; coordinate `dim` is the inhomogeneous one. Row 0 of B
-// exists and is scratch. A lattice object belongs to the solver thread; other threads read its parameters and
-// mainVars alone.
+// All arrays are 1-based. `rank` rows, `dim` coordinates; coordinate `dim` is the inhomogeneous one. Row 0 of
+// B exists and is scratch. A lattice object belongs to the solver thread; other threads read its parameters
+// and mainVars alone.
 //
 // Unit and weighted coordinates. B is weighted: weighted = scaleFactor * unit, componentwise, plus
 // (unit[dim] / inhomBase) * translation. B_save, TT, the bounds, the collections, the best vectors and the
@@ -25,8 +25,8 @@
 
 namespace latbox {
 
-// States of one basis vector. A set of bits, but for STATUS_DEPENDENT, which stands alone: setting bits clears
-// it first, and tests are `== STATUS_DEPENDENT`.
+// States of one basis vector. A set of bits, but for STATUS_DEPENDENT, which stands alone: setting bits
+// clears it first, and tests are `== STATUS_DEPENDENT`.
 inline constexpr short STATUS_DEPENDENT = 1;   // dependent on its predecessors, or zero
 inline constexpr short STATUS_GSO = 0x02;      // mu row, bNormSq and bstarSq are valid
 inline constexpr short STATUS_FULL = 0x0e;     // row computed by lq_full, includes STATUS_GSO
@@ -38,12 +38,12 @@ inline constexpr short STATUS_SWEPT = 0x40;    // the sweep passed and nothing c
 inline constexpr long T_MAT_NBR = 20;
 
 // Bits of the result of checkSolution.
-inline constexpr unsigned CHECK_FOREIGN = 1;    // not part of the lattice
-inline constexpr unsigned CHECK_FEASIBLE = 2;   // feasible
-inline constexpr unsigned CHECK_LOOKED = 4;     // looked at as a solution
-inline constexpr unsigned CHECK_NEW = 8;        // a new solution was recorded
-inline constexpr unsigned CHECK_BOUND = 16;     // a bound was improved
-inline constexpr unsigned CHECK_LIMIT = 32;     // the limit on solutions was reached
+inline constexpr unsigned CHECK_FOREIGN = 1;   // not part of the lattice
+inline constexpr unsigned CHECK_FEASIBLE = 2;  // feasible
+inline constexpr unsigned CHECK_LOOKED = 4;    // looked at as a solution
+inline constexpr unsigned CHECK_NEW = 8;       // a new solution was recorded
+inline constexpr unsigned CHECK_BOUND = 16;    // a bound was improved
+inline constexpr unsigned CHECK_LIMIT = 32;    // the limit on solutions was reached
 
 // What a caller of checkSolution knows of its vector. A row of B, or an integer combination of rows or of
 // members of the collections, is a lattice vector by construction: every row operation is unimodular and
@@ -57,7 +57,9 @@ struct DiscoveryTime {
   long seconds = 0;
 };
 inline constexpr DiscoveryTime NOW{};
-constexpr DiscoveryTime foundAfter(long seconds) { return {true, seconds}; }
+constexpr DiscoveryTime foundAfter(long seconds) {
+  return {true, seconds};
+}
 
 template <class T, class F>
 class Lattice : public Tessik<T>, public ParamOwner {
@@ -67,56 +69,56 @@ class Lattice : public Tessik<T>, public ParamOwner {
   long savedSeconds = 0;  // seconds read from a .lat file
   long rank = 0;
   long dim = 0;
-  T inhomBase = T(1);     // inhomogeneous coordinate in unit coordinates
-  T inhomScaled = T(1);   // scaleFactor[dim] * inhomBase
+  T inhomBase = T(1);    // inhomogeneous coordinate in unit coordinates
+  T inhomScaled = T(1);  // scaleFactor[dim] * inhomBase
   ExtendedParams<T> params{this};
   MainMutexVars mainVars;
   std::string latFile;
 
-  HeuristicVector<T, F> bestInhomogeneous;    // best vector with inhomogeneous coordinate, empty when none
-  HeuristicVector<T, F> bestSlack;            // best judged feasible vector, empty when none
-  Array<TargetVector<T>> solutions;           // found in this run, in order of discovery
-  Tessik<T> program;                          // as read; prepared by stage one
+  HeuristicVector<T, F> bestInhomogeneous;  // best vector with inhomogeneous coordinate, empty when none
+  HeuristicVector<T, F> bestSlack;          // best judged feasible vector, empty when none
+  Array<TargetVector<T>> solutions;         // found in this run, in order of discovery
+  Tessik<T> program;                        // as read; prepared by stage one
 
-  T R = T(0);                                 // common range of the centred embedding
-  Vector<T> lbnd, ubnd;                       // check vectors: allowed range per coordinate
-  Vector<T> lbndSaved, ubndSaved;             // as generated
-  bool symmetricBounds = false;               // lbnd == -ubnd
-  long checkMode = 0;                         // 0 no check vectors, 1 equation lattice, 2 final lattice
-  T normBound = T(0);                         // 3 * max squared length of lbnd, ubnd
-  Vector<T> c;                                // multiplier per coordinate of the embedding (in the .lat file)
-  bool generatedTu = false;                   // the base part's tu when the basis was generated: fixes the layout
-  // `program`'s bounds when the basis was generated, which the .lat file holds. `program` itself may be ahead of
-  // the lattice: bounds that a new vector improves move at once.
+  T R = T(0);                      // common range of the centred embedding
+  Vector<T> lbnd, ubnd;            // check vectors: allowed range per coordinate
+  Vector<T> lbndSaved, ubndSaved;  // as generated
+  bool symmetricBounds = false;    // lbnd == -ubnd
+  long checkMode = 0;              // 0 no check vectors, 1 equation lattice, 2 final lattice
+  T normBound = T(0);              // 3 * max squared length of lbnd, ubnd
+  Vector<T> c;                     // multiplier per coordinate of the embedding (in the .lat file)
+  bool generatedTu = false;        // the base part's tu when the basis was generated: fixes the layout
+  // `program`'s bounds when the basis was generated, which the .lat file holds. `program` itself may be ahead
+  // of the lattice: bounds that a new vector improves move at once.
   Vector<T> generatedLx, generatedRx;
   SerializablePair<T, T> generatedLrtu;
 
-  SerializableArray<Matrix<T>> TT;            // transformations; TT[TT.MN] * B_save = unscaled(B)
-  Matrix<T> B_save;                           // basis as generated or read, unit coordinates
-  Matrix<T> B;                                // current basis, weighted coordinates
+  SerializableArray<Matrix<T>> TT;  // transformations; TT[TT.MN] * B_save = unscaled(B)
+  Matrix<T> B_save;                 // basis as generated or read, unit coordinates
+  Matrix<T> B;                      // current basis, weighted coordinates
   Matrix<F> Bstar;
-  Matrix<F> mu;                               // rank x rank; mu[i][i] = 1, zero above the diagonal
+  Matrix<F> mu;  // rank x rank; mu[i][i] = 1, zero above the diagonal
   Vector<T> bNormSq;
   Vector<F> bstarSq;
-  long interval_tt = 100;                     // adaptive swap budget of a sweep
-  long sweepSkipped = 0;                      // positions that the last sweep left untested
-  bool sweepStopped = false;                  // the last sweep ended by `btime` or by a step that gave up
+  long interval_tt = 100;     // adaptive swap budget of a sweep
+  long sweepSkipped = 0;      // positions that the last sweep left untested
+  bool sweepStopped = false;  // the last sweep ended by `btime` or by a step that gave up
   CoordSolver<T> coordSolver;
-  Array<short> status;                        // rank words; what is valid per row
-  bool blended = false;                       // STATUS_DEPENDENT survives invalidation while set
+  Array<short> status;   // rank words; what is valid per row
+  bool blended = false;  // STATUS_DEPENDENT survives invalidation while set
   SerializableArray<Matrix<F>> lqStages;
   Vector<F> lqNorms;
   SerializableArray<Matrix<F>> lqReflections;
   Matrix<F> lqL;
   Vector<T> enumCoeffs;
   F enumBound = F(0);
-  Array<Stage<T, F>> stages;                  // up to rank + 1 used
-  EnumerationTree<F> tree;                    // the block's stages while its nodes are walked; scratch
+  Array<Stage<T, F>> stages;  // up to rank + 1 used
+  EnumerationTree<F> tree;    // the block's stages while its nodes are walked; scratch
   SortedSet<HeuristicVector<T, F>> homogeneousVectors;
   SortedSet<HeuristicVector<T, F>> inhomogeneousVectors;
-  Vector<T> scaleFactor;                      // weight per coordinate, all 1 after generation
-  Vector<T> translation;                      // shift per coordinate; empty reads as zeros; [dim] is 0
-  Vector<T> stepAverage;                      // running mean of the scale steps per coordinate
+  Vector<T> scaleFactor;  // weight per coordinate, all 1 after generation
+  Vector<T> translation;  // shift per coordinate; empty reads as zeros; [dim] is 0
+  Vector<T> stepAverage;  // running mean of the scale steps per coordinate
   Vector<long> stepCount;
 
   // lattice/lattice.cpp
@@ -131,14 +133,15 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // during conversion" where one does not convert and come back; what the lattice can recompute is dropped.
   template <class U>
   void convertFrom(const Lattice<U, F>& other);
-  // Back to the state of no file: no program, no basis, no vectors, names emptied; parameters and mainVars stay.
+  // Back to the state of no file: no program, no basis, no vectors, names emptied; parameters and mainVars
+  // stay.
   void reinitialise();
-  // rank, dim, B (with scratch row 0), B_save, TT, mu, status, stages, ... for a lattice of this size, all zero;
-  // weights 1, translation empty. Collections, best vectors, solutions and stars are not touched.
+  // rank, dim, B (with scratch row 0), B_save, TT, mu, status, stages, ... for a lattice of this size, all
+  // zero; weights 1, translation empty. Collections, best vectors, solutions and stars are not touched.
   void resizeLattice(long newRank, long newDim);
   // Work data (GSO, enumeration, transformations' caches) for the present rank; status all 0.
   void resizeWork(long newRank);
-  void clearStatus();                         // every word 0
+  void clearStatus();  // every word 0
   // status from `from` to rank to 0, except that a word of 1 behind position 1 stays while `blended`.
   void invalidateFrom(long from);
   bool consistencyOn() const { return params.consistency.get(); }
@@ -146,7 +149,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void emptyCollections();
 
   // lattice/weights.cpp: the weight map and the rule for changing a weight or a shift
-  bool unweighted() const;                    // all weights 1 and no shift: both maps are the identity
+  bool unweighted() const;  // all weights 1 and no shift: both maps are the identity
   void unscaledVector(const Vector<T>& weighted, Vector<T>& unit) const;
   void rescaledVector(const Vector<T>& unit, Vector<T>& weighted) const;
   Matrix<T> unscaled(const Matrix<T>& basis) const;
@@ -176,9 +179,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   bool sizeReduce(long k, bool& guarded);
   void swapBase(long i, long j, bool keepStatus);
   long deepInsert(long k);
-  void sortBasis(long m);                     // rows 1..m (0: rank) ascending by squared length, heapsort
+  void sortBasis(long m);  // rows 1..m (0: rank) ascending by squared length, heapsort
 
-  // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters the basis
+  // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters
+  // the basis
   int trivialInsert(const Vector<T>& x, long first, long last);
   void insertCombination(Vector<T>& x, long first, long last);
   void replaceCombination(Vector<T>& x, long first, long last, long pos);
@@ -190,7 +194,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   SerializableArray<Matrix<T>> kernelReduce();
 
   // lattice/dependencies.cpp
-  long removeDependentVectors();              // the number of vectors removed from the basis
+  long removeDependentVectors();  // the number of vectors removed from the basis
 
   // program/preparation.cpp
   void prepare(bool full, bool force);
@@ -205,7 +209,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void computeNormBound();
   // lbnd and ubnd as generated or read: their copies, symmetry and norm bound, and the check mode.
   void takeBounds(long mode);
-  bool programAhead() const;                  // a bound of `program` moved since the basis was generated
+  bool programAhead() const;  // a bound of `program` moved since the basis was generated
 
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
   int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
@@ -220,19 +224,20 @@ class Lattice : public Tessik<T>, public ParamOwner {
   unsigned checkSolution(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool flag,
                          Membership membership = Membership::unknown);
   unsigned judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h, DiscoveryTime time, bool flag);
-  bool updateBounds(const Vector<T>& x);      // on `program`; true when a bound moved
+  bool updateBounds(const Vector<T>& x);  // on `program`; true when a bound moved
   bool isSolution(const HeuristicVector<T, F>& h) const;
   bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
   void offerInhomogeneous(const Vector<T>& w);  // keeps the best vector with inhomogeneous coordinate
-  void collect(const Vector<T>& w);           // offers a lattice vector to the collections
+  void collect(const Vector<T>& w);             // offers a lattice vector to the collections
 
   // program/sol_file.cpp
   void sol2star();
   void writeSolFile(bool keepStars);
   void readStarsFromSolFile(bool, bool);
-  // Judges stars against the lattice as it stands; those that fit join program.stars. `report` logs the others.
+  // Judges stars against the lattice as it stands; those that fit join program.stars. `report` logs the
+  // others.
   void readmitStars(const ConversionArray<Star<T>>& candidates, bool report);
-  std::string starReport() const;             // the console's report of all stars
+  std::string starReport() const;  // the console's report of all stars
 
   // program/lat_file.cpp
   void writeLatFile();
@@ -317,8 +322,9 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void composeAndCheck(const Vector<T>& coeffs, long first, long last);
 };
 
-// Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the first
-// row to compute, `end` the last (0: all). lq_reduced returns 0, or the first row whose orthogonal part is zero.
+// Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the
+// first row to compute, `end` the last (0: all). lq_reduced returns 0, or the first row whose orthogonal part
+// is zero.
 template <class T, class F>
 long lq_reduced(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArray<Matrix<F>>& stages,
                 Vector<F>& norms, long kk, long end);

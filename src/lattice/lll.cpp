@@ -1,7 +1,7 @@
-// LLL reduction (A. K. Lenstra, H. W. Lenstra, L. Lovász, "Factoring polynomials with rational coefficients", 1982)
-// with the Gram-Schmidt data in floating point (C. P. Schnorr, M. Euchner, "Lattice basis reduction", 1994) and an
-// adaptive budget of swaps per sweep. Each vector that the sweep touches is judged as a solution, and a dependent
-// vector is moved out of the way instead of stopping the sweep.
+// LLL reduction (A. K. Lenstra, H. W. Lenstra, L. Lovász, "Factoring polynomials with rational coefficients",
+// 1982) with the Gram-Schmidt data in floating point (C. P. Schnorr, M. Euchner, "Lattice basis reduction",
+// 1994) and an adaptive budget of swaps per sweep. Each vector that the sweep touches is judged as a
+// solution, and a dependent vector is moved out of the way instead of stopping the sweep.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -27,7 +27,8 @@ constexpr dbl_t LOVASZ_FACTOR = 1 - EPS;
 constexpr dbl_t SIZE_BOUND = 0.5L;
 constexpr long STATUS_INTERVAL = 3600;
 
-// A whole number of F in T. The text conversion of large values keeps 17 digits, and a whole number stays whole.
+// A whole number of F in T. The text conversion of large values keeps 17 digits, and a whole number stays
+// whole.
 template <class T>
 T wholeNumber(dbl_t q) {
   if (std::fabs(q) < 9e18L) return T(static_cast<long long>(q));
@@ -165,7 +166,8 @@ long Lattice<T, F>::deepInsert(long k) {
   T square;
   squaredLength(B[k], square);
   F C = toDouble(square);
-  // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target, by design.
+  // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target, by
+  // design.
   long target = 0;
   for (long i = 2; i < k && target == 0; ++i) {
     C -= mu[k][i - 1] * mu[k][i - 1] * bstarSq[i - 1];
@@ -186,8 +188,8 @@ void Lattice<T, F>::blend(long k, long m) {
   for (long t = k; t < last; ++t) swapBase(t, t + 1, k < t);
 }
 
-// The recursion repeats a position after each dependent vector that it moved; there are at most `rank` of them,
-// so a deeper recursion goes in circles.
+// The recursion repeats a position after each dependent vector that it moved; there are at most `rank` of
+// them, so a deeper recursion goes in circles.
 template <class T, class F>
 bool Lattice<T, F>::stepAt(long k, long m, bool& guarded, long depth) {
   if (depth > rank) return false;
@@ -297,12 +299,12 @@ void Lattice<T, F>::sortBasis(long m) {
       });
 }
 
-#define LATBOX_INSTANTIATE(T)                                              \
-  template void Lattice<T, dbl_t>::swapBase(long, long, bool);             \
-  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);                \
-  template long Lattice<T, dbl_t>::deepInsert(long);                       \
-  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&);             \
-  template long Lattice<T, dbl_t>::lll(long, long, long);                  \
+#define LATBOX_INSTANTIATE(T)                                  \
+  template void Lattice<T, dbl_t>::swapBase(long, long, bool); \
+  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);    \
+  template long Lattice<T, dbl_t>::deepInsert(long);           \
+  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&); \
+  template long Lattice<T, dbl_t>::lll(long, long, long);      \
   template void Lattice<T, dbl_t>::sortBasis(long);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -1,5 +1,5 @@
-// Householder factorisation M = L Q, reflections applied from the right. The running product of the reflections
-// is kept per level, so that later rows can resume from it.
+// Householder factorisation M = L Q, reflections applied from the right. The running product of the
+// reflections is kept per level, so that later rows can resume from it.
 #include <algorithm>
 #include <cmath>
 
@@ -33,7 +33,8 @@ void reflect(const Reflector<F>& h, Vector<F>& row) {
   for (long j = h.first; j <= row.MN; ++j) row.data[j] -= product * h.v.data[j];
 }
 
-// The reflection that clears row t of L behind its diagonal; the identity (scale 0) for a row that is zero there.
+// The reflection that clears row t of L behind its diagonal; the identity (scale 0) for a row that is zero
+// there.
 template <class F>
 Reflector<F> reflectorOf(const Vector<F>& row, long t) {
   Reflector<F> h;
@@ -52,7 +53,8 @@ Reflector<F> reflectorOf(const Vector<F>& row, long t) {
 
 // L: all rows of M for a fresh start, otherwise the rows from kk on behind the kept reflections.
 template <class T, class F>
-void startRows(const Matrix<T>& M, Matrix<F>& L, const SerializableArray<Matrix<F>>& stages, long kk, long end) {
+void startRows(const Matrix<T>& M, Matrix<F>& L, const SerializableArray<Matrix<F>>& stages, long kk,
+               long end) {
   if (kk == 1) {
     L.resize(M.M, M.N);
     for (long r = 1; r <= M.M; ++r) L[r] = convertedRow<T, F>(M[r]);
@@ -95,9 +97,9 @@ void lq_full(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArray<M
   takeDirections(Q, stages, kk, M.N);
 }
 
-template void lq_full(const Matrix<dbl_t>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&, long,
-                      long);
-template void lq_full(const Matrix<QQ>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&, long,
-                      long);
+template void lq_full(const Matrix<dbl_t>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&,
+                      long, long);
+template void lq_full(const Matrix<QQ>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&,
+                      long, long);
 
 }  // namespace latbox

@@ -82,8 +82,8 @@ long lq_reduced(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArra
   return 0;
 }
 
-template long lq_reduced(const Matrix<dbl_t>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&,
-                         Vector<dbl_t>&, long, long);
+template long lq_reduced(const Matrix<dbl_t>&, Matrix<dbl_t>&, Matrix<dbl_t>&,
+                         SerializableArray<Matrix<dbl_t>>&, Vector<dbl_t>&, long, long);
 template long lq_reduced(const Matrix<QQ>&, Matrix<dbl_t>&, Matrix<dbl_t>&, SerializableArray<Matrix<dbl_t>>&,
                          Vector<dbl_t>&, long, long);
 

@@ -5,9 +5,9 @@
 
 namespace latbox {
 
-// row -= q * other. In dbl_t every new entry passes the precision gate: beyond 10^9 PrecisionException with "vector
-// precisison overflow", beyond 10^18 FatalPrecisionException. An entry that passes came from a product below
-// 2 * 10^9, so product and difference of whole numbers were exact.
+// row -= q * other. In dbl_t every new entry passes the precision gate: beyond 10^9 PrecisionException with
+// "vector precisison overflow", beyond 10^18 FatalPrecisionException. An entry that passes came from a
+// product below 2 * 10^9, so product and difference of whole numbers were exact.
 template <class T>
 void subtractMultiple(Vector<T>& row, const T& q, const Vector<T>& other);
 

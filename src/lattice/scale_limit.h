@@ -1,5 +1,5 @@
-// The largest absolute weight that trimming gives a coordinate without further ado: process-wide, one value per
-// number type. It starts at 1000, trimming lets it grow, and a reset of the weights puts it back.
+// The largest absolute weight that trimming gives a coordinate without further ado: process-wide, one value
+// per number type. It starts at 1000, trimming lets it grow, and a reset of the weights puts it back.
 #pragma once
 
 namespace latbox {

@@ -1,6 +1,6 @@
-// The weight map. It is linear: weighted = scaleFactor * unit, componentwise, plus the share of the translation
-// that belongs to the vector's inhomogeneous coordinate. The coordinate `dim` itself is never shifted, so the
-// inverse can read that share off the weighted vector.
+// The weight map. It is linear: weighted = scaleFactor * unit, componentwise, plus the share of the
+// translation that belongs to the vector's inhomogeneous coordinate. The coordinate `dim` itself is never
+// shifted, so the inverse can read that share off the weighted vector.
 #include "lattice/lattice.h"
 #include "lattice/scale_limit.h"
 #include "numbers/number.h"
@@ -122,15 +122,15 @@ void Lattice<T, F>::resetScales(bool resetFactors, bool resetTranslation) {
   });
 }
 
-#define LATBOX_INSTANTIATE(T)                                                              \
-  template T& scaleLimit<T>();                                                             \
-  template bool Lattice<T, dbl_t>::unweighted() const;                                     \
-  template void Lattice<T, dbl_t>::unscaledVector(const Vector<T>&, Vector<T>&) const;     \
-  template void Lattice<T, dbl_t>::rescaledVector(const Vector<T>&, Vector<T>&) const;     \
-  template Matrix<T> Lattice<T, dbl_t>::unscaled(const Matrix<T>&) const;                  \
-  template Matrix<T> Lattice<T, dbl_t>::rescaled(const Matrix<T>&) const;                  \
-  template void Lattice<T, dbl_t>::setScale(long, const T&);                               \
-  template void Lattice<T, dbl_t>::setTranslation(long, const T&);                         \
+#define LATBOX_INSTANTIATE(T)                                                          \
+  template T& scaleLimit<T>();                                                         \
+  template bool Lattice<T, dbl_t>::unweighted() const;                                 \
+  template void Lattice<T, dbl_t>::unscaledVector(const Vector<T>&, Vector<T>&) const; \
+  template void Lattice<T, dbl_t>::rescaledVector(const Vector<T>&, Vector<T>&) const; \
+  template Matrix<T> Lattice<T, dbl_t>::unscaled(const Matrix<T>&) const;              \
+  template Matrix<T> Lattice<T, dbl_t>::rescaled(const Matrix<T>&) const;              \
+  template void Lattice<T, dbl_t>::setScale(long, const T&);                           \
+  template void Lattice<T, dbl_t>::setTranslation(long, const T&);                     \
   template void Lattice<T, dbl_t>::resetScales(bool, bool);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -68,6 +68,9 @@ class QQ {
   // Flips the sign in place; zero stays positive.
   void negate();
 
+  // Sets the value of two coprime magnitudes, denominator not zero, without looking for a common divisor.
+  void setReduced(ZZ numerator, ZZ denominator, bool nonNegative);
+
   bool isExactZero() const { return !isInf && ganze.isZero() && zaehler.isZero(); }
   // Finite and without a fraction.
   bool isWhole() const { return !isInf && zaehler.isZero(); }
@@ -100,6 +103,10 @@ class QQ {
   static void addIntegers(QQ& r, const QQ& a, const QQ& b, bool bSign);
   template <class Wide>
   static void addSmall(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  void settle(ZZ whole, ZZ fraction, ZZ n);
+  static void addReduced(QQ& r, const QQ& a, const QQ& b, bool bSign);
+  static void mulReduced(QQ& r, const QQ& a, const QQ& b);
+  static void divideReduced(QQ& r, const QQ& a, const QQ& b);
   // The short cuts: true if they applied. `r` may be an operand; `bSign` stands for the sign of b.
   static bool addFast(QQ& r, const QQ& a, const QQ& b, bool bSign);
   static bool mulFast(QQ& r, const QQ& a, const QQ& b);
@@ -177,6 +184,8 @@ std::istream& operator>>(std::istream& stream, QQ& x);
 // Reads an integer, decimal, fraction, mixed number, any of them with an exponent, or an infinity.
 // Fails with "QQ: parse error1" (empty; also "5." and "5.0": no digit but 0 behind the point), "QQ: parse
 // error2", "QQ: parse error3", "QQ: division by zero1", "QQ: malformed number1", "QQ: malformed number2".
+// Beyond all reason it fails with "QQ: number is too long" (100,000 characters) and "QQ: exponent out of
+// range" (10,000, or a root beyond the 20th).
 void parse(QQ& q, const std::string& text);
 // The text without its exponent: as it stands if there is none, otherwise the written form of the value.
 std::string expandExponent(const std::string& text);

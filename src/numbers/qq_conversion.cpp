@@ -46,12 +46,13 @@ u64 withoutTrailingZeros(u64 x) {
   return x;
 }
 
-// ZZ::significantLength of a number below 10^18.
+// ZZ::significantLength on a machine word: the limbs' texts, the lowest first and unpadded, without the zeros
+// at the end.
 long significantLength(u64 x) {
   constexpr u64 BASE = static_cast<u64>(ZZ::BASE);
-  if (x == 0) return 1;
-  if (x < BASE) return decimalLength(withoutTrailingZeros(x));
-  return decimalLength(x % BASE) + decimalLength(withoutTrailingZeros(x / BASE));
+  long length = 0;
+  for (; x >= BASE; x /= BASE) length += decimalLength(x % BASE);
+  return x == 0 ? 1 : length + decimalLength(withoutTrailingZeros(x));
 }
 
 // The digits of a fraction behind the point, as the text of the conversion shows them: `lead` zeros, then
@@ -61,30 +62,44 @@ struct Decimals {
   u64 digits = 0;
 };
 
+// digits = digits * 10 + q, where (q, w) = 10 w div n. 64-bit division wherever it does: it is the cost here.
+void nextDigit(u128& w, u64 n, u64& digits) {
+  w *= 10;
+  if ((w >> 64) == 0) {
+    const u64 narrow = static_cast<u64>(w), q = narrow / n;
+    digits = digits * 10 + q;
+    w = narrow - q * n;
+  } else {
+    digits = digits * 10 + static_cast<u64>(w / n);
+    w %= n;
+  }
+}
+
+// Digits that `used` ones leave of the budget, as the power of ten that numbers within it stay below.
+u64 budgetBound(long used) {
+  return used < PRECISION_DIGITS
+             ? static_cast<u64>(exactPowerOfTen(static_cast<int>(PRECISION_DIGITS - used)))
+             : 0;
+}
+
 // The digit loop of toDoubleByText on machine words. False if it does not fit them. The first round takes two
 // digits at once there, because the remainder keeps its last shift; so it does here.
 bool smallDecimals(const QQ& x, bool strict, Decimals& decimals) {
-  constexpr u64 LIMIT = 100000000000000000;  // 10^17: ten times this and a digit is below 10^18
+  constexpr u64 LIMIT = 1000000000000000000;  // 10^18: ten times this fits 64 bits
   const u64 n = x.nenner.magnitude64();
   u128 w = x.zaehler.magnitude64();
-  while (w < n) {
-    ++decimals.lead;
-    w *= 10;
-    if (w >= n) break;
-    if (decimals.lead > EXACT_POWERS) return false;
-  }
-  long used = 0;
-  if (!x.ganze.isZero()) used = decimalLength(x.ganze.magnitude64()) + std::max(decimals.lead, 0);
-  for (;;) {
-    if (w == 0) return true;
+  for (; w < n; w *= 10)
+    if (++decimals.lead > EXACT_POWERS) return false;
+  const long used = x.ganze.isZero() ? 0 : decimalLength(x.ganze.magnitude64()) + decimals.lead;
+  const u64 bound = budgetBound(used);
+  while (w != 0) {
     if (decimals.digits >= LIMIT) return false;
-    w *= 10;
-    decimals.digits = decimals.digits * 10 + static_cast<u64>(w / n);
-    w %= n;
-    if (decimals.digits >= LIMIT * 10) return false;
-    if (used + significantLength(decimals.digits) > PRECISION_DIGITS) break;
+    nextDigit(w, n, decimals.digits);
+    // No number has more significant digits than digits: the count is only needed near the end.
+    if (decimals.digits < bound || used + significantLength(decimals.digits) <= PRECISION_DIGITS) continue;
+    if (strict) notRepresentable();
+    break;
   }
-  if (strict) notRepresentable();
   return true;
 }
 
@@ -120,6 +135,12 @@ dbl_t signedInfinity(bool nonNegative) {
 std::string decimalsByText(const QQ& x, long wholeDigits, bool strict) {
   ZZ w(x.zaehler), q(0), acc(0);
   long lead = -1, s = 0;
+  // As long as w has fewer digits than the denominator, the quotient is 0: these zeros are shifted at once.
+  const long zeros = x.nenner.digits() - w.digits() - 1;
+  if (!w.isZero() && zeros > 0) {
+    w.decimal_lshift(zeros);
+    lead += zeros;
+  }
   while (!w.isZero() && q.isZero()) {
     ++lead;
     w.decimal_lshift(1);

@@ -23,6 +23,15 @@ bool isOdd(const ZZ& n) {
   return n[1] % 2 != 0;
 }
 
+// Powers of coprime numbers are coprime, so that nothing is left to reduce.
+QQ powWhole(QQ x, const ZZ& n) {
+  x.normalize();
+  const ZZ numerator = numeratorOf(x) ^ n;
+  QQ result;
+  result.setReduced(abs(numerator), x.nenner ^ n, numerator.sign);
+  return result;
+}
+
 // One step of Newton's iteration for the n-th root of x. When y^(n-1) rounds to zero, there is no step from
 // here: the iteration starts again from 1, with more digits each time, as it would come back otherwise.
 QQ newtonStep(QQ& y, const QQ& x, const QQ& n, unsigned& digits, bool& restarted) {
@@ -133,13 +142,12 @@ QQ pow(const QQ& x, const QQ& y) {
   if (!y.sign) return qqOne() / pow(x, -y);
   if (y.isInf) return powInfinite(x);
   if (x.isInf) return powOfInfinity(x, y);
+  if (y.isWhole()) return powWhole(x, y.ganze);  // the roots below would be roots of 1
   const ZZ numerator = numeratorOf(x);
-  QQ result(numerator ^ y.ganze, x.nenner ^ y.ganze);
-  if (y.isWhole()) return result;  // the roots below would be roots of 1
   QQ r1, r2;
   root(r1, QQ(numerator ^ y.zaehler), y.nenner);
   root(r2, QQ(x.nenner ^ y.zaehler), y.nenner);
-  return result * r1 / r2;
+  return powWhole(x, y.ganze) * r1 / r2;
 }
 
 }  // namespace latbox

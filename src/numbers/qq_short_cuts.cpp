@@ -1,8 +1,9 @@
-// Short cuts of QQ for integers of any size and for parts of at most two limbs. Each gives exactly the object
-// that the algorithm in qq.cpp gives, since canonical form is unique; the tests hold one against the other.
+// Short cuts of QQ for integers of any size, for parts of at most two limbs and for reduced fractions; the
+// last stand in qq_reduced.cpp. Each gives exactly the object that the algorithm in qq.cpp gives, since
+// canonical form is unique; the tests hold one against the other.
 //
 // They are the rule and not the exception: most numbers of a run in extended precision are integers or small
-// fractions, and the general algorithms spend over ten times as long on these, most of it on divisions and
+// fractions, and the general algorithms take 5 to 50 times as long on these, most of it on divisions and
 // greatest common divisors that cancel nothing.
 #include <utility>
 
@@ -32,7 +33,7 @@ u64 gcdOfDenominators(u64 a, u64 b) {
   return a == 1 || b == 1 ? 1 : gcd64(a, b);
 }
 
-// 64-bit operands only if both fit: the 128-bit division costs several times as much.
+// 64-bit division where both fit: the 128-bit one is a library call.
 void divideWide(u128 a, u128 b, u128& quotient, u128& rest) {
   if ((a >> 64) == 0 && (b >> 64) == 0) {
     const u64 x = static_cast<u64>(a), y = static_cast<u64>(b);
@@ -131,8 +132,9 @@ bool QQ::addFast(QQ& r, const QQ& a, const QQ& b, bool bSign) {
     r.unreduced_ = false;
     return true;
   }
-  if (!a.smallParts() || !b.smallParts()) return false;
-  if (oneLimb(a.nenner) && oneLimb(b.nenner))
+  if (!a.smallParts() || !b.smallParts())
+    addReduced(r, a, b, bSign);
+  else if (oneLimb(a.nenner) && oneLimb(b.nenner))
     addSmall<long long>(r, a, b, bSign);
   else
     addSmall<i128>(r, a, b, bSign);
@@ -150,9 +152,12 @@ bool QQ::mulFast(QQ& r, const QQ& a, const QQ& b) {
     r.unreduced_ = false;
     return true;
   }
+  if (roundProducts()) return false;
   u64 x, y;
-  if (roundProducts() || !a.smallParts() || !b.smallParts() || !a.smallNumerator(x) || !b.smallNumerator(y))
-    return false;
+  if (!a.smallParts() || !b.smallParts() || !a.smallNumerator(x) || !b.smallNumerator(y)) {
+    mulReduced(r, a, b);
+    return true;
+  }
   const u64 n1 = a.nenner.magnitude64(), n2 = b.nenner.magnitude64();
   const u64 g = n2 == 1 ? 1 : gcd64(x, n2), h = n1 == 1 ? 1 : gcd64(y, n1);
   r.setSmall(static_cast<u128>(x / g) * (y / h), static_cast<u128>(n1 / h) * (n2 / g), resultSign);
@@ -173,14 +178,16 @@ bool QQ::divideFast(QQ& r, const QQ& a, const QQ& b) {
 }
 
 long QQ::compare(const QQ& a, const QQ& b) {
-  if (a.isInf || b.isInf || a.sign != b.sign || !a.nenner.fitsTwoLimbs() || !b.nenner.fitsTwoLimbs())
-    return compareGeneral(a, b);
+  if (a.isInf || b.isInf || a.sign != b.sign) return compareGeneral(a, b);
+  const long forward = a.sign ? 1 : -1;
   const long c = ZZ::compare(a.ganze, b.ganze);
-  if (c != 0) return a.sign ? c : -c;
+  if (c != 0) return c * forward;
+  if (!a.nenner.fitsTwoLimbs() || !b.nenner.fitsTwoLimbs())
+    return ZZ::compare(a.zaehler * b.nenner, b.zaehler * a.nenner) * forward;
   const u128 left = static_cast<u128>(a.zaehler.magnitude64()) * b.nenner.magnitude64();
   const u128 right = static_cast<u128>(b.zaehler.magnitude64()) * a.nenner.magnitude64();
   if (left == right) return 0;
-  return (left > right) == a.sign ? 1 : -1;
+  return left > right ? forward : -forward;
 }
 
 }  // namespace latbox

@@ -85,6 +85,12 @@ class ZZ : public Array<long long> {
     const u64 low = static_cast<u64>(data[1]);
     return MN == 1 ? low : low + static_cast<u64>(data[2]) * static_cast<u64>(BASE);
   }
+  // The magnitude, if it has at most four limbs (below 10^36).
+  u128 magnitude128() const {
+    u128 value = 0;
+    for (long i = MN; i >= 1; --i) value = value * static_cast<u64>(BASE) + static_cast<u64>(data[i]);
+    return value;
+  }
   // Sets the magnitude and the sign; zero gets `sign` true.
   void setMagnitude(u64 magnitude, bool nonNegative) {
     if (magnitude < static_cast<u64>(BASE))
@@ -99,6 +105,13 @@ class ZZ : public Array<long long> {
   }
   void setMagnitude128(u128 magnitude, bool nonNegative);
 
+  // Removes leading zero limbs, keeping one limb at least.
+  void trim() {
+    long top = MN;
+    while (top > 1 && data[top] == 0) --top;
+    MN = top;
+  }
+
   // The algorithms without their short cuts for few limbs; tests hold one against the other.
   static void addGeneral(const ZZ& a, const ZZ& b, ZZ& r);
   static void subGeneral(const ZZ& a, const ZZ& b, ZZ& r);
@@ -111,12 +124,6 @@ class ZZ : public Array<long long> {
     Array::resize(1, false);
     data[1] = limb;
     sign = nonNegative;
-  }
-  // Removes leading zero limbs, keeping one limb at least.
-  void trim() {
-    long top = MN;
-    while (top > 1 && data[top] == 0) --top;
-    MN = top;
   }
   ZZ highPart(long m) const;
   ZZ lowPart(long m) const;

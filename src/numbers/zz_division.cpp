@@ -1,9 +1,6 @@
-// Division and greatest common divisor of ZZ.
-//
-// Division: Donald E. Knuth, The Art of Computer Programming, volume 2, section 4.3.1, algorithm D, in the
-// base of the limbs.
+// Division of ZZ: Donald E. Knuth, The Art of Computer Programming, volume 2, section 4.3.1, algorithm D, in
+// the base of the limbs.
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 #include "numbers/zz.h"
@@ -13,13 +10,6 @@ namespace latbox {
 namespace {
 
 constexpr long long BASE = ZZ::BASE;
-
-// Up to four limbs lie below 10^36 and fit 128 bits.
-u128 magnitude128(const ZZ& a) {
-  u128 value = 0;
-  for (long i = a.MN; i >= 1; --i) value = value * static_cast<u64>(BASE) + static_cast<u64>(a.data[i]);
-  return value;
-}
 
 // w = w - factor * y on the limbs 1 to y.MN + 1; returns true if the result is negative, in which case w
 // holds it modulo BASE^(y.MN + 1).
@@ -87,7 +77,7 @@ void ZZ::div(const ZZ& a, const ZZ& b, ZZ& q, ZZ& rem) {
     q.setMagnitude(x / y, qSign);
     return;
   }
-  const u128 x = magnitude128(a), quotient = x / y;
+  const u128 x = a.magnitude128(), quotient = x / y;
   rest = static_cast<u64>(x - quotient * y);
   if (&q != &rem) rem.setMagnitude(rest, remSign);
   q.setMagnitude128(quotient, qSign);
@@ -155,36 +145,6 @@ void ZZ::divGeneral(const ZZ& a, const ZZ& b, ZZ& q, ZZ& rem) {
     rem.sign = remSign || rem.isZero();
   }
   q = std::move(quotient);
-}
-
-// Stein's binary algorithm after one division, which evens out lengths that differ.
-u64 gcd64(u64 a, u64 b) {
-  if (b == 0) return a;
-  a %= b;
-  if (a == 0) return b;
-  const int shift = std::countr_zero(a | b);
-  a >>= std::countr_zero(a);
-  b >>= std::countr_zero(b);
-  while (a != b) {
-    const u64 difference = a > b ? a - b : b - a;
-    b = std::min(a, b);
-    a = difference >> std::countr_zero(difference);
-  }
-  return a << shift;
-}
-
-// Euclid's algorithm, down to two limbs.
-ZZ gcd(const ZZ& a, const ZZ& b) {
-  ZZ x(abs(a)), y(abs(b)), q;
-  while (!y.isZero()) {
-    if (x.MN <= 2 && y.MN <= 2) {
-      x.setMagnitude(gcd64(x.magnitude64(), y.magnitude64()), true);
-      break;
-    }
-    ZZ::div(x, y, q, x);
-    std::swap(x, y);
-  }
-  return x;
 }
 
 }  // namespace latbox

@@ -63,7 +63,9 @@ void Params::write(std::ostream& out) const {
     if (param.key.empty()) continue;
     std::ostringstream one;
     one << param;
-    if (!one.str().empty()) joined += (joined.empty() ? "" : " ") + one.str();
+    if (one.str().empty()) continue;
+    if (!joined.empty()) joined += ' ';
+    joined += one.str();
   }
   const std::size_t first = joined.find_first_not_of(" \t\r\n");
   if (first == std::string::npos) return;

@@ -89,8 +89,8 @@ void Tessik<T>::convertFrom(const Tessik<U>& other) {
   copyTypeless(other, *this);
 }
 
-#define LATBOX_INSTANTIATE(T, U)                      \
-  template Star<T> convertedStar(const Star<U>&);     \
+#define LATBOX_INSTANTIATE(T, U)                  \
+  template Star<T> convertedStar(const Star<U>&); \
   template void Tessik<T>::convertFrom(const Tessik<U>&);
 LATBOX_INSTANTIATE(dbl_t, QQ)
 LATBOX_INSTANTIATE(QQ, dbl_t)

@@ -1,9 +1,10 @@
 // Removal of dependent rows without losing their integer span.
 //
-// Which row depends on its predecessors, and how, is found modulo a prime of 61 bits: a floating factorisation
-// of integer rows carries rounding of 10^-10 to 10^-8 in its diagonal and errs in both directions. A row that is
-// independent modulo the prime is independent. A dependency is confirmed by exact arithmetic before anything is
-// removed: by the integer combination itself, or by the row of zeros that Euclid's algorithm leaves.
+// Which row depends on its predecessors, and how, is found modulo a prime of 61 bits: a floating
+// factorisation of integer rows carries rounding of 10^-10 to 10^-8 in its diagonal and errs in both
+// directions. A row that is independent modulo the prime is independent. A dependency is confirmed by exact
+// arithmetic before anything is removed: by the integer combination itself, or by the row of zeros that
+// Euclid's algorithm leaves.
 #include "program/dependent_rows.h"
 
 #include <cstdint>
@@ -52,8 +53,8 @@ void subtractMultiple(Residues& from, std::uint64_t q, const Residues& row, std:
     if (row[j] != 0) from[j] = subtractModulo(from[j], multiplyModulo(q, row[j], p), p);
 }
 
-// Independent rows, taken in one by one, in echelon form modulo p, each with the combination of the given rows
-// that it is. So a row that reduces to zero shows its coordinates at no further cost.
+// Independent rows, taken in one by one, in echelon form modulo p, each with the combination of the given
+// rows that it is. So a row that reduces to zero shows its coordinates at no further cost.
 class Echelon {
  public:
   explicit Echelon(std::uint64_t p) : p_(p) {}

@@ -14,9 +14,11 @@ __extension__ using Wide = unsigned __int128;
 constexpr Word MERSENNE_61 = (1ULL << 61) - 1;  // numbers below it are their own residue
 constexpr Word TRIAL_LIMIT_WORD = 1ULL << 21;   // above the cube root of 2^61: at most two primes are left
 constexpr Word TRIAL_LIMIT_LONG = 1ULL << 16;
-constexpr long NODE_LIMIT = 1'000'000;          // of the search; every number below 2^61 needs far fewer
+constexpr long NODE_LIMIT = 1'000'000;  // of the search; every number below 2^61 needs far fewer
 
-Word mulMod(Word a, Word b, Word n) { return static_cast<Word>(static_cast<Wide>(a) * b % n); }
+Word mulMod(Word a, Word b, Word n) {
+  return static_cast<Word>(static_cast<Wide>(a) * b % n);
+}
 
 Word powMod(Word base, Word exponent, Word n) {
   Word result = 1;

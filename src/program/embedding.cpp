@@ -169,9 +169,9 @@ bool Lattice<T, F>::tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool 
   return true;
 }
 
-#define LATBOX_INSTANTIATE(T)                                                                  \
-  template int Lattice<T, dbl_t>::lat2opt(const Vector<T>&, Vector<T>&, bool) const;           \
-  template void Lattice<T, dbl_t>::opt2lat(const Vector<T>&, Vector<T>&, bool) const;          \
+#define LATBOX_INSTANTIATE(T)                                                         \
+  template int Lattice<T, dbl_t>::lat2opt(const Vector<T>&, Vector<T>&, bool) const;  \
+  template void Lattice<T, dbl_t>::opt2lat(const Vector<T>&, Vector<T>&, bool) const; \
   template bool Lattice<T, dbl_t>::tryOpt2lat(const Vector<T>&, Vector<T>&, bool) const;
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -1,5 +1,5 @@
-// From the prepared program to the lattice. The embedding is centred: each constraint l <= a x <= r becomes the
-// coordinate c (2 a x - (l + r)), which for a feasible x lies between -R and R.
+// From the prepared program to the lattice. The embedding is centred: each constraint l <= a x <= r becomes
+// the coordinate c (2 a x - (l + r)), which for a feasible x lies between -R and R.
 #include <vector>
 
 #include "lattice/lattice.h"
@@ -187,8 +187,7 @@ SerializableArray<Matrix<T>> solveEquations(Lattice<T, F>& l) {
   judgeCollections(l);
   if (l.solutions.MN == 0 && !l.bestSlack.notEmpty()) {
     const Vector<T> particular = l.extractInhom();
-    const bool solved =
-        particular.notEmpty() && isZero(T(abs(particular[l.dim]) - abs(l.inhomBase)));
+    const bool solved = particular.notEmpty() && isZero(T(abs(particular[l.dim]) - abs(l.inhomBase)));
     if (!solved) fail("The equation system has no integer solution :(");
   }
   return transformations;
@@ -272,11 +271,11 @@ bool Lattice<T, F>::programAhead() const {
          generatedLrtu.left != program.ltu() || generatedLrtu.right != program.rtu();
 }
 
-#define LATBOX_INSTANTIATE(T)                              \
-  template void Lattice<T, dbl_t>::computeNormBound();     \
-  template void Lattice<T, dbl_t>::takeBounds(long);       \
-  template void Lattice<T, dbl_t>::generateLattice(bool);  \
-  template void Lattice<T, dbl_t>::prepareLattice();       \
+#define LATBOX_INSTANTIATE(T)                             \
+  template void Lattice<T, dbl_t>::computeNormBound();    \
+  template void Lattice<T, dbl_t>::takeBounds(long);      \
+  template void Lattice<T, dbl_t>::generateLattice(bool); \
+  template void Lattice<T, dbl_t>::prepareLattice();      \
   template bool Lattice<T, dbl_t>::programAhead() const;
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -1,5 +1,5 @@
-// From decimal digits and fractions to integers: variables are scaled by their digits, rows by the denominators
-// of their coefficients.
+// From decimal digits and fractions to integers: variables are scaled by their digits, rows by the
+// denominators of their coefficients.
 #include <limits>
 
 #include "lib/exceptions.h"
@@ -14,9 +14,9 @@ namespace {
 // More digits than this ask for numbers that nobody writes down and no machine should form.
 constexpr long MAX_DIGITS = 10000;
 
-// A product or quotient that is a whole number by its definition may be off by some units in the last place in
-// dbl_t; rounding up from there would be off by one. The band is narrower than any number of 17 digits that is
-// not whole, so no value that a file can state is moved by it.
+// A product or quotient that is a whole number by its definition may be off by some units in the last place
+// in dbl_t; rounding up from there would be off by one. The band is narrower than any number of 17 digits
+// that is not whole, so no value that a file can state is moved by it.
 dbl_t snapped(dbl_t x) {
   const dbl_t nearest = roundNearest(x);
   const dbl_t band = 8 * std::numeric_limits<dbl_t>::epsilon() * abs(x);
@@ -60,7 +60,8 @@ void joinDenominators(T& factor, const Vector<T>& row, const char* message) {
   for (long j = 1; j <= row.MN; ++j) joinDenominator(factor, row[j], message);
 }
 
-// A quotient of dbl_t that the system would take for zero has lost its digits. The exact type has none to lose.
+// A quotient of dbl_t that the system would take for zero has lost its digits. The exact type has none to
+// lose.
 void checkQuotient(dbl_t x) {
   if (x != 0 && isZero(x)) throw PrecisionException("data overflow");
 }
@@ -80,13 +81,16 @@ template <class T>
 T digitScale(const T& digits) {
   if (isInfinite(digits) || !isInteger(digits) || digits > T(MAX_DIGITS))
     fail("dx has to be a whole number <= " + std::to_string(MAX_DIGITS) + " in each of its components");
-  return powerOfTen<T>(static_cast<long>(toDouble(digits)));
+  const T scale = powerOfTen<T>(static_cast<long>(toDouble(digits)));
+  // Infinities pass the gate, for bounds may be infinite; here it is the range of the type that ends.
+  if (isInfinite(scale)) throw PrecisionException("data overflow");
+  checkPrecision(scale, "data overflow");
+  return scale;
 }
 
 template <class T>
 void applyDigitsOf(Tessik<T>& p, long i) {
   const T s = digitScale(p.dx[i]);
-  checkPrecision(s, "data overflow");
   scale(p.rx[i], s, "rx overflow");
   scale(p.lx[i], s, "lx overflow");
   divideColumn(p.At, i, s);

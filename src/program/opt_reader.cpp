@@ -34,8 +34,8 @@ void readTargetProperties(std::istream& in, Program& p) {
 
 void checkRowCount(const char* matrix, long rows, const char* vector, long dimension) {
   if (rows != dimension)
-    fail("The row count of " + std::string(matrix) + " (" + number(rows) + ") differs with the dimension of " +
-         vector + " (" + number(dimension) + ")");
+    fail("The row count of " + std::string(matrix) + " (" + number(rows) +
+         ") differs with the dimension of " + vector + " (" + number(dimension) + ")");
 }
 
 void readRows(std::istream& in, Program& p) {
@@ -55,8 +55,8 @@ long variableCount(const Program& p) {
 
 void checkColumnCount(const char* name, const Matrix<QQ>& matrix, long n) {
   if (matrix.N > 0 && matrix.N != n)
-    fail("The column count of " + std::string(name) + " (" + number(matrix.N) + ") is not right ( != " +
-         number(n) + " )");
+    fail("The column count of " + std::string(name) + " (" + number(matrix.N) +
+         ") is not right ( != " + number(n) + " )");
 }
 
 // A row that is shorter than its matrix passed the matrix reader; here its missing element is out of range.

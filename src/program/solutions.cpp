@@ -3,24 +3,24 @@
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/file_items.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
 
 // a > b. Standard precision carries multipliers such as 4/3 rounded: an excess that is zero by the tolerance
 // must not push a corner out of the box, nor count as a better target.
-inline bool exceeds(dbl_t a, dbl_t b) { return a > b && !isZero(a - b); }
-inline bool exceeds(const QQ& a, const QQ& b) { return a > b; }
+inline bool exceeds(dbl_t a, dbl_t b) {
+  return a > b && !isZero(a - b);
+}
+inline bool exceeds(const QQ& a, const QQ& b) {
+  return a > b;
+}
 
 template <class T>
 bool within(const T& low, const T& x, const T& high) {
   return !exceeds(low, x) && !exceeds(x, high);
-}
-
-// Equality that gives up at the first difference; Vector's own compares vectors of one lattice only.
-template <class T>
-bool sameVector(const Vector<T>& a, const Vector<T>& b) {
-  return a.MN == b.MN && a == b;
 }
 
 template <class T, class F>
@@ -49,8 +49,8 @@ bool Lattice<T, F>::isRuledOut(const Vector<T>& vec, bool scaled) const {
   return lbnd[dim] == inhomBase && ubnd[dim] == inhomBase;
 }
 
-// Copies `vec` into candidate_, in unit coordinates and with the sign of inhomBase in the last one: a consistency
-// check further down may rewrite the row of B that it came from. A zero there counts as positive.
+// Copies `vec` into candidate_, in unit coordinates and with the sign of inhomBase in the last one: a
+// consistency check further down may rewrite the row of B that it came from. A zero there counts as positive.
 template <class T, class F>
 void Lattice<T, F>::takeCandidate(const Vector<T>& vec, bool scaled) {
   const bool negated = (vec[dim] < T(0)) != ((scaled ? inhomScaled : inhomBase) < T(0));
@@ -122,8 +122,7 @@ unsigned Lattice<T, F>::checkCandidate(DiscoveryTime time, bool flag, Membership
   HeuristicVector<T, F> h;
   if (checkMode == 2 && program.At.M > 0) {
     const unsigned judged = judgeVector(w, h, time, flag);
-    if (judged & CHECK_BOUND)
-      return recordCandidate(h, time, judged | CHECK_FEASIBLE | CHECK_LOOKED, true);
+    if (judged & CHECK_BOUND) return recordCandidate(h, time, judged | CHECK_FEASIBLE | CHECK_LOOKED, true);
     if (!(judged & CHECK_LOOKED)) return judged | CHECK_FEASIBLE;
     return recordCandidate(h, time, judged | CHECK_FEASIBLE, false);
   }
@@ -184,6 +183,8 @@ unsigned Lattice<T, F>::judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h
     h.combinedTarget = program.atu * x;
     bestSlack = h;
     program.setTargetBound(values, h.combinedTarget);
+    ++resultsVersion();
+    publishSummary(*this);
     result = CHECK_BOUND;
   }
   if (flag) {
@@ -240,7 +241,9 @@ bool Lattice<T, F>::addSolution(const HeuristicVector<T, F>& h, DiscoveryTime ti
   solution.slackNorm = h.slackNorm;
   solution.secondsUntilDiscovered = discoveryTime(*this, time);
   solutions.append(solution);
+  ++resultsVersion();
   if (findsCount(*this)) ++statisticsOf<T>().solutionsFound;
+  publishSummary(*this);
   if (params.gui.get()) {
     mainVars[MainMutexVariable::reserved6].set(std::to_string(solutions.MN));
     mainVars[MainMutexVariable::reserved7].set(starReport());
@@ -260,22 +263,23 @@ void Lattice<T, F>::offerInhomogeneous(const Vector<T>& w) {
 template <class T, class F>
 void Lattice<T, F>::collect(const Vector<T>&) {}
 
-#define LATBOX_INSTANTIATE(T)                                                                                  \
-  template bool Lattice<T, dbl_t>::isRuledOut(const Vector<T>&, bool) const;                                   \
-  template void Lattice<T, dbl_t>::takeCandidate(const Vector<T>&, bool);                                      \
-  template bool Lattice<T, dbl_t>::isFeasible(const Vector<T>&) const;                                         \
-  template bool Lattice<T, dbl_t>::isKnown(const Vector<T>&) const;                                            \
-  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, DiscoveryTime, bool, Membership);       \
-  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, bool, DiscoveryTime, bool, Membership); \
-  template unsigned Lattice<T, dbl_t>::checkCandidate(DiscoveryTime, bool, Membership);                        \
-  template unsigned Lattice<T, dbl_t>::recordCandidate(const HeuristicVector<T, dbl_t>&, DiscoveryTime,        \
-                                                       unsigned, bool);                                        \
-  template unsigned Lattice<T, dbl_t>::judgeVector(const Vector<T>&, HeuristicVector<T, dbl_t>&,               \
-                                                   DiscoveryTime, bool);                                       \
-  template bool Lattice<T, dbl_t>::updateBounds(const Vector<T>&);                                             \
-  template bool Lattice<T, dbl_t>::isSolution(const HeuristicVector<T, dbl_t>&) const;                         \
-  template bool Lattice<T, dbl_t>::addSolution(const HeuristicVector<T, dbl_t>&, DiscoveryTime);               \
-  template void Lattice<T, dbl_t>::offerInhomogeneous(const Vector<T>&);                                       \
+#define LATBOX_INSTANTIATE(T)                                                                            \
+  template bool Lattice<T, dbl_t>::isRuledOut(const Vector<T>&, bool) const;                             \
+  template void Lattice<T, dbl_t>::takeCandidate(const Vector<T>&, bool);                                \
+  template bool Lattice<T, dbl_t>::isFeasible(const Vector<T>&) const;                                   \
+  template bool Lattice<T, dbl_t>::isKnown(const Vector<T>&) const;                                      \
+  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, DiscoveryTime, bool, Membership); \
+  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, bool, DiscoveryTime, bool,        \
+                                                     Membership);                                        \
+  template unsigned Lattice<T, dbl_t>::checkCandidate(DiscoveryTime, bool, Membership);                  \
+  template unsigned Lattice<T, dbl_t>::recordCandidate(const HeuristicVector<T, dbl_t>&, DiscoveryTime,  \
+                                                       unsigned, bool);                                  \
+  template unsigned Lattice<T, dbl_t>::judgeVector(const Vector<T>&, HeuristicVector<T, dbl_t>&,         \
+                                                   DiscoveryTime, bool);                                 \
+  template bool Lattice<T, dbl_t>::updateBounds(const Vector<T>&);                                       \
+  template bool Lattice<T, dbl_t>::isSolution(const HeuristicVector<T, dbl_t>&) const;                   \
+  template bool Lattice<T, dbl_t>::addSolution(const HeuristicVector<T, dbl_t>&, DiscoveryTime);         \
+  template void Lattice<T, dbl_t>::offerInhomogeneous(const Vector<T>&);                                 \
   template void Lattice<T, dbl_t>::collect(const Vector<T>&);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -200,12 +200,12 @@ void Tessik<T>::prepareStageOne(bool full, bool verbose) {
   prepared = true;
 }
 
-#define LATBOX_INSTANTIATE(T)                                   \
-  template void Tessik<T>::removeUselessInequations(bool);      \
-  template void Tessik<T>::transferFakeInequations(bool);       \
-  template void Tessik<T>::insertSlacks();                      \
-  template void Tessik<T>::insertDeviations();                  \
-  template void Tessik<T>::computeAtu();                        \
+#define LATBOX_INSTANTIATE(T)                              \
+  template void Tessik<T>::removeUselessInequations(bool); \
+  template void Tessik<T>::transferFakeInequations(bool);  \
+  template void Tessik<T>::insertSlacks();                 \
+  template void Tessik<T>::insertDeviations();             \
+  template void Tessik<T>::computeAtu();                   \
   template void Tessik<T>::prepareStageOne(bool, bool);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

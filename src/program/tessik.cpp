@@ -80,9 +80,9 @@ T Tessik<T>::targetNorm(const Vector<T>& t) const {
 
 namespace {
 
-// The row of Ag whose residual counts for the deviation target i. By a rule of this design that is row i as it
-// stands; only where Ag is too short is it the equation in which the target's own pair of deviation variables
-// stands, the one row with an entry in the columns that the target row sums up.
+// The row of Ag whose residual counts for the deviation target i. By a rule of this design that is row i as
+// it stands; only where Ag is too short is it the equation in which the target's own pair of deviation
+// variables stands, the one row with an entry in the columns that the target row sums up.
 template <class T>
 long residualRow(const Tessik<T>& program, long i) {
   if (i <= program.Ag.M) return i;
@@ -137,14 +137,14 @@ void Tessik<T>::printProgram(bool verbose) const {
                             ", Variables = " + std::to_string(rx.MN - slackCount + deviationCount));
 }
 
-#define LATBOX_INSTANTIATE(T)                                                                            \
-  template Tessik<T>::Tessik();                                                                          \
-  template void Tessik<T>::reset(bool);                                                                  \
-  template FreedomDegree Tessik<T>::freedomOf(const T&, const T&);                                       \
-  template void Tessik<T>::appendComponent(const T&, const T&, const T&);                                \
-  template T Tessik<T>::targetSign(long) const;                                                          \
-  template T Tessik<T>::maxNorm(const Vector<T>&);                                                       \
-  template T Tessik<T>::targetNorm(const Vector<T>&) const;                                              \
+#define LATBOX_INSTANTIATE(T)                                                                       \
+  template Tessik<T>::Tessik();                                                                     \
+  template void Tessik<T>::reset(bool);                                                             \
+  template FreedomDegree Tessik<T>::freedomOf(const T&, const T&);                                  \
+  template void Tessik<T>::appendComponent(const T&, const T&, const T&);                           \
+  template T Tessik<T>::targetSign(long) const;                                                     \
+  template T Tessik<T>::maxNorm(const Vector<T>&);                                                  \
+  template T Tessik<T>::targetNorm(const Vector<T>&) const;                                         \
   template SerializablePair<T, T> Tessik<T>::targetNorms(const Vector<T>&, const Vector<T>&) const; \
   template void Tessik<T>::printProgram(bool) const;
 LATBOX_INSTANTIATE(dbl_t)

@@ -1,11 +1,11 @@
 // The optimisation program as data, and its way to the normal form from which a lattice is generated.
 //
-// A program asks for x of n variables with Ag x = bg, lu <= Au x <= ru, lx <= x <= rx, each x[i] a multiple of
-// 10^(-dx[i]), and judges x by the target rows At: dt[i] = -inf minimises At[i] x, inf maximises it, a finite
-// value asks for it. kt[i] is a threshold on target value i.
+// A program asks for x of n variables with Ag x = bg, lu <= Au x <= ru, lx <= x <= rx, each x[i] a multiple
+// of 10^(-dx[i]), and judges x by the target rows At: dt[i] = -inf minimises At[i] x, inf maximises it, a
+// finite value asks for it. kt[i] is a threshold on target value i.
 //
-// Lattice<T,F> derives from Tessik<T> (the working copy, rewritten by stage two of the preparation) and holds a
-// second one named `program` (the program as read, rewritten by stage one, by which solutions are judged).
+// Lattice<T,F> derives from Tessik<T> (the working copy, rewritten by stage two of the preparation) and holds
+// a second one named `program` (the program as read, rewritten by stage one, by which solutions are judged).
 #pragma once
 
 #include <string>
@@ -32,30 +32,30 @@ class Tessik {
  public:
   std::string optFile;
   std::string solFile;
-  Vector<T> dt;                     // target values or directions, one per row of At; +-inf allowed
-  Vector<T> kt;                     // target thresholds; +-inf allowed
-  SerializablePair<T, T> lrtu;      // (ltu, rtu): bounds on the combined target, default (-inf, inf)
-  Matrix<T> At;                     // target rows
-  bool tu = false;                  // the combined target is bounded and forms a row of the lattice
-  Vector<T> atu;                    // combined target row: sum of targetSign(i) At[i]
-  Vector<T> bg;                     // equation right-hand sides
-  Vector<T> lu;                     // lower inequation bounds, -inf allowed
-  Vector<T> ru;                     // upper inequation bounds, inf allowed
-  Matrix<T> Ag;                     // equation rows
-  Matrix<T> Au;                     // inequation rows
-  Vector<T> dx;                     // decimal digits of each variable
-  Vector<T> lx;                     // lower variable bounds, -inf allowed
-  Vector<T> rx;                     // upper variable bounds, inf allowed
+  Vector<T> dt;                 // target values or directions, one per row of At; +-inf allowed
+  Vector<T> kt;                 // target thresholds; +-inf allowed
+  SerializablePair<T, T> lrtu;  // (ltu, rtu): bounds on the combined target, default (-inf, inf)
+  Matrix<T> At;                 // target rows
+  bool tu = false;              // the combined target is bounded and forms a row of the lattice
+  Vector<T> atu;                // combined target row: sum of targetSign(i) At[i]
+  Vector<T> bg;                 // equation right-hand sides
+  Vector<T> lu;                 // lower inequation bounds, -inf allowed
+  Vector<T> ru;                 // upper inequation bounds, inf allowed
+  Matrix<T> Ag;                 // equation rows
+  Matrix<T> Au;                 // inequation rows
+  Vector<T> dx;                 // decimal digits of each variable
+  Vector<T> lx;                 // lower variable bounds, -inf allowed
+  Vector<T> rx;                 // upper variable bounds, inf allowed
   SerializableArray<FreedomDegree> fx;
-  ConversionArray<Star<T>> stars;   // solutions in hand
-  Map<long, T> fixedComponents;     // removed variables: original position and value, ascending position
-  Vector<long> swappedComponents;   // positions of variables whose sign was swapped
-  bool allTargetsFinite = true;     // no component of dt was infinite when the file was read
-  long slackCount = 0;              // slack variables added
-  long deviationCount = 0;          // deviation variables added, two per finite target
-  bool writeEnabled = false;        // results go to the .sol and .lat files
-  bool finishEnabled = false;       // termination handling may report and end the run
-  bool prepared = false;            // stage one has run since readOpt
+  ConversionArray<Star<T>> stars;  // solutions in hand
+  Map<long, T> fixedComponents;    // removed variables: original position and value, ascending position
+  Vector<long> swappedComponents;  // positions of variables whose sign was swapped
+  bool allTargetsFinite = true;    // no component of dt was infinite when the file was read
+  long slackCount = 0;             // slack variables added
+  long deviationCount = 0;         // deviation variables added, two per finite target
+  bool writeEnabled = false;       // results go to the .sol and .lat files
+  bool finishEnabled = false;      // termination handling may report and end the run
+  bool prepared = false;           // stage one has run since readOpt
 
   Tessik();
   Tessik(const Tessik&) = default;
@@ -89,8 +89,8 @@ class Tessik {
   static T maxNorm(const Vector<T>& v);
   // Sum of the absolute target values. Fails with "This should not be the case anymore!" on a finite dt.
   T targetNorm(const Vector<T>& t) const;
-  // (targetNorm, slackNorm) of target values t and variables x (slacks and deviations kept); smaller is better
-  // in both. Fails with "preparation inconsistency" on a finite dt of a prepared program.
+  // (targetNorm, slackNorm) of target values t and variables x (slacks and deviations kept); smaller is
+  // better in both. Fails with "preparation inconsistency" on a finite dt of a prepared program.
   SerializablePair<T, T> targetNorms(const Vector<T>& t, const Vector<T>& x) const;
   // The figures line of the program, printed when `verbose`.
   void printProgram(bool verbose) const;

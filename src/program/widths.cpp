@@ -62,10 +62,10 @@ T Lattice<T, F>::lcmOfWidths(T range, bool take) {
 }
 
 // The rule: the width grows one by one until it divides the range or the range divides it, and of the widths
-// passed the one with the smallest common multiple is taken, the first on a tie. A width above the range can't
-// do better than the next multiple: a width d = k g, g a divisor of the range, has the common multiple k times
-// the range, and g at most half the range makes k larger than that multiple's. A width below the range meets a
-// divisor, the range itself at the latest, and no earlier width has a common multiple as small.
+// passed the one with the smallest common multiple is taken, the first on a tie. A width above the range
+// can't do better than the next multiple: a width d = k g, g a divisor of the range, has the common multiple
+// k times the range, and g at most half the range makes k larger than that multiple's. A width below the
+// range meets a divisor, the range itself at the latest, and no earlier width has a common multiple as small.
 template <class T, class F>
 T Lattice<T, F>::adjustWidth(const T& range, const T& b, T& s) {
   if (isZero(T(b - s))) return T(0);
@@ -75,9 +75,9 @@ T Lattice<T, F>::adjustWidth(const T& range, const T& b, T& s) {
   return fitting;
 }
 
-#define LATBOX_INSTANTIATE(T)                             \
-  template T Lattice<T, dbl_t>::computeRange(bool);       \
-  template T Lattice<T, dbl_t>::lcmOfWidths(T, bool);     \
+#define LATBOX_INSTANTIATE(T)                         \
+  template T Lattice<T, dbl_t>::computeRange(bool);   \
+  template T Lattice<T, dbl_t>::lcmOfWidths(T, bool); \
   template T Lattice<T, dbl_t>::adjustWidth(const T&, const T&, T&);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -2,6 +2,7 @@
 
 import os
 import pty
+import re
 import signal
 import subprocess
 import time
@@ -71,10 +72,16 @@ class PipeTest(harness.Case):
         session.ask("SET verb=0\n", "> Setting: verb = 0\n")
 
     def test_a_set_limit_ends_the_run(self):
-        session = self.running_session()
-        session.ask("SET sol=1\n", "> Setting: sol = 1\n")
+        session = self.running_session("--verb=1")
+        session.ask("STOP\n", MARK + "stopped\n")
+        self.wait_for_silence(session)
+        last = int(re.findall(r"Total iterations: (\d+)\n", session.out)[-1])
+        # The iteration that found the stop counts, and no step of it ran; so the next to report is the one behind it.
+        session.ask("SET iters=%d\n" % (last + 2), "> Setting: iters = ")
+        session.ask("RUN\n", MARK + "running\n")
         self.assertEqual(session.wait(), 0)
-        self.assertIn("\nGot signal: Terminated\n", session.out)
+        reported = [int(number) for number in re.findall(r"Total iterations: (\d+)\n", session.out)]
+        self.assertEqual(reported[reported.index(last):], [last, last + 2, last + 2])
 
     def test_stop_stops_and_run_goes_on(self):
         session = self.running_session("--verb=1")

@@ -150,7 +150,7 @@ class EndTest(harness.Case):
         result = self.run_solver("--iters=2", "prog.opt")
         self.assert_ends_well(result)
         self.assertFalse(self.exists("prog.sol"))
-        self.assertRegex(result.out, r"\A" + BANNER + REPORT % ("", "2"))
+        self.assertRegex(result.out, r"\A" + BANNER + r"\n" + REPORT % ("", "2"))
 
     def test_end_by_time(self):
         self.write("prog.opt", programs.ENDLESS)

@@ -1,0 +1,35 @@
+// What the readers and writers of the .sol and .lat files share.
+#pragma once
+
+#include <istream>
+#include <string>
+
+#include "lib/vector.h"
+
+namespace latbox {
+
+// One number in any form that the system writes, the infinities and exponents included, in either number
+// type. White space and comments before it are skipped. Fails with "QQ: parse error1" where none stands, with
+// the other texts of the number's form, and with "Vector: bad input" on an absurd exponent. In standard
+// precision a value beyond 10^18 throws FatalPrecisionException: its digits would be lost.
+template <class T>
+T takeNumber(std::istream& in);
+
+// One whole number of at most 18 digits. Fails with "QQ: parse error1".
+long takeInteger(std::istream& in);
+
+// takeNumber's test on what a vector has read.
+template <class T>
+void requireExact(const Vector<T>& v);
+
+// Equal shape and elements; vectors of different lengths differ.
+template <class T>
+bool sameVector(const Vector<T>& a, const Vector<T>& b) {
+  return a.MN == b.MN && a == b;
+}
+
+// Replaces the file as a whole, held off from signals. Where that is not possible, "*** ", the path and the
+// reason go to standard error, once per path in the life of the process, and the result is false.
+bool writeOutput(const std::string& path, const std::string& text);
+
+}  // namespace latbox

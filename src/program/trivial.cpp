@@ -1,0 +1,66 @@
+// The corners and the centre of the box of the variable bounds: three candidates that cost nothing.
+#include "lattice/lattice.h"
+#include "lib/progress.h"
+#include "lib/scope_value.h"
+#include "numbers/number.h"
+
+namespace latbox {
+namespace {
+
+// A missing bound takes the point nearest to zero on the side that is there.
+template <class T>
+void makeFinite(T& low, T& high) {
+  if (isInfinite(low) && isInfinite(high)) {
+    low = high = T(0);
+  } else if (isInfinite(low)) {
+    low = high < T(0) ? high : T(0);
+  } else if (isInfinite(high)) {
+    high = low > T(0) ? low : T(0);
+  }
+}
+
+// Half way between the two, on the grid of the variable's digits.
+template <class T>
+T centre(const T& low, const T& high, const T& digits) {
+  const T scale = digits > T(0) ? powerOfTen<T>(static_cast<long>(toDouble(digits))) : T(1);
+  const T sum = low * scale + high * scale;
+  return roundNearest(T(sum / T(2))) / scale;
+}
+
+}  // namespace
+
+template <class T, class F>
+void Lattice<T, F>::checkTrivialSolutions() {
+  const ProgressScope level(verb() == 2, "Checking trivial solutions ...");
+  Vector<T> a = program.lx, b = program.rx, m;
+  m.resizeZero(a.MN);
+  for (long i = 1; i <= a.MN; ++i) {
+    makeFinite(a[i], b[i]);
+    m[i] = centre(a[i], b[i], program.dx[i]);
+  }
+  unsigned results = 0;
+  {
+    // No candidate ends the run by itself.
+    const ScopeValue<bool> unfinished(this->finishEnabled, false);
+    const long added = program.prepared ? program.slackCount + program.deviationCount : 0;
+    for (Vector<T>* x : {&a, &b, &m}) {
+      Vector<T> v;
+      x->resize(x->MN - added, false);
+      opt2lat(*x, v, true);
+      results |= checkSolution(v, true, NOW, false);
+    }
+  }
+  // Stars that were read back may have moved a bound, too: the lattice must not be searched or saved behind
+  // them.
+  if (programAhead()) results |= CHECK_BOUND;
+  if (results & CHECK_LIMIT) {
+    restartHandling(true);
+  } else if (results & CHECK_BOUND) {
+    restartHandling(false);
+  }
+}
+
+template void Lattice<dbl_t, dbl_t>::checkTrivialSolutions();
+template void Lattice<QQ, dbl_t>::checkTrivialSolutions();
+
+}  // namespace latbox

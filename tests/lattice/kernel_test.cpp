@@ -1,0 +1,140 @@
+// The kernel of the equations, and the transformations that lead there.
+#include "lattice/support.h"
+
+#include "lib/exceptions.h"
+
+namespace latbox::testing {
+
+// The equation lattice of Ag x = bg with variables 0..1: e equation coordinates, the variables, the last one.
+template <class T>
+void setEquations(Lattice<T, dbl_t>& l, const Rows& equations, const std::vector<long>& right) {
+  const long e = static_cast<long>(equations.size());
+  const long n = static_cast<long>(equations[0].size());
+  Matrix<T> basis(n + 1, e + n + 1);
+  for (long i = 1; i <= e; ++i) {
+    basis[1][i] = T(-right[static_cast<std::size_t>(i - 1)]);
+    for (long j = 1; j <= n; ++j)
+      basis[j + 1][i] = T(equations[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(j - 1)]);
+  }
+  for (long j = 1; j <= n; ++j) {
+    basis[1][e + j] = T(-1);
+    basis[j + 1][e + j] = T(2);
+  }
+  basis[1][e + n + 1] = T(1);
+  setBasis(l, basis);
+  l.Ag = matrixOf<T>(equations);
+  l.bg = vectorOf<T>(right);
+  l.checkMode = 1;
+}
+
+template <class T>
+Matrix<T> product(const SerializableArray<Matrix<T>>& TT, Matrix<T> B) {
+  for (long k = 1; k <= TT.MN; ++k) B = TT[k] * B;
+  return B;
+}
+
+template <class T>
+class KernelTest : public ::testing::Test {
+ public:
+  Lattice<T, dbl_t> lattice;
+};
+TYPED_TEST_SUITE(KernelTest, NumberTypes);
+
+inline Rows someEquations(long e, long n, std::uint64_t seed, long size) {
+  Sequence draw(seed);
+  Rows rows(static_cast<std::size_t>(e), std::vector<long>(static_cast<std::size_t>(n), 0));
+  for (auto& row : rows)
+    for (auto& entry : row) entry = draw.next(0, size);
+  return rows;
+}
+
+TYPED_TEST(KernelTest, ProductOfTheTransformationsGivesTheKernelInFront) {
+  auto& l = this->lattice;
+  for (const bool kept : {false, true}) {
+    for (const long e : {1, 2, 3}) {
+      const Rows equations = someEquations(e, 9, 17 + static_cast<std::uint64_t>(e), 99);
+      std::vector<long> right;
+      for (const auto& row : equations) right.push_back(row[0] + row[3] + row[4]);
+      setEquations(l, equations, right);
+      l.params.consistency.set(kept);
+      l.params.verb.set(0);
+      const Matrix<TypeParam> origin = l.B_save;
+      const auto TT = l.kernelReduce();
+      const Matrix<TypeParam> kernel = product(TT, origin);
+      EXPECT_TRUE(kernel == l.unscaled(l.B)) << e << kept;
+      for (long i = 1; i <= l.rank; ++i) {
+        bool zero = true;
+        for (long j = 1; j <= e; ++j) zero = zero && isExactZero(kernel[i][j]);
+        EXPECT_EQ(zero, i <= l.rank - e) << "row " << i;
+      }
+      EXPECT_EQ(gramDeterminant(exact(origin)), gramDeterminant(exact(kernel)));
+      EXPECT_TRUE(l.unweighted());
+      EXPECT_EQ(l.rank, 10);
+      EXPECT_TRUE(l.TT[l.TT.MN] * l.B_save == kernel);
+      // The particular solution stands among the kernel rows.
+      const Vector<TypeParam> particular = l.extractInhom();
+      ASSERT_EQ(particular.MN, l.dim);
+      EXPECT_EQ(abs(particular[l.dim]), TypeParam(1));
+      for (long j = 1; j <= e; ++j) EXPECT_TRUE(isExactZero(particular[j]));
+    }
+  }
+}
+
+TYPED_TEST(KernelTest, SameKernelWithAndWithoutConsistency) {
+  Lattice<TypeParam, dbl_t> other;
+  const Rows equations = someEquations(2, 8, 4, 50);
+  setEquations(this->lattice, equations, {60, 70});
+  setEquations(other, equations, {60, 70});
+  other.params.consistency.set(true);
+  this->lattice.kernelReduce();
+  other.kernelReduce();
+  EXPECT_TRUE(this->lattice.B == other.B);
+}
+
+TYPED_TEST(KernelTest, ParametersOfTheGivenLatticeStay) {
+  setEquations(this->lattice, {{3, 5, 7}}, {8});
+  this->lattice.params.verb.set(2);
+  this->lattice.params.beta.set(11);
+  ::testing::internal::CaptureStdout();
+  this->lattice.kernelReduce();
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");  // the work lattice is silent
+  EXPECT_EQ(this->lattice.params.verb.get(), 2);
+  EXPECT_EQ(this->lattice.params.beta.get(), 11);
+}
+
+TYPED_TEST(KernelTest, FormerWeightsComeBack) {
+  setEquations(this->lattice, {{3, 5, 7}}, {8});
+  this->lattice.setScale(1, TypeParam(6));
+  this->lattice.setScale(3, TypeParam(2));
+  this->lattice.kernelReduce();
+  EXPECT_EQ(this->lattice.scaleFactor[1], TypeParam(6));
+  EXPECT_EQ(this->lattice.scaleFactor[3], TypeParam(2));
+}
+
+TYPED_TEST(KernelTest, NoRowIsLeftOverWhenNothingIsInTheKernel) {
+  auto& l = this->lattice;
+  setEquations(l, {{1}, {0}}, {0, 1});  // two independent equations, two rows
+  const auto TT = l.kernelReduce();
+  EXPECT_EQ(l.rank, 2);
+  EXPECT_TRUE(product(TT, l.B_save) == l.B);
+  EXPECT_EQ(l.extractInhom().MN, 0);
+}
+
+TYPED_TEST(KernelTest, UnsolvableEquationHasNoParticularSolution) {
+  setEquations(this->lattice, {{2}}, {1});
+  this->lattice.kernelReduce();
+  EXPECT_EQ(this->lattice.extractInhom().MN, 0);
+}
+
+TEST(KernelBothTypes, SameKernel) {
+  Lattice<dbl_t, dbl_t> fast;
+  Lattice<QQ, dbl_t> slow;
+  const Rows equations = someEquations(3, 14, 9, 99);
+  setEquations(fast, equations, {300, 310, 320});
+  setEquations(slow, equations, {300, 310, 320});
+  fast.kernelReduce();
+  slow.kernelReduce();
+  EXPECT_TRUE(exact(fast.B) == slow.B);
+}
+
+}  // namespace latbox::testing

@@ -1,0 +1,499 @@
+// Locks, threads, the clock, files and signals.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "lib/os/clock.h"
+#include "lib/os/file.h"
+#include "lib/os/mutex_type.h"
+#include "lib/os/mutex_vars.h"
+#include "lib/os/semaphore.h"
+#include "lib/os/signals.h"
+#include "lib/os/threads.h"
+#include "support/failure.h"
+
+namespace latbox {
+namespace {
+
+void waitFor(const std::atomic<bool>& flag) {
+  while (!flag.load()) usleep(100);
+}
+
+// Runs `body` on a thread of its own and waits for its end.
+void onThread(std::function<void()> body) {
+  pthread_t id;
+  startThread(&id, [body](void*) -> void* {
+    body();
+    return nullptr;
+  });
+  joinThread(id);
+}
+
+TEST(MutexType, GetAndSet) {
+  MutexType<long> number(5);
+  EXPECT_EQ(number.get(), 5);
+  number.set(7);
+  EXPECT_EQ(number.get(), 7);
+  EXPECT_EQ(MutexType<std::string>().get(), "");
+  EXPECT_EQ(MutexType<long>().get(), 0);
+}
+
+TEST(MutexType, CopiedOntoItselfStaysIntact) {
+  MutexType<std::string> text("abc");
+  const MutexType<std::string>& self = text;
+  text = self;
+  EXPECT_EQ(text.get(), "abc");
+  text.set("still alive");
+  EXPECT_EQ(text.get(), "still alive");
+}
+
+TEST(MutexType, ACopyHasItsOwnLock) {
+  MutexType<std::string> source("abc");
+  const MutexType<std::string> copy(source);
+  source.lock("holder");
+  EXPECT_EQ(copy.get(), "abc");
+  source.unlock("holder");
+  MutexType<std::string> assigned;
+  assigned = source;
+  source.set("other");
+  EXPECT_EQ(assigned.get(), "abc");
+}
+
+TEST(MutexType, CompareAndSetUnless) {
+  MutexType<std::string> state("waiting");
+  state.compareAndSetUnless("running", "stopped");
+  EXPECT_EQ(state.get(), "running");
+  state.set("stopped");
+  state.compareAndSetUnless("running", "stopped");
+  EXPECT_EQ(state.get(), "stopped");
+}
+
+TEST(MutexType, TextForm) {
+  MutexType<std::string> text("abc");
+  std::ostringstream out;
+  out << text;
+  EXPECT_EQ(out.str(), "abc");
+  std::istringstream in("  first second");
+  in >> text;
+  EXPECT_EQ(text.get(), "first");
+  MutexType<long> number;
+  std::istringstream digits("42 x");
+  digits >> number;
+  EXPECT_EQ(number.get(), 42);
+}
+
+TEST(Semaphore, AnUnlockByAnotherNameLeavesItLocked) {
+  Semaphore semaphore;
+  EXPECT_EQ(semaphore.lockOwner, "");
+  semaphore.lock("outer");
+  EXPECT_EQ(semaphore.lockOwner, "outer");
+  semaphore.unlock("inner");
+  std::atomic<bool> entered{false};
+  pthread_t id;
+  startThread(&id, [&](void*) -> void* {
+    semaphore.lock("thread");
+    entered = true;
+    semaphore.unlock("thread");
+    return nullptr;
+  });
+  usleep(20'000);
+  EXPECT_FALSE(entered.load());
+  semaphore.unlock("outer");
+  joinThread(id);
+  EXPECT_TRUE(entered.load());
+}
+
+TEST(Semaphore, TheEmptyNameAlwaysUnlocks) {
+  Semaphore semaphore;
+  semaphore.lock("someone");
+  semaphore.unlock("");
+  semaphore.lock("again");
+  semaphore.unlock("again");
+}
+
+TEST(MutexVars, EntriesStandInTheirOrder) {
+  MainMutexVars vars;
+  ASSERT_EQ(vars.MN, 8);
+  const int order[] = {0, 1, 3, 5, 6, 7, 4, 2};
+  for (long i = 1; i <= 8; ++i) {
+    EXPECT_EQ(static_cast<int>(vars.data[i].left), order[i - 1]);
+    const std::string expected = order[i - 1] == 4 ? "0" : order[i - 1] == 2 ? "waiting" : "";
+    EXPECT_EQ(vars.data[i].right.get(), expected) << i;
+  }
+}
+
+TEST(MutexVars, AMissingKeyIsAddedEmpty) {
+  MutexVars<int> vars;
+  EXPECT_EQ(vars[99].get(), "");
+  EXPECT_EQ(vars.MN, 9);
+  vars[99].set("x");
+  EXPECT_EQ(vars[99].get(), "x");
+  EXPECT_EQ(vars.MN, 9);
+}
+
+TEST(MutexVars, ACopyMovesNoEntry) {
+  MainMutexVars source, target;
+  source[MainMutexVariable::runState].set("running");
+  source[MainMutexVariable::inputLoaded].set("a/b");
+  MutexType<std::string>* entry = &target[MainMutexVariable::runState];
+  target = source;
+  EXPECT_EQ(&target[MainMutexVariable::runState], entry);
+  EXPECT_EQ(entry->get(), "running");
+  EXPECT_EQ(target[MainMutexVariable::inputLoaded].get(), "a/b");
+  EXPECT_EQ(target.MN, 8);
+  MainMutexVars copy(source);
+  EXPECT_EQ(copy[MainMutexVariable::runState].get(), "running");
+}
+
+TEST(Threads, BodiesRunAndReturn) {
+  const long before = startedThreads();
+  std::atomic<long> sum{0};
+  pthread_t ids[20];
+  for (long i = 0; i < 20; ++i)
+    startThread(&ids[i], [&sum, i](void* argument) -> void* {
+      EXPECT_EQ(argument, nullptr);
+      sum += i;
+      return nullptr;
+    });
+  for (const pthread_t id : ids) joinThread(id);
+  EXPECT_EQ(sum.load(), 190);
+  EXPECT_EQ(startedThreads(), before + 20);
+}
+
+// Guarded values under fire from several threads.
+TEST(Threads, NoUpdateIsTorn) {
+  MutexType<std::string> shared(std::string(40, 'a'));
+  std::atomic<bool> torn{false};
+  pthread_t ids[3];
+  for (int t = 0; t < 3; ++t)
+    startThread(&ids[t], [&, t](void*) -> void* {
+      for (int i = 0; i < 3000; ++i) {
+        shared.set(std::string(40, static_cast<char>('a' + t)));
+        const std::string seen = shared.get();
+        if (seen != std::string(40, seen[0])) torn = true;
+      }
+      return nullptr;
+    });
+  for (const pthread_t id : ids) joinThread(id);
+  EXPECT_FALSE(torn.load());
+}
+
+TEST(Threads, ExitRunsWhileOthersLive) {
+  EXPECT_EXIT(
+      {
+        pthread_t id;
+        startThread(&id, [](void*) -> void* {
+          for (;;) {
+            pthread_t inner;
+            startThread(&inner, [](void*) -> void* { return nullptr; });
+            joinThread(inner);
+          }
+        });
+        usleep(5000);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST(Threads, TwoFailuresEndTheProcessOnce) {
+  EXPECT_EXIT(
+      {
+        for (int t = 0; t < 4; ++t) {
+          pthread_t id;
+          startThread(&id, [](void*) -> void* { fail("from a thread"); });
+        }
+        for (;;) pause();
+      },
+      ::testing::ExitedWithCode(1), "\n\\*\\*\\* FAIL: from a thread\n$");
+}
+
+TEST(Clock, ATestStandsIn) {
+  EXPECT_GT(now(), 1'000'000'000);
+  setClock([]() -> long { return 77; });
+  EXPECT_EQ(now(), 77);
+  setClock(nullptr);
+  EXPECT_GT(now(), 77);
+}
+
+class Files : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = ::testing::TempDir() + "latbox_XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+  std::string path(const std::string& name) const { return folder_ + "/" + name; }
+  static std::string contentOf(const std::string& path) {
+    std::string content = "unread";
+    EXPECT_TRUE(readFile(path, content));
+    return content;
+  }
+  long entries() const {
+    return std::distance(std::filesystem::directory_iterator(folder_), std::filesystem::directory_iterator());
+  }
+  std::string folder_;
+};
+
+TEST_F(Files, RoundTrip) {
+  std::string reason;
+  std::string text = "line\n";
+  text += '\0';
+  text += std::string(200'000, 'x');
+  EXPECT_TRUE(writeFile(path("a"), text, reason));
+  EXPECT_EQ(contentOf(path("a")), text);
+  EXPECT_TRUE(writeFile(path("a"), "", reason));
+  EXPECT_EQ(contentOf(path("a")), "");
+  EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(Files, MissingFilesAndDirectoriesCannotBeOpened) {
+  std::string content;
+  long seconds;
+  EXPECT_FALSE(readFile(path("none"), content));
+  EXPECT_FALSE(readFile(folder_, content));
+  EXPECT_FALSE(canOpen(path("none")));
+  EXPECT_FALSE(canOpen(folder_));
+  EXPECT_FALSE(modificationTime(path("none"), seconds));
+  EXPECT_FALSE(modificationTime(folder_, seconds));
+  EXPECT_FALSE(readFile("", content));
+}
+
+// A pipe without a writer would hold a reader for ever.
+TEST_F(Files, APipeIsNoFile) {
+  ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+  std::string content;
+  EXPECT_FALSE(readFile(path("pipe"), content));
+}
+
+TEST_F(Files, UnwritablePlacesGiveAReason) {
+  std::string reason;
+  EXPECT_FALSE(writeFile(path("no/such/folder"), "x", reason));
+  EXPECT_EQ(reason, "No such file or directory");
+  EXPECT_FALSE(writeFile(folder_, "x", reason));
+  EXPECT_EQ(reason, "Is a directory");
+  EXPECT_EQ(entries(), 0);
+}
+
+// Runs `check` as a user who is not root, for whom modes of files count, and exits 0 if it returns true.
+template <class Check>
+void exitAsNobody(Check check) {
+  constexpr uid_t NOBODY = 65534;
+  if (geteuid() == 0 && setuid(NOBODY) != 0) std::exit(2);
+  std::exit(check() ? 0 : 1);
+}
+
+TEST_F(Files, WriteProtectedFilesStay) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "old", reason));
+  chmod(folder_.c_str(), 0777);
+  chmod(path("a").c_str(), 0444);
+  EXPECT_EXIT(exitAsNobody([&] {
+                std::string why;
+                return !writeFile(path("a"), "new", why) && why == "Permission denied" && canOpen(path("a"));
+              }),
+              ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(contentOf(path("a")), "old");
+}
+
+TEST_F(Files, UnreadableFilesCannotBeOpened) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "secret", reason));
+  chmod(folder_.c_str(), 0777);
+  chmod(path("a").c_str(), 0);
+  EXPECT_EXIT(exitAsNobody([&] {
+                std::string content;
+                return !readFile(path("a"), content) && !canOpen(path("a"));
+              }),
+              ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Files, AWriteProtectedFolderIsWrittenInPlace) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "old", reason));
+  chmod(path("a").c_str(), 0666);
+  chmod(folder_.c_str(), 0555);
+  EXPECT_EXIT(exitAsNobody([&] {
+                std::string why;
+                return writeFile(path("a"), "new", why) && !writeFile(path("b"), "new", why) &&
+                       why == "Permission denied";
+              }),
+              ::testing::ExitedWithCode(0), "");
+  EXPECT_EQ(contentOf(path("a")), "new");
+  chmod(folder_.c_str(), 0755);
+}
+
+TEST_F(Files, ReplacingKeepsModeAndLinks) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("target"), "old", reason));
+  chmod(path("target").c_str(), 0640);
+  std::filesystem::create_symlink(path("target"), path("link"));
+  EXPECT_TRUE(writeFile(path("link"), "new", reason));
+  EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+  EXPECT_EQ(contentOf(path("target")), "new");
+  struct stat status;
+  ASSERT_EQ(stat(path("target").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+TEST_F(Files, DevicesAreWrittenInPlace) {
+  std::string reason;
+  EXPECT_FALSE(writeFile("/dev/full", "x", reason));
+  EXPECT_EQ(reason, "No space left on device");
+}
+
+// Where the folder takes no second file, the file is rewritten in place: here its name leaves no room for
+// one.
+TEST_F(Files, FallsBackToWritingInPlace) {
+  const std::string longName = path(std::string(253, 'n'));
+  std::string reason;
+  EXPECT_TRUE(writeFile(longName, "first", reason));
+  EXPECT_TRUE(writeFile(longName, "second", reason));
+  EXPECT_EQ(contentOf(longName), "second");
+}
+
+TEST_F(Files, ModificationTimeInWholeSeconds) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "x", reason));
+  const timespec times[2] = {{1000, 0}, {123456, 999'999'999}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path("a").c_str(), times, 0), 0);
+  long seconds = 0;
+  EXPECT_TRUE(modificationTime(path("a"), seconds));
+  EXPECT_EQ(seconds, 123456);
+}
+
+TEST_F(Files, RemovingAMissingFileIsNoError) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "x", reason));
+  removeFile(path("a"));
+  removeFile(path("a"));
+  EXPECT_EQ(entries(), 0);
+}
+
+bool isBlocked(int signal) {
+  sigset_t mask;
+  pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+  return sigismember(&mask, signal) == 1;
+}
+
+std::atomic<int> handled{0};
+void countSignal(int) {
+  ++handled;
+}
+
+class Signals : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    handled = 0;
+    unblockTermination();
+    installTerminationHandler(countSignal);
+  }
+  void TearDown() override {
+    unblockTermination();
+    installTerminationHandler(SIG_DFL);
+  }
+};
+
+TEST_F(Signals, BlockingIsInheritedByThreads) {
+  blockTermination();
+  EXPECT_TRUE(isBlocked(SIGINT));
+  EXPECT_TRUE(isBlocked(SIGTERM));
+  onThread([] {
+    EXPECT_TRUE(isBlocked(SIGINT));
+    EXPECT_TRUE(isBlocked(SIGTERM));
+  });
+  unblockTermination();
+  EXPECT_FALSE(isBlocked(SIGINT));
+}
+
+TEST_F(Signals, AWindowLetsThemInAndPutsTheMaskBack) {
+  blockTermination();
+  std::raise(SIGINT);
+  EXPECT_EQ(handled, 0);
+  {
+    const TerminationWindow window;
+    EXPECT_EQ(handled, 1);
+    EXPECT_FALSE(isBlocked(SIGTERM));
+  }
+  EXPECT_TRUE(isBlocked(SIGTERM));
+}
+
+TEST_F(Signals, ARaiseInABlockedThreadArrives) {
+  blockTermination();
+  onThread([] { raiseTermination(SIGTERM); });
+  EXPECT_EQ(handled, 1);
+  EXPECT_TRUE(isBlocked(SIGTERM));
+}
+
+TEST_F(Signals, AHoldKeepsThemOff) {
+  {
+    const SignalHold hold;
+    const SignalHold nested;
+    std::raise(SIGTERM);
+    EXPECT_EQ(handled, 0);
+  }
+  EXPECT_EQ(handled, 1);
+  EXPECT_FALSE(isBlocked(SIGTERM));
+}
+
+TEST_F(Signals, ClosingWaitsForTheHoldOfAnotherThread) {
+  std::atomic<bool> inside{false}, mayLeave{false}, left{false};
+  pthread_t writer;
+  startThread(&writer, [&](void*) -> void* {
+    {
+      const SignalHold hold;
+      inside = true;
+      waitFor(mayLeave);
+      left = true;
+    }
+    return nullptr;
+  });
+  waitFor(inside);
+  pthread_t helper;
+  startThread(&helper, [&](void*) -> void* {
+    usleep(10'000);
+    mayLeave = true;
+    return nullptr;
+  });
+  closeSignalHolds();
+  EXPECT_TRUE(left.load());
+  openSignalHolds();
+  joinThread(writer);
+  joinThread(helper);
+}
+
+TEST_F(Signals, AfterClosingNobodyElseEnters) {
+  closeSignalHolds();
+  std::atomic<bool> entered{false};
+  pthread_t writer;
+  startThread(&writer, [&](void*) -> void* {
+    const SignalHold hold;
+    entered = true;
+    return nullptr;
+  });
+  usleep(10'000);
+  EXPECT_FALSE(entered.load());
+  {
+    const SignalHold own;  // the thread that closed may still enter
+  }
+  openSignalHolds();
+  joinThread(writer);
+  EXPECT_TRUE(entered.load());
+}
+
+TEST_F(Signals, ClosingDoesNotWaitForItself) {
+  const SignalHold hold;
+  closeSignalHolds();
+  openSignalHolds();
+}
+
+}  // namespace
+}  // namespace latbox
