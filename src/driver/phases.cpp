@@ -97,12 +97,11 @@ void removeDependencies(YLattice<dbl_t>& y, bool report) {
   if (report) std::cout << "Integer-linear dependencies: " << removed << "\n\n" << std::flush;
 }
 
-// Until enumeration joins, the full reduction before the first iteration is that of LLL.
 void reportAndReduce(YLattice<dbl_t>& y, bool report) {
   if (report) reportSize(y);
   findRank(y, report);
   removeDependencies(y, report);
-  oneStep(y, [](auto& lattice) { reduceFully(lattice); });
+  oneStep(y, [](auto& lattice) { lattice.enumerate(nullptr); });
 }
 
 // "RUN" resumes where "STOP" halted, with all state intact.
