@@ -7,7 +7,6 @@
 namespace latbox {
 namespace {
 
-
 Statistics& liveStatistics(YLattice<dbl_t>& y) {
   return y.extendedActive ? statisticsExtended() : statisticsStandard();
 }
