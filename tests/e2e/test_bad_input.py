@@ -91,6 +91,14 @@ REFUSED = (
      "Unfulfillable infinite inequation detected --> NO SOLUTIONS!"),
     ("odd equation", opt(ag=[[2, 2]], bg=[3], rx=[4, 4]), "The equation system has no integer solution :("),
     # Absurd sizes.
+    ("a million digits", opt(ag=[["7" * 10**6, 1]], bg=[2], rx=[4, 4]), None),
+    ("a fraction of a million digits", opt(ag=[["1/" + "7" * 10**6, 1]], bg=[2], rx=[4, 4]), None),
+    ("a million brackets", "[ " * 10**6, "Vector: bad input"),
+    ("a million slashes", "[ " + "/" * 10**6, None),
+    ("a million signs", "[ " + "-" * 10**6, None),
+    ("a million colons", "[ 1" + ":" * 10**6 + " ]", None),
+    ("a million points", "[ " + ".1" * 10**6 + " ]", None),
+    ("a million rows", "[ ] [ ] [ " + "[ ] " * 10**6, "Matrix: bad input"),
     ("digits inf", opt(ag=[[1, 1]], bg=[2], dx=["inf", 0], rx=[4, 4]), None),
     ("digits 10^12", opt(ag=[[1, 1]], bg=[2], dx=[10**12, 0], rx=[4, 4]), None),
 )

@@ -56,6 +56,14 @@ class PipeTest(harness.Case):
         out = session.ask("HELP\n", r"  --help \| Display this help information\. \[ Default: 0 \]\n")
         session.wait_for(r"  --tnorm \| [^\n]+ \[ Default: -inf \]\n\n", after=out)
 
+    def test_a_value_that_is_no_number_does_not_end_the_run(self):
+        session = self.running_session()
+        for value in ("x", "", "1/0", "5.", "1:7/3", "ix", "1e999999999", "9" * 100000, "inf", "-inf"):
+            for key in ("snorm", "tnorm", "beta", "bench", "pair"):
+                session.ask("SET %s=%s\n" % (key, value), "> Setting: %s = %s\n" % (key, re.escape(value)))
+        session.ask("STATUS\n", MARK + "running\n")
+        self.assertEqual(session.err, "")
+
     def test_unknown_keys(self):
         session = self.running_session()
         session.ask("SET a=b=c\n", r"\n\*\*\* No such setting: a=b\n", "err")
