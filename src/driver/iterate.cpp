@@ -3,12 +3,9 @@
 #include <iostream>
 
 #include "driver/run_state.h"
-#include "lib/os/clock.h"
 
 namespace latbox {
 namespace {
-
-constexpr int MAX_SWEEPS = 64;
 
 Statistics& liveStatistics(YLattice<dbl_t>& y) {
   return y.extendedActive ? statisticsExtended() : statisticsStandard();
@@ -24,12 +21,11 @@ bool mustLeave(YLattice<dbl_t>& y) {
   return !inputIsLoaded(y) || runState(y) == RUN_STOPPED;
 }
 
-// The choice of the reduction. Until enumeration joins, `eenum` asks for as much as LLL can do; without it
-// one sweep is all that an iteration spends, and the next iteration goes on from there.
+// The choice of the reduction: block enumeration, or a single sweep, from which the next iteration goes on.
 template <class T, class F>
 void reduce(Lattice<T, F>& lattice) {
   if (lattice.params.eenum.get())
-    reduceFully(lattice);
+    lattice.enumerate(nullptr);
   else
     lattice.lll(1, 0, 0);
 }
@@ -70,21 +66,5 @@ void iterate(YLattice<dbl_t>& y) {
     liveStatistics(y).updateProgress();
   }
 }
-
-template <class T, class F>
-void reduceFully(Lattice<T, F>& lattice) {
-  const long start = now();
-  for (int sweep = 0; sweep < MAX_SWEEPS; ++sweep) {
-    const long budget = lattice.interval_tt;
-    lattice.lll(1, 0, 0);
-    // The budget falls exactly when the sweep has skipped nothing.
-    if (lattice.interval_tt < budget) return;
-    const long limit = lattice.params.btime.get();
-    if (limit != 0 && now() - start >= limit) return;
-  }
-}
-
-template void reduceFully(Lattice<dbl_t, dbl_t>&);
-template void reduceFully(Lattice<QQ, dbl_t>&);
 
 }  // namespace latbox

@@ -9,9 +9,4 @@ namespace latbox {
 // step runs on the ladder. RestartException and the end conditions leave through it.
 void iterate(YLattice<dbl_t>& y);
 
-// Sweeps until one has left no position untested, at most 64 times: a sweep has a budget of swaps, and what
-// it did not reach is left to its caller. Stops early when the time of `btime` is spent.
-template <class T, class F>
-void reduceFully(Lattice<T, F>& lattice);
-
 }  // namespace latbox

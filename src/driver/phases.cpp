@@ -11,6 +11,7 @@
 #include "lib/elimination.h"
 #include "lib/os/clock.h"
 #include "lib/os/threads.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
@@ -54,6 +55,7 @@ void forgetInput(Lattice<T, F>& lattice) {
   lattice.reset(false);
   lattice.program = static_cast<const Tessik<T>&>(lattice);
   lattice.reinitialise();
+  ++resultsVersion();
 }
 
 void waitUntilRunning(YLattice<dbl_t>& y) {
@@ -95,12 +97,11 @@ void removeDependencies(YLattice<dbl_t>& y, bool report) {
   if (report) std::cout << "Integer-linear dependencies: " << removed << "\n\n" << std::flush;
 }
 
-// Until enumeration joins, the full reduction before the first iteration is that of LLL.
 void reportAndReduce(YLattice<dbl_t>& y, bool report) {
   if (report) reportSize(y);
   findRank(y, report);
   removeDependencies(y, report);
-  oneStep(y, [](auto& lattice) { reduceFully(lattice); });
+  oneStep(y, [](auto& lattice) { lattice.enumerate(nullptr); });
 }
 
 // "RUN" resumes where "STOP" halted, with all state intact.

@@ -11,6 +11,7 @@
 #include "lib/os/signals.h"
 #include "lib/progress.h"
 #include "lib/scope_value.h"
+#include "program/results_version.h"
 
 namespace latbox {
 namespace {
@@ -74,6 +75,7 @@ void forgetVectors(Lattice<T, F>& lattice) {
   lattice.emptyCollections();
   lattice.bestInhomogeneous.clear();
   lattice.bestSlack.clear();
+  ++resultsVersion();
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 
@@ -115,12 +116,21 @@ void writeReport(int signal, long long iterations) {
   writeAll(pieces, static_cast<int>(std::size(pieces)));
 }
 
+// The report must be the last that is printed: a solver that waits in the middle of a write, since nobody
+// reads the pipe, would go on behind it. Waits for that write, and keeps the stream. The handler never
+// interrupts a thread that has the stream itself.
+void takeOutput() {
+  flockfile(stdout);
+  fflush(stdout);
+}
+
 }  // namespace
 
 void signalReport(YLattice<dbl_t>& y, int signal) {
   if (reported.test_and_set()) return;
   setRunState(y, RUN_STOPPED);
   closeSignalHolds();
+  takeOutput();
   writeReport(signal, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
   _exit(0);
 }

@@ -16,6 +16,7 @@
 
 #include "heuristics/heuristic_vector.h"
 #include "lattice/coord_solver.h"
+#include "lattice/enumeration_tree.h"
 #include "lattice/stage.h"
 #include "lib/os/mutex_vars.h"
 #include "lib/set.h"
@@ -99,7 +100,9 @@ class Lattice : public Tessik<T>, public ParamOwner {
   Matrix<F> mu;  // rank x rank; mu[i][i] = 1, zero above the diagonal
   Vector<T> bNormSq;
   Vector<F> bstarSq;
-  long interval_tt = 100;  // adaptive swap budget of a sweep
+  long interval_tt = 100;     // adaptive swap budget of a sweep
+  long sweepSkipped = 0;      // positions that the last sweep left untested
+  bool sweepStopped = false;  // the last sweep ended by `btime` or by a step that gave up
   CoordSolver<T> coordSolver;
   Array<short> status;   // rank words; what is valid per row
   bool blended = false;  // STATUS_DEPENDENT survives invalidation while set
@@ -110,6 +113,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   Vector<T> enumCoeffs;
   F enumBound = F(0);
   Array<Stage<T, F>> stages;  // up to rank + 1 used
+  EnumerationTree<F> tree;    // the block's stages while its nodes are walked; scratch
   SortedSet<HeuristicVector<T, F>> homogeneousVectors;
   SortedSet<HeuristicVector<T, F>> inhomogeneousVectors;
   Vector<T> scaleFactor;  // weight per coordinate, all 1 after generation
@@ -176,6 +180,15 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void swapBase(long i, long j, bool keepStatus);
   long deepInsert(long k);
   void sortBasis(long m);  // rows 1..m (0: rank) ascending by squared length, heapsort
+
+  // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters
+  // the basis
+  int trivialInsert(const Vector<T>& x, long first, long last);
+  void insertCombination(Vector<T>& x, long first, long last);
+  void replaceCombination(Vector<T>& x, long first, long last, long pos);
+
+  // lattice/enumeration.cpp
+  void enumerate(const Vector<T>* target);
 
   // lattice/kernel.cpp
   SerializableArray<Matrix<T>> kernelReduce();
@@ -288,6 +301,25 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // mu row i from lqL, and its word.
   void takeFactorRow(long i, short bits);
   bool hasStatus(long i, short mask) const { return (status[i] & mask) == mask; }
+  // lattice/insertion.cpp
+  void exchangePositions(long i, long j);
+  void addRow(long i, const T& q, long j);
+  void reduceLeadingCoefficient(Vector<T>& x, long first, long top);
+  void combineIntoScratch(const Vector<T>& x, long first, long last);
+  void combineTransformation(const Vector<T>& x, long first, long last);
+  void replaceRow(const Vector<T>& x, long first, long last, long p);
+  // lattice/enumeration.cpp
+  struct Block;
+  void firstReduction();
+  void openBlock(Block& block);
+  void searchBlock(Block& block);
+  void writeBackStages(const Block& block);
+  void newMinimum(Block& block);
+  void insertFind(Block& block);
+  void repairAfterFind(Block& block);
+  void passBlock(Block& block);
+  void targetCoordinates(Vector<F>& out, const Vector<T>& target, long first, long last) const;
+  void composeAndCheck(const Vector<T>& coeffs, long first, long last);
 };
 
 // Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the

@@ -249,15 +249,21 @@ long Lattice<T, F>::lll(long k, long end, long m) {
   long low = k;
   if (end < k) {
     --interval_tt;
+    sweepSkipped = 0;
+    sweepStopped = false;
     return k;
   }
+  sweepStopped = false;
   while (pos <= end) {
     low = std::min(low, pos);
     if (hasStatus(pos, STATUS_SWEPT)) {
       ++pos;
       continue;
     }
-    if (!lllStep(pos, m, guarded) || clock.outOf(params.btime.get())) break;
+    if (!lllStep(pos, m, guarded) || clock.outOf(params.btime.get())) {
+      sweepStopped = true;
+      break;
+    }
     if (verb() > 1 && clock.statusDue()) {
       std::ostringstream line;
       line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";
@@ -272,6 +278,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
     ++count.steps;
     pos = lovaszMove(pos);
   }
+  sweepSkipped = count.skipped;
   count.adapt(interval_tt);
   // Positions that the loop left behind get size-reduced at least, after a time-out too.
   for (long p = pos; p <= end && lllStep(p, m, guarded); ++p) {

@@ -136,7 +136,9 @@ Matrix<T> Matrix<T>::operator*(const Matrix& B) const {
   if (N != B.M) fail("Matrix: dimension mismatch6");
   Matrix result(M, B.N);
   for (long i = 1; i <= M; ++i)
-    for (long k = 1; k <= N; ++k) result.data[i].addMultiple(data[i].data[k], B.data[k]);
+    for (long k = 1; k <= N; ++k)
+      // Transformations are sparse: a zero adds nothing, and skipping it keeps the order of the sums.
+      if (data[i].data[k] != T(0)) result.data[i].addMultiple(data[i].data[k], B.data[k]);
   return result;
 }
 

@@ -318,49 +318,6 @@ QQ abs(const QQ& x) {
   return r;
 }
 
-ZZ signedGanze(const QQ& x) {
-  return x.sign ? x.ganze : -x.ganze;
-}
-ZZ signedZaehler(const QQ& x) {
-  return x.sign ? x.zaehler : -x.zaehler;
-}
-QQ denominator(const QQ& x) {
-  return x.isInf ? qqOne() : QQ(x.nenner);
-}
-
-QQ ceil(const QQ& x) {
-  if (x.isInf) return x;
-  QQ r(signedGanze(x));
-  if (x.sign && !x.zaehler.isZero()) r += qqOne();
-  return r;
-}
-
-QQ floor(const QQ& x) {
-  if (x.isInf) return x;
-  QQ r(signedGanze(x));
-  if (!x.sign && !x.zaehler.isZero()) r -= qqOne();
-  return r;
-}
-
-QQ roundNearest(const QQ& x) {
-  if (x.isInf || x.isWhole()) return x;
-  return x > qqZero() ? floor(x + qqHalf()) : ceil(x - qqHalf());
-}
-
-void roundDigits(QQ& x, unsigned n) {
-  const long d = x.nenner.digits();
-  if (d <= static_cast<long>(n)) return;
-  const long k = d - static_cast<long>(n);
-  if (k < x.zaehler.digits()) {
-    x.zaehler.decimal_rshift(k);
-    x.nenner.decimal_rshift(k);
-    x.unreduced_ = true;
-  } else {
-    x.zaehler = ZZ(0);
-    x.nenner = ZZ(1);
-  }
-}
-
 const QQ& qqZero() {
   static const QQ value(0);
   return value;

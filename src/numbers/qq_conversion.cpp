@@ -135,6 +135,12 @@ dbl_t signedInfinity(bool nonNegative) {
 std::string decimalsByText(const QQ& x, long wholeDigits, bool strict) {
   ZZ w(x.zaehler), q(0), acc(0);
   long lead = -1, s = 0;
+  // As long as w has fewer digits than the denominator, the quotient is 0: these zeros are shifted at once.
+  const long zeros = x.nenner.digits() - w.digits() - 1;
+  if (!w.isZero() && zeros > 0) {
+    w.decimal_lshift(zeros);
+    lead += zeros;
+  }
   while (!w.isZero() && q.isZero()) {
     ++lead;
     w.decimal_lshift(1);

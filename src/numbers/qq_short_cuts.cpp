@@ -1,9 +1,9 @@
 // Short cuts of QQ for integers of any size, for parts of at most two limbs and for reduced fractions; the
-// last stand in qq_reduced.cpp. Each gives exactly the object
-// that the algorithm in qq.cpp gives, since canonical form is unique; the tests hold one against the other.
+// last stand in qq_reduced.cpp. Each gives exactly the object that the algorithm in qq.cpp gives, since
+// canonical form is unique; the tests hold one against the other.
 //
 // They are the rule and not the exception: most numbers of a run in extended precision are integers or small
-// fractions, and the general algorithms spend over ten times as long on these, most of it on divisions and
+// fractions, and the general algorithms take 5 to 50 times as long on these, most of it on divisions and
 // greatest common divisors that cancel nothing.
 #include <utility>
 
@@ -33,7 +33,7 @@ u64 gcdOfDenominators(u64 a, u64 b) {
   return a == 1 || b == 1 ? 1 : gcd64(a, b);
 }
 
-// 64-bit operands only if both fit: the 128-bit division costs several times as much.
+// 64-bit division where both fit: the 128-bit one is a library call.
 void divideWide(u128 a, u128 b, u128& quotient, u128& rest) {
   if ((a >> 64) == 0 && (b >> 64) == 0) {
     const u64 x = static_cast<u64>(a), y = static_cast<u64>(b);

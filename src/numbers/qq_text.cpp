@@ -16,10 +16,12 @@ namespace latbox {
 
 namespace {
 
-// An exponent of more digits of value, or of a finer root, is no number that a program holds; a solver that
-// computes on such an input for hours serves nobody.
-constexpr long MAX_EXPONENT = 100000;
-constexpr long MAX_EXPONENT_ROOT = 100;
+// What lies beyond these is no number that a program holds; a solver that computes for hours on such an input
+// serves nobody.
+constexpr std::size_t MAX_LENGTH = 100000;  // characters of a number
+constexpr long MAX_EXPONENT = 10000;
+constexpr long MAX_EXPONENT_ROOT = 20;  // denominator of a fractional exponent
+constexpr int MAX_EXPONENTS = 10;       // exponents of exponents
 
 // One level of a text with a separator: the sign, the integer text, the separator, and how many "0" stand
 // directly behind it. What follows is a number text of its own.
@@ -133,6 +135,7 @@ void parsePlain(QQ& q, std::string_view text) {
 }  // namespace
 
 void parse(QQ& q, const std::string& text) {
+  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
   if (text.find_first_of("eE") == std::string::npos)
     parsePlain(q, text);
   else
@@ -144,9 +147,11 @@ std::string expandExponent(const std::string& text) {
   std::string_view rest = withoutSpace(text);
   std::size_t at = rest.find_last_of("eE");
   if (at == std::string_view::npos) return text;
+  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
   QQ value, mantissa;
   parsePlain(value, rest.substr(at + 1));
-  for (;;) {
+  for (int exponents = 1;; ++exponents) {
+    if (exponents > MAX_EXPONENTS) fail("QQ: exponent out of range");
     if (!value.isInf && (abs(value) > QQ(MAX_EXPONENT) || value.nenner > ZZ(MAX_EXPONENT_ROOT)))
       fail("QQ: exponent out of range");
     rest = rest.substr(0, at);

@@ -9,9 +9,6 @@ namespace {
 
 constexpr u64 UBASE = static_cast<u64>(ZZ::BASE);
 
-// Above this product of lengths multiplication splits its operands.
-constexpr long SCHOOL_LIMIT = 200;
-
 const ZZ& zzZero() {
   static const ZZ zero(0);
   return zero;
@@ -176,105 +173,6 @@ long ZZ::compareMagnitudes(const ZZ& a, const ZZ& b) {
 
 void ZZ::clearNegativeZero() {
   if (isZero()) setSmall(0, true);
-}
-
-void ZZ::mul(const ZZ& a, const ZZ& b, ZZ& r) {
-  if (a.MN == 1 && b.MN == 1) {
-    const u64 product = static_cast<u64>(a.data[1]) * static_cast<u64>(b.data[1]);
-    r.setMagnitude(product, a.sign == b.sign);
-    return;
-  }
-  mulGeneral(a, b, r);
-}
-
-void ZZ::mulGeneral(const ZZ& a, const ZZ& b, ZZ& r) {
-  if (a.isZero() || b.isZero()) {
-    r.setSmall(0, true);
-    return;
-  }
-  if (&r == &a || &r == &b) {
-    ZZ product;
-    mulGeneral(a, b, product);
-    r = std::move(product);
-    return;
-  }
-  if (a.MN * b.MN > SCHOOL_LIMIT)
-    mulKaratsuba(a, b, r);
-  else
-    mulSchool(a, b, r);
-}
-
-// Column by column. A limb product is below 10^18, so one unsigned accumulator of 64 bits holds 18 of them
-// with the carry of the column before, and each column costs one division by BASE; a division per limb
-// product took four times as long at 100 digits. The school limit keeps the shorter operand below 15 limbs.
-void ZZ::mulSchool(const ZZ& a, const ZZ& b, ZZ& r) {
-  const ZZ& shorter = a.MN <= b.MN ? a : b;
-  const ZZ& longer = a.MN <= b.MN ? b : a;
-  const long n = shorter.MN, m = longer.MN;
-  r.Array::resize(n + m, false);
-  // The ends of the three ranges take the checked access; the loops below stay between them.
-  const long long* x = &shorter[1];
-  const long long* y = &longer[1];
-  long long* out = &r[1];
-  u64 accumulator = 0;
-  for (long column = 0; column < n + m - 1; ++column) {
-    const long from = std::max(0L, column - m + 1), to = std::min(column, n - 1);
-    for (long i = from; i <= to; ++i) accumulator += static_cast<u64>(x[i]) * static_cast<u64>(y[column - i]);
-    out[column] = static_cast<long long>(accumulator % UBASE);
-    accumulator /= UBASE;
-  }
-  out[n + m - 1] = static_cast<long long>(accumulator);
-  r.trim();
-  r.sign = a.sign == b.sign;
-}
-
-// The limbs above m, zero if there are none.
-ZZ ZZ::highPart(long m) const {
-  ZZ part;
-  if (MN <= m) return part;
-  part.Array::resize(MN - m, false);
-  std::copy(data + m + 1, data + MN + 1, part.data + 1);
-  part.trim();
-  part.sign = sign || part.isZero();
-  return part;
-}
-
-// The limbs 1 to m without leading zeros.
-ZZ ZZ::lowPart(long m) const {
-  ZZ part;
-  const long count = std::min(m, MN);
-  part.Array::resize(count, false);
-  std::copy(data + 1, data + count + 1, part.data + 1);
-  part.trim();
-  part.sign = sign || part.isZero();
-  return part;
-}
-
-void ZZ::prependLimbs(long count) {
-  const long old = MN;
-  if (isZero()) return;
-  Array::resize(old + count, false);
-  std::move_backward(data + 1, data + old + 1, data + old + count + 1);
-  std::fill(data + 1, data + count + 1, 0LL);
-}
-
-// The subtractive form: (a_hi - a_lo)(b_lo - b_hi) + a_hi b_hi + a_lo b_lo is the middle term.
-void ZZ::mulKaratsuba(const ZZ& a, const ZZ& b, ZZ& r) {
-  const long longer = std::max(a.MN, b.MN);
-  const long length = longer + (longer & 1), m = length / 2;
-  const ZZ aHigh = a.highPart(m), aLow = a.lowPart(m), bHigh = b.highPart(m), bLow = b.lowPart(m);
-  ZZ t1, t2, z0, z1, z2;
-  sub(aHigh, aLow, t1);
-  sub(bLow, bHigh, t2);
-  mul(t1, t2, z1);
-  mul(aHigh, bHigh, z2);
-  mul(aLow, bLow, z0);
-  add(z1, z2, z1);
-  add(z1, z0, z1);
-  z1.prependLimbs(m);
-  z2.prependLimbs(length);
-  add(z1, z2, r);
-  add(r, z0, r);
 }
 
 ZZ operator+(const ZZ& a, const ZZ& b) {

@@ -85,6 +85,12 @@ class ZZ : public Array<long long> {
     const u64 low = static_cast<u64>(data[1]);
     return MN == 1 ? low : low + static_cast<u64>(data[2]) * static_cast<u64>(BASE);
   }
+  // The magnitude, if it has at most four limbs (below 10^36).
+  u128 magnitude128() const {
+    u128 value = 0;
+    for (long i = MN; i >= 1; --i) value = value * static_cast<u64>(BASE) + static_cast<u64>(data[i]);
+    return value;
+  }
   // Sets the magnitude and the sign; zero gets `sign` true.
   void setMagnitude(u64 magnitude, bool nonNegative) {
     if (magnitude < static_cast<u64>(BASE))

@@ -11,13 +11,6 @@ namespace {
 
 constexpr long long BASE = ZZ::BASE;
 
-// Up to four limbs lie below 10^36 and fit 128 bits.
-u128 magnitude128(const ZZ& a) {
-  u128 value = 0;
-  for (long i = a.MN; i >= 1; --i) value = value * static_cast<u64>(BASE) + static_cast<u64>(a.data[i]);
-  return value;
-}
-
 // w = w - factor * y on the limbs 1 to y.MN + 1; returns true if the result is negative, in which case w
 // holds it modulo BASE^(y.MN + 1).
 bool subtractMultiple(ZZ& w, const ZZ& y, long long factor) {
@@ -84,7 +77,7 @@ void ZZ::div(const ZZ& a, const ZZ& b, ZZ& q, ZZ& rem) {
     q.setMagnitude(x / y, qSign);
     return;
   }
-  const u128 x = magnitude128(a), quotient = x / y;
+  const u128 x = a.magnitude128(), quotient = x / y;
   rest = static_cast<u64>(x - quotient * y);
   if (&q != &rem) rem.setMagnitude(rest, remSign);
   q.setMagnitude128(quotient, qSign);

@@ -3,7 +3,7 @@
 // Stein's binary algorithm on machine words at the end.
 //
 // The reduction of fractions spends its time here. Plain Euclid takes a long division per step, which made a
-// sum of fractions of 100 digits thirty times as slow.
+// sum of fractions of 100 digits sixteen times as slow.
 #include <bit>
 #include <utility>
 
@@ -15,7 +15,7 @@ namespace {
 
 constexpr u64 BASE = static_cast<u64>(ZZ::BASE);
 
-// Four limbs lie below 10^36 and fit 128 bits.
+// What fits ZZ::magnitude128.
 constexpr long WORD_LIMBS = 4;
 
 int trailingZeros(u64 x) {
@@ -52,12 +52,6 @@ u128 gcd128(u128 a, u128 b) {
 u128 leadingLimbs(const ZZ& a, long n) {
   u128 value = 0;
   for (long i = n; i > n - 3; --i) value = value * BASE + static_cast<u64>(i <= a.MN ? a[i] : 0);
-  return value;
-}
-
-u128 allLimbs(const ZZ& a) {
-  u128 value = 0;
-  for (long i = a.MN; i >= 1; --i) value = value * BASE + static_cast<u64>(a[i]);
   return value;
 }
 
@@ -131,7 +125,7 @@ ZZ gcd(const ZZ& a, const ZZ& b) {
       std::swap(x, y);
     }
   }
-  if (!y.isZero()) x.setMagnitude128(gcd128(allLimbs(x), allLimbs(y)), true);
+  if (!y.isZero()) x.setMagnitude128(gcd128(x.magnitude128(), y.magnitude128()), true);
   return x;
 }
 

@@ -81,13 +81,16 @@ template <class T>
 T digitScale(const T& digits) {
   if (isInfinite(digits) || !isInteger(digits) || digits > T(MAX_DIGITS))
     fail("dx has to be a whole number <= " + std::to_string(MAX_DIGITS) + " in each of its components");
-  return powerOfTen<T>(static_cast<long>(toDouble(digits)));
+  const T scale = powerOfTen<T>(static_cast<long>(toDouble(digits)));
+  // Infinities pass the gate, for bounds may be infinite; here it is the range of the type that ends.
+  if (isInfinite(scale)) throw PrecisionException("data overflow");
+  checkPrecision(scale, "data overflow");
+  return scale;
 }
 
 template <class T>
 void applyDigitsOf(Tessik<T>& p, long i) {
   const T s = digitScale(p.dx[i]);
-  checkPrecision(s, "data overflow");
   scale(p.rx[i], s, "rx overflow");
   scale(p.lx[i], s, "lx overflow");
   divideColumn(p.At, i, s);

@@ -2,6 +2,7 @@
 // run goes on from the reduced basis. Writer and reader agree item by item; the program itself stands in the
 // .opt file.
 #include <sstream>
+#include <tuple>
 
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
@@ -49,7 +50,7 @@ struct SavedLattice {
   Vector<T> lbnd, ubnd, c, lx, rx;
   T R;
   bool tu = false;
-  T ltu, rtu;
+  SerializablePair<T, T> lrtu;
   long seconds = 0;
 };
 
@@ -99,11 +100,6 @@ void readScale(std::istream& in, SavedLattice<T>& saved) {
   if (isInfinite(saved.R) || saved.R <= T(0)) fail("Vector: bad input");
 }
 
-void takeMark(std::istream& in, char mark) {
-  skipSpaceAndComments(in);
-  if (takeCharacter(in) != mark) fail("Vector: bad input");
-}
-
 template <class T>
 void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   saved.lx.read(in);
@@ -113,13 +109,12 @@ void readProgramBounds(std::istream& in, SavedLattice<T>& saved) {
   const long tu = takeInteger(in);
   if (tu != 0 && tu != 1) fail("Vector: bad input");
   saved.tu = tu == 1;
-  takeMark(in, '(');
-  saved.ltu = takeNumber<T>(in);
-  takeMark(in, ',');
-  saved.rtu = takeNumber<T>(in);
-  takeMark(in, ')');
-  if (saved.tu && (isInfinite(saved.ltu) || isInfinite(saved.rtu) || saved.ltu > saved.rtu))
-    fail("Vector: bad input");
+  saved.lrtu.read(in);
+  if (in.fail()) fail("Vector: bad input");
+  precisionCheck(saved.lrtu.left);
+  precisionCheck(saved.lrtu.right);
+  const auto& [ltu, rtu] = std::tie(saved.lrtu.left, saved.lrtu.right);
+  if (saved.tu && (isInfinite(ltu) || isInfinite(rtu) || ltu > rtu)) fail("Vector: bad input");
 }
 
 template <class T>
@@ -144,12 +139,12 @@ void prepareWith(Lattice<T, F>& l, const SavedLattice<T>& saved) {
   if (saved.lx.MN != program.n() || saved.rx.MN != program.n())
     fail("The dimensions of the solution properties (lx, rx, dx) differ (" + std::to_string(saved.lx.MN) +
          ", " + std::to_string(saved.rx.MN) + ", " + std::to_string(program.dx.MN) + ")");
+  // A target coordinate of a program without targets.
+  if (saved.tu && program.At.M == 0) fail("check vector dimensions are incorrect");
   l.generatedLx = program.lx = saved.lx;
   l.generatedRx = program.rx = saved.rx;
   program.tu = saved.tu;
-  program.ltu() = saved.ltu;
-  program.rtu() = saved.rtu;
-  l.generatedLrtu = program.lrtu;
+  l.generatedLrtu = program.lrtu = saved.lrtu;
   l.prepare(false, true);
   l.generatedTu = l.tu;
   // A basis of another program would send the maps between the two out of range.

@@ -165,13 +165,23 @@ void skipSeparator(std::istream& in) {
   if (nextCharacter(in) == '|') takeCharacter(in);
 }
 
+// An empty field is an empty vector; anything else than a vector is damage, or a file of another kind would
+// pass for stars and be overwritten.
+template <class T>
+void readVector(std::istream& in, Vector<T>& v) {
+  skipSpaceAndComments(in);
+  const int next = nextCharacter(in);
+  if (next != '[' && next != '|') fail("Vector: bad input");
+  v.Vector<T>::read(in);
+}
+
 template <class T>
 void readStar(std::istream& in, Star<T>& star) {
-  star.Vector<T>::read(in);
+  readVector<T>(in, star);
   skipSeparator(in);
   star.targetNorm = takeNumber<T>(in);
   skipSeparator(in);
-  star.targetValues.read(in);
+  readVector(in, star.targetValues);
   skipSeparator(in);
   star.slackNorm = takeNumber<T>(in);
   skipSeparator(in);

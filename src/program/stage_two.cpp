@@ -8,11 +8,13 @@ namespace latbox {
 
 namespace {
 
-// side -= row t.
+// side -= row t. Each partial sum is tested: large ones that cancel would lose digits unnoticed.
 template <class T>
 void shift(T& side, const Vector<T>& row, const Vector<T>& t, const char* message) {
-  side -= row * t;
-  checkPrecision(side, message);
+  for (long j = 1; j <= t.MN; ++j) {
+    side -= row[j] * t[j];
+    checkPrecision(side, message);
+  }
 }
 
 template <class T>

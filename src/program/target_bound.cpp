@@ -21,10 +21,22 @@ bool lowerBound(Tessik<T>& p, const T& v) {
   return true;
 }
 
+// At x, with each partial sum tested: large ones that cancel would lose digits unnoticed.
+template <class T>
+Vector<T> targetValues(const Tessik<T>& p, const Vector<T>& x) {
+  Vector<T> t = Vector<T>::zeros(p.At.M);
+  for (long i = 1; i <= p.At.M; ++i)
+    for (long j = 1; j <= x.MN; ++j) {
+      t[i] += p.At[i][j] * x[j];
+      checkPrecision(t[i], "sum overflow");
+    }
+  return t;
+}
+
 template <class T>
 void boundByCorner(Tessik<T>& p, const Vector<T>& x) {
   if (isInfinite(p.maxNorm(x))) return;
-  const T w = p.targetNorm(p.At * x);
+  const T w = p.targetNorm(targetValues(p, x));
   lowerBound(p, lowerTarget(p, w));
   if (!p.tu && (isPlusInfinity(p.rtu()) || w > p.rtu())) p.rtu() = w;
 }

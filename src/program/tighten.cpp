@@ -17,7 +17,7 @@ struct Interval {
 };
 
 template <class T>
-void addBounded(T& sum, const T& a, const T& bound) {
+void growSum(T& sum, const T& a, const T& bound) {
   sum += a * bound;
   checkPrecision(sum, "llu overflow");
 }
@@ -29,8 +29,8 @@ Interval<T> rangeOf(const Vector<T>& row, const Vector<T>& lx, const Vector<T>& 
   for (long j = 1; j <= row.MN; ++j) {
     const int sign = signOf(row[j]);
     if (sign == 0) continue;
-    addBounded(range.low, row[j], sign < 0 ? rx[j] : lx[j]);
-    addBounded(range.high, row[j], sign < 0 ? lx[j] : rx[j]);
+    growSum(range.low, row[j], sign < 0 ? rx[j] : lx[j]);
+    growSum(range.high, row[j], sign < 0 ? lx[j] : rx[j]);
   }
   return range;
 }

@@ -141,6 +141,23 @@ TEST(ReadFiles, ALatFileOfTheSameAgeIsRead) {
   EXPECT_EQ(folder.read("small.lat"), saved);
 }
 
+// Once a finite bound on the target could not be read back: its comma was taken for a part of the number.
+TEST(ReadFiles, ALatFileWithABoundedTargetIsReadBack) {
+  const TemporaryFolder folder;
+  folder.write(
+      "bounded.opt",
+      "[ -inf ] = [ 5 ]\n[ [ 1 1 ] ]\n[ ]\n[ ]\n[ [ 1 2 ] ]\n[ 1 ]\n[ 3 ]\n[ 0 0 ]\n[ 0 0 ]\n[ 4 4 ]\n");
+  YLattice<dbl_t> first;
+  readFiles(first, folder.path("bounded"));
+  ASSERT_TRUE(first.standard.program.tu);
+  setAge(folder.path("bounded.opt"), 2000);
+  YLattice<dbl_t> second;
+  readFiles(second, folder.path("bounded"));
+  EXPECT_EQ(second.standard.B, first.standard.B);
+  EXPECT_EQ(second.standard.program.ltu(), first.standard.program.ltu());
+  EXPECT_EQ(second.standard.program.rtu(), first.standard.program.rtu());
+}
+
 TEST(ReadFiles, ABenchmarkRunReadsNeitherLatNorSol) {
   const TemporaryFolder folder;
   folder.write("small.opt", SMALL_PROGRAM);

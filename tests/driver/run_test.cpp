@@ -43,10 +43,11 @@ TEST(Iterate, LeavesWhenAnotherInputIsAskedFor) {
   EXPECT_EQ(statisticsStandard().iterations, 1);
 }
 
-TEST(ReduceFully, IsRepeatedUntilNothingWasSkipped) {
+TEST(FirstReduction, IsRepeatedUntilNothingWasSkipped) {
   SmallRun run;
   run.y.standard.interval_tt = 1;
-  reduceFully(run.y.standard);
+  run.y.standard.params.beta.set(2);
+  run.y.standard.enumerate(nullptr);
   const Matrix<dbl_t> reduced = run.y.standard.B;
   const long budget = run.y.standard.interval_tt;
   run.y.standard.lll(1, 0, 0);

@@ -1,9 +1,12 @@
 #include "driver/signals.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <iostream>
 #include <thread>
 
 #include "driver/report.h"
@@ -159,6 +162,50 @@ TEST(FinalReportDeathTest, LongRunningTime) {
       },
       ::testing::ExitedWithCode(0),
       "time: 1:01:01 hour\\(s\\):min\\(s\\):sec\\(s\\) == 3661 secs -- Program end\n$");
+}
+
+// What the child of the test below does: a solver that nobody reads from, and the end of its run.
+[[noreturn]] void endWithFullPipe(const int (&output)[2], int ready) {
+  dup2(output[1], STDOUT_FILENO);
+  blockTermination();
+  YLattice<dbl_t> y;
+  const SignalHandlers handlers(y);
+  std::thread solver([] {
+    for (;;) std::cout << std::string(10000, 'x') << std::flush;
+  });
+  for (pollfd pipeEnd{output[1], POLLOUT, 0}; poll(&pipeEnd, 1, 0) > 0;) std::this_thread::yield();
+  if (write(ready, "r", 1) != 1) _exit(5);
+  y.standard.terminateRun();
+  _exit(6);
+}
+
+std::string readToTheEnd(int file) {
+  std::string text;
+  char block[4096];
+  for (ssize_t count; (count = read(file, block, sizeof block)) > 0;)
+    text.append(block, static_cast<std::size_t>(count));
+  return text;
+}
+
+// Once the solver's output went on behind the report, or into it, when it had been waiting for its reader.
+TEST(FinalReport, IsTheLastThatIsPrinted) {
+  int output[2], ready[2];
+  ASSERT_EQ(pipe(output), 0);
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) endWithFullPipe(output, ready[1]);
+  close(output[1]);
+  char mark;
+  ASSERT_EQ(read(ready[0], &mark, 1), 1);
+  const std::string text = readToTheEnd(output[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  const std::size_t report = text.find_first_not_of('x');
+  ASSERT_NE(report, std::string::npos);
+  EXPECT_TRUE(text.substr(report).starts_with("\nGot signal: Terminated\n"));
+  EXPECT_TRUE(text.ends_with(" -- Program end\n"));
+  for (const int file : {output[0], ready[0], ready[1]}) close(file);
 }
 
 TEST(SignalHandlers, PreviousOnesComeBack) {

@@ -2,6 +2,7 @@
 
 import os
 import pty
+import re
 import signal
 import subprocess
 import time
@@ -55,6 +56,14 @@ class PipeTest(harness.Case):
         out = session.ask("HELP\n", r"  --help \| Display this help information\. \[ Default: 0 \]\n")
         session.wait_for(r"  --tnorm \| [^\n]+ \[ Default: -inf \]\n\n", after=out)
 
+    def test_a_value_that_is_no_number_does_not_end_the_run(self):
+        session = self.running_session()
+        for value in ("x", "", "1/0", "5.", "1:7/3", "ix", "1e999999999", "9" * 100000, "inf", "-inf"):
+            for key in ("snorm", "tnorm", "beta", "bench", "pair"):
+                session.ask("SET %s=%s\n" % (key, value), "> Setting: %s = %s\n" % (key, re.escape(value)))
+        session.ask("STATUS\n", MARK + "running\n")
+        self.assertEqual(session.err, "")
+
     def test_unknown_keys(self):
         session = self.running_session()
         session.ask("SET a=b=c\n", r"\n\*\*\* No such setting: a=b\n", "err")
@@ -71,10 +80,16 @@ class PipeTest(harness.Case):
         session.ask("SET verb=0\n", "> Setting: verb = 0\n")
 
     def test_a_set_limit_ends_the_run(self):
-        session = self.running_session()
-        session.ask("SET sol=1\n", "> Setting: sol = 1\n")
+        session = self.running_session("--verb=1")
+        session.ask("STOP\n", MARK + "stopped\n")
+        self.wait_for_silence(session)
+        last = int(re.findall(r"Total iterations: (\d+)\n", session.out)[-1])
+        # The iteration that found the stop counts, and no step of it ran; so the next to report is the one behind it.
+        session.ask("SET iters=%d\n" % (last + 2), "> Setting: iters = ")
+        session.ask("RUN\n", MARK + "running\n")
         self.assertEqual(session.wait(), 0)
-        self.assertIn("\nGot signal: Terminated\n", session.out)
+        reported = [int(number) for number in re.findall(r"Total iterations: (\d+)\n", session.out)]
+        self.assertEqual(reported[reported.index(last):], [last, last + 2, last + 2])
 
     def test_stop_stops_and_run_goes_on(self):
         session = self.running_session("--verb=1")

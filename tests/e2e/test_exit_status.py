@@ -119,6 +119,17 @@ class RefusedTest(harness.Case):
         self.assertRegex(result.out, r"\A" + BANNER + r"\Z")
 
 
+    def test_numbers_that_cannot_be(self):
+        for argument, message in (("--tnorm=1/0", "QQ: division by zero1"), ("--snorm=5.", "QQ: parse error1"),
+                                  ("--snorm=1:7/3", "QQ: malformed number2")):
+            self.assert_fails(self.run_solver(argument), message)
+
+    def test_absurd_values_end_at_once(self):
+        for argument in ("--snorm=1e999999999", "--tnorm=1e-999999999", "--snorm=" + "9" * 50000, "--beta=" + "9" * 50000,
+                         "--bench=1e999999999"):
+            self.assertIn(self.run_solver(argument, limit=10).status, (0, 1), argument)
+
+
 class EndTest(harness.Case):
     def setUp(self):
         super().setUp()
@@ -150,7 +161,7 @@ class EndTest(harness.Case):
         result = self.run_solver("--iters=2", "prog.opt")
         self.assert_ends_well(result)
         self.assertFalse(self.exists("prog.sol"))
-        self.assertRegex(result.out, r"\A" + BANNER + REPORT % ("", "2"))
+        self.assertRegex(result.out, r"\A" + BANNER + r"\n" + REPORT % ("", "2"))
 
     def test_end_by_time(self):
         self.write("prog.opt", programs.ENDLESS)

@@ -84,6 +84,15 @@ class ResumeTest(harness.Case):
             for name in ("prog.sol", "prog.lat"):
                 os.remove(self.path(name))
 
+    def test_a_lattice_with_a_bounded_target_is_read_again(self):
+        # Symptom: "QQ: parse error1" on the second run, for the comma behind the first bound was read into the number.
+        self.write("prog.opt", programs.TARGET)
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=3", "prog.opt"))
+        self.assertRegex(self.read("prog.lat"), r"\n1\n\(-\d+, \d+\)\n")
+        result = self.run_solver("--sol=0", "--iters=3", "--verb=2", "prog.opt")
+        self.assert_ends_well(result)
+        self.assertIn("-> Reading lat file ...", result.out)
+
     def test_a_benchmark_run_reads_no_solutions(self):
         self.write("prog.opt", programs.SMALL)
         self.write("prog.sol", "[ 1 1 ] | 0 | [ ] | 0 | 4711 | p | 2.2.2\n")

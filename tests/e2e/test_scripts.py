@@ -60,9 +60,12 @@ class ScriptTest(harness.Case):
         self.assertIn("\nGot signal: Interrupt\n", session.out)
 
     def test_two_starts_at_once(self):
-        sessions = [harness.Session([script(), "--iters=0", "../prog.opt"], self.path("deep")) for _ in range(3)]
-        for session in sessions:
-            self.addCleanup(session.close)
+        sessions = []
+        for number in range(3):
+            name = "prog%d.opt" % number
+            self.write(name, programs.SMALL)
+            sessions.append(harness.Session([script(), "--iters=0", "../" + name], self.path("deep")))
+            self.addCleanup(sessions[-1].close)
         self.assertEqual([session.wait() for session in sessions], [0, 0, 0])
 
 

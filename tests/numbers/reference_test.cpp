@@ -201,6 +201,32 @@ TEST(Reference, Gcd) {
   }
 }
 
+// What the leading limbs tell least about: quotients of 1 throughout, leading limbs that agree, quotients of
+// many limbs, powers of the base.
+TEST(Reference, GcdAtTheEdges) {
+  Source source(20);
+  ZZ previous(1), fibonacci(1);
+  for (int i = 0; i < 2000; ++i) {
+    const ZZ next = previous + fibonacci;
+    previous = fibonacci;
+    fibonacci = next;
+    EXPECT_EQ(gcd(previous, fibonacci).to_string(), "1");
+    const ZZ factor = source.positive(60);
+    const ZZ pairs[][2] = {{previous * factor, fibonacci * factor},
+                           {fibonacci * factor + ZZ(1), fibonacci * factor},
+                           {fibonacci * factor + ZZ(2), fibonacci * factor},
+                           {ZZ(10) ^ ZZ(i % 200), factor},
+                           {(ZZ(10) ^ ZZ(i % 200)) - ZZ(1), (ZZ(10) ^ ZZ(i % 77)) - ZZ(1)},
+                           {fibonacci, factor}};
+    for (const auto& [a, b] : pairs) {
+      Mpz x(a), y(b), expected;
+      mpz_gcd(expected.value, x.value, y.value);
+      ASSERT_EQ(gcd(a, b).to_string(), expected.text()) << a << " and " << b;
+      ASSERT_EQ(gcd(b, a).to_string(), expected.text()) << a << " and " << b;
+    }
+  }
+}
+
 TEST(Reference, Power) {
   Source source(9);
   for (int i = 0; i < CASES; ++i) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "lib/elimination.h"
+#include "support/failure.h"
 #include "support/program.h"
 
 namespace latbox {
@@ -83,6 +84,12 @@ TEST(DependentRowsExact, NearlyDependentIsIndependent) {
             "[ 100000000000000000000 1 ][ 100000000000000000001 1 ]");
   EXPECT_EQ(reduced<dbl_t>("[[999999999 1000000000][999999998 999999999]]"),
             "[ 999999999 1000000000 ][ 999999998 999999999 ]");
+}
+
+// No prime has a residue for it.
+TYPED_TEST(DependentRows, AnInfiniteEntryHasNoCoordinates) {
+  Matrix<TypeParam> M("[[1 2][1 inf]]");
+  EXPECT_FAILURE(eliminateDependentRows(M), "Coordinates of dependent row could not be computed!");
 }
 
 TEST(DependentRowsPrecision, OverflowAsksForExactNumbers) {

@@ -218,6 +218,15 @@ TEST(StageOnePrecision, TheCombinedTargetAsksForExactNumbers) {
   EXPECT_EQ(shown(q.atu), "[ 1200000000 ]");
 }
 
+TEST(StageOnePrecision, CornersAskForExactNumbersEvenWhereTheirSumIsSmall) {
+  const char* const text = "[-inf][[4 -4]][][][][][][0 0][-300000000 -300000000][1 1]";
+  Tessik<dbl_t> p = programOf<dbl_t>(text);
+  testing::expectPrecisionException([&p] { p.boundTargetByVariables(); }, "sum overflow");
+  Tessik<QQ> q = programOf<QQ>(text);
+  q.boundTargetByVariables();
+  EXPECT_EQ(shown(q.lrtu), "0 .. 0");
+}
+
 // The small example of the manual: a minimised target beside a half-infinite inequation.
 TYPED_TEST(StageOne, SlacksPadTheTargets) {
   using T = TypeParam;

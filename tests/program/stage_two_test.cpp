@@ -130,6 +130,8 @@ TEST(StageTwoExact, ManyDigitsAreExact) {
 TEST(StageTwoPrecision, DigitsThatCostPrecisionAreNoticed) {
   Tessik<dbl_t> many = programOf<dbl_t>("[][][[1]][1][][][][10][0][1]");
   expectPrecisionException([&many] { many.applyDigits(); }, "data overflow");
+  Tessik<dbl_t> beyondRange = programOf<dbl_t>("[][][[1]][1][][][][5000][0][1]");
+  expectPrecisionException([&beyondRange] { beyondRange.applyDigits(); }, "data overflow");
   Tessik<dbl_t> upper = programOf<dbl_t>("[][][[1000]][1][][][][6][0][10000]");
   expectPrecisionException([&upper] { upper.applyDigits(); }, "rx overflow");
   Tessik<dbl_t> lower = programOf<dbl_t>("[][][[1000]][1][][][][6][-10000][1]");
@@ -373,6 +375,8 @@ TEST(StageTwoPrecision, TightenAndTranslateOverflowByName) {
   expect("[][][][][[1]][900000000][1900000001][0][900000000][900000001]", "this->ru overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "ltu overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "rtu overflow");
+  // The sum is small, its parts are not.
+  expect("[][][[2 -2]][0][][][][0 0][900000000 900000000][900000001 900000001]", "this->bg overflow");
 }
 
 // The whole of stage two on the two-variable example, after stage one.

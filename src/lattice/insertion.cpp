@@ -1,0 +1,185 @@
+// A vector known as an integer combination of basis vectors enters the basis by unimodular steps alone.
+#include <iostream>
+
+#include "driver/statistics.h"
+#include "lattice/lattice.h"
+#include "lattice/row_operation.h"
+#include "lib/elimination.h"
+#include "lib/failure.h"
+#include "numbers/number.h"
+
+namespace latbox {
+namespace {
+
+// Position of the only non-zero coefficient, 0 if all are zero, -1 if there are more.
+template <class T>
+long onlyPosition(const Vector<T>& x, long first, long last) {
+  long position = 0;
+  for (long i = first; i <= last; ++i) {
+    if (isExactZero(x[i])) continue;
+    if (position != 0) return -1;
+    position = i;
+  }
+  return position;
+}
+
+// Divides the coefficients first..top by their greatest common divisor, so that a multiple of a primitive
+// vector inserts the primitive vector.
+template <class T>
+void makePrimitive(Vector<T>& x, long first, long top) {
+  T g = abs(x[top]);
+  for (long i = top - 1; i >= first; --i) {
+    if (!isExactZero(x[i])) g = gcd(g, x[i]);
+  }
+  if (g == T(1)) return;
+  for (long i = first; i <= top; ++i) x[i] /= g;
+}
+
+template <class T>
+bool isUnit(const T& x) {
+  return abs(x) == T(1);
+}
+
+}  // namespace
+
+template <class T, class F>
+int Lattice<T, F>::trivialInsert(const Vector<T>& x, long first, long last) {
+  const long p = onlyPosition(x, first, last);
+  if (p < 0) return 0;
+  if (p == 0) {
+    if (rankOf(B) != rank) fail("lattice rank is too small!");
+    return 0;
+  }
+  // A multiple lies in the lattice, but the basis vector is shorter.
+  if (abs(x[p]) > T(1)) return -1;
+  for (long t = p; t >= first + 1; --t) swapBase(t - 1, t, first + 1 < t);
+  ++statisticsOf<T>().basisSubstitutionsTrivial;
+  return 1;
+}
+
+// Exchanges two positions with all that belongs to them and leaves `status` of the others alone.
+template <class T, class F>
+void Lattice<T, F>::exchangePositions(long i, long j) {
+  B.swapRows(i, j);
+  if (consistencyOn()) TT[TT.MN].swapRows(i, j);
+  std::swap(enumCoeffs[i], enumCoeffs[j]);
+  stages[i].swap(stages[j]);
+  std::swap(status[i], status[j]);
+  coordSolver.dropCurrent();
+}
+
+// b_i += q * b_j, recorded in TT.
+template <class T, class F>
+void Lattice<T, F>::addRow(long i, const T& q, long j) {
+  subtractMultiple(B.rows[i], T(-q), B.rows[j]);
+  if (consistencyOn()) subtractMultiple(TT[TT.MN].rows[i], T(-q), TT[TT.MN].rows[j]);
+}
+
+// Euclid's algorithm on the coefficients, carried out on the basis: ends with x[top] = +-1 and the same
+// vector.
+template <class T, class F>
+void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top) {
+  const bool exchanged = &x == &enumCoeffs;
+  long i = top - 1;
+  while (abs(x[top]) > T(1)) {
+    while (i > first && isExactZero(x[i])) --i;
+    if (i < first || isExactZero(x[i])) {
+      x.print(first, top);
+      fail("basis can't divide by zero!");
+    }
+    const T q = roundNearest(T(x[top] / x[i]));
+    const T a = x[i];
+    x[i] = x[top] - q * a;
+    checkPrecision(x[i], "coefficient overflow");
+    x[top] = a;
+    // The exchange of positions below exchanges the entries of enumCoeffs once more.
+    if (exchanged) x.swap(top, i);
+    exchangePositions(top, i);
+    addRow(top, q, i);
+  }
+}
+
+// Row 0 of B, and of the transformation, := the combination. The coefficients are those of positions
+// first..last.
+template <class T, class F>
+void Lattice<T, F>::combineIntoScratch(const Vector<T>& x, long first, long last) {
+  Vector<T>& row = B.rows[0];
+  row.resize(dim, false);
+  row.setZero();
+  for (long i = first; i <= last; ++i) {
+    if (!isExactZero(x[i])) subtractMultiple(row, T(-x[i]), B.rows[i]);
+  }
+}
+
+template <class T, class F>
+void Lattice<T, F>::combineTransformation(const Vector<T>& x, long first, long last) {
+  Matrix<T>& transformation = TT[TT.MN];
+  Vector<T>& row = transformation.rows[0];
+  row.resize(transformation.N, false);
+  row.setZero();
+  for (long i = first; i <= last; ++i) {
+    if (!isExactZero(x[i])) row.addMultiple(x[i], transformation.rows[i]);
+  }
+}
+
+template <class T, class F>
+void Lattice<T, F>::insertCombination(Vector<T>& x, long first, long last) {
+  long top = last;
+  while (top > first && isExactZero(x[top])) --top;
+  makePrimitive(x, first, top);
+  reduceLeadingCoefficient(x, first, top);
+  combineIntoScratch(x, first, top);
+  bool zero = true;
+  for (long p = 1; p <= dim && zero; ++p) zero = isZero(B.rows[0].data[p]);
+  if (zero) fail("basis can't insert the zero vector!");
+  checkSolution(Vector<T>(B.rows[0]), true, NOW, false, Membership::byConstruction);
+  if (consistencyOn()) combineTransformation(x, first, top);
+  // The row at `top`, whose coefficient is a unit and which the new vector replaces, arrives at `first`.
+  for (long t = top; t >= first + 1; --t) exchangePositions(t, t - 1);
+  // Row 0 moves in; since the lower index of the exchange is 0, all of `status` is cleared.
+  swapBase(first, 0, false);
+}
+
+// b_p := the combination, whose coefficient at p is a unit.
+template <class T, class F>
+void Lattice<T, F>::replaceRow(const Vector<T>& x, long first, long last, long p) {
+  if (x[p] == T(-1)) {
+    B.rows[p] *= T(-1);
+    if (consistencyOn()) TT[TT.MN].rows[p] *= T(-1);
+  }
+  for (long i = first; i <= last; ++i) {
+    if (i != p && !isExactZero(x[i])) addRow(p, x[i], i);
+  }
+  invalidateFrom(p);
+}
+
+template <class T, class F>
+void Lattice<T, F>::replaceCombination(Vector<T>& x, long first, long last, long pos) {
+  long p = last;
+  while (p >= first && !isUnit(x[p])) --p;
+  const int trivial = trivialInsert(x, first, last);
+  if (p < first) {
+    if (trivial == 0) {
+      insertCombination(x, first, last);
+      ++statisticsOf<T>().nontrivialBasisExtensions;
+    }
+    for (long t = first; t < pos; ++t) swapBase(t, t + 1, first < t);
+    return;
+  }
+  if (trivial != 0) return;
+  replaceRow(x, first, last, p);
+  for (long t = p; t < pos; ++t) swapBase(t, t + 1, t > p);
+  for (long t = p; t >= pos + 1; --t) swapBase(t, t - 1, pos + 1 < t);
+  coordSolver.dropCurrent();
+  ++statisticsOf<T>().basisSubstitutionsNontrivial;
+}
+
+#define LATBOX_INSTANTIATE(T)                                                        \
+  template int Lattice<T, dbl_t>::trivialInsert(const Vector<T>&, long, long);       \
+  template void Lattice<T, dbl_t>::insertCombination(Vector<T>&, long, long);        \
+  template void Lattice<T, dbl_t>::replaceCombination(Vector<T>&, long, long, long); \
+  template void Lattice<T, dbl_t>::combineIntoScratch(const Vector<T>&, long, long);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox

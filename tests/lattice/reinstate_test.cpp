@@ -1,0 +1,130 @@
+#include "driver/statistics.h"
+#include "lib/exceptions.h"
+#include "support/failure.h"
+#include "support/lattice.h"
+
+namespace latbox {
+namespace {
+
+using testing::latticeOf;
+using testing::latticeVector;
+using testing::shown;
+
+template <class T>
+class Reinstate : public ::testing::Test {
+ protected:
+  using L = Lattice<T, dbl_t>;
+  using Collection = SortedSet<HeuristicVector<T, dbl_t>>;
+
+  void SetUp() override { statisticsOf<T>() = Statistics(); }
+
+  static Star<T> star(const Vector<T>& v, long time) {
+    Star<T> s;
+    s = v;
+    s.secondsUntilDiscovered = time;
+    return s;
+  }
+  static void reinstate(L& l, const std::vector<Star<T>>& vectors, int mode) {
+    l.reinstate(ConversionArray<Star<T>>(), vectors, Collection(), Collection(), mode);
+  }
+};
+using NumberTypes = ::testing::Types<dbl_t, QQ>;
+TYPED_TEST_SUITE(Reinstate, NumberTypes);
+
+TYPED_TEST(Reinstate, RecordsAreAppendedFieldByField) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL);
+  ConversionArray<Star<T>> records;
+  Star<T> s = this->star(Vector<T>("[ 2 1 ]"), 8);
+  s.parameters = "--a=1";
+  s.version = "1.0";
+  s.targetNorm = T(4);
+  records.append(s);
+  l->reinstate(records, {}, typename TestFixture::Collection(), typename TestFixture::Collection(), 3);
+  ASSERT_EQ(l->program.stars.MN, 1);
+  const Star<T>& kept = l->program.stars[1];
+  EXPECT_EQ(shown<T>(kept), "[ 2 1 ]");
+  EXPECT_EQ(kept.secondsUntilDiscovered, 8);
+  EXPECT_EQ(kept.parameters, "--a=1");
+  EXPECT_EQ(kept.version, "1.0");
+  EXPECT_EQ(kept.targetNorm, T(4));
+  EXPECT_EQ(l->solutions.MN, 0);
+}
+
+TYPED_TEST(Reinstate, ProgramCoordinates) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL);
+  l->setScale(1, T(3));
+  this->reinstate(*l, {this->star(Vector<T>("[ 2 1 ]"), 0), this->star(Vector<T>("[ 1 1 ]"), -1)}, 3);
+  ASSERT_EQ(l->solutions.MN, 2);
+  EXPECT_EQ(shown<T>(l->solutions[1]), "[ 4 0 -2 1 ]");
+  EXPECT_EQ(l->solutions[1].secondsUntilDiscovered, 0);
+  EXPECT_EQ(l->solutions[2].secondsUntilDiscovered, -1);
+}
+
+TYPED_TEST(Reinstate, CoefficientsOfTheBasis) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL);
+  l->setScale(2, T(4));
+  this->reinstate(*l, {this->star(Vector<T>("[ 1 2 1 ]"), 5), this->star(Vector<T>("[ 1 1 ]"), 6)}, 2);
+  ASSERT_EQ(l->solutions.MN, 2);
+  EXPECT_EQ(shown<T>(l->solutions[1]), shown(latticeVector(*l, "[ 2 1 ]")));
+  EXPECT_EQ(shown<T>(l->solutions[2]), shown(latticeVector(*l, "[ 1 0 ]")));
+}
+
+TYPED_TEST(Reinstate, VectorsAsTheyAre) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL);
+  this->reinstate(*l, {this->star(Vector<T>("[ 0 -2 -2 1 ]"), 5)}, 1);
+  EXPECT_EQ(l->solutions.MN, 1);
+}
+
+// What does not fit the lattice any more is dropped without a word.
+TYPED_TEST(Reinstate, VectorsThatDoNotFit) {
+  using T = TypeParam;
+  auto l = latticeOf<T>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 3 ] [ inf ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
+  this->reinstate(*l,
+                  {this->star(Vector<T>("[ 1 1 ]"), 5), this->star(Vector<T>("[ 1 1 1 ]"), 5),
+                   this->star(Vector<T>("[ 9 9 ]"), 5), this->star(Vector<T>("[ 2 2 ]"), 5)},
+                  3);
+  EXPECT_EQ(l->solutions.MN, 1);
+  this->reinstate(*l, {this->star(Vector<T>("[ 1 1 ]"), 5)}, 1);
+  EXPECT_EQ(l->solutions.MN, 1);
+}
+
+TYPED_TEST(Reinstate, NothingCountsAsAFind) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL_TARGET);
+  this->reinstate(*l, {this->star(Vector<T>("[ 2 1 ]"), 5)}, 3);
+  EXPECT_EQ(l->bestSlack.targetNorm, T(1));
+  EXPECT_EQ(l->bestSlack.secondsUntilDiscovered, 5);
+  EXPECT_EQ(statisticsOf<T>().targetImprovements, 0);
+  EXPECT_EQ(statisticsOf<T>().solutionsFound, 0);
+  EXPECT_FALSE(statisticsOf<T>().reinserting);
+}
+
+TYPED_TEST(Reinstate, FlagComesBackWhenAnExceptionFlies) {
+  using T = TypeParam;
+  auto l = latticeOf<T>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
+  l->params.sol.set(0);
+  l->finishEnabled = true;
+  EXPECT_THROW(this->reinstate(*l, {this->star(Vector<T>("[ 1 2 ]"), 5)}, 3), RestartException);
+  EXPECT_FALSE(statisticsOf<T>().reinserting);
+}
+
+// A solution survives the regeneration of its lattice, with its time.
+TYPED_TEST(Reinstate, RegeneratedLatticeRemembers) {
+  using T = TypeParam;
+  auto l = latticeOf<T>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
+  l->params.sol.set(0);
+  l->checkSolution(latticeVector(*l, "[ 1 2 ]"), foundAfter(4), false);
+  l->checkSolution(latticeVector(*l, "[ 1 1 ]"), foundAfter(6), false);
+  l->regenerateLattice();
+  ASSERT_EQ(l->solutions.MN, 2);
+  EXPECT_EQ(l->solutions[1].secondsUntilDiscovered, 4);
+  EXPECT_EQ(l->solutions[2].secondsUntilDiscovered, 6);
+  EXPECT_FALSE(l->programAhead());
+}
+
+}  // namespace
+}  // namespace latbox
