@@ -103,6 +103,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   long interval_tt = 100;     // adaptive swap budget of a sweep
   long sweepSkipped = 0;      // positions that the last sweep left untested
   bool sweepStopped = false;  // the last sweep ended by `btime` or by a step that gave up
+  bool sweepSilent = false;   // sweeps print no status line
   CoordSolver<T> coordSolver;
   Array<short> status;   // rank words; what is valid per row
   bool blended = false;  // STATUS_DEPENDENT survives invalidation while set
@@ -261,6 +262,19 @@ class Lattice : public Tessik<T>, public ParamOwner {
 
   // heuristics/extraction.cpp
   Vector<T> extractInhom();
+
+  // heuristics/reinsertion.cpp
+  // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
+  // otherwise the best slack vector, or before there was one the best inhomogeneous vector.
+  void reinsertBest();
+  // Brings a lattice vector, in weighted coordinates, into the basis where it is short enough. A vector that
+  // is none, or a basis vector already, changes nothing.
+  void insertVector(const Vector<T>& weighted);
+
+  // heuristics/variation.cpp
+  void heuristicSort();          // the rows by their deviations, best first
+  void shuffleBase(long count);  // count - 1 exchanges of two rows drawn at random
+  void variateBase();            // the harder the longer there was no primary improvement
 
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
   void restartHandling(bool terminate);

@@ -252,7 +252,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
       sweepStopped = true;
       break;
     }
-    if (verb() > 1 && clock.statusDue()) {
+    if (verb() > 1 && !sweepSilent && clock.statusDue()) {
       std::ostringstream line;
       line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";
       progressLine(true, line.str());
