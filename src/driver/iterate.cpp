@@ -43,7 +43,7 @@ bool countReached(YLattice<dbl_t>& y) {
 
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
 // sampling, re-insertion, variation, reduction, trimming, report, end of count. Those between writing and
-// reduction, and trimming, join where they are named.
+// reduction join where they are named.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
     lattice.writeSolFile(false);
@@ -51,7 +51,7 @@ void runSteps(YLattice<dbl_t>& y) {
   });
   // pairwise recombination, sieving, sampling, re-insertion, variation
   oneStep(y, [](auto& lattice) { reduce(lattice); });
-  // trimming
+  oneStep(y, [](auto& lattice) { lattice.trim(nullptr); });
   reportIteration(y);
   if (countReached(y)) oneStep(y, [](auto& lattice) { lattice.restartHandling(true); });
 }
