@@ -304,7 +304,7 @@ TYPED_TEST(Collections, ChangesOfWeightLeaveThemAlone) {
 TYPED_TEST(Collections, RegenerationCarriesTheInhomogeneousOnes) {
   using T = TypeParam;
   auto l = latticeOf<T>(SMALL_TARGET);
-  l->collect(latticeVector(*l, "[ 1 3 ]"), nullptr, nullptr, foundAfter(5));
+  l->collect(latticeVector(*l, "[ 2 2 ]"), nullptr, nullptr, foundAfter(5));
   l->collect(this->homogeneous(*l, 2));
   l->offerInhomogeneous(latticeVector(*l, "[ 4 1 ]"), foundAfter(6));
   l->checkSolution(latticeVector(*l, "[ 2 1 ]"), foundAfter(8), false);
@@ -316,7 +316,7 @@ TYPED_TEST(Collections, RegenerationCarriesTheInhomogeneousOnes) {
   EXPECT_EQ(l->inhomogeneousVectors.limit, 7);
   bool carried = false;
   for (auto* node = l->inhomogeneousVectors.head; node != nullptr; node = node->next)
-    if (node->value == latticeVector(*l, "[ 1 3 ]")) carried = node->value.secondsUntilDiscovered == 5;
+    if (node->value == latticeVector(*l, "[ 2 2 ]")) carried = node->value.secondsUntilDiscovered == 5;
   EXPECT_TRUE(carried);
   EXPECT_EQ(shown<T>(l->bestInhomogeneous), shown<T>(latticeVector(*l, "[ 4 1 ]")));
   EXPECT_EQ(l->bestInhomogeneous.secondsUntilDiscovered, 6);
