@@ -41,6 +41,11 @@ bool countReached(YLattice<dbl_t>& y) {
   return liveStatistics(y).iterations == limit;
 }
 
+// Read anew before each step, in the precision that is live then: the console may have changed it.
+bool isSet(YLattice<dbl_t>& y, Param<bool> Params::*option) {
+  return y.live([option](auto& lattice) { return (lattice.params.*option).get(); });
+}
+
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
 // sampling, re-insertion, variation, reduction, trimming, report, end of count. Those between writing and
 // reduction, and trimming, join where they are named.
@@ -49,7 +54,9 @@ void runSteps(YLattice<dbl_t>& y) {
     lattice.writeSolFile(false);
     lattice.checkConsistency(false, false);
   });
-  // pairwise recombination, sieving, sampling, re-insertion, variation
+  if (isSet(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
+  if (isSet(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
+  // sampling, re-insertion, variation
   oneStep(y, [](auto& lattice) { reduce(lattice); });
   // trimming
   reportIteration(y);

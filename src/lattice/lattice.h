@@ -254,6 +254,18 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // heuristics/extraction.cpp
   Vector<T> extractInhom();
 
+  // heuristics/recombination.cpp. Candidates are combinations of lattice vectors, and each is checked:
+  // solutions are recorded, and RestartException and PrecisionException pass.
+  void pairwiseRecombination();
+  // Copies at most `pairLimit` vectors of `source` into `destination`, spread evenly and at random, and sets
+  // its limit to the number that is sought; a `pairLimit` below 1 selects nothing.
+  void selectRandom(const SortedSet<HeuristicVector<T, F>>& source,
+                    SortedSet<HeuristicVector<T, F>>& destination) const;
+
+  // heuristics/sieving.cpp: the collections are read alone; what the rounds end with is checked, and the best
+  // inhomogeneous vector of it offered.
+  void sieve();
+
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
   void restartHandling(bool terminate);
   void regenerateLattice();
