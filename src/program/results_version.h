@@ -1,5 +1,5 @@
-// Whether anything has been found since the .sol file's text was built: that text takes all solutions, and known
-// vectors are touched many times a second.
+// Whether anything has been found since the .sol file's text was built: that text takes all solutions, and
+// known vectors are touched many times a second.
 #pragma once
 
 namespace latbox {

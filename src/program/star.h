@@ -48,11 +48,11 @@ class TargetVector : public TimeVector<T> {
 template <class T>
 class Star : public TimeVector<T> {
  public:
-  Vector<T> targetValues;   // At x, one per target row
-  T slackNorm = T(-1);      // -1: no targets were judged
+  Vector<T> targetValues;  // At x, one per target row
+  T slackNorm = T(-1);     // -1: no targets were judged
   T targetNorm = T(0);
-  std::string parameters;   // the run's parameters when it was found
-  std::string version;      // the program version that found it
+  std::string parameters;  // the run's parameters when it was found
+  std::string version;     // the program version that found it
 
   using TimeVector<T>::TimeVector;
   using TimeVector<T>::operator=;

@@ -20,6 +20,6 @@ inline std::string literal(const std::string& text) {
 }  // namespace latbox::testing
 
 // The statement ends the process by the failure path with exactly `message`.
-#define EXPECT_FAILURE(statement, message)      \
+#define EXPECT_FAILURE(statement, message)             \
   EXPECT_EXIT(statement, ::testing::ExitedWithCode(1), \
               "\n\\*\\*\\* FAIL: " + ::latbox::testing::literal(message) + "\n")
