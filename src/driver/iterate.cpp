@@ -2,7 +2,9 @@
 
 #include <iostream>
 
+#include "driver/reinsert.h"
 #include "driver/run_state.h"
+#include "heuristics/sampling.h"
 
 namespace latbox {
 namespace {
@@ -30,6 +32,21 @@ void reduce(Lattice<T, F>& lattice) {
     lattice.lll(1, 0, 0);
 }
 
+// Whether the live lattice has an option set; the precision may change from step to step.
+bool wanted(YLattice<dbl_t>& y, Param<bool> Params::*option) {
+  return y.live([option](auto& lattice) { return (lattice.params.*option).get(); });
+}
+
+// Re-insertion climbs by itself. Where it loses precision for good the iteration goes on without it.
+void reinsertStep(YLattice<dbl_t>& y) {
+  const int depth = progressDepth();
+  try {
+    reinsert(y);
+  } catch (const PrecisionException&) {
+    setProgressDepth(depth);
+  }
+}
+
 void reportIteration(YLattice<dbl_t>& y) {
   std::string text;
   oneStep(y, [&text](auto& lattice) { text = lattice.iterationReport(); });
@@ -41,22 +58,19 @@ bool countReached(YLattice<dbl_t>& y) {
   return liveStatistics(y).iterations == limit;
 }
 
-// Read anew before each step, in the precision that is live then: the console may have changed it.
-bool isSet(YLattice<dbl_t>& y, Param<bool> Params::*option) {
-  return y.live([option](auto& lattice) { return (lattice.params.*option).get(); });
-}
-
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
-// sampling, re-insertion, variation, reduction, trimming, report, end of count. Those between writing and
-// reduction, and trimming, join where they are named.
+// sampling, re-insertion, variation, reduction, trimming, report, end of count. Trimming
+// joins where it is named.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
     lattice.writeSolFile(false);
     lattice.checkConsistency(false, false);
   });
-  if (isSet(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
-  if (isSet(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
-  // sampling, re-insertion, variation
+  if (wanted(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
+  if (wanted(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
+  if (wanted(y, &Params::sample)) oneStep(y, [](auto& lattice) { randomSampling(lattice); });
+  if (wanted(y, &Params::reinsert)) reinsertStep(y);
+  if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });
   oneStep(y, [](auto& lattice) { reduce(lattice); });
   // trimming
   reportIteration(y);
