@@ -59,8 +59,7 @@ bool countReached(YLattice<dbl_t>& y) {
 }
 
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
-// sampling, re-insertion, variation, reduction, trimming, report, end of count. Trimming
-// joins where it is named.
+// sampling, re-insertion, variation, reduction, trimming, report, end of count.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
     lattice.writeSolFile(false);
@@ -72,7 +71,7 @@ void runSteps(YLattice<dbl_t>& y) {
   if (wanted(y, &Params::reinsert)) reinsertStep(y);
   if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });
   oneStep(y, [](auto& lattice) { reduce(lattice); });
-  // trimming
+  oneStep(y, [](auto& lattice) { lattice.trim(nullptr); });
   reportIteration(y);
   if (countReached(y)) oneStep(y, [](auto& lattice) { lattice.restartHandling(true); });
 }
