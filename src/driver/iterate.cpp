@@ -65,7 +65,8 @@ void runSteps(YLattice<dbl_t>& y) {
     lattice.writeSolFile(false);
     lattice.checkConsistency(false, false);
   });
-  // pairwise recombination, sieving
+  if (wanted(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
+  if (wanted(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
   if (wanted(y, &Params::sample)) oneStep(y, [](auto& lattice) { randomSampling(lattice); });
   if (wanted(y, &Params::reinsert)) reinsertStep(y);
   if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });

@@ -265,19 +265,6 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // heuristics/extraction.cpp
   Vector<T> extractInhom();
 
-  // heuristics/reinsertion.cpp
-  // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
-  // otherwise the best slack vector, or before there was one the best inhomogeneous vector.
-  void reinsertBest();
-  // Brings a lattice vector, in weighted coordinates, into the basis where it is short enough. A vector that
-  // is none, or a basis vector already, changes nothing.
-  void insertVector(const Vector<T>& weighted);
-
-  // heuristics/variation.cpp
-  void heuristicSort();          // the rows by their deviations, best first
-  void shuffleBase(long count);  // count - 1 exchanges of two rows drawn at random
-  void variateBase();            // the harder the longer there was no primary improvement
-
   // heuristics/deviations.cpp. All vectors have dim components; nothing is allocated in a measure unless the
   // vector violates no bound.
   //
@@ -317,6 +304,31 @@ class Lattice : public Tessik<T>, public ParamOwner {
   bool normalizeScales(long p);
   void noteStep(long p, const T& step);
   static T randomSign(const T& value);  // value or -value, by one draw
+
+  // heuristics/recombination.cpp. Candidates are combinations of lattice vectors, and each is checked:
+  // solutions are recorded, and RestartException and PrecisionException pass.
+  void pairwiseRecombination();
+  // Copies at most `pairLimit` vectors of `source` into `destination`, spread evenly and at random, and sets
+  // its limit to the number that is sought; a `pairLimit` below 1 selects nothing.
+  void selectRandom(const SortedSet<HeuristicVector<T, F>>& source,
+                    SortedSet<HeuristicVector<T, F>>& destination) const;
+
+  // heuristics/sieving.cpp: the collections are read alone; what the rounds end with is checked, and the best
+  // inhomogeneous vector of it offered.
+  void sieve();
+
+  // heuristics/reinsertion.cpp
+  // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
+  // otherwise the best slack vector, or before there was one the best inhomogeneous vector.
+  void reinsertBest();
+  // Brings a lattice vector, in weighted coordinates, into the basis where it is short enough. A vector that
+  // is none, or a basis vector already, changes nothing.
+  void insertVector(const Vector<T>& weighted);
+
+  // heuristics/variation.cpp
+  void heuristicSort();          // the rows by their deviations, best first
+  void shuffleBase(long count);  // count - 1 exchanges of two rows drawn at random
+  void variateBase();            // the harder the longer there was no primary improvement
 
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
   void restartHandling(bool terminate);
