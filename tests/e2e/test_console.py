@@ -56,6 +56,46 @@ class PipeTest(harness.Case):
         out = session.ask("HELP\n", r"  --help \| Display this help information\. \[ Default: 0 \]\n")
         session.wait_for(r"  --tnorm \| [^\n]+ \[ Default: -inf \]\n\n", after=out)
 
+    def test_set_takes_every_parameter(self):
+        session = self.running_session()
+        values = {"help": "0", "verb": "0", "consistency": "0", "eenum": "0", "beta": "12", "eprune": "2", "btime": "7",
+                  "deep": "0", "collectLimit": "50", "pair": "0", "pairLimit": "3", "sieve": "0", "sample": "0",
+                  "sampleLimit": "9", "scale": "0", "translate": "0", "reinsert": "0", "variate": "0", "rtime": "100000",
+                  "iters": "-1", "sol": "0", "bench": "0.5", "snorm": "-4/3", "tnorm": "-inf"}
+        # Of two equal solutions the one with the smaller parameters stays; the last setting makes them the smallest.
+        for key, value in sorted(values.items(), key=lambda item: item[0] == "eenum"):
+            if key == "eenum":
+                session.ask("SET bench=0\n", "> Setting: bench = 0\n")
+            session.ask("SET %s=%s\n" % (key, value), "> Setting: %s = %s\n" % (key, re.escape(value)))
+        # What was set is what the next lines of the file are written with.
+        expected = " ".join("--%s=%s" % option for option in {**values, "bench": "0"}.items())
+        harness.wait_until(lambda: expected in self.read("prog.sol"), "the parameters in the .sol file")
+        self.assertEqual(session.err, "")
+
+    def test_set_reaches_a_stopped_run(self):
+        session = self.running_session()
+        session.ask("STOP\n", MARK + "stopped\n")
+        session.ask("SET verb=1\n", "> Setting: verb = 1\n")
+        session.ask("RUN\n", "- Some statistics -")
+
+    def test_a_line_without_an_end_and_garbage(self):
+        session = self.running_session()
+        before = len(session.out)
+        garbage = bytes(range(1, 256)).replace(b"\n", b"") * 100
+        for line in (b"x" * 10**7, b"SET beta=" + b"3" * 10**7, b"STOP" + b" " * 10**7, b"\0" * 10**5, b"STOP\0", garbage):
+            session.process.stdin.write(line + b"\n")
+        session.ask("STATUS\n", MARK + "running\n")
+        self.assertEqual(session.out[before:], MARK + "running\n")
+        self.assertEqual(session.err, "")
+
+    def test_the_last_line_needs_no_end(self):
+        session = self.running_session()
+        session.process.stdin.write(b"STATUS")
+        session.process.stdin.close()
+        session.process.stdin = open(os.devnull, "wb")
+        session.wait_for(MARK + "running\n")
+        self.assertTrue(session.running())
+
     def test_a_value_that_is_no_number_does_not_end_the_run(self):
         session = self.running_session()
         for value in ("x", "", "1/0", "5.", "1:7/3", "ix", "1e999999999", "9" * 100000, "inf", "-inf"):
@@ -223,6 +263,32 @@ class TerminalTest(harness.Case):
         self.assertEqual(self.terminal.wait(), 0)
         self.assertEqual(self.terminal.text.count("Got signal: Interrupt\n"), 1)
         self.assertTrue(self.terminal.text.endswith(" -- Program end\n"))
+
+    def ask(self, line, answer):
+        """The terminal echoes the line; the answer follows it."""
+        self.terminal.text = ""
+        self.terminal.send(line.encode() + b"\n")
+        self.terminal.wait_for(answer)
+
+    def test_every_command(self):
+        self.terminal.wait_for("Solutions found: ")
+        self.ask("STATUS", "\n" + MARK + "running\n")
+        self.ask("  STOP  ", "\n" + MARK + "stopped\n")
+        self.ask("STATUS", "\n" + MARK + "stopped\n")
+        self.ask("RUN", "\n" + MARK + "running\n")
+        self.ask("SET snorm=1/3", "\n> Setting: snorm = 1/3\n")
+        self.ask("SET a=b=c", "\n\n*** No such setting: a=b\n")
+        self.ask("HELP", " [ Default: -inf ]\n\n")
+        self.ask("SET verb=1", "- Some statistics -")
+        self.terminal.send(b"\x03")
+        self.assertEqual(self.terminal.wait(), 0)
+
+    def test_other_lines_get_no_answer(self):
+        self.terminal.wait_for("Solutions found: ")
+        lines = ("status", "SET", "SETverb=2", "SET verb", "stop now", "")
+        self.ask("\n".join(lines + ("STATUS",)), MARK + "running\n")
+        self.assertEqual(self.terminal.text.count("> "), 1)
+        self.assertNotIn("***", self.terminal.text)
 
     def test_end_of_input_leaves_the_run_alone(self):
         self.terminal.wait_for("Solutions found: ")

@@ -31,23 +31,25 @@ class KillTest(harness.Case):
     def setUp(self):
         super().setUp()
         self.random = random.Random(SEED)
-        self.moments = []
+        self.beta = 199999
 
     def run_until_signal(self, number):
-        """A run whose parameters change all the time, so that it has new lines to write in every iteration."""
+        """A run whose parameters change all the time, so that it has new lines to write in every iteration.
+
+        Of two equal solutions the one with the smaller parameters stays in the file, so these only get smaller.
+        """
         if self.random.random() < 0.4 and self.exists("prog.lat"):
             self.age("prog.lat", 1000)
         session = self.start("--sol=0", "--rtime=60", "prog.opt")
         # The two signals are held back from the banner on; one that comes earlier ends a process that has begun nothing.
         session.wait_for("PID: ")
-        moment = self.random.uniform(0, LONGEST)
-        end = time.monotonic() + moment
+        end = time.monotonic() + self.random.uniform(0, LONGEST)
         while time.monotonic() < end:
-            session.send("SET beta=%d\n" % self.random.randint(2, 10**6))
+            self.beta -= 1
+            session.send("SET beta=%d\n" % self.beta)
             time.sleep(0.001)
         session.kill(number)
         status = session.wait()
-        self.moments.append(moment)
         return session, status
 
     def assert_whole_report(self, session, status):
