@@ -2,7 +2,9 @@
 
 #include <iostream>
 
+#include "driver/reinsert.h"
 #include "driver/run_state.h"
+#include "heuristics/sampling.h"
 
 namespace latbox {
 namespace {
@@ -30,6 +32,21 @@ void reduce(Lattice<T, F>& lattice) {
     lattice.lll(1, 0, 0);
 }
 
+// Whether the live lattice has an option set; the precision may change from step to step.
+bool wanted(YLattice<dbl_t>& y, Param<bool> Params::*option) {
+  return y.live([option](auto& lattice) { return (lattice.params.*option).get(); });
+}
+
+// Re-insertion climbs by itself. Where it loses precision for good the iteration goes on without it.
+void reinsertStep(YLattice<dbl_t>& y) {
+  const int depth = progressDepth();
+  try {
+    reinsert(y);
+  } catch (const PrecisionException&) {
+    setProgressDepth(depth);
+  }
+}
+
 void reportIteration(YLattice<dbl_t>& y) {
   std::string text;
   oneStep(y, [&text](auto& lattice) { text = lattice.iterationReport(); });
@@ -42,14 +59,17 @@ bool countReached(YLattice<dbl_t>& y) {
 }
 
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
-// sampling, re-insertion, variation, reduction, trimming, report, end of count. Those between writing and
-// reduction join where they are named.
+// sampling, re-insertion, variation, reduction, trimming, report, end of count. Pairwise recombination and
+// sieving join where they are named.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
     lattice.writeSolFile(false);
     lattice.checkConsistency(false, false);
   });
-  // pairwise recombination, sieving, sampling, re-insertion, variation
+  // pairwise recombination, sieving
+  if (wanted(y, &Params::sample)) oneStep(y, [](auto& lattice) { randomSampling(lattice); });
+  if (wanted(y, &Params::reinsert)) reinsertStep(y);
+  if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });
   oneStep(y, [](auto& lattice) { reduce(lattice); });
   oneStep(y, [](auto& lattice) { lattice.trim(nullptr); });
   reportIteration(y);

@@ -1,10 +1,12 @@
 // Block enumeration after Schnorr and Euchner (Lattice basis reduction: improved practical algorithms and
 // solving subset sum problems, 1994), in two modes with one body: BKZ without a target, CVP with one.
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
+#include "lattice/row_operation.h"
 #include "lib/os/clock.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
@@ -15,41 +17,45 @@ namespace {
 constexpr long STATUS_INTERVAL = 3600;  // seconds between two lines that tell where a long block stands
 constexpr int MAX_FIRST_SWEEPS = 64;  // a sweep that always skips must not keep the enumeration from starting
 
-std::size_t index(long t) {
-  return static_cast<std::size_t>(t);
-}
-
 }  // namespace
 
 // One run of `enumerate`, and its present block.
 template <class T, class F>
 struct Lattice<T, F>::Block {
   const Vector<T>* target;  // null in BKZ mode
-  Vector<F> targetCoords;   // of the target with respect to Bstar
+  Vector<F> targetCoords;   // of the target with respect to the Gram-Schmidt vectors
   long beta = 0;            // effective block size
   long startRank = 0;       // rank at the start of the run
   long j = 0;               // first position of the block
   long k = 0;               // last position
   long h = 0;               // where the repair ends
+  long end = 0;             // k + 1, or the first dependent position: the search stops there
   long unchanged = 0;       // blocks in a row that gave nothing
   bool wrapped = false;     // j has wrapped around since the last change
+  long start = 0;           // time at which the search of the block began
   long lastLine = 0;        // time of the last status line
+
+  const F* shift() const { return target == nullptr ? nullptr : targetCoords.data; }
 };
 
+// The rows of Bstar have length one here, hence the factor |L[i][i]|, the length of the Gram-Schmidt vector.
+// A dependent row has no orthogonal part and gives 0.
 template <class T, class F>
 void Lattice<T, F>::targetCoordinates(Vector<F>& out, const Vector<T>& target, long first, long last) const {
   if (last == 0) last = rank;
   for (long i = first; i <= last; ++i) {
+    out[i] = F(0);
+    if (!hasStatus(i, STATUS_FULL)) continue;
     F sum = F(0);
     for (long p = 1; p <= dim; ++p) sum += Bstar.rows[i].data[p] * toDouble(target.data[p]);
-    out[i] = sum / bstarSq[i];
+    out[i] = sum * std::fabs(lqL.rows[i].data[i]) / bstarSq[i];
   }
 }
 
 template <class T, class F>
 void Lattice<T, F>::composeAndCheck(const Vector<T>& coeffs, long first, long last) {
   combineIntoScratch(coeffs, first, last);
-  checkSolution(Vector<T>(B.rows[0]), true, NOW, false, Membership::byConstruction);
+  checkSolution(B.rows[0], true, NOW, false, Membership::byConstruction);
 }
 
 // One sweep is no fixed point: while a sweep had to skip positions it is repeated, since enumeration of an
@@ -63,6 +69,19 @@ void Lattice<T, F>::firstReduction() {
 }
 
 template <class T, class F>
+void Lattice<T, F>::enterMode(Block& run) {
+  if (run.target == nullptr) {
+    firstReduction();
+  } else {
+    gsoByFull(1, 0, false);
+    run.targetCoords.resizeZero(rank);
+    targetCoordinates(run.targetCoords, *run.target, 1, 0);
+  }
+  run.startRank = rank;
+  run.lastLine = now();
+}
+
+template <class T, class F>
 void Lattice<T, F>::enumerate(const Vector<T>* target) {
   Block run{};
   run.target = target;
@@ -70,30 +89,16 @@ void Lattice<T, F>::enumerate(const Vector<T>* target) {
   const char* mode = target == nullptr ? "BKZ enumeration ( beta = " : "CVP enumeration ( beta = ";
   const ProgressScope scope(verb() > 1, mode + std::to_string(run.beta) + ", deep = " +
                                             std::to_string(params.deep.get() ? 1 : 0) + " ) ... ");
-  if (rank == 0) return;
-  if (target == nullptr) {
-    firstReduction();
-  } else {
-    gsoByFull(1, 0, false);
-    run.targetCoords.resizeZero(rank);
-    targetCoordinates(run.targetCoords, *target, 1, 0);
-  }
-  run.startRank = rank;
-  run.lastLine = now();
+  enterMode(run);
   if (run.beta <= 2 || rank <= 1) return;
   tree.reserve(rank);
   do {
     openBlock(run);
     searchBlock(run);
-    const bool found = enumBound < (F(1) - EPS) * bstarSq[run.j];
-    if (found) insertFind(run);
+    const bool found = insertFind(run);
     // A block that is the whole lattice is searched once, whatever the outcome.
     if (run.startRank == run.beta) return;
-    if (found) {
-      repairAfterFind(run);
-    } else {
-      passBlock(run);
-    }
+    if (!found || !repairAfterFind(run)) passBlock(run);
   } while (run.unchanged < rank - 1);
 }
 
@@ -106,56 +111,78 @@ void Lattice<T, F>::openBlock(Block& b) {
   }
   b.k = std::min(b.j + b.beta - 1, rank);
   b.h = std::min(b.k + 1, rank);
-  // The Gram-Schmidt data of the block must stand; the sweeps have left them for all but dependent rows.
-  if (b.target == nullptr) updateGso(1, b.k);
-  enumCoeffs.resize(rank, false);
-  for (long i = b.j; i <= b.k; ++i) enumCoeffs.data[i] = T(0);
-  TreeNode<F>* const nodes = tree.nodes.data();
-  // In CVP mode every level above the block counts, so that c starts as the squared distance of the target
-  // from the projected span.
-  const long top = b.target == nullptr ? b.k + 1 : rank + 1;
-  for (long t = top; t >= b.j; --t) {
-    nodes[t] = TreeNode<F>();
-    if (b.target != nullptr && t <= rank) {
-      nodes[t].c = b.targetCoords[t] * b.targetCoords[t] * bstarSq[t] + nodes[t + 1].c;
-    }
+  b.end = b.j;
+  if (orthogonaliseBlock(b)) {
+    while (b.end <= b.k && hasStatus(b.end, STATUS_GSO)) ++b.end;
   }
-  if (b.target == nullptr) {
-    enumBound = bstarSq[b.j];
-    nodes[b.j].u = F(1);
-    enumCoeffs[b.j] = T(1);
-  } else {
-    enumBound = nodes[b.j].c;
-    nodes[b.j].y -= b.targetCoords[b.j];
-  }
+  setUpStages(b);
   tree.loadCoefficients(mu, b.j, b.k);
   tree.computeFactors(params.eprune.get(), b.j, b.k, b.beta);
   tree.setBound(enumBound, b.j, b.k);
 }
 
+// Marks the rows of the block whose Gram-Schmidt data stand; false where a row before the block is dependent.
+// In BKZ mode the rows before the block are right in value, marked or not: an insertion clears all marks, and
+// to compute those rows anew would cost more than the search of a small block.
+template <class T, class F>
+bool Lattice<T, F>::orthogonaliseBlock(Block& b) {
+  if (b.target != nullptr) {
+    // The sweep at the block's end may have moved vectors since the last block.
+    gsoByFull(1, b.h, false);
+    targetCoordinates(b.targetCoords, *b.target, 1, b.h);
+  }
+  for (long i = 1; i < b.j; ++i) {
+    if (status.data[i] == STATUS_DEPENDENT || (b.target != nullptr && !hasStatus(i, STATUS_FULL)))
+      return false;
+  }
+  if (b.target == nullptr) updateGso(b.j, b.k);
+  return true;
+}
+
+template <class T, class F>
+void Lattice<T, F>::setUpStages(Block& b) {
+  enumCoeffs.resize(rank, false);
+  for (long i = b.j; i <= b.k; ++i) enumCoeffs.data[i] = T(0);
+  tree.reset(b.j, b.k);
+  TreeNode<F>* const nodes = tree.nodes.data();
+  if (b.target == nullptr) {
+    enumBound = bstarSq[b.j];
+    tree.u.data()[b.j] = F(1);
+    enumCoeffs[b.j] = T(1);
+    return;
+  }
+  // c starts as the squared distance of the target from the projected span, and so that it stays one on the
+  // way up, every stage of the block starts with the target in its centre.
+  for (long t = b.h; t >= b.j; --t) {
+    const F coordinate = b.targetCoords[t];
+    nodes[t].c = coordinate * coordinate * bstarSq[t] + nodes[t + 1].c;
+    if (t <= b.k) nodes[t].y -= coordinate;
+  }
+  enumBound = nodes[b.j].c;
+}
+
+// The hourly line, and whether the block has had its time. The operator may change both parameters meanwhile.
+template <class T, class F>
+bool Lattice<T, F>::blockEnded(Block& b, long t) {
+  const long time = now();
+  if (time - b.lastLine >= STATUS_INTERVAL && verb() > 1) {
+    progressLine(true, std::to_string(t) + "/" + std::to_string(b.k) + " ");
+    b.lastLine = time;
+  }
+  const long btime = params.btime.get();
+  return btime != 0 && time - b.start >= btime;
+}
+
 // The walk. The clock is read once per node; nothing else in a node costs a call.
 template <class T, class F>
 void Lattice<T, F>::searchBlock(Block& b) {
-  TreeNode<F>* const nodes = tree.nodes.data();
-  const F* const limit = tree.limit.data();
   const F* const norms = bstarSq.data;
-  const F* const shift = b.target == nullptr ? nullptr : b.targetCoords.data;
-  const long blockStart = now();
+  const F* const shift = b.shift();
+  b.start = now();
   long t = b.j;
   long s = b.j;
-  while (t <= b.k) {
-    if (status.data[t] == STATUS_DEPENDENT) break;
-    const long time = now();
-    if (time - b.lastLine >= STATUS_INTERVAL && verb() > 1) {
-      progressLine(true, std::to_string(t) + "/" + std::to_string(b.k) + " ");
-      b.lastLine = time;
-    }
-    const long btime = params.btime.get();
-    if (btime != 0 && time - blockStart >= btime) break;
-    TreeNode<F>& node = nodes[t];
-    const F offset = node.u + node.y;
-    node.c = offset * offset * norms[t] + nodes[t + 1].c;
-    if (!(node.c < limit[t])) {
+  while (t < b.end && !blockEnded(b, t)) {
+    if (!tree.enter(t, norms)) {
       if (++t > b.k) break;
       if (s < t) s = t;
       tree.enumNext(t, s);
@@ -163,17 +190,8 @@ void Lattice<T, F>::searchBlock(Block& b) {
       newMinimum(b);
       tree.enumNext(t, s);
     } else {
-      // Down a stage. The sum runs upward from t, so that results repeat whatever the stages above hold.
-      const F* const row = tree.muT.data() + (t - 1) * tree.stride;
-      F y = F(0);
-      for (long i = t; i <= s; ++i) y += nodes[i].u * row[i];
-      TreeNode<F>& next = nodes[--t];
-      next.v = roundNearest(-y);
-      next.delta = F(0);
-      next.sign = next.v <= -y ? F(1) : F(-1);
-      next.u = next.v;
-      // v is rounded from the lattice part only: the target is not folded into the rounding, by design.
-      next.y = shift == nullptr ? y : y - shift[t];
+      tree.descend(t, s, shift);
+      --t;
     }
   }
   writeBackStages(b);
@@ -183,14 +201,14 @@ void Lattice<T, F>::searchBlock(Block& b) {
 template <class T, class F>
 void Lattice<T, F>::writeBackStages(const Block& b) {
   for (long t = b.j; t <= b.k; ++t) {
-    const TreeNode<F>& node = tree.nodes[index(t)];
+    const TreeNode<F>& node = tree.nodes.data()[t];
     Stage<T, F>& stage = stages[t];
     stage.c = node.c;
     stage.y = node.y;
-    stage.v = fromDouble<T>(node.v);
-    stage.u = fromDouble<T>(node.u);
-    stage.delta = fromDouble<T>(node.delta);
-    stage.sign = fromDouble<T>(node.sign);
+    stage.v = wholeNumber<T>(node.v);
+    stage.u = wholeNumber<T>(tree.u.data()[t]);
+    stage.delta = wholeNumber<T>(node.delta);
+    stage.sign = wholeNumber<T>(node.sign);
   }
 }
 
@@ -200,28 +218,43 @@ void Lattice<T, F>::newMinimum(Block& b) {
   writeBackStages(b);
   for (long i = b.j; i <= b.k; ++i) enumCoeffs.data[i] = stages.data[i].u;
   composeAndCheck(enumCoeffs, b.j, b.k);
-  enumBound = tree.nodes[index(b.j)].c;
+  enumBound = tree.nodes.data()[b.j].c;
   tree.setBound(enumBound, b.j, b.k);
 }
 
+// True when a vector better than the block's first entered the basis. The zero vector, which is closest to a
+// target that is near 0, and a true multiple of a basis vector are no finds.
 template <class T, class F>
-void Lattice<T, F>::insertFind(Block& b) {
-  if (trivialInsert(enumCoeffs, b.j, b.k) != 0) return;
+bool Lattice<T, F>::insertFind(Block& b) {
+  if (!(enumBound < (F(1) - EPS) * bstarSq[b.j])) return false;
+  long i = b.j;
+  while (i <= b.k && isExactZero(enumCoeffs.data[i])) ++i;
+  if (i > b.k) return false;
+  const int trivial = trivialInsert(enumCoeffs, b.j, b.k);
+  if (trivial != 0) return trivial > 0;
   insertCombination(enumCoeffs, b.j, b.k);
   ++statisticsOf<T>().nontrivialBasisExtensions;
+  return true;
 }
 
+// False when nothing was gained after all: rounding noise, and in CVP mode a vector that is close but no
+// shorter, must not insert for ever. Each gain lowers bstarSq at the first position that changed, so there is
+// an end.
 template <class T, class F>
-void Lattice<T, F>::repairAfterFind(Block& b) {
+bool Lattice<T, F>::repairAfterFind(Block& b) {
+  const F before = bstarSq[b.j];
+  long p = b.j;
   if (b.target == nullptr) {
-    const long p = lll(b.j, b.h, rank);
-    if (p < b.j) b.j = p - 1;
+    p = lll(b.j, b.h, rank);
   } else {
     gsoByFull(b.j, b.h, false);
     targetCoordinates(b.targetCoords, *b.target, b.j, b.h);
   }
+  if (p >= b.j && !(bstarSq[b.j] < before)) return false;
+  if (p < b.j) b.j = p - 1;
   b.unchanged = 0;
   b.wrapped = false;
+  return true;
 }
 
 // A block without a find: the position behind it joins the reduced part, once per round.

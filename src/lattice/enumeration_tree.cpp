@@ -16,26 +16,21 @@ F pruningFactor(long eprune, long t, long k, long mid, long beta) {
   const F half = one / two - EPS;
   const F d = static_cast<F>(k - t);
   const F size = static_cast<F>(beta);
-  switch (eprune) {
-    case 1:
-      return (one + d) / size;
-    case 2:
-      return t > mid ? half : one;
-    case 3:
-      return t > mid ? (two * half * (d + one)) / size
-                     : ((one - half) * (d * two + one)) / size + (two * half - one);
-    default:
-      return one;
-  }
+  if (eprune <= 0) return one;
+  if (eprune == 1) return (one + d) / size;
+  if (eprune == 2) return t > mid ? half : one;
+  if (t > mid) return (two * half * (d + one)) / size;
+  return ((one - half) * (d * two + one)) / size + (two * half - one);
 }
 
 }  // namespace
 
 template <class F>
 void EnumerationTree<F>::reserve(long rank) {
-  const auto wanted = static_cast<std::size_t>(rank) + 2;
+  const auto wanted = static_cast<std::size_t>(rank) + 3;
   if (nodes.size() >= wanted) return;
   nodes.resize(wanted);
+  u.resize(wanted);
   factor.resize(wanted);
   limit.resize(wanted);
   stride = static_cast<long>(wanted);
@@ -43,11 +38,19 @@ void EnumerationTree<F>::reserve(long rank) {
 }
 
 template <class F>
+void EnumerationTree<F>::reset(long j, long k) {
+  for (long t = j; t <= k + 2; ++t) {
+    nodes.data()[t] = TreeNode<F>();
+    u.data()[t] = F(0);
+  }
+}
+
+template <class F>
 template <class Mu>
 void EnumerationTree<F>::loadCoefficients(const Mu& mu, long j, long k) {
   for (long i = j; i <= k; ++i) {
     const F* row = mu.rows[i].data;
-    for (long t = j; t <= i; ++t) muT[static_cast<std::size_t>(t * stride + i)] = row[t];
+    for (long t = j; t <= i; ++t) muT.data()[t * stride + i] = row[t];
   }
 }
 
@@ -55,15 +58,13 @@ template <class F>
 void EnumerationTree<F>::computeFactors(long eprune, long j, long k, long beta) {
   const long mid = (j + k) / 2;
   for (long t = j; t <= k; ++t) {
-    factor[static_cast<std::size_t>(t)] = pruningFactor<F>(eprune, t, k, mid, beta);
+    factor.data()[t] = pruningFactor<F>(eprune, t, k, mid, beta);
   }
 }
 
 template <class F>
 void EnumerationTree<F>::setBound(const F& bound, long j, long k) {
-  for (long t = j; t <= k; ++t) {
-    limit[static_cast<std::size_t>(t)] = factor[static_cast<std::size_t>(t)] * bound;
-  }
+  for (long t = j; t <= k; ++t) limit.data()[t] = factor.data()[t] * bound;
 }
 
 template struct EnumerationTree<dbl_t>;

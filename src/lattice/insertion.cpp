@@ -24,14 +24,15 @@ long onlyPosition(const Vector<T>& x, long first, long last) {
 }
 
 // Divides the coefficients first..top by their greatest common divisor, so that a multiple of a primitive
-// vector inserts the primitive vector.
+// vector inserts the primitive vector. All zero is left as it is.
 template <class T>
 void makePrimitive(Vector<T>& x, long first, long top) {
+  for (long i = first; i <= top; ++i) checkPrecision(x[i], "coefficient overflow");
   T g = abs(x[top]);
   for (long i = top - 1; i >= first; --i) {
     if (!isExactZero(x[i])) g = gcd(g, x[i]);
   }
-  if (g == T(1)) return;
+  if (g == T(1) || isExactZero(g)) return;
   for (long i = first; i <= top; ++i) x[i] /= g;
 }
 
@@ -87,10 +88,10 @@ void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top)
       x.print(first, top);
       fail("basis can't divide by zero!");
     }
+    // From here each remainder is smaller than the coefficients before it.
     const T q = roundNearest(T(x[top] / x[i]));
     const T a = x[i];
     x[i] = x[top] - q * a;
-    checkPrecision(x[i], "coefficient overflow");
     x[top] = a;
     // The exchange of positions below exchanges the entries of enumCoeffs once more.
     if (exchanged) x.swap(top, i);
@@ -132,7 +133,7 @@ void Lattice<T, F>::insertCombination(Vector<T>& x, long first, long last) {
   bool zero = true;
   for (long p = 1; p <= dim && zero; ++p) zero = isZero(B.rows[0].data[p]);
   if (zero) fail("basis can't insert the zero vector!");
-  checkSolution(Vector<T>(B.rows[0]), true, NOW, false, Membership::byConstruction);
+  checkSolution(B.rows[0], true, NOW, false, Membership::byConstruction);
   if (consistencyOn()) combineTransformation(x, first, top);
   // The row at `top`, whose coefficient is a unit and which the new vector replaces, arrives at `first`.
   for (long t = top; t >= first + 1; --t) exchangePositions(t, t - 1);
@@ -157,20 +158,17 @@ template <class T, class F>
 void Lattice<T, F>::replaceCombination(Vector<T>& x, long first, long last, long pos) {
   long p = last;
   while (p >= first && !isUnit(x[p])) --p;
-  const int trivial = trivialInsert(x, first, last);
+  if (trivialInsert(x, first, last) != 0) return;
   if (p < first) {
-    if (trivial == 0) {
-      insertCombination(x, first, last);
-      ++statisticsOf<T>().nontrivialBasisExtensions;
-    }
+    insertCombination(x, first, last);
+    ++statisticsOf<T>().nontrivialBasisExtensions;
     for (long t = first; t < pos; ++t) swapBase(t, t + 1, first < t);
     return;
   }
-  if (trivial != 0) return;
+  coordSolver.dropCurrent();
   replaceRow(x, first, last, p);
   for (long t = p; t < pos; ++t) swapBase(t, t + 1, t > p);
   for (long t = p; t >= pos + 1; --t) swapBase(t, t - 1, pos + 1 < t);
-  coordSolver.dropCurrent();
   ++statisticsOf<T>().basisSubstitutionsNontrivial;
 }
 

@@ -107,6 +107,7 @@ class Lattice : public Tessik<T>, public ParamOwner {
   long interval_tt = 100;     // adaptive swap budget of a sweep
   long sweepSkipped = 0;      // positions that the last sweep left untested
   bool sweepStopped = false;  // the last sweep ended by `btime` or by a step that gave up
+  bool sweepSilent = false;   // sweeps print no status line
   CoordSolver<T> coordSolver;
   Array<short> status;   // rank words; what is valid per row
   bool blended = false;  // STATUS_DEPENDENT survives invalidation while set
@@ -186,12 +187,20 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void sortBasis(long m);  // rows 1..m (0: rank) ascending by squared length, heapsort
 
   // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters
-  // the basis
+  // the basis by unimodular steps; TT, stages, status and enumCoeffs are kept in step.
+  // 1: x had one unit coefficient and that vector now stands at `first`; -1: x is a true multiple of a basis
+  // vector and nothing moved; 0: the caller must go on. Fails with "lattice rank is too small!" where x is
+  // zero and the rows of B are dependent.
   int trivialInsert(const Vector<T>& x, long first, long last);
+  // The primitive vector of x stands at `first` afterwards, the rest of the block one up; all of `status` is
+  // clear. x is used up, and may be enumCoeffs. Fails with "basis can't insert the zero vector!".
   void insertCombination(Vector<T>& x, long first, long last);
+  // The vector stands at `pos` afterwards, but for one that trivialInsert takes: at `first`, or dropped.
   void replaceCombination(Vector<T>& x, long first, long last, long pos);
 
-  // lattice/enumeration.cpp
+  // lattice/enumeration.cpp: BKZ reduction with blocks of `beta` when target is null; otherwise the search
+  // for lattice vectors close to the target (weighted coordinates, dim entries). Each block minimum is judged
+  // as a solution at once. Throws what a sweep, an insertion or the check throw.
   void enumerate(const Vector<T>* target);
 
   // lattice/kernel.cpp
@@ -296,6 +305,19 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void noteStep(long p, const T& step);
   static T randomSign(const T& value);  // value or -value, by one draw
 
+  // heuristics/reinsertion.cpp
+  // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
+  // otherwise the best slack vector, or before there was one the best inhomogeneous vector.
+  void reinsertBest();
+  // Brings a lattice vector, in weighted coordinates, into the basis where it is short enough. A vector that
+  // is none, or a basis vector already, changes nothing.
+  void insertVector(const Vector<T>& weighted);
+
+  // heuristics/variation.cpp
+  void heuristicSort();          // the rows by their deviations, best first
+  void shuffleBase(long count);  // count - 1 exchanges of two rows drawn at random
+  void variateBase();            // the harder the longer there was no primary improvement
+
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
   void restartHandling(bool terminate);
   void regenerateLattice();
@@ -369,13 +391,17 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // lattice/enumeration.cpp
   struct Block;
   void firstReduction();
+  void enterMode(Block& block);
   void openBlock(Block& block);
+  void setUpStages(Block& block);
   void searchBlock(Block& block);
+  bool blockEnded(Block& block, long t);
   void writeBackStages(const Block& block);
   void newMinimum(Block& block);
-  void insertFind(Block& block);
-  void repairAfterFind(Block& block);
+  bool insertFind(Block& block);
+  bool repairAfterFind(Block& block);
   void passBlock(Block& block);
+  bool orthogonaliseBlock(Block& block);
   void targetCoordinates(Vector<F>& out, const Vector<T>& target, long first, long last) const;
   void composeAndCheck(const Vector<T>& coeffs, long first, long last);
 };

@@ -27,18 +27,6 @@ constexpr dbl_t LOVASZ_FACTOR = 1 - EPS;
 constexpr dbl_t SIZE_BOUND = 0.5L;
 constexpr long STATUS_INTERVAL = 3600;
 
-// A whole number of F in T. The text conversion of large values keeps 17 digits, and a whole number stays
-// whole.
-template <class T>
-T wholeNumber(dbl_t q) {
-  if (std::fabs(q) < 9e18L) return T(static_cast<long long>(q));
-  return fromDouble<T>(q);
-}
-template <>
-dbl_t wholeNumber(dbl_t q) {
-  return q;
-}
-
 // target[1..n] -= q * source[1..n]; most multipliers are units.
 template <class F>
 void subtractCoefficients(F* target, F q, const F* source, long n) {
@@ -264,7 +252,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
       sweepStopped = true;
       break;
     }
-    if (verb() > 1 && clock.statusDue()) {
+    if (verb() > 1 && !sweepSilent && clock.statusDue()) {
       std::ostringstream line;
       line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";
       progressLine(true, line.str());

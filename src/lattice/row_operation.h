@@ -1,9 +1,24 @@
 // The row operations of reduction: exact, or they throw.
 #pragma once
 
+#include <cmath>
+
 #include "lib/vector.h"
+#include "numbers/number.h"
 
 namespace latbox {
+
+// A whole number of F in T, below 9 * 10^18 exactly. The text conversion of larger values keeps 17 digits,
+// and a whole number stays whole.
+template <class T>
+T wholeNumber(dbl_t q) {
+  if (std::fabs(q) < 9e18L) return T(static_cast<long long>(q));
+  return fromDouble<T>(q);
+}
+template <>
+inline dbl_t wholeNumber(dbl_t q) {
+  return q;
+}
 
 // row -= q * other. In dbl_t every new entry passes the precision gate: beyond 10^9 PrecisionException with
 // "vector precisison overflow", beyond 10^18 FatalPrecisionException. An entry that passes came from a

@@ -52,7 +52,7 @@ dbl_t floor(dbl_t x) {
 dbl_t ceil(dbl_t x) {
   return std::ceil(x);
 }
-dbl_t roundNearest(dbl_t x) {
+dbl_t roundFar(dbl_t x) {
   return std::round(x);
 }
 dbl_t log2(dbl_t x) {

@@ -64,7 +64,21 @@ dbl_t abs(dbl_t x);
 dbl_t floor(dbl_t x);
 dbl_t ceil(dbl_t x);
 // Half away from zero; an infinity stays.
-dbl_t roundNearest(dbl_t x);
+dbl_t roundFar(dbl_t x);  // its part for |x| >= 2^62, infinities and NaN
+inline dbl_t roundNearest(dbl_t x) {
+  // A sum beyond 2^63 has no room for a fraction, so the addition rounds, to even; ties are put right after.
+  // Inline, for the library's function costs an enumeration more than the rest of a node.
+  constexpr dbl_t BIG = 0x1.8p63L;
+  if (!(x < 0x1p62L && x > -0x1p62L)) [[unlikely]]
+    return roundFar(x);
+  dbl_t r = (x + BIG) - BIG;
+  const dbl_t left = x - r;
+  if (left == 0.5L && x > 0) [[unlikely]]
+    r += 1;
+  if (left == -0.5L && x < 0) [[unlikely]]
+    r -= 1;
+  return r;
+}
 dbl_t log2(dbl_t x);
 dbl_t log(dbl_t x);
 dbl_t pow(dbl_t x, dbl_t y);

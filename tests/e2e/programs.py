@@ -1,5 +1,8 @@
 """Small programs that several tests share."""
 
+import random
+
+
 def vector(values):
     return "[ %s]" % "".join("%s " % value for value in values)
 
@@ -52,3 +55,30 @@ ENDLESS = opt(au=[[7, 3, 9, 4, 6, 2], [2, 8, 3, 6, 5, 7], [4, 4, 1, 9, 2, 5]], l
 
 # 3 x + 5 y = 7 has whole solutions, none of them within 0..2; preparation cannot tell.
 NOTHING = opt(ag=[[3, 5]], bg=[7], rx=[2, 2])
+
+# As TARGET, with more variables and wider boxes: the improvements come over a longer time.
+LONG_TARGET = opt(dt=["-inf"], at=[[5, 9, 4, 11, 7, 13, 6, 3]], au=[[3, 7, 2, 8, 5, 9, 1, 4], [2, 4, 3, 9, 8, 1, 6, 5]],
+                  lu=[300, 250], ru=[340, 290], rx=[30] * 8)
+
+
+def market_split(rows, columns, seed):
+    """A hard system of equations in 0/1 variables (Cornuejols and Dawande, 1998)."""
+    draw = random.Random(seed)
+    ag = [[draw.randrange(100) for _ in range(columns)] for _ in range(rows)]
+    return opt(ag=ag, bg=[sum(row) // 2 for row in ag], rx=[1] * columns)
+
+
+def knapsacks(rows, columns, digits, seed):
+    """Two-sided inequations with long coefficients: a reduction that takes long."""
+    draw = random.Random(seed)
+    au = [[draw.randrange(10**digits) for _ in range(columns)] for _ in range(rows)]
+    middle = [sum(row) // 2 for row in au]
+    return opt(au=au, lu=[m - 1 for m in middle], ru=[m + 1 for m in middle], rx=[1] * columns)
+
+
+def equations(rows, columns, digits, seed):
+    """Equations with long coefficients and a known solution in a wide box."""
+    draw = random.Random(seed)
+    ag = [[draw.randrange(10**digits) for _ in range(columns)] for _ in range(rows)]
+    x = [draw.randrange(100) for _ in range(columns)]
+    return opt(ag=ag, bg=[sum(a * b for a, b in zip(row, x)) for row in ag], rx=[100] * columns)

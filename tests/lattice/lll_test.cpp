@@ -251,6 +251,18 @@ TYPED_TEST(LllTest, WithDeepThePlainTestIsNotApplied) {
   EXPECT_EQ(this->lattice.B[2][3], TypeParam(1));
 }
 
+TYPED_TEST(LllTest, VectorThatArisesOnTheWayBecomesASolution) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{7, 1}, {5, 0}}));
+  l.lbnd = vectorOf<TypeParam>({-3, 1});
+  l.ubnd = vectorOf<TypeParam>({3, 1});
+  l.params.sol.set(0);
+  // Row 2 loses row 1 once: (-2, -1), which is judged as its negative.
+  l.lll(1, 0, 0);
+  ASSERT_EQ(l.solutions.MN, 1);
+  EXPECT_TRUE(l.solutions[1] == vectorOf<TypeParam>({2, 1}));
+}
+
 TYPED_TEST(LllTest, SwapExchangesAllThatBelongsToARow) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 2, 0}, {0, 0, 3}}));

@@ -1,0 +1,96 @@
+// A good vector that the search has remembered goes back into the basis, so that the next reduction starts
+// from another side.
+#include "heuristics/reinsertion.h"
+
+#include <string>
+
+#include "driver/statistics.h"
+#include "lattice/lattice.h"
+#include "lib/progress.h"
+#include "numbers/number.h"
+
+namespace latbox {
+namespace {
+
+template <class T, class F>
+void insertRemembered(Lattice<T, F>& lattice, const Vector<T>& unit, const std::string& text) {
+  const ProgressScope scope(lattice.verb() > 1, text);
+  Vector<T> weighted;
+  lattice.rescaledVector(unit, weighted);
+  lattice.insertVector(weighted);
+}
+
+template <class T>
+bool isTrivial(const Vector<T>& c) {
+  T sum(0);
+  for (long i = 1; i <= c.MN; ++i) sum += abs(c[i]);
+  return sum <= T(1);
+}
+
+// c * mu: the coefficients on the Gram-Schmidt vectors.
+template <class T, class F>
+Vector<F> projectedCoefficients(const Vector<T>& c, const Matrix<F>& mu) {
+  Vector<F> x(c.MN);
+  for (long i = 1; i <= c.MN; ++i) x[i] = toDouble(c[i]);
+  return x * mu;
+}
+
+// The first position whose vector is not shorter than the new one and whose orthogonal part is not either;
+// without such a one the first of the former kind; 0 if the new vector is longer than all.
+template <class T, class F>
+long positionFor(const Lattice<T, F>& lattice, const T& length, const Vector<F>& t) {
+  const Vector<F>& r = lattice.bstarSq;
+  F projected = lattice.rank == 1 ? t[1] * t[1] * r[1] : toDouble(length);
+  long fallback = 0;
+  for (long i = 1; i <= lattice.rank; ++i) {
+    if (i > 1) projected -= t[i - 1] * t[i - 1] * r[i - 1];
+    if (length > lattice.bNormSq[i]) continue;
+    if (projected <= r[i]) return i;
+    if (fallback == 0) fallback = i;
+  }
+  return fallback;
+}
+
+}  // namespace
+
+template <class T>
+long& reinsertIndex() {
+  static long index = 0;
+  return index;
+}
+
+// The totals choose, and not which vector is better: a rule of this design.
+template <class T, class F>
+void Lattice<T, F>::reinsertBest() {
+  const Statistics& totals = statisticsOf<T>();
+  if (totals.solutionsFound != 0) {
+    if (solutions.MN == 0) return;
+    long& turn = reinsertIndex<T>();
+    turn = (solutions.MN > turn ? turn : 0) + 1;
+    insertRemembered(*this, solutions[turn], "Inserting solution vector (" + std::to_string(turn) + ") ...");
+  } else if (totals.targetImprovements != 0) {
+    if (bestSlack.notEmpty()) insertRemembered(*this, bestSlack, "Inserting best slack vector ... ");
+  } else if (totals.inhomogeneousImprovements != 0 && bestInhomogeneous.notEmpty()) {
+    insertRemembered(*this, bestInhomogeneous, "Inserting best inhomogenous vector ... ");
+  }
+}
+
+template <class T, class F>
+void Lattice<T, F>::insertVector(const Vector<T>& weighted) {
+  Vector<T> unit, c;
+  unscaledVector(weighted, unit);
+  if (!coordinates(unit, c, false)) return;
+  if (isTrivial(c)) return;
+  if (!updateGso(1, 0)) gsoByReduced(1, 0, false);
+  const long position = positionFor(*this, T(weighted * weighted), projectedCoefficients(c, mu));
+  if (position != 0) replaceCombination(c, 1, rank, position);
+}
+
+#define LATBOX_INSTANTIATE(T)                      \
+  template long& reinsertIndex<T>();               \
+  template void Lattice<T, dbl_t>::reinsertBest(); \
+  template void Lattice<T, dbl_t>::insertVector(const Vector<T>&);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox

@@ -1,0 +1,123 @@
+#include "heuristics/sampling.h"
+
+#include <algorithm>
+#include <string>
+
+#include "driver/statistics.h"
+#include "heuristics/random_draw.h"
+#include "heuristics/sample_bounds.h"
+#include "lattice/row_operation.h"
+#include "lib/progress.h"
+#include "lib/scope_value.h"
+#include "numbers/number.h"
+
+namespace latbox {
+namespace {
+
+// The first basis vector that carries the inhomogeneous coordinate at its full value, 0 if there is none.
+template <class T, class F>
+long firstInhomogeneous(const Lattice<T, F>& lattice) {
+  for (long i = 1; i <= lattice.rank; ++i)
+    if (isZero(T(abs(lattice.B[i][lattice.dim]) - abs(lattice.inhomScaled)))) return i;
+  return 0;
+}
+
+// Rows 1..m swept, with valid Gram-Schmidt data. False where they are dependent.
+template <class T, class F>
+bool reducePositions(Lattice<T, F>& lattice, long m) {
+  const ScopeValue<bool> silent(lattice.sweepSilent, true);
+  lattice.lll(1, m, 0);
+  return lattice.updateGso(1, m) || lattice.gsoByReduced(1, m, false) == 0;
+}
+
+// One sample for each choice in the wider range; from 2^62 on the limit alone counts.
+long numberOfSamples(long u, long limit) {
+  constexpr long WORD = 62;
+  return u >= WORD ? limit : std::min(1L << u, limit);
+}
+
+// A uniform integer about x, `reach` to both sides before rounding.
+template <class T>
+T drawAbout(dbl_t x, dbl_t reach) {
+  return rand_eq(fromDouble<T>(roundNearest(x - reach)), fromDouble<T>(roundNearest(x + reach)));
+}
+
+template <class T, class F>
+void subtractBasisVector(const Lattice<T, F>& lattice, Sample<T>& s, long j, const T& c) {
+  const F q = toDouble(c);
+  if (q == F(0)) return;
+  subtractMultiple(s.vector, c, lattice.B[j]);
+  s.coordinates[j] -= c;
+  for (long i = 1; i < j; ++i) s.mu[i] -= q * lattice.mu[j][i];
+  s.mu[j] -= q;
+}
+
+// The first position at which the projected sample beats the basis vector, 0 if there is none.
+template <class T>
+long improvedPosition(const Sample<T>& s, const Vector<dbl_t>& r, const Vector<dbl_t>& thresholds) {
+  dbl_t p = toDouble(T(s.vector * s.vector));
+  for (long i = 1; i <= thresholds.MN; ++i) {
+    if (i > 1) p -= s.mu[i - 1] * s.mu[i - 1] * r[i - 1];
+    if (p < thresholds[i]) return i;
+  }
+  return 0;
+}
+
+template <class T, class F>
+void replaceBaseVector(Lattice<T, F>& lattice, Sample<T>& s, long i, long m) {
+  lattice.insertCombination(s.coordinates, i, m);
+  ++statisticsOf<T>().samplingBasisExtensions;
+  progressLine(lattice.verb() > 1, "Replacing base vector (idx = " + std::to_string(i) + ")");
+}
+
+std::string samplingLine(long k, long m, long u) {
+  return "Random Sampling ( k = " + std::to_string(k) + ", m = " + std::to_string(m) +
+         ", u = " + std::to_string(u) + " ) ... ";
+}
+
+template <class T, class F>
+void drawSamples(Lattice<T, F>& lattice, long k, long m, long u) {
+  Vector<dbl_t> thresholds(m);
+  for (long i = 1; i <= m; ++i) thresholds[i] = SAMPLE_DELTA * lattice.bstarSq[i];
+  Sample<T> s;
+  for (long n = numberOfSamples(u, lattice.params.sampleLimit.get()); n >= 1; --n) {
+    sampleVector(lattice, s, k, m, u);
+    const unsigned flags = lattice.checkSolution(s.vector, true, NOW, false, Membership::byConstruction);
+    if (flags & CHECK_FEASIBLE) ++statisticsOf<T>().samplingCollections;
+    const long i = improvedPosition(s, lattice.bstarSq, thresholds);
+    if (i != 0) return replaceBaseVector(lattice, s, i, m);
+  }
+}
+
+}  // namespace
+
+template <class T, class F>
+void sampleVector(const Lattice<T, F>& lattice, Sample<T>& result, long k, long m, long u) {
+  result.coordinates.resizeZero(lattice.rank);
+  result.coordinates[m] = T(1);
+  result.mu = lattice.mu[m];
+  result.vector = lattice.B[m];
+  for (long j = m - 1; j >= k; --j) {
+    const dbl_t reach = j >= m - u ? 1.0L : 0.5L;
+    subtractBasisVector(lattice, result, j, drawAbout<T>(result.mu[j], reach));
+  }
+}
+
+template <class T, class F>
+void randomSampling(Lattice<T, F>& lattice) {
+  const long m = firstInhomogeneous(lattice);
+  if (m == 0) return;
+  const long k = rand_eq(1L, m);
+  if (!reducePositions(lattice, m)) return;
+  const long u = std::min(freeBound(lattice, k, m), m - 1);
+  const ProgressScope scope(lattice.verb() > 1, samplingLine(k, m, u));
+  drawSamples(lattice, k, m, u);
+}
+
+#define LATBOX_INSTANTIATE(T)                                                         \
+  template void sampleVector(const Lattice<T, dbl_t>&, Sample<T>&, long, long, long); \
+  template void randomSampling(Lattice<T, dbl_t>&);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox
