@@ -12,12 +12,17 @@
 namespace latbox {
 namespace {
 
+// The measure of a row; by kind and length alone where the lattice has no full measure.
 template <class T, class F>
-HeuristicDeviation<F> computeDeviation(Lattice<T, F>& lattice, const Vector<T>& v) {
-  HeuristicDeviation<F> d;
-  d.kind = isZero(v[lattice.dim]) ? 1 : 2;
-  d.len = toDouble(T(v * v));
-  return d;
+HeuristicDeviation<F> measureOf(const Lattice<T, F>& lattice, const Vector<T>& v) {
+  if constexpr (requires { lattice.computeDeviation(v); }) {
+    return lattice.computeDeviation(v);
+  } else {
+    HeuristicDeviation<F> d;
+    d.kind = isZero(v[lattice.dim]) ? 1 : 2;
+    d.len = toDouble(T(v * v));
+    return d;
+  }
 }
 
 }  // namespace
@@ -30,7 +35,7 @@ void Lattice<T, F>::heuristicSort() {
   Vector<T> row;
   for (long i = 1; i <= rank; ++i) {
     unscaledVector(B[i], row);
-    quality[i] = computeDeviation(*this, row);
+    quality[i] = measureOf(*this, row);
   }
   heapsort(
       rank, [&](long i, long j) { return better(quality[i], quality[j]); },
