@@ -112,12 +112,13 @@ void substituteBack(const Triangle<T>& triangle, Vector<T>& x) {
 }  // namespace
 
 template <class T>
-long forwardEliminate(Matrix<T>& work, Matrix<T>& companion) {
+long forwardEliminate(Matrix<T>& work, Matrix<T>& companion, bool exact) {
+  const auto isNull = [exact](const T& x) { return exact ? vanishes(x) : isZero(x); };
   long pivots = 0;
   long sign = 1;
   for (long col = 1; col <= work.N && pivots < work.M; ++col) {
     const long p = pivotRow(work, pivots + 1, col);
-    if (isZero(work.data[p].data[col])) continue;
+    if (isNull(work.data[p].data[col])) continue;
     ++pivots;
     if (p != pivots) {
       work.swapRows(p, pivots);
@@ -125,14 +126,14 @@ long forwardEliminate(Matrix<T>& work, Matrix<T>& companion) {
       sign = -sign;
     }
     for (long i = pivots + 1; i <= work.M; ++i)
-      if (!isZero(work.data[i].data[col])) clearEntry(work, companion, i, pivots, col, "q overflow");
+      if (!isNull(work.data[i].data[col])) clearEntry(work, companion, i, pivots, col, "q overflow");
   }
   return sign * pivots;
 }
 
 template <class T>
 long signedRank(Matrix<T>& work, Matrix<T>& companion) {
-  const long signedPivots = forwardEliminate(work, companion);
+  const long signedPivots = forwardEliminate(work, companion, false);
   for (long k = std::labs(signedPivots); k >= 2; --k) {
     const long col = pivotColumn(work.data[k]);
     for (long i = k - 1; i >= 1; --i)
@@ -157,7 +158,7 @@ bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral) 
 }
 
 #define LATBOX_INSTANTIATE(T)                                            \
-  template long forwardEliminate(Matrix<T>& work, Matrix<T>& companion); \
+  template long forwardEliminate(Matrix<T>& work, Matrix<T>& companion, bool exact); \
   template long signedRank(Matrix<T>& work, Matrix<T>& companion);       \
   template long rankOf(const Matrix<T>& M);                              \
   template bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral);

@@ -18,9 +18,10 @@ template <class T>
 long rankOf(const Matrix<T>& M);
 
 // The forward half of signedRank alone: echelon form, pivots from the largest absolute value. Returns the
-// signed number of pivots; 0 for a matrix of rank 0.
+// signed number of pivots; 0 for a matrix of rank 0. With `exact`, zero in QQ is exactly zero: a determinant
+// must not lose an entry below the tolerance.
 template <class T>
-long forwardEliminate(Matrix<T>& work, Matrix<T>& companion);
+long forwardEliminate(Matrix<T>& work, Matrix<T>& companion, bool exact);
 
 // Solves A x = b for a rectangular A by LU with row pivoting and substitution; unknowns of columns without a
 // pivot are 0. b.MN == A.M; x gets A.N elements. Returns false if the system is inconsistent (zero means

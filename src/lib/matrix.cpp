@@ -194,7 +194,7 @@ T Matrix<T>::determinant() const {
   if (M != N) fail("Matrix: a non-quadratic matrix determinant is not defined");
   Matrix work(*this);
   Matrix companion(M, 0);
-  const long signedPivots = forwardEliminate(work, companion);
+  const long signedPivots = forwardEliminate(work, companion, true);
   if (signedPivots == 0) return T(0);
   T result(signedPivots < 0 ? -1 : 1);
   for (long i = 1; i <= M; ++i) result *= work.data[i].data[i];

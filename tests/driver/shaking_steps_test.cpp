@@ -10,14 +10,15 @@ namespace {
 
 using latbox::testing::SmallRun;
 
-class Iterate : public ::testing::Test {
+class ShakingSteps : public ::testing::Test {
  protected:
-  Iterate() { statisticsStandard() = statisticsExtended() = Statistics(); }
-  ~Iterate() override { statisticsStandard() = statisticsExtended() = Statistics(); }
+  ShakingSteps() { statisticsStandard() = statisticsExtended() = Statistics(); }
+  ~ShakingSteps() override { statisticsStandard() = statisticsExtended() = Statistics(); }
 
   // One iteration on the live side. Under a front end the end of count parks the run instead of ending it.
   std::string iterateOnce() {
     run_.y.live([](auto& lattice) {
+      lattice.finishEnabled = true;
       lattice.params.iters.set(1);
       lattice.params.gui.set(true);
       lattice.params.verb.set(2);
@@ -47,7 +48,7 @@ class Iterate : public ::testing::Test {
   SmallRun run_;
 };
 
-TEST_F(Iterate, StepsStandInTheirOrder) {
+TEST_F(ShakingSteps, StepsStandInTheirOrder) {
   prepareStall();
   choose(true, true, true);
   std::srand(2);
@@ -62,7 +63,7 @@ TEST_F(Iterate, StepsStandInTheirOrder) {
   EXPECT_LT(sorting, reduction);
 }
 
-TEST_F(Iterate, StepsThatAreOffDoNotRun) {
+TEST_F(ShakingSteps, StepsThatAreOffDoNotRun) {
   prepareStall();
   choose(false, false, false);
   const std::string text = iterateOnce();
@@ -70,7 +71,7 @@ TEST_F(Iterate, StepsThatAreOffDoNotRun) {
     EXPECT_EQ(text.find(step), std::string::npos) << text;
 }
 
-TEST_F(Iterate, ReinsertionThatCannotComeBackDoesNotEndTheIteration) {
+TEST_F(ShakingSteps, ReinsertionThatCannotComeBackDoesNotEndTheIteration) {
   prepareStall();
   switchToExtended(run_.y);
   run_.y.extended.R = QQ(1) / QQ(3);
