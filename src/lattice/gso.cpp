@@ -25,6 +25,22 @@ void closeMuRow(Vector<F>& row, long i) {
   for (long j = i + 1; j <= row.MN; ++j) row.data[j] = F(0);
 }
 
+// r[j..j+3] -= mu[..][l] r[l] for l = 1..j-1. Four rows side by side: each keeps its order of summation, and
+// none waits for its own last subtraction.
+template <class F>
+void takeOffFour(const Vector<F>* muRows, long j, F* r) {
+  const F *const a = muRows[0].data, *const b = muRows[1].data;
+  const F *const c = muRows[2].data, *const d = muRows[3].data;
+  F restA = r[j], restB = r[j + 1], restC = r[j + 2], restD = r[j + 3];
+  for (long l = 1; l < j; ++l) {
+    restA -= a[l] * r[l];
+    restB -= b[l] * r[l];
+    restC -= c[l] * r[l];
+    restD -= d[l] * r[l];
+  }
+  r[j] = restA, r[j + 1] = restB, r[j + 2] = restC, r[j + 3] = restD;
+}
+
 // r[1..i-1] and mu row i from the inner products of b_i with its predecessors; returns sum mu[i][j] r[j].
 template <class T, class F>
 F projectRow(Lattice<T, F>& lattice, long i) {
@@ -33,10 +49,13 @@ F projectRow(Lattice<T, F>& lattice, long i) {
   const F* const bstarSq = lattice.bstarSq.data;
   innerProducts(lattice.B, i, r);
   F taken(0);
+  const long grouped = (i - 1) / 4 * 4;  // the rest, less than four rows, goes one by one
   for (long j = 1; j < i; ++j) {
+    const long group = (j - 1) / 4 * 4 + 1;
+    if (j == group && j <= grouped) takeOffFour(&lattice.mu.rows[j], j, r);
     const F* const muJ = lattice.mu.rows[j].data;
     F value = r[j];
-    for (long l = 1; l < j; ++l) value -= muJ[l] * r[l];
+    for (long l = j <= grouped ? group : 1; l < j; ++l) value -= muJ[l] * r[l];
     r[j] = value;
     muI[j] = value / bstarSq[j];
     taken += muI[j] * value;

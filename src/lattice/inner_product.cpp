@@ -1,20 +1,58 @@
 #include "lattice/inner_product.h"
 
+#include <vector>
+
 #include "numbers/number.h"
 
 namespace latbox {
 
 namespace {
 
-void productsWithPredecessors(const Matrix<dbl_t>& B, long i, dbl_t* result) {
-  const dbl_t* const b = B.rows[i].data;
-  const long n = B.rows[i].MN;
-  for (long j = 1; j < i; ++j) {
-    const dbl_t* const other = B.rows[j].data;
-    dbl_t sum = 0;
-    for (long k = 1; k <= n; ++k) sum += other[k] * b[k];
-    result[j] = sum;
+// The entries of a row that are not zero. Leaving the others out changes no sum, not even in its last bit.
+class NonZeros {
+ public:
+  void take(const Vector<dbl_t>& b) {
+    entries_.clear();
+    entries_.reserve(static_cast<std::size_t>(b.MN));
+    for (long k = 1; k <= b.MN; ++k)
+      if (b.data[k] != 0) entries_.push_back({b.data[k], k});
   }
+
+  dbl_t product(const dbl_t* other) const {
+    dbl_t sum = 0;
+    for (const Entry& e : entries_) sum += other[e.at] * e.value;
+    return sum;
+  }
+
+  // Four rows side by side: each sum keeps its order, and none waits for its own last addition. In long
+  // double this is worth a third of the time of a reduction; more rows no longer fit the registers.
+  void productsWithFour(const Vector<dbl_t>* rows, dbl_t* result) const {
+    const dbl_t *const a = rows[0].data, *const b = rows[1].data;
+    const dbl_t *const c = rows[2].data, *const d = rows[3].data;
+    dbl_t sumA = 0, sumB = 0, sumC = 0, sumD = 0;
+    for (const Entry& e : entries_) {
+      sumA += a[e.at] * e.value;
+      sumB += b[e.at] * e.value;
+      sumC += c[e.at] * e.value;
+      sumD += d[e.at] * e.value;
+    }
+    result[0] = sumA, result[1] = sumB, result[2] = sumC, result[3] = sumD;
+  }
+
+ private:
+  struct Entry {
+    dbl_t value;
+    long at;
+  };
+  std::vector<Entry> entries_;
+};
+
+void productsWithPredecessors(const Matrix<dbl_t>& B, long i, dbl_t* result) {
+  thread_local NonZeros entries;
+  entries.take(B.rows[i]);
+  long j = 1;
+  for (; j + 3 < i; j += 4) entries.productsWithFour(&B.rows[j], result + j);
+  for (; j < i; ++j) result[j] = entries.product(B.rows[j].data);
 }
 
 void productsWithPredecessors(const Matrix<QQ>& B, long i, dbl_t* result) {

@@ -205,7 +205,8 @@ TYPED_TEST(Deviation, FeasibleVectorCarriesItsTargetNorm) {
 }
 
 TYPED_TEST(Deviation, TargetNormOfAFreshStartNeedsSlacksAndDeviations) {
-  auto l = latticeOf<TypeParam>("[ 4 ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -1 ] ] [ -2 ] [ 2 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
+  auto l =
+      latticeOf<TypeParam>("[ 4 ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -1 ] ] [ -2 ] [ 2 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
   const Vector<TypeParam> v = latticeVector(*l, "[ 1 1 ]");
   const Record d = l->computeDeviation(v);
   EXPECT_TRUE(d.f);
