@@ -1,0 +1,78 @@
+// Candidates of recombination and sieving outnumber everything else: none may cost an allocation.
+#include <cstdlib>
+#include <new>
+
+#include "pools.h"
+
+namespace {
+long allocations = 0;
+}
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* storage = std::malloc(size == 0 ? 1 : size)) return storage;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* storage) noexcept {
+  std::free(storage);
+}
+[[gnu::noinline]] void operator delete(void* storage, std::size_t) noexcept {
+  std::free(storage);
+}
+
+namespace latbox::testing {
+
+template <class T>
+class PoolAllocation : public ::testing::Test {
+ public:
+  // After one run, in which the scratch of the lattice gets its storage.
+  template <class Step>
+  static long allocatedBy(Lattice<T, dbl_t>& lattice, Step step) {
+    step(lattice);
+    const long before = allocations;
+    step(lattice);
+    return allocations - before;
+  }
+};
+TYPED_TEST_SUITE(PoolAllocation, NumberTypes);
+
+// No point of the program is met: a find is written down, and that allocates.
+template <class T>
+LatticePointer<T> barrenLattice(long collectLimit) {
+  auto lattice = latticeOf<T>(randomProgram(3));
+  lattice->params.pair.set(false);
+  lattice->params.pairLimit.set(collectLimit);
+  lattice->params.collectLimit.set(collectLimit);
+  lattice->lbnd[1] = T(1000);
+  lattice->ubnd[1] = T(1000);
+  Draws draw(5);
+  for (int i = 0; i < 4000; ++i) {
+    Vector<T> v = Vector<T>::zeros(lattice->dim);
+    for (long j = 1; j <= lattice->rank; ++j) v += lattice->B[j] * T(draw.next(-3, 3));
+    lattice->normBound = v * v;
+    lattice->collect(v);
+  }
+  return lattice;
+}
+
+TYPED_TEST(PoolAllocation, RecombinationAllocatesForItsPoolsAlone) {
+  using T = TypeParam;
+  auto lattice = barrenLattice<T>(60);
+  const long pools = lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count + lattice->rank;
+  const long candidates = 2 * lattice->homogeneousVectors.count * lattice->inhomogeneousVectors.count;
+  const long allocated = this->allocatedBy(*lattice, [](auto& l) { l.pairwiseRecombination(); });
+  EXPECT_GT(candidates, 20 * pools);
+  EXPECT_LT(allocated, 4 * pools + 50);
+}
+
+TYPED_TEST(PoolAllocation, SievingAllocatesForWhatGoesOnAlone) {
+  using T = TypeParam;
+  auto lattice = barrenLattice<T>(60);
+  const long pool = std::min(60L, lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count);
+  // Each round enters each vector once at most, and its pool is a copy; the first round tries each with each.
+  const long allocated = this->allocatedBy(*lattice, [](auto& l) { l.sieve(); });
+  EXPECT_GT(pool, 50);
+  EXPECT_LT(allocated, 6 * pool * pool);
+}
+
+}  // namespace latbox::testing
