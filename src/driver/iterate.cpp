@@ -59,19 +59,19 @@ bool countReached(YLattice<dbl_t>& y) {
 }
 
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
-// sampling, re-insertion, variation, reduction, trimming, report, end of count. Pairwise recombination,
-// sieving and trimming join where they are named.
+// sampling, re-insertion, variation, reduction, trimming, report, end of count.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
     lattice.writeSolFile(false);
     lattice.checkConsistency(false, false);
   });
-  // pairwise recombination, sieving
+  if (wanted(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
+  if (wanted(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
   if (wanted(y, &Params::sample)) oneStep(y, [](auto& lattice) { randomSampling(lattice); });
   if (wanted(y, &Params::reinsert)) reinsertStep(y);
   if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });
   oneStep(y, [](auto& lattice) { reduce(lattice); });
-  // trimming
+  oneStep(y, [](auto& lattice) { lattice.trim(nullptr); });
   reportIteration(y);
   if (countReached(y)) oneStep(y, [](auto& lattice) { lattice.restartHandling(true); });
 }

@@ -7,20 +7,8 @@
 #include "lattice/lattice.h"
 #include "lib/heapsort.h"
 #include "lib/progress.h"
-#include "numbers/number.h"
 
 namespace latbox {
-namespace {
-
-template <class T, class F>
-HeuristicDeviation<F> computeDeviation(Lattice<T, F>& lattice, const Vector<T>& v) {
-  HeuristicDeviation<F> d;
-  d.kind = isZero(v[lattice.dim]) ? 1 : 2;
-  d.len = toDouble(T(v * v));
-  return d;
-}
-
-}  // namespace
 
 // The order has a tolerance, so that it is no strict weak order: what the library's sort requires.
 template <class T, class F>
@@ -30,7 +18,7 @@ void Lattice<T, F>::heuristicSort() {
   Vector<T> row;
   for (long i = 1; i <= rank; ++i) {
     unscaledVector(B[i], row);
-    quality[i] = computeDeviation(*this, row);
+    quality[i] = computeDeviation(row);
   }
   heapsort(
       rank, [&](long i, long j) { return better(quality[i], quality[j]); },

@@ -37,7 +37,9 @@ void zeroMatrix(Matrix<T>& m, long rows, long columns) {
 }  // namespace
 
 template <class T, class F>
-Lattice<T, F>::Lattice() {}
+Lattice<T, F>::Lattice() {
+  homogeneousVectors.limit = inhomogeneousVectors.limit = params.collectLimit.get();
+}
 
 template <class T, class F>
 Lattice<T, F>::Lattice(const Lattice& other) : Tessik<T>(), ParamOwner() {

@@ -61,6 +61,10 @@ constexpr DiscoveryTime foundAfter(long seconds) {
   return {true, seconds};
 }
 
+// Pairs of coordinate number and deviation, ordered by the deviation.
+template <class T>
+using DeviationList = SerializableArray<RightOrderPair<long, T>>;
+
 template <class T, class F>
 class Lattice : public Tessik<T>, public ParamOwner {
  public:
@@ -236,8 +240,6 @@ class Lattice : public Tessik<T>, public ParamOwner {
   bool updateBounds(const Vector<T>& x);  // on `program`; true when a bound moved
   bool isSolution(const HeuristicVector<T, F>& h) const;
   bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
-  void offerInhomogeneous(const Vector<T>& w);  // keeps the best vector with inhomogeneous coordinate
-  void collect(const Vector<T>& w);             // offers a lattice vector to the collections
 
   // program/sol_file.cpp
   void sol2star();
@@ -263,6 +265,58 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // heuristics/extraction.cpp
   Vector<T> extractInhom();
 
+  // heuristics/deviations.cpp. All vectors have dim components; nothing is allocated in a measure unless the
+  // vector violates no bound.
+  //
+  // How far each coordinate misses its bounds: the deviations that are not zero, largest first, equal ones by
+  // coordinate. `vector` is in unit coordinates, with inLatticeForm in weighted ones. skipTarget leaves the
+  // coordinate of a bounded target out and numbers the others from 1; otherwise that coordinate deviates by
+  // the excess of the combined target over its bound. A missing bound of a variable is never violated.
+  DeviationList<T> deviations(const Vector<T>& vector, bool skipTarget, bool inLatticeForm) const;
+  // The measure of a vector in unit coordinates, which is measured as it stands: by its own sign.
+  HeuristicDeviation<F> computeDeviation(const Vector<T>& v) const;
+  // The measures of v and -v, in one pass.
+  void computeDeviations(const Vector<T>& v, HeuristicDeviation<F>& plus, HeuristicDeviation<F>& minus) const;
+
+  // heuristics/collections.cpp, all in unit coordinates
+  // Measures a lattice vector and enters it in the set of its kind; null stands for the lattice's own. One
+  // that is longer than normBound is refused. The lattice's own sets follow `collectLimit` here.
+  void collect(const Vector<T>& w, SortedSet<HeuristicVector<T, F>>* homogeneous = nullptr,
+               SortedSet<HeuristicVector<T, F>>* inhomogeneous = nullptr, DiscoveryTime time = NOW);
+  // Measures and stamps v, and enters it in `set` if it beats `bound`, which is then the result. A zero
+  // vector is passed over.
+  bool collectIfBetter(const HeuristicDeviation<F>& bound, HeuristicVector<T, F>& v,
+                       SortedSet<HeuristicVector<T, F>>& set) const;
+  // Keeps w if its inhomogeneous coordinate is +-inhomBase and, with the sign of inhomBase there, its measure
+  // is better than that of the best such vector so far.
+  void offerInhomogeneous(const Vector<T>& w, DiscoveryTime time = NOW);
+
+  // heuristics/trimming.cpp: bends the metric towards feasibility and reduces again. `previous` holds the
+  // coordinates of the pass before; null for the driver. Checks what the reduction touches, so that
+  // RestartException and PrecisionException pass.
+  void trim(const Set<long>* previous);
+
+  // heuristics/scale_steps.cpp: how a weight moves
+  // One step of the weight of coordinate p away from or towards 0. Fails with "zero step inconsistency".
+  void scaleStep(long p, const T& step);
+  // Takes 1 off the magnitude of all other weights instead; false, and nothing changed, if one of them is too
+  // small for that.
+  bool normalizeScales(long p);
+  void noteStep(long p, const T& step);
+  static T randomSign(const T& value);  // value or -value, by one draw
+
+  // heuristics/recombination.cpp. Candidates are combinations of lattice vectors, and each is checked:
+  // solutions are recorded, and RestartException and PrecisionException pass.
+  void pairwiseRecombination();
+  // Copies at most `pairLimit` vectors of `source` into `destination`, spread evenly and at random, and sets
+  // its limit to the number that is sought; a `pairLimit` below 1 selects nothing.
+  void selectRandom(const SortedSet<HeuristicVector<T, F>>& source,
+                    SortedSet<HeuristicVector<T, F>>& destination) const;
+
+  // heuristics/sieving.cpp: the collections are read alone; what the rounds end with is checked, and the best
+  // inhomogeneous vector of it offered.
+  void sieve();
+
   // heuristics/reinsertion.cpp
   // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
   // otherwise the best slack vector, or before there was one the best inhomogeneous vector.
@@ -286,6 +340,8 @@ class Lattice : public Tessik<T>, public ParamOwner {
  private:
   // program/solutions.cpp: scratch of the check, for it sees every vector that reduction touches.
   Vector<T> candidate_;
+  // heuristics/collections.cpp: scratch of a vector that may enter.
+  HeuristicVector<T, F> measured_;
 
   bool isRuledOut(const Vector<T>& vec, bool scaled) const;
   void takeCandidate(const Vector<T>& vec, bool scaled);
@@ -330,6 +386,20 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void combineIntoScratch(const Vector<T>& x, long first, long last);
   void combineTransformation(const Vector<T>& x, long first, long last);
   void replaceRow(const Vector<T>& x, long first, long last, long p);
+  // heuristics/deviations.cpp
+  long targetCoordinates() const;
+  T targetExcess(const Vector<T>& v) const;
+  void rateFeasible(const Vector<T>& v, HeuristicDeviation<F>& d) const;
+  // heuristics/collections.cpp
+  void followLimit(SortedSet<HeuristicVector<T, F>>& set) const;
+  // heuristics/trimming.cpp
+  long carrierOfInhom() const;
+  void trimAgainst(const Set<long>* previous);
+  void scaleCoordinates(const Set<long>& coordinates);
+  void translateCoordinates(const Set<long>& coordinates);
+  void reduceTrimmed();
+  // heuristics/scale_steps.cpp
+  void scaleBeyondLimit(long p, const T& value, const T& step);
   // lattice/enumeration.cpp
   struct Block;
   void firstReduction();

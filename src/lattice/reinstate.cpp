@@ -39,7 +39,9 @@ void Lattice<T, F>::reinstate(const ConversionArray<Star<T>>& records, const std
       checkSolution(v, false, foundAfter(star.secondsUntilDiscovered), true);
   for (const auto* set : {&setA, &setB})
     for (auto* node = set->head; node != nullptr; node = node->next)
-      if (inUnitCoordinates(*this, rows, node->value, mode, v)) collect(v);
+      // What a changed preparation fixes otherwise isn't in the lattice any more, and nobody asks later.
+      if (inUnitCoordinates(*this, rows, node->value, mode, v) && isMember(v))
+        collect(v, nullptr, nullptr, foundAfter(node->value.secondsUntilDiscovered));
 }
 
 #define LATBOX_INSTANTIATE(T)                                                                              \

@@ -112,9 +112,9 @@ template <class T, class F>
 unsigned Lattice<T, F>::checkCandidate(DiscoveryTime time, bool flag, Membership membership) {
   const Vector<T>& w = candidate_;
   if (membership == Membership::unknown && !isMember(w)) return CHECK_FOREIGN;
-  if (params.pair.get() || params.sieve.get()) collect(w);
+  if (params.pair.get() || params.sieve.get()) collect(w, nullptr, nullptr, time);
   if (!isFeasible(w)) {
-    offerInhomogeneous(w);
+    offerInhomogeneous(w, time);
     return 0;
   }
   // What is recorded has always taken the real test.
@@ -251,18 +251,6 @@ bool Lattice<T, F>::addSolution(const HeuristicVector<T, F>& h, DiscoveryTime ti
   return true;
 }
 
-// A vector whose last coordinate is +-inhomBase may be the best of its kind. It takes the measure of
-// near-solutions to tell, and without it nothing is kept: a vector that was not measured compares with none.
-template <class T, class F>
-void Lattice<T, F>::offerInhomogeneous(const Vector<T>& w) {
-  if (!isZero(T(w[dim] - inhomBase))) return;
-}
-
-// Pairwise recombination and sieving work on collections of measured vectors; without the measure there is
-// nothing to enter yet.
-template <class T, class F>
-void Lattice<T, F>::collect(const Vector<T>&) {}
-
 #define LATBOX_INSTANTIATE(T)                                                                            \
   template bool Lattice<T, dbl_t>::isRuledOut(const Vector<T>&, bool) const;                             \
   template void Lattice<T, dbl_t>::takeCandidate(const Vector<T>&, bool);                                \
@@ -278,9 +266,7 @@ void Lattice<T, F>::collect(const Vector<T>&) {}
                                                    DiscoveryTime, bool);                                 \
   template bool Lattice<T, dbl_t>::updateBounds(const Vector<T>&);                                       \
   template bool Lattice<T, dbl_t>::isSolution(const HeuristicVector<T, dbl_t>&) const;                   \
-  template bool Lattice<T, dbl_t>::addSolution(const HeuristicVector<T, dbl_t>&, DiscoveryTime);         \
-  template void Lattice<T, dbl_t>::offerInhomogeneous(const Vector<T>&);                                 \
-  template void Lattice<T, dbl_t>::collect(const Vector<T>&);
+  template bool Lattice<T, dbl_t>::addSolution(const HeuristicVector<T, dbl_t>&, DiscoveryTime);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
 

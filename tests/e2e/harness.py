@@ -74,6 +74,9 @@ class Case(unittest.TestCase):
     def exists(self, name):
         return os.path.exists(self.path(name))
 
+    def remove(self, name):
+        os.remove(self.path(name))
+
     def age(self, name, seconds):
         """Sets the file's modification time to so many seconds ago."""
         then = time.time() - seconds

@@ -1,0 +1,70 @@
+// A search visits millions of nodes: neither a node nor a block minimum that is no candidate may cost an
+// allocation.
+#include <cstdlib>
+#include <new>
+
+#include "lattice/support.h"
+#include "lib/os/clock.h"
+
+namespace {
+long allocations = 0;
+}
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  ++allocations;
+  if (void* storage = std::malloc(size == 0 ? 1 : size)) return storage;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* storage) noexcept {
+  std::free(storage);
+}
+[[gnu::noinline]] void operator delete(void* storage, std::size_t) noexcept {
+  std::free(storage);
+}
+
+namespace latbox::testing {
+namespace {
+
+// The search reads the clock at each node, and nothing else does once the block is open.
+struct NodeWatch {
+  static inline long nodes = 0;
+  static inline long first = 0;
+  static inline long last = 0;
+  static long read() {
+    if (++nodes == 4) first = allocations;
+    last = allocations;
+    return 0;
+  }
+};
+
+template <class T>
+class EnumerationAllocation : public ::testing::Test {};
+TYPED_TEST_SUITE(EnumerationAllocation, NumberTypes);
+
+TYPED_TEST(EnumerationAllocation, NodesOfABlock) {
+  using T = TypeParam;
+  Lattice<T, dbl_t> lattice;
+  setBasis(lattice, matrixOf<T>(knapsackRows(14, 100000, 3)));
+  // No vector with this last coordinate is in the lattice: all that the search meets is ruled out.
+  lattice.inhomBase = lattice.inhomScaled = lattice.lbnd[15] = lattice.ubnd[15] = T(1) / T(2);
+  lattice.params.verb.set(0);
+  lattice.params.eprune.set(0);
+  lattice.params.beta.set(14);
+  lattice.params.btime.set(0);
+  lattice.lll(1, 0, 0);
+  lattice.updateGso(1, 0);
+  for (long i = 1; i <= 14; ++i) lattice.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+  // A first run makes room for the block.
+  lattice.enumerate(nullptr);
+  lattice.updateGso(1, 0);
+  for (long i = 1; i <= 14; ++i) lattice.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+  NodeWatch::nodes = 0;
+  setClock(NodeWatch::read);
+  lattice.enumerate(nullptr);
+  setClock(nullptr);
+  EXPECT_GT(NodeWatch::nodes, 20);
+  EXPECT_EQ(NodeWatch::last, NodeWatch::first);
+}
+
+}  // namespace
+}  // namespace latbox::testing
