@@ -32,7 +32,7 @@ import checker  # noqa: E402
 
 CPU_TICK = os.sysconf("SC_CLK_TCK")
 # A run that gets no processor must end too.
-PATIENCE = 8
+PATIENCE = 4
 
 # ----------------------------------------------------------------- a run under a limit of CPU time
 
