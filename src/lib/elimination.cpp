@@ -157,10 +157,10 @@ bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral) 
   return !integral || isIntegral(x);
 }
 
-#define LATBOX_INSTANTIATE(T)                                            \
+#define LATBOX_INSTANTIATE(T)                                                        \
   template long forwardEliminate(Matrix<T>& work, Matrix<T>& companion, bool exact); \
-  template long signedRank(Matrix<T>& work, Matrix<T>& companion);       \
-  template long rankOf(const Matrix<T>& M);                              \
+  template long signedRank(Matrix<T>& work, Matrix<T>& companion);                   \
+  template long rankOf(const Matrix<T>& M);                                          \
   template bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

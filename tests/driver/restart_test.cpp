@@ -57,6 +57,7 @@ TEST_F(Restart, RegeneratesAndThrows) {
   lattice_.finishEnabled = true;
   lattice_.writeEnabled = true;
   lattice_.lll(1, 0, 0);
+  statisticsStandard().noPrimaryImprovement = 5;
   try {
     lattice_.restartHandling(false);
     FAIL() << "the driver would go on with a lattice that is gone";
@@ -66,7 +67,8 @@ TEST_F(Restart, RegeneratesAndThrows) {
   EXPECT_TRUE(lattice_.writeEnabled);
   EXPECT_TRUE(lattice_.finishEnabled);
   EXPECT_EQ(lattice_.rank, 3);
-  EXPECT_EQ(statisticsStandard().noPrimaryImprovement, 1);
+  // The sweep met the first near-solution: the iteration that ends here counts, and counts as progress.
+  EXPECT_EQ(statisticsStandard().noPrimaryImprovement, 0);
 }
 
 TEST_F(Restart, PrintsItsLevelsAtVerb2) {

@@ -210,8 +210,9 @@ TYPED_TEST(EnumerationTest, RunsRepeat) {
   EXPECT_TRUE(this->lattice.B == once);
 }
 
-// The clock is read by the sweep, at the start of run and block, and once per node.
-constexpr long READS_BEFORE_THE_NODES = 3;
+// The clock is read by the sweep, for the stamp of the first near-solution, at the start of run and block, and
+// once per node.
+constexpr long READS_BEFORE_THE_NODES = 4;
 
 TYPED_TEST(EnumerationTest, BetaAboveTheRankIsTheRankAndOneBlock) {
   for (const long beta : {3L, 4L, 1000L}) {

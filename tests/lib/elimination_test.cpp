@@ -48,7 +48,7 @@ TYPED_TEST(EliminationOf, TheCompanionReceivesTheSameOperations) {
 
 TYPED_TEST(EliminationOf, ForwardAloneKeepsWhatStandsAboveThePivots) {
   Matrix<TypeParam> work("[[4 2][1 1]]"), companion(2, 0);
-  EXPECT_EQ(forwardEliminate(work, companion), 2);
+  EXPECT_EQ(forwardEliminate(work, companion, false), 2);
   EXPECT_TRUE(work[1][2] == TypeParam(2));
   EXPECT_TRUE(isZero(work[2][1]));
 }
@@ -72,7 +72,7 @@ TEST(Elimination, OverflowOfTheBackwardQuotient) {
 // gate lets that pass as it does everywhere.
 TEST(Elimination, ForwardQuotientsAreAtMostOne) {
   Matrix<dbl_t> work("[[1e-6 1][1e6 1]]"), companion(2, 0);
-  EXPECT_EQ(forwardEliminate(work, companion), -2);
+  EXPECT_EQ(forwardEliminate(work, companion, false), -2);
 }
 
 TYPED_TEST(EliminationOf, SolvesSquareSystems) {

@@ -240,6 +240,12 @@ TYPED_TEST(MatrixOf, SwapRowsExchangesStorage) {
   EXPECT_EQ(textOf(m[1]), "[ 3 4 ]");
 }
 
+// A determinant with an entry below the tolerance came out wrong in exact numbers.
+TEST(ExactMatrix, DeterminantKeepsEntriesBelowTheTolerance) {
+  Matrix<QQ> m("[[1 1][1/10000000000 1]]");
+  EXPECT_EQ(m.determinant(), QQ("9999999999/10000000000"));
+}
+
 TYPED_TEST(MatrixOf, Determinants) {
   const struct {
     const char* text;
