@@ -22,8 +22,9 @@ void swapComponent(Tessik<T>& p, long i) {
   negateColumn(p.At, i);
   negateColumn(p.Ag, i);
   negateColumn(p.Au, i);
+  const T working = negated(p.lx[i]);
   p.lx[i] = negated(p.rx[i]);
-  p.rx[i] = infinity<T>();
+  p.rx[i] = working;
   p.fx[i] = FreedomDegree::noUpper;
   p.swappedComponents.append(i);
 }
@@ -58,11 +59,14 @@ void Tessik<T>::removeDependencies(bool verbose) {
   progressLine(verbose, "Linear dependencies detected and removed");
 }
 
+// A missing lower bound stays missing when a solution has given the variable a working one: left unswapped, the
+// variable would get a box of that width, and points that were solutions would no longer count.
 template <class T>
 void Tessik<T>::swapHalfFree(bool verbose) {
   swappedComponents.clear();
   for (long i = 1; i <= n(); ++i) {
-    if (!isMinusInfinity(lx[i]) || isInfinite(rx[i])) continue;
+    const bool missing = isMinusInfinity(lx[i]) || fx[i] == FreedomDegree::noLower;
+    if (!missing || isInfinite(rx[i])) continue;
     swapComponent(*this, i);
     progressLine(verbose, "Swapped half-free variable detected");
   }

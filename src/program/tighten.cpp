@@ -56,13 +56,27 @@ void checkEquation(const Tessik<T>& p, long i, const Interval<T>& range) {
   fail("Unfulfillable equality detected --> NO SOLUTIONS!");
 }
 
+// Sides that the user left open. A solution gives them working bounds, which say nothing about the next one: a
+// row that was tightened by them would cut off whatever would widen them again.
+template <class T>
+void forgetWorkingBounds(const Tessik<T>& p, Vector<T>& low, Vector<T>& high) {
+  for (long j = 1; j <= p.fx.MN; ++j) {
+    const FreedomDegree freedom = p.fx[j];
+    if (freedom == FreedomDegree::noLower || freedom == FreedomDegree::free) low[j] = -infinity<T>();
+    if (freedom == FreedomDegree::noUpper || freedom == FreedomDegree::free) high[j] = infinity<T>();
+  }
+}
+
 }  // namespace
 
 template <class T>
 void Tessik<T>::tightenRows(bool inequations) {
   const Matrix<T>& rows = inequations ? Au : Ag;
+  Vector<T> low = lx;
+  Vector<T> high = rx;
+  forgetWorkingBounds(*this, low, high);
   for (long i = 1; i <= rows.M; ++i) {
-    const Interval<T> range = rangeOf(rows[i], lx, rx);
+    const Interval<T> range = rangeOf(rows[i], low, high);
     if (inequations)
       tightenInequation(*this, i, range);
     else

@@ -172,14 +172,9 @@ class WideningTest(harness.Case):
     def test_free_above(self):
         self.loop_again("above")
 
-    # Honest debt: the swapped variable's working box moves with its bound, and solutions beyond its other side no longer
-    # count in the regenerated lattice; the next run drops them from the file.
-    @unittest.expectedFailure
     def test_free_below(self):
         self.loop_again("below")
 
-    # Honest debt: the bounds shrink to the first solution, a width is zero then: "ineq bounds error1".
-    @unittest.expectedFailure
     def test_free_on_both_sides(self):
         self.loop_again("on both sides")
 
