@@ -21,8 +21,8 @@ COUNT = int(os.environ.get("PROGRAMS", "100"))
 OPTIONS = ("--sol=0", "--iters=20")
 
 # Least share of feasible programs for which a feasible point, and the optimum, is found.
-FEASIBLE_RATE = 0.9
-OPTIMUM_RATE = 0.75
+FEASIBLE_RATE = 0.97
+OPTIMUM_RATE = 0.95
 
 REFUSALS = ("Unfulfillable inequality detected --> NO SOLUTIONS!", "Unfulfillable equality detected --> NO SOLUTIONS!",
             "The equation system has no integer solution :(")

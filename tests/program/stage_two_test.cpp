@@ -287,6 +287,30 @@ TYPED_TEST(StageTwo, HalfFreeVariablesAreTurned) {
   EXPECT_EQ(shown(p.fx), "232");
 }
 
+// Solutions were lost on regeneration: with a working lower bound the variable stayed unswapped.
+TYPED_TEST(StageTwo, HalfFreeVariableIsTurnedWithItsWorkingBound) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][][][[17 23]][1000][1004][0 0][-inf 0][100 10]");
+  p.lx[1] = T(48);
+  p.swapHalfFree(false);
+  EXPECT_EQ(shown(p.swappedComponents), "[ 1 ]");
+  EXPECT_EQ(shown(p.lx), "[ -100 0 ]");
+  EXPECT_EQ(shown(p.rx), "[ -48 10 ]");
+  EXPECT_EQ(shown(p.fx), "20");
+}
+
+// A run with free variables ended with "ineq bounds error1" after its first solution.
+TYPED_TEST(StageTwo, WorkingBoundsDoNotTightenRows) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][][][[17 23]][1000][1004][0 0][-inf 0][inf inf]");
+  p.lx[1] = T(59);
+  p.rx[1] = T(59);
+  p.rx[2] = T(0);
+  p.tightenRows(true);
+  EXPECT_EQ(shown(p.lu), "[ 1000 ]");
+  EXPECT_EQ(shown(p.ru), "[ 1004 ]");
+}
+
 TYPED_TEST(StageTwo, SwappingZeroLeavesNoNegativeZero) {
   using T = TypeParam;
   Tessik<T> p = programOf<T>("[][][[0 1]][1][][][][0 0][-inf 0][0 1]");
