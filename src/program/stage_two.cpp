@@ -59,8 +59,8 @@ void Tessik<T>::removeDependencies(bool verbose) {
   progressLine(verbose, "Linear dependencies detected and removed");
 }
 
-// A missing lower bound stays missing when a solution has given the variable a working one: left unswapped, the
-// variable would get a box of that width, and points that were solutions would no longer count.
+// A missing lower bound stays missing when a solution has given the variable a working one: left unswapped,
+// the variable would get a box of that width, and points that were solutions would no longer count.
 template <class T>
 void Tessik<T>::swapHalfFree(bool verbose) {
   swappedComponents.clear();

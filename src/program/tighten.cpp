@@ -56,8 +56,8 @@ void checkEquation(const Tessik<T>& p, long i, const Interval<T>& range) {
   fail("Unfulfillable equality detected --> NO SOLUTIONS!");
 }
 
-// Sides that the user left open. A solution gives them working bounds, which say nothing about the next one: a
-// row that was tightened by them would cut off whatever would widen them again.
+// Sides that the user left open. A solution gives them working bounds, which say nothing about the next one:
+// a row that was tightened by them would cut off whatever would widen them again.
 template <class T>
 void forgetWorkingBounds(const Tessik<T>& p, Vector<T>& low, Vector<T>& high) {
   for (long j = 1; j <= p.fx.MN; ++j) {
