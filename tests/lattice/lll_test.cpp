@@ -4,6 +4,7 @@
 #include "driver/statistics.h"
 #include "lattice/row_operation.h"
 #include "lib/exceptions.h"
+#include "lib/os/clock.h"
 #include "support/failure.h"
 
 namespace latbox::testing {
@@ -241,6 +242,34 @@ TYPED_TEST(LllTest, DeepInsertMovesToTheFirstPlaceThatGains) {
   EXPECT_EQ(this->lattice.B[4][3], TypeParam(6));
   EXPECT_NE(this->lattice.status[1], 0);
   for (long i = 2; i <= 4; ++i) EXPECT_EQ(this->lattice.status[i], 0);
+}
+
+// An hour passes at each look at the clock.
+TYPED_TEST(LllTest, LongSweepTellsEveryHourWhereItStands) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{1, 0}, {0, 1}}));
+  this->lattice.params.verb.set(2);
+  static long hours;
+  hours = 0;
+  setClock([]() -> long { return 3600 * ++hours; });
+  ::testing::internal::CaptureStdout();
+  this->lattice.lll(1, 0, 0);
+  const std::string shown = ::testing::internal::GetCapturedStdout();
+  setClock(nullptr);
+  EXPECT_NE(shown.find("|-> lll interval_tt status: k = 1 (m = 2)\n"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("|-> lll interval_tt status: k = 2 (m = 2)\n"), std::string::npos) << shown;
+}
+
+TYPED_TEST(LllTest, BlockTimeEndsASweepAndTheTailStillReducesInSize) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{2, 0}, {7, 1}}));
+  this->lattice.params.btime.set(1);
+  static long seconds;
+  seconds = 0;
+  setClock([]() -> long { return ++seconds; });
+  this->lattice.lll(1, 0, 0);
+  setClock(nullptr);
+  EXPECT_TRUE(this->lattice.sweepStopped);
+  EXPECT_EQ(this->lattice.B[1][1], TypeParam(2));
+  EXPECT_EQ(abs(this->lattice.B[2][1]), TypeParam(1));
 }
 
 TYPED_TEST(LllTest, WithDeepThePlainTestIsNotApplied) {
