@@ -1,108 +1,128 @@
 """Diophantine systems, equal sums of powers, unit fractions, approximation and integer relations."""
 
 from fractions import Fraction
-from math import isqrt, lcm
+from math import comb, isqrt
 from random import Random
 
-from gallery import opt
+from gallery.opt import MINIMISE, Program, unit
 
 
-def system_of_equations(m=4, n=20, top=1000, bound=9):
+def diophantine_system():
+    m, n, bound = 4, 20, 9
     random = Random(420)
-    rows = [[random.randrange(1, top + 1) for _ in range(n)] for _ in range(m)]
+    rows = [[random.randrange(1, 1001) for _ in range(n)] for _ in range(m)]
     x = [random.randrange(bound + 1) for _ in range(n)]
-    return opt.text("", [bound] * n, [(row, sum(a * b for a, b in zip(row, x))) for row in rows])
+    return Program("""
+        A system of linear Diophantine equations with bounds: four equations, twenty variables from 0 to 9.
+
+        Random coefficients from 1 to 1000, the right-hand sides from a random point. Aardal, Hurkens and Lenstra (2000) solve such
+        systems by a reduced basis of the integer kernel.""",
+                   [bound] * n, [(row, sum(a * b for a, b in zip(row, x))) for row in rows])
 
 
-def vanishing_signs(n, zeros):
+def vanishing_signs(about, n, zeros):
     """0/1 vectors x such that the polynomial with coefficients 2 x - 1 has so many zeros at 1."""
-    rows = [[binomial(i, k) for i in range(n)] for k in range(zeros)]
-    return opt.text("", [1] * n, [(row, sum(row) // 2) for row in rows])
+    rows = [[comb(i, k) for i in range(n)] for k in range(zeros)]
+    return Program(about, [1] * n, [(row, sum(row) // 2) for row in rows])
 
 
-def binomial(n, k):
-    result = 1
-    for i in range(k):
-        result = result * (n - i) // (i + 1)
-    return result
+def signs_48():
+    return vanishing_signs("""
+        Signs with vanishing moments: a polynomial of 48 coefficients, each +1 or -1, that is divisible by (x - 1)^6. In
+        other words, the numbers 0 to 47 fall into two sets with equal sums of k-th powers for k from 0 to 5, a
+        Prouhet-Tarry-Escott problem.
+
+        Prouhet's classes (1851) give divisibility by (x - 1)^m at length 2^m, here 64. Byrnes asked whether less is enough;
+        Boyd (1997) showed that it is not up to m = 5, and that 48 is the least length for m = 6. Variable i is 1 where
+        coefficient i is +1; equation k holds the binomial coefficients over k, with smaller numbers than powers.""", 48, 6)
 
 
-def tarry_escott():
-    """Two sets of four numbers from 1 to 25, 25 in the first, with equal sums of 2nd, 4th and 6th powers."""
+def signs_96():
+    return vanishing_signs("""
+        Signs with vanishing moments: a polynomial of 96 coefficients, each +1 or -1, that is divisible by (x - 1)^7.
+
+        96 is the least length for 7 (Boyd, 1997); Berend and Golan (2006) went on to 8, with length 144. The equations are as
+        in signs_48.opt.""", 96, 7)
+
+
+def tarry_escott_8():
     top = 25
     nothing = [0] * top
-    equations = [([v ** e for v in range(1, top + 1)] + [-v ** e for v in range(1, top + 1)], 0) for e in (2, 4, 6)]
-    equations += [([1] * top + nothing, 4), (nothing + [1] * top, 4)]
-    equations += [([0] * (top - 1) + [1] + nothing, 1)]
-    windows = []
-    for i in range(top):
-        row = nothing + nothing
-        row[i] = row[top + i] = 1
-        windows.append((row, 0, 1))
-    return opt.text("", [1] * (2 * top), equations, windows)
+    powers = [[v ** e for v in range(1, top + 1)] for e in (2, 4, 6)]
+    equations = [(row + [-v for v in row], 0) for row in powers]
+    equations += [([1] * top + nothing, 4), (nothing + [1] * top, 4), (unit(2 * top, top - 1), 1)]
+    apart = [(unit(2 * top, i, top + i), 0, 1) for i in range(top)]
+    return Program("""
+        An ideal solution of the Prouhet-Tarry-Escott problem of size 8: two sets of eight whole numbers with equal sums of
+        k-th powers for all k from 1 to 7; more than 7 is impossible with eight numbers.
+
+        Both sets are taken symmetric, so that odd powers cancel: plus and minus a, where a is among four numbers from 1 to 25,
+        with equal sums of second, fourth and sixth powers. Variables 1 to 25 choose the first set, 26 to 50 the second; no
+        number is in both, and 25 is in the first. Tarry knew the solution 2, 16, 21, 25 and 5, 14, 23, 24 about 1913; in this
+        range it is the only one, by complete search.""", [1] * (2 * top), equations, apart)
 
 
-def tarry_escott_signs(top=25):
-    equations = [([v ** e for v in range(1, top + 1)], sum(v ** e for v in range(1, top + 1))) for e in (0, 2, 4, 6)]
-    return opt.text("", [2] * top, equations + [([0] * (top - 1) + [1], 2)])
+UNIT_TOP = 3 ** 3 * 5 * 7 * 11
+UNIT_DIVISORS = [d for d in range(3, 400, 2) if UNIT_TOP % d == 0]
 
 
 def unit_fractions():
-    """1 as the sum of nine different odd unit fractions."""
-    top = 3 ** 3 * 5 * 7 * 11
-    divisors = [d for d in range(3, 400, 2) if top % d == 0]
-    return opt.text("// " + str(divisors), [1] * len(divisors), [([top // d for d in divisors], top), ([1] * len(divisors), 9)])
+    return Program("""
+        An Egyptian fraction: 1 as the sum of nine different unit fractions with odd denominators, which is the least number
+        of them.
+
+        The denominators offered are the %d divisors of 10395 = 27 * 5 * 7 * 11 between 3 and 400: %s. Three of the sums have nine terms,
+        by complete search, and none has fewer.""" %
+                   (len(UNIT_DIVISORS), ", ".join(map(str, UNIT_DIVISORS))), [1] * len(UNIT_DIVISORS),
+                   [([UNIT_TOP // d for d in UNIT_DIVISORS], UNIT_TOP), ([1] * len(UNIT_DIVISORS), 9)])
 
 
 def log2(value, digits):
-    """floor(10^digits * log2(value)), by squaring."""
-    x, whole, part, bit = Fraction(value), 0, Fraction(0), Fraction(1)
-    while x >= 2:
-        x, whole = x / 2, whole + 1
-    for _ in range(4 * digits):
-        bit /= 2
-        x = Fraction(int(x * x * 10 ** (2 * digits)), 10 ** (2 * digits))
+    """floor(10^digits log2(value)) for 1 <= value < 2, bit after bit by squaring."""
+    scale, x, part = 10 ** (2 * digits), Fraction(value), 0
+    bits = 4 * digits
+    for _ in range(bits):
+        x = Fraction(int(x * x * scale), scale)
+        part *= 2
         if x >= 2:
-            x, part = x / 2, part + bit
-    return int((whole + part) * 10 ** digits)
+            x, part = x / 2, part + 1
+    return part * 10 ** digits // 2 ** bits
+
+
+TEMPERAMENT_UNIT = 10 ** 9
+TEMPERAMENT_MISS = TEMPERAMENT_UNIT // 8
+TEMPERAMENT_LOGARITHMS = [log2(Fraction(p, 2 ** e), 9) for p, e in ((3, 1), (5, 2), (7, 2), (11, 3))]
+
+
+def common_denominator(about, values, scale, miss, top, targets=()):
+    """q = 1 + x1 with | q value - p | <= miss for each value; p are the other variables. All in units of 1/scale."""
+    rows = [([value] + [-scale * u for u in unit(len(values), i)], -miss - value, miss - value)
+            for i, value in enumerate(values)]
+    return Program(about, [top] * (len(values) + 1), (), rows, targets)
 
 
 def temperament():
-    """The least number of equal steps of an octave such that four intervals are met within a twelfth of a step."""
-    digits = 9
-    intervals = [log2(Fraction(p, q), digits) for p, q in ((3, 2), (5, 4), (7, 4), (11, 8), (13, 8))]
-    n = len(intervals)
-    tops = 2000
-    rows = []
-    for i, value in enumerate(intervals):
-        row = [value] + [0] * n
-        row[i + 1] = -10 ** digits
-        rows.append((row, -10 ** digits // 10, 10 ** digits // 10))
-    return opt.text("", [tops] + [tops] * n, (), rows, [(opt.MINIMISE, [1] + [0] * n)])
+    return common_denominator("""
+        Equal temperament: into how many equal steps must an octave be divided so that the harmonics 3, 5, 7 and 11 are met
+        within an eighth of a step? Least number of steps, up to 1000.
+
+        Simultaneous Diophantine approximation of the binary logarithms of 3/2, 5/4, 7/4 and 11/8, here to nine digits. The
+        number of steps is 1 + the first variable, so that 0 is excluded; the others are the steps of each harmonic. The
+        optimum is 270 steps, a value of 269, by trying every number in turn.""",
+                              TEMPERAMENT_LOGARITHMS, TEMPERAMENT_UNIT, TEMPERAMENT_MISS, 1000,
+                              [(MINIMISE, [1, 0, 0, 0, 0])])
 
 
 def approximation():
-    """A common denominator up to 10^12 of the square roots of 2, 3, 5, 7 (their parts behind the point)."""
-    digits, top = 20, 10 ** 12
-    roots = [isqrt(v * 10 ** (2 * digits)) % 10 ** digits for v in (2, 3, 5, 7)]
-    rows = []
-    for i, value in enumerate(roots):
-        row = [value] + [0] * 4
-        row[i + 1] = -10 ** digits
-        rows.append((row, -10 ** (digits - 3), 10 ** (digits - 3)))
-    return opt.text("", [top] * 5, (), rows)
+    scale = 10 ** 20
+    roots = [isqrt(v * scale ** 2) % scale for v in (2, 3, 5, 7)]
+    return common_denominator("""
+        Simultaneous approximation: a common denominator q up to 10^12 with which the square roots of 2, 3, 5 and 7 (their parts
+        behind the point, to twenty digits) are approximated within 1/(1000 q).
 
-
-def integer_relation():
-    """The monic polynomial of degree 6 with the zero sqrt(2) + cbrt(3)."""
-    digits, bound = 30, 40
-    unit = 10 ** digits
-    alpha = isqrt(2 * unit ** 2) + cube_root(3 * unit ** 3)
-    powers = [unit]
-    for _ in range(6):
-        powers.append(powers[-1] * alpha // unit)
-    middle = bound * sum(powers[:6])
-    return opt.text("", [2 * bound] * 6 , (), [(powers[:6], middle - powers[6] - 10 ** 5, middle - powers[6] + 10 ** 5)])
+        Dirichlet's theorem promises such a q; to find one is what Lenstra, Lenstra and Lovasz (1982) gave as an application of
+        their basis reduction. q is 1 + the first variable, the numerators are the others. There are too many q to be tried one
+        by one.""", roots, scale, scale // 1000, 10 ** 12)
 
 
 def cube_root(n):
@@ -114,12 +134,30 @@ def cube_root(n):
         x = y
 
 
+def integer_relation():
+    digits, guard, bound = 14, 20, 40
+    fine = 10 ** (digits + guard)
+    alpha = isqrt(2 * fine ** 2) + cube_root(3 * fine ** 3)
+    powers = [fine]
+    for _ in range(6):
+        powers.append(powers[-1] * alpha // fine)
+    powers = [(v + 10 ** guard // 2) // 10 ** guard for v in powers]
+    middle = bound * sum(powers[:6]) - powers[6]
+    return Program("""
+        An integer relation: which polynomial x^6 + c5 x^5 + ... + c0 with coefficients from -40 to 40 vanishes at 3.142...?
+        The number is sqrt(2) + the cube root of 3, given to fourteen digits.
+
+        Its powers 0 to 5 times 10^14 stand in the row, rounded; the sides leave room for the rounding. Variable i is
+        c(i-1) + 40, so that lower bounds are 0. The polynomial is x^6 - 6 x^4 - 6 x^3 + 12 x^2 - 36 x + 1, the point
+        (41, 4, 52, 34, 34, 40). Kannan, Lenstra and Lovasz (1988) find minimal polynomials so.""",
+                   [2 * bound] * 6, (), [(powers[:6], middle - 40, middle + 40)])
+
+
 PROGRAMS = {
-    "diophantine_system": system_of_equations,
-    "byrnes_48": lambda: vanishing_signs(48, 6),
-    "byrnes_32": lambda: vanishing_signs(32, 5),
-    "tarry_escott_8": tarry_escott,
-    "tarry_escott_8s": tarry_escott_signs,
+    "diophantine_system": diophantine_system,
+    "signs_48": signs_48,
+    "signs_96": signs_96,
+    "tarry_escott_8": tarry_escott_8,
     "unit_fractions": unit_fractions,
     "temperament": temperament,
     "approximation": approximation,

@@ -1,23 +1,39 @@
-"""The text of a `.opt` file, from its parts."""
+"""A program of the gallery, and the text of its `.opt` file."""
+
+import textwrap
+from typing import NamedTuple
 
 MINIMISE = "-inf"
-MAXIMISE = "inf"
+WIDTH = 117
 
 
-def text(comment, upper, equations=(), inequations=(), targets=()):
-    """The whole file.
+class Program(NamedTuple):
+    """`equations` are (row, right-hand side), `inequations` (row, low, high), `targets` (kind or value, row); all
+    variables are whole numbers from 0 to their entry in `upper`. A blank line in `about` begins a paragraph."""
 
-    `equations` are (row, right-hand side), `inequations` (row, low, high), `targets` (kind or value, row). All variables
-    are whole numbers between 0 and `upper`.
-    """
-    zeros = [0] * len(upper)
+    about: str
+    upper: list
+    equations: list = ()
+    inequations: list = ()
+    targets: list = ()
+
+
+def text(program, measured):
+    """The whole file; `measured` becomes the last paragraph of its comment."""
+    zeros = [0] * len(program.upper)
     return "\n".join([
-        "/* " + comment.strip() + " */\n",
-        vector([kind for kind, _ in targets]), matrix([row for _, row in targets]),
-        matrix([row for row, _ in equations]), vector([side for _, side in equations]),
-        matrix([row for row, _, _ in inequations]),
-        vector([low for _, low, _ in inequations]), vector([high for _, _, high in inequations]),
-        vector(zeros), vector(zeros), vector(upper), ""])
+        comment(program.about + "\n\n" + measured),
+        vector(kind for kind, _ in program.targets), matrix(row for _, row in program.targets),
+        matrix(row for row, _ in program.equations), vector(side for _, side in program.equations),
+        matrix(row for row, _, _ in program.inequations),
+        vector(low for _, low, _ in program.inequations), vector(high for _, _, high in program.inequations),
+        vector(zeros), vector(zeros), vector(program.upper), ""])
+
+
+def comment(about):
+    paragraphs = [" ".join(part.split()) for part in about.strip().split("\n\n")]
+    filled = ["\n".join(textwrap.wrap(part, WIDTH, initial_indent="   ", subsequent_indent="   ")) for part in paragraphs]
+    return "/* " + "\n\n".join(filled).lstrip() + " */\n"
 
 
 def vector(values):
@@ -25,4 +41,13 @@ def vector(values):
 
 
 def matrix(rows):
-    return "[ ]" if not rows else "[\n" + "".join("  %s\n" % vector(row) for row in rows) + "]"
+    lines = ["  %s\n" % vector(row) for row in rows]
+    return "[\n" + "".join(lines) + "]" if lines else "[ ]"
+
+
+def unit(n, *places):
+    """A row of n zeros, with ones at the places."""
+    row = [0] * n
+    for place in places:
+        row[place] = 1
+    return row
