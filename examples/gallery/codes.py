@@ -63,8 +63,7 @@ def code_24_7_10():
         Such a code is the same as 24 points of the projective space PG(6, 2) of which no hyperplane holds more than
         24 - 10 = 14. Prescribed is a symmetry of order 3 (two cycles of three coordinates), as Braun, Kohnert and Wassermann
         (2005) do with larger groups: one variable for each orbit of points, one inequation for each orbit of hyperplanes, one
-        equation for the length. Distance 10 is the best: by the Griesmer bound distance 12 needs length 26, and distance 11 would
-        give distance 12 with one more digit.""", cycles(3, 3, 1), 2, 24, 10)
+        equation for the length. Distance 10 is the best: by the Griesmer bound distance 11 needs length 25.""", cycles(3, 3, 1), 2, 24, 10)
 
 
 def code_20_5_12():

@@ -32,8 +32,8 @@ def signs_48():
         other words, the numbers 0 to 47 fall into two sets with equal sums of k-th powers for k from 0 to 5, a
         Prouhet-Tarry-Escott problem.
 
-        Prouhet's classes (1851) give divisibility by (x - 1)^m at length 2^m, here 64. Byrnes asked whether less is enough;
-        Boyd (1997) showed that it is not up to m = 5, and that 48 is the least length for m = 6. Variable i is 1 where
+        Prouhet's classes (1851) give divisibility by (x - 1)^m at length 2^m, here 64. Byrnes asked whether that is the
+        least; Boyd (1997) showed that it is up to m = 5, and that 48 is the least for m = 6. Variable i is 1 where
         coefficient i is +1; equation k holds the binomial coefficients over k, with smaller numbers than powers.""", 48, 6)
 
 

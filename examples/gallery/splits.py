@@ -20,9 +20,9 @@ def market_split_6x50():
         A market split: 50 customers are divided between two divisions such that each of six products is split at exactly
         the demanded figure.
 
-        Cornuejols and Dawande (1998) proposed these small 0/1 programs, random entries from 0 to 99, because branch and bound
-        fails on them: with m rows and 10 (m - 1) columns it has to look at almost every corner of the cube. Basis reduction
-        is what works. This one was made around a solution, so that there is one.""", [1] * 50, list(zip(rows, sides)))
+        Cornuejols and Dawande (1998) proposed these small 0/1 programs, random entries from 0 to 99, with 10 (m - 1)
+        columns for m rows, as hard ones for branch and bound, whose trees grow exponentially on them. Basis reduction is what
+        works. This one was made around a solution, so that there is one.""", [1] * 50, list(zip(rows, sides)))
 
 
 def market_split_windows():
@@ -61,7 +61,7 @@ def subset_sum_40():
 
         The problem behind the knapsack ciphers. Lagarias and Odlyzko (1985) solved almost all instances of low density by
         basis reduction; around density 1, as many numbers as they have bits, they are hardest. Half of the numbers were added
-        up to make this one; about one more solution is to be expected by chance.""",
+        up to make this one; chance alone would have given a solution in one of six cases.""",
                    [1] * n, [(row, sum(row[i] for i in chosen))])
 
 
@@ -73,9 +73,9 @@ def partition_40():
     return Program("""
         Number partitioning: 40 numbers of ten digits are divided in two sets with equal sums.
 
-        Random numbers have a perfect partition with high probability while they have fewer bits than there are numbers, here
-        33 against 40, and none beyond. Differencing heuristics of simple kind stay far from it, and linear relaxation says
-        nothing: one half of everything is always right.""", [1] * n, [(row, sum(row) // 2)])
+        Random numbers have perfect partitions with high probability while they have fewer bits than there are numbers, here 33
+        against 40 (some twenty perfect ones are to be expected), and none with many more bits. Linear relaxation says nothing:
+        one half of everything is always right.""", [1] * n, [(row, sum(row) // 2)])
 
 
 def frobenius(row):
@@ -110,7 +110,7 @@ def coin_problem():
 
 def equality_knapsack():
     return coins("""
-        An equality knapsack: eight numbers around 25067 to 119169, each as often as needed, are to add up to 33367336.
+        An equality knapsack: eight numbers from 25067 to 119169, each as often as needed, are to add up to 33367336.
 
         33367335 is the Frobenius number of the coefficients (computed by the generator of this file), so that this is the
         least right-hand side from which on all have a solution. One of the equality knapsacks of Aardal and Lenstra (2004).
