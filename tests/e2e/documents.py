@@ -140,8 +140,9 @@ def links(text):
 
 
 def named_paths(text):
-    """Paths of the tree that the prose names as code."""
+    """Paths of the tree that the prose names as code; NAME stands for any."""
     found = re.findall(r"`((?:src|tests|bench|docs|examples|scripts|tools|check|fuzz)/[\w./-]*)`", prose(text))
+    found = [path for path in found if "NAME" not in path]
     return [path for path in found if path.endswith(("/", ".md", ".py", ".cpp", ".h", ".opt", ".sh", ".json", ".txt"))]
 
 
