@@ -1,6 +1,7 @@
 """Runs every command of every document of the tree, and compares what it prints where the document shows it."""
 
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -12,6 +13,9 @@ import harness
 LEFT_OUT = ("build", "third_party")
 # A command of a document that takes longer must be marked.
 LIMIT = 120
+
+# Programs that a tree may do without: their commands are left out where they are missing.
+OPTIONAL = ("latbox-check", "glpsol", "cbc", "dpkg", "dpkg-deb", "man", "clang")
 
 STARTER = '#!/bin/sh\nexec "$(dirname "$(readlink -f "$0")")/build/release/latbox" "$@"\n'
 
@@ -63,18 +67,17 @@ class Scratch:
         """A folder of programs by their names, as an installation puts them."""
         programs = os.path.join(folder, "bin")
         os.mkdir(programs)
-        for path, _, files in os.walk(built):
-            for name in ("latbox", "latbox-check"):
-                if name in files and os.access(os.path.join(path, name), os.X_OK):
-                    os.symlink(os.path.join(path, name), os.path.join(programs, name))
-            break
-        checker = os.path.join(built, "check", "latbox-check")
-        if os.path.exists(checker) and not os.path.lexists(os.path.join(programs, "latbox-check")):
-            os.symlink(checker, os.path.join(programs, "latbox-check"))
+        for name in ("latbox", "latbox-check"):
+            if os.access(os.path.join(built, name), os.X_OK):
+                os.symlink(os.path.join(built, name), os.path.join(programs, name))
         return programs
 
     def write(self, name, text):
         self._write(name, text)
+
+    def has(self, program):
+        place = os.path.join(self.tree, program) if "/" in program else program
+        return shutil.which(place, path=self.environment["PATH"]) is not None
 
     def run(self, command):
         """(exit status, what was printed on both outputs)"""
@@ -133,6 +136,9 @@ class DocumentsTest(unittest.TestCase):
         return len(block.commands())
 
     def run_command(self, scratch, command, shown):
+        program = command.split()[0]
+        if os.path.basename(program) in OPTIONAL and not scratch.has(program):
+            self.skipTest(program + " is not there")
         status, printed = scratch.run(command)
         # A document that shows a failure means it.
         refused = any(line.startswith("*** FAIL") for line in shown)
@@ -143,6 +149,18 @@ class DocumentsTest(unittest.TestCase):
         if shown:
             self.assertTrue(documents.printed_as_shown(shown, printed.split("\n")),
                             "shown:\n%s\n\nprinted:\n%s" % ("\n".join(shown), printed[-6000:]))
+
+
+    def test_the_options_of_the_readme(self):
+        """Its table names all options, with the defaults that the usage shows."""
+        done = subprocess.run([harness.Settings.binary, "--help=1"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, timeout=LIMIT, check=False)
+        usage = re.findall(r"^  --(\w+) \| .* \[ Default: (\S+) \]$", done.stdout.decode(), re.MULTILINE)
+        section = content("README.md").split("## Options", 1)[1].split("\n## ", 1)[0]
+        listed = {"help": "0"}
+        for keys, defaults in re.findall(r"^\| (`[^|]*`) \| ([^|]*) \|", section, re.MULTILINE):
+            listed.update(zip(re.findall(r"`(\w+)`", keys), defaults.split(", "), strict=True))
+        self.assertEqual(listed, dict(usage))
 
 
 class ConventionTest(unittest.TestCase):
