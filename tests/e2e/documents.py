@@ -18,6 +18,8 @@ SHELLS = ("sh", "bash", "shell", "console")
 PROGRAMS = set("""apt apt-cache apt-get bash cat cd clang clang-format cmake cp cpack ctest curl docker dpkg env export
 g++ gcov git glpsol cbc latbox latbox-check ls make man mkdir nice ninja perf pip printf python3 rm sh sudo time
 valgrind""".split())
+# What would change the tree that is being tested, or the machine.
+BUILDERS = set("apt apt-get cmake cpack dpkg git ninja sudo su".split())
 PATHS = re.compile(r"^(\./|\.\./|~/|build/|scripts/|\.ci/)\S+")
 
 
@@ -55,7 +57,8 @@ class Block:
         if self.mark == "file":
             return "file" if is_inside(self.argument) else "error: no name of a file within the tree"
         if prompts and prompts[0]:
-            return "commands"
+            return next(("error: builds or installs, and is not marked: " + command
+                         for _, command, _ in self.commands() if first_word(command) in BUILDERS), "commands")
         if any(prompts):
             return "error: text before the first command"
         if self.language in SHELLS:
@@ -78,10 +81,20 @@ def without_blank_ends(lines):
     return lines
 
 
-def looks_like_a_command(line):
+def without_settings(line):
+    """The words of a command behind its NAME=value."""
     words = line.split()
     while words and re.match(r"^[A-Z_]+=\S*$", words[0]):
         words = words[1:]
+    return words
+
+
+def first_word(command):
+    return (without_settings(command) or [""])[0]
+
+
+def looks_like_a_command(line):
+    words = without_settings(line)
     # A bare word alone on its line is more often a heading or a key.
     return bool(words) and (bool(PATHS.match(words[0])) or len(words) > 1 and words[0] in PROGRAMS)
 
