@@ -46,14 +46,18 @@ class Scratch:
         self.tree = os.path.join(folder, "tree")
         shutil.copytree(root(), self.tree, ignore=self._left_out)
         built = os.path.dirname(harness.Settings.binary)
-        os.mkdir(os.path.join(self.tree, "build"))
-        os.symlink(built, os.path.join(self.tree, "build", "release"))
+        # The programs one by one: a command that builds must not find the build that is being tested.
+        release = os.path.join(self.tree, "build", "release")
+        self._link_programs(built, release)
         # The script would build, in the tree that is being tested; it has a test of its own.
         self._write("latbox.sh", STARTER)
         home = os.path.join(folder, "home")
         os.mkdir(home)
         self.environment = dict(os.environ, LC_ALL="C.UTF-8", PYTHONDONTWRITEBYTECODE="1", HOME=home)
-        self.environment["PATH"] = self._installed(folder, built) + os.pathsep + os.environ["PATH"]
+        # As an installation puts them.
+        programs = os.path.join(folder, "bin")
+        self._link_programs(built, programs)
+        self.environment["PATH"] = programs + os.pathsep + os.environ["PATH"]
 
     def _left_out(self, folder, names):
         top = os.path.samefile(folder, root())
@@ -67,14 +71,11 @@ class Scratch:
         if text.startswith("#!"):
             os.chmod(path, 0o755)
 
-    def _installed(self, folder, built):
-        """A folder of programs by their names, as an installation puts them."""
-        programs = os.path.join(folder, "bin")
-        os.mkdir(programs)
+    def _link_programs(self, built, folder):
+        os.makedirs(folder)
         for name in ("latbox", "latbox-check"):
             if os.access(os.path.join(built, name), os.X_OK):
-                os.symlink(os.path.join(built, name), os.path.join(programs, name))
-        return programs
+                os.symlink(os.path.join(built, name), os.path.join(folder, name))
 
     def write(self, name, text):
         self._write(name, text)
