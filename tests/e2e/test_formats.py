@@ -13,6 +13,11 @@ import harness
 ITEMS = ("dt", "At", "Ag", "bg", "Au", "lu", "ru", "dx", "lx", "rx")
 LAT_LINES = ("basis [", "row 1", "row 2", "row 3", "basis", "lbnd", "ubnd", "c", "R", "lx", "rx", "targets", "bounds",
              "seconds")
+READERS = ("program/opt_reader.cpp", "program/sol_file.cpp", "program/lat_file.cpp", "program/file_items.cpp",
+           "lib/scanner.cpp", "lib/element_text.cpp", "lib/vector.cpp", "lib/matrix.cpp", "numbers/qq_text.cpp")
+# No file leads to these: arithmetic and shapes of vectors and matrices, a broken invariant, exponents of the command line.
+NOT_OF_FILES = ("Matrix: invalid size", "Array: index", "multiplication dimension", "vector-matrix",
+                "Vector: dimension mismatch", "Matrix: dimension mismatch", "Matrix: row swap", "non-quadratic", "sol2star", "QQ: exponent out of range")
 KINDS = {"element": 22, "opt": 36, "ends": 10, "sol": 27, "lat": 34, "lat ends": 11}
 
 
@@ -76,6 +81,16 @@ class FormatsTest(harness.Case):
 
     def test_no_table_is_missed(self):
         self.assertEqual({kind: len(rows(kind)) for kind in KINDS}, KINDS)
+
+    def test_no_message_is_missed(self):
+        text = " ".join(document().split())
+        for name in READERS:
+            with open(os.path.join(os.path.dirname(harness.Settings.examples), "src", name), encoding="utf-8") as file:
+                messages = re.findall(r'(?:fail|throw ReadException)\(\s*"([^"]*)"', file.read())
+            self.assertTrue(messages, name)
+            for message in messages:
+                with self.subTest(source=name, message=message):
+                    self.assertTrue(any(m in message for m in NOT_OF_FILES) or " ".join(message.split()) in text)
 
     def test_elements(self):
         for element, failure in rows("element"):
