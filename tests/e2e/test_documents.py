@@ -193,7 +193,8 @@ class ConventionTest(unittest.TestCase):
 
     def test_what_is_refused(self):
         for text in ("    ./x.sh all\n", "```sh\nx\n```\n", "    text\n    $ x\n", "<!-- not run: -->\n\n    x\n",
-                     "    A=1 python3 x.py\n", "<!-- file: ../x -->\n\n    x\n", "```\ncmake --build .\n```\n", "    $ CC=x cmake --build .\n"):
+                     "    A=1 python3 x.py\n", "<!-- file: ../x -->\n\n    x\n", "```\ncmake --build .\n```\n",
+                     "    $ CC=x cmake --build .\n"):
             with self.subTest(text):
                 self.assertEqual([kind[:5] for kind in self.kinds(text)], ["error"])
 

@@ -1,4 +1,4 @@
-"""Every row of the tables of errors in docs/formats.md, which are the tables of this test: document and behaviour cannot part.
+"""Every row of the tables of errors in docs/formats.md. They are the tables of this test: the two cannot part.
 
 A table is announced by `<!-- errors: KIND -->` before it. A cell is a text in back quotes, `\\|` is a bar, an empty
 failure means that the input is read. `<N digits>` stands for so many digits.
@@ -17,7 +17,8 @@ READERS = ("program/opt_reader.cpp", "program/sol_file.cpp", "program/lat_file.c
            "lib/scanner.cpp", "lib/element_text.cpp", "lib/vector.cpp", "lib/matrix.cpp", "numbers/qq_text.cpp")
 # No file leads to these: arithmetic and shapes of vectors and matrices, a broken invariant, exponents of the command line.
 NOT_OF_FILES = ("Matrix: invalid size", "Array: index", "multiplication dimension", "vector-matrix",
-                "Vector: dimension mismatch", "Matrix: dimension mismatch", "Matrix: row swap", "non-quadratic", "sol2star", "QQ: exponent out of range")
+                "Vector: dimension mismatch", "Matrix: dimension mismatch", "Matrix: row swap",
+                "non-quadratic", "sol2star", "QQ: exponent out of range")
 KINDS = {"element": 22, "opt": 36, "ends": 10, "sol": 27, "lat": 34, "lat ends": 11}
 
 
