@@ -1,12 +1,13 @@
 """Every row of the tables of errors in docs/formats.md. They are the tables of this test: the two cannot part.
 
-A table is announced by `<!-- errors: KIND -->` before it. A cell is a text in back quotes, `\\|` is a bar, an empty
+A table is announced by `<!-- errors: KIND -->` before it, that of the forms of numbers by `<!-- forms -->`. A cell is a text in back quotes, `\\|` is a bar, an empty
 failure means that the input is read. `<N digits>` stands for so many digits.
 """
 
 import os
 import re
 
+import checker
 import documents
 import harness
 
@@ -19,7 +20,7 @@ READERS = ("program/opt_reader.cpp", "program/sol_file.cpp", "program/lat_file.c
 NOT_OF_FILES = ("Matrix: invalid size", "Array: index", "multiplication dimension", "vector-matrix",
                 "Vector: dimension mismatch", "Matrix: dimension mismatch", "Matrix: row swap",
                 "non-quadratic", "sol2star", "QQ: exponent out of range")
-KINDS = {"element": 22, "opt": 36, "ends": 10, "sol": 27, "lat": 34, "lat ends": 11}
+KINDS = {"forms": 4, "element": 23, "opt": 36, "ends": 10, "sol": 27, "lat": 34, "lat ends": 11}
 
 
 def document():
@@ -37,7 +38,7 @@ def cell(text):
 def rows(kind):
     """The rows of all tables of this kind, as lists of cells."""
     found = []
-    for table in re.findall(r"<!-- errors: %s -->\n\n\|.*\n\|[-|]+\n((?:\|.*\n)*)" % kind, document()):
+    for table in re.findall(r"<!-- (?:errors: )?%s -->\n\n\|.*\n\|[-|]+\n((?:\|.*\n)*)" % kind, document()):
         found += [[cell(part) for part in re.split(r"(?<!\\)\|", line)[1:-1]] for line in table.splitlines()]
     return found
 
@@ -92,6 +93,17 @@ class FormatsTest(harness.Case):
             for message in messages:
                 with self.subTest(source=name, message=message):
                     self.assertTrue(any(m in message for m in NOT_OF_FILES) or " ".join(message.split()) in text)
+
+    def test_forms_of_numbers(self):
+        """As the coefficient of a variable that is fixed at 1: the target value is the number."""
+        for form, texts, values in rows("forms"):
+            for text, value in zip(texts.split("`, `"), values.split(", "), strict=True):
+                with self.subTest(form=form, text=text):
+                    self.write("prog.opt", "[ -inf ] [ [ %s 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 1 0 ] [ 1 1 ]\n" % text)
+                    self.assert_ends_well(self.run_solver("--iters=1", "prog.opt"))
+                    self.assertEqual(self.stars()[0].targets, [checker.number(value)])
+                    self.remove("prog.sol")
+                    self.remove("prog.lat")
 
     def test_elements(self):
         for element, failure in rows("element"):
