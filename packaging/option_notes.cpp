@@ -105,7 +105,9 @@ std::span<const OptionNote> optionNotes() {
       {"sol", "a whole number; `0` or less: no limit", "",
        "Without targets every feasible point is a solution. With targets, a point that brings every target "
        "to its "
-       "value, and one within `snorm` and `tnorm`.",
+       "value, and one within `snorm` and `tnorm`. Looked at when a solution is found: those that the `.sol` "
+       "file holds "
+       "from earlier runs count, but end nothing by themselves.",
        "From the next solution on."},
       {"bench", "a number; `0`: no benchmark run", "",
        "It is the difference from 0 that counts, so a negative value works as well. The files are still "
