@@ -348,7 +348,7 @@ class DocumentTest(harness.Case):
         """In a copy of the tree, with a home of its own. The build itself is only asked for what it would do; from there
         on the build under test takes its place."""
         need_build()
-        need_tools("bash", "cmake", "ninja", "cpack", "dpkg-deb", "dpkg", "gzip", "man")
+        need_tools("bash", "cmake", "ninja", "cpack", "dpkg-deb", "dpkg", "gzip")
         if cached("LATBOX_SANITIZE"):
             self.skipTest("a build with sanitizers is not installed")
         copy = self.path("tree")
@@ -356,12 +356,14 @@ class DocumentTest(harness.Case):
         with open(os.path.join(root(), "docs", "install.md"), encoding="utf-8") as file:
             commands = re.findall(r"^    \$ (.*)$", file.read(), re.MULTILINE)
         self.assertTrue(commands[1].startswith("cmake --build "))
+        has_manual = shutil.which("man") is not None
+        commands = [command for command in commands if has_manual or not command.startswith("man ")]
         commands[1] += ' -- -n && rm -r build/release && ln -s "$BUILD" build/release'
         os.mkdir(self.path("home"))
         out = run("bash", "-e", "-c", "\n".join(commands), cwd=copy,
                   env=dict(os.environ, HOME=self.path("home"), BUILD=build(), LC_ALL="C.UTF-8"))
         self.assertEqual(out.count("\nSolutions found: 1\n"), 2 * 2)
-        self.assertIn("\nSYNOPSIS\n", out)
+        self.assertEqual("\nSYNOPSIS\n" in out, has_manual)
 
 
 if __name__ == "__main__":
