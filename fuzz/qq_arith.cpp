@@ -192,7 +192,7 @@ class Machine {
     const Mpq half(x.sign() < 0 ? "-1" : "1", "2");
     Mpq shifted = x;
     if (kind == 2) mpq_add(shifted.value, shifted.value, half.value);
-    const bool down = kind == 0 || (kind == 2 && x.sign() > 0);
+    const bool down = kind == 0 || (kind == 2 && x.sign() >= 0);
     Mpz whole;
     (down ? mpz_fdiv_q : mpz_cdiv_q)(whole.value, mpq_numref(shifted.value), mpq_denref(shifted.value));
     Mpq result;
@@ -200,7 +200,8 @@ class Machine {
     return result;
   }
 
-  // The fraction stays unreduced at times, as it does in the solver.
+  // The fraction stays unreduced at times, as it does in the solver; one that became 0 or 1 would leave the
+  // sign or the integer part to normalize.
   void cutDigits() {
     const unsigned digits = 1 + tape_.below(40);
     exact_[r_] = exact_[a_];
@@ -212,7 +213,7 @@ class Machine {
       q.nenner = q.zaehler.isZero() ? ZZ(1) : q.nenner / (ZZ(10) ^ ZZ(cut));
       require(exact_[r_].zaehler == q.zaehler && exact_[r_].nenner == q.nenner, "cut digits");
     }
-    if ((digits & 1) != 0 || q.zaehler >= q.nenner) exact_[r_].normalize();
+    if ((digits & 1) != 0 || q.zaehler.isZero() || q.zaehler >= q.nenner) exact_[r_].normalize();
     wanted_[r_] = wanted_[a_];
     if (wanted_[r_].infinite != 0) return;
     const ZZ numerator = signedGanze(q) * q.nenner + signedZaehler(q);

@@ -4,7 +4,7 @@
 # build/fuzz/log. A target that breaks ends early, and the next one runs.
 set -u
 root=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")")
-all=(opt_reader sol_reader lat_reader qq_text command_line console_line zz_arith qq_arith)
+all=(opt_reader program_load sol_reader lat_reader qq_text command_line console_line zz_arith qq_arith)
 
 seconds=${1:-60}
 shift || true
@@ -32,8 +32,8 @@ for target in "$@"; do
   mkdir -p "$work/corpus/$target" "$work/artifacts/$target"
   verdict=done
   (cd "$work" && nice -n 15 "fuzz/fuzz_$target" "corpus/$target" "$root/fuzz/corpus/$target" \
-    -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=20 -max_len=4096 -print_final_stats=1 \
-    -artifact_prefix="artifacts/$target/") >"$work/log/$target" 2>&1 || { verdict=BROKEN; status=1; }
+    -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=20 -max_len=1024 -print_final_stats=1 \
+    -dict="$root/fuzz/tokens.dict" -artifact_prefix="artifacts/$target/") >"$work/log/$target" 2>&1 || { verdict=BROKEN; status=1; }
   summary "$target" "$verdict"
 done
 exit $status
