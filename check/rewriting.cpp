@@ -85,7 +85,6 @@ void Rewriting::insertSlacks() {
 // A target with a value becomes an equation, and changes places with the last target that has not; where its
 // number meets the count of those before it, it stays.
 void Rewriting::insertDeviations() {
-  firstDeviation_ = system_.size();
   const std::size_t count = program_.dt.size();
   for (std::size_t i = 0; i < count; ++i) order_.push_back(i);
   std::vector<bool> done(count);
@@ -97,8 +96,7 @@ void Rewriting::insertDeviations() {
     }
     done[target] = true;
     system_.push_back({&program_.At[target], program_.dt[target].value()});
-    const std::size_t before = deviations_.size();
-    deviations_.push_back(target);
+    const std::size_t before = deviations_++;
     if (before != i + 1)
       std::swap(order_[i], order_[count - 1 - before]);
     else
@@ -106,18 +104,14 @@ void Rewriting::insertDeviations() {
   }
 }
 
-// For each of the last places of the target values the row of that number counts, and only where there is
-// none the target's own.
+// For each of the last places of the target values the row of that number counts. Only where there is none it
+// is that of a target with a value, the first one's for the very last place.
 Rational Rewriting::slackNorm(const std::vector<Rational>& x) const {
   Rational norm;
   const std::size_t count = program_.dt.size();
-  for (std::size_t i = count - deviations_.size(); i < count; ++i) {
-    std::size_t row = i;
-    if (row >= system_.size()) {
-      const auto own = std::find(deviations_.begin(), deviations_.end(), order_[i]);
-      if (own == deviations_.end()) continue;
-      row = firstDeviation_ + static_cast<std::size_t>(own - deviations_.begin());
-    }
+  const std::size_t firstDeviation = system_.size() - deviations_;
+  for (std::size_t i = count - deviations_; i < count; ++i) {
+    const std::size_t row = i < system_.size() ? i : firstDeviation + count - 1 - i;
     if (system_[row].row != nullptr) norm += abs(product(*system_[row].row, x) - system_[row].side);
   }
   return norm;

@@ -66,9 +66,8 @@ class Rewriting {
   // Inequations that are left, by their number in the program.
   std::vector<std::size_t> inequations_;
   std::vector<std::size_t> order_;
-  // Targets with a value, in the order in which they became rows; the first of these rows.
-  std::vector<std::size_t> deviations_;
-  std::size_t firstDeviation_ = 0;
+  // Targets with a value; their rows are the last ones of the system.
+  std::size_t deviations_ = 0;
 };
 
 // a x, exactly.

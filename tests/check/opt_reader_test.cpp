@@ -52,7 +52,7 @@ TEST(OptReader, thresholds_may_be_missing) {
 TEST(OptReader, items_stand_as_close_or_as_far_as_they_like) {
   const Program p = readProgram(
       "[]/* none */[]//none\n[[3 5\t][1,5\r\n-7]]"
-      "[1 2][]/**/[][] [0 0][0//low\n0][inf inf/*high*/]");
+      "[1 2][]/**/[][] [0 0][0 //low\n0][inf inf/*high*/]");
   EXPECT_EQ(p.variables(), 2U);
   EXPECT_EQ(p.Ag.size(), 2U);
 }

@@ -70,6 +70,15 @@ TEST(SlackNorm, a_row_that_is_missing_is_the_targets_own) {
   EXPECT_EQ(rewriting.slackNorm({1, 1, 2}), 1 + 6);
 }
 
+TEST(SlackNorm, a_target_that_stays_where_it_is_counts_too) {
+  const Program p = readProgram(
+      "[ -2 -inf inf 3 ] [ [ 6 -4 ] [ 6 1 ] [ 8 1 ] [ -5 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ]"
+      "[ 6 3 ]");
+  const Rewriting rewriting(p);
+  ASSERT_EQ(rewriting.targetOrder(), (Order{3, 1, 2, 0}));
+  EXPECT_EQ(rewriting.slackNorm({0, 0}), 2 + 3);
+}
+
 TEST(Replacement, equal_sides_take_the_equation_of_their_number) {
   const Program p = withRows("[ [ 1 0 ] [ 0 1 ] ] [ 4 4 ] [ [ 1 2 ] [ 2 1 ] ] [ 0 5 ] [ 9 5 ]");
   const Rewriting rewriting(p);
