@@ -72,12 +72,12 @@ class Judge {
   }
 
   void judgeVariable(std::size_t i) {
-    const std::string is = numbered("x", i) + " = " + toText(x_[i]) + " is ";
-    const Number value(x_[i]);
+    const auto is = [this, i] { return numbered("x", i) + " = " + toText(x_[i]) + " is "; };
     if (!isWhole(Rational(x_[i] * powerOfTen(p_.dx[i]))))
-      fault(is + "off its grid of " + std::to_string(p_.dx[i]) + " digits" + fixedReason(i));
+      fault(is() + "off its grid of " + std::to_string(p_.dx[i]) + " digits" + fixedReason(i));
+    const Number value(x_[i]);
     if (value < p_.lx[i] || value > p_.rx[i])
-      fault(is + "outside " + range(p_.lx[i], p_.rx[i]) + boxReason(i));
+      fault(is() + "outside " + range(p_.lx[i], p_.rx[i]) + boxReason(i));
   }
 
   std::string fixedReason(std::size_t i) const {
