@@ -61,18 +61,19 @@ def code_24_7_10():
         A binary linear code of length 24, dimension 7 and minimum distance 10.
 
         Such a code is the same as 24 points of the projective space PG(6, 2) of which no hyperplane holds more than
-        24 - 10 = 14. Prescribed is a symmetry of order 3 (two cycles of three coordinates), as Braun, Kohnert and Wassermann
-        (2005) do with larger groups: one variable for each orbit of points, one inequation for each orbit of hyperplanes, one
-        equation for the length. Distance 10 is the best: by the Griesmer bound distance 11 needs length 25.""", cycles(3, 3, 1), 2, 24, 10)
+        24 - 10 = 14. Prescribed is a symmetry of order 3 (two cycles of three coordinates), as Braun, Kohnert and
+        Wassermann (2005) do with larger groups: one variable for each orbit of points, one inequation for each orbit
+        of hyperplanes, one equation for the length. Distance 10 is the best: by the Griesmer bound distance 11 needs
+        length 25.""", cycles(3, 3, 1), 2, 24, 10)
 
 
 def code_20_5_12():
     return code("""
-        A ternary linear code of length 20, dimension 5 and minimum distance 12: 20 points of PG(4, 3) of which no hyperplane
-        holds more than 8.
+        A ternary linear code of length 20, dimension 5 and minimum distance 12: 20 points of PG(4, 3) of which no
+        hyperplane holds more than 8.
 
-        Prescribed is the cyclic shift of the five coordinates. The code meets the Griesmer bound, 12 + 4 + 2 + 1 + 1 = 20.
-        """, cycles(5), 3, 20, 12)
+        Prescribed is the cyclic shift of the five coordinates. The code meets the Griesmer bound, 12 + 4 + 2 + 1 + 1
+        = 20.""", cycles(5), 3, 20, 12)
 
 
 PROGRAMS = {"code_24_7_10": code_24_7_10, "code_20_5_12": code_20_5_12}

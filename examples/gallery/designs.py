@@ -1,8 +1,8 @@
 """Block designs with a prescribed group: Kramer-Mesner systems.
 
-One variable for each orbit of k-subsets, one equation for each orbit of t-subsets; the entry counts the k-subsets of the
-orbit that contain a given t-subset. Orbits are found by extending representatives point by point, so that the subsets
-never have to be listed.
+One variable for each orbit of k-subsets, one equation for each orbit of t-subsets; the entry counts the k-subsets of
+the orbit that contain a given t-subset. Orbits are found by extending representatives point by point, so that the
+subsets never have to be listed.
 """
 
 from functools import lru_cache
@@ -49,7 +49,8 @@ def listed(group):
 
 def affine(v, multipliers, fixed=0):
     """x -> a x + b on the residues of v, and so many fixed points behind them."""
-    return [tuple((a * x + b) % v for x in range(v)) + tuple(range(v, v + fixed)) for a in multipliers for b in range(v)]
+    still = tuple(range(v, v + fixed))
+    return [tuple((a * x + b) % v for x in range(v)) + still for a in multipliers for b in range(v)]
 
 
 def usable(matrix, level):
@@ -163,18 +164,18 @@ def design_7_33_8_10():
     return on_33_points("""
         A 7-design: blocks of 8 out of 33 points such that each 7 points lie in exactly ten blocks.
 
-        One variable for each orbit of 8-subsets under the group PGammaL(2, 32) of order 163680 on the projective line, one
-        equation for each orbit of 7-subsets; the entry counts the 8-subsets of the orbit that contain a given 7-subset (Kramer
-        and Mesner, 1976). Betten, Kerber, Kohnert, Laue and Wassermann (1995) found the first 7-designs with small
-        parameters in this system, by basis reduction.""", 7, 10)
+        One variable for each orbit of 8-subsets under the group PGammaL(2, 32) of order 163680 on the projective
+        line, one equation for each orbit of 7-subsets; the entry counts the 8-subsets of the orbit that contain a
+        given 7-subset (Kramer and Mesner, 1976). Betten, Kerber, Kohnert, Laue and Wassermann (1995) found the first
+        7-designs with small parameters in this system, by basis reduction.""", 7, 10)
 
 
 def design_6_33_8_36():
     return on_33_points("""
         A 6-design: blocks of 8 out of 33 points such that each 6 points lie in exactly 36 blocks.
 
-        Orbits of 6- and 8-subsets under PGammaL(2, 32). Magliveras and Leavitt (1984) found designs with these parameters,
-        the first simple 6-designs known.""", 6, 36)
+        Orbits of 6- and 8-subsets under PGammaL(2, 32). Magliveras and Leavitt (1984) found designs with these
+        parameters, the first simple 6-designs known.""", 6, 36)
 
 
 def steiner_5_6_12():
@@ -182,9 +183,9 @@ def steiner_5_6_12():
     return system("""
         The Steiner system S(5, 6, 12): hexads of twelve points such that each five points lie in exactly one hexad.
 
-        Known since Witt and Carmichael in the 1930s; it is unique but for the names of the points, and belongs to the Mathieu group M12. Only
-        a rotation of order 11 is prescribed here: one variable for each orbit of hexads, one equation for each orbit of
-        quintuples. There are two solutions, by complete search.""", matrix, 1)
+        Known since Witt and Carmichael in the 1930s; it is unique but for the names of the points, and belongs to the
+        Mathieu group M12. Only a rotation of order 11 is prescribed here: one variable for each orbit of hexads, one
+        equation for each orbit of quintuples. There are two solutions, by complete search.""", matrix, 1)
 
 
 def quadruples_16():
@@ -192,19 +193,20 @@ def quadruples_16():
     return system("""
         A Steiner quadruple system of order 16: quadruples such that each triple of points lies in exactly one.
 
-        Hanani (1960) proved that such systems exist for all orders that are 2 or 4 modulo 6; on 16 points there are 1054163 up
-        to isomorphism (Kaski, Ostergard and Pottonen, 2006). Here a rotation of 15 points with one fixed point is prescribed.
-        """, matrix, 1)
+        Hanani (1960) proved that such systems exist for all orders that are 2 or 4 modulo 6; on 16 points there are
+        1054163 up to isomorphism (Kaski, Ostergard and Pottonen, 2006). Here a rotation of 15 points with one fixed
+        point is prescribed.""", matrix, 1)
 
 
 def cyclic_triples_31():
     matrix = kramer_mesner(31, listed(affine(31, [1])), 2, 3)
     return system("""
-        A cyclic Steiner triple system on 31 points, the same as five triples whose differences are all numbers from 1 to 30.
+        A cyclic Steiner triple system on 31 points, the same as five triples whose differences are all numbers from 1
+        to 30.
 
-        One variable for each orbit of triples under the rotation, one equation for each difference. Peltesohn (1939) showed how
-        to make cyclic systems of every possible order but 9; of order 31 there are 80 up to isomorphism. Branch and bound finds
-        one at once, too.""", matrix, 1)
+        One variable for each orbit of triples under the rotation, one equation for each difference. Peltesohn (1939)
+        showed how to make cyclic systems of every possible order but 9; of order 31 there are 80 up to isomorphism.
+        Branch and bound finds one at once, too.""", matrix, 1)
 
 
 def difference_family_37_4():
@@ -212,8 +214,8 @@ def difference_family_37_4():
     return system("""
         A 2-(37, 4, 1) design, or three blocks of four residues of 37 in which each difference occurs once.
 
-        Prescribed is the group of all x -> a x + b with a in {1, 10, 26}, the cubic roots of 1: 111 elements. A small program.
-        """, matrix, 1)
+        Prescribed is the group of all x -> a x + b with a in {1, 10, 26}, the cubic roots of 1: 111 elements. A small
+        program.""", matrix, 1)
 
 
 def all_triples(v, about):
@@ -223,8 +225,8 @@ def all_triples(v, about):
 
 def triples_9():
     return all_triples(9, """
-        Steiner triple systems on nine points with no symmetry prescribed: one variable for each of the 84 triples, one equation
-        for each of the 36 pairs.
+        Steiner triple systems on nine points with no symmetry prescribed: one variable for each of the 84 triples,
+        one equation for each of the 36 pairs.
 
         All of them are the affine plane of order 3 under other names: 9! / 432 = 840 solutions.""")
 
@@ -233,8 +235,9 @@ def triples_13():
     return all_triples(13, """
         Steiner triple systems on 13 points with no symmetry prescribed: 286 triples, 78 pairs.
 
-        There are two up to isomorphism, with groups of order 39 and 6, that is 13! / 39 + 13! / 6 = 1197504000 solutions. So
-        many make it easy for branch and bound; the lattice is large, and the search needs a larger block and no pruning.""")
+        There are two up to isomorphism, with groups of order 39 and 6, that is 13! / 39 + 13! / 6 = 1197504000
+        solutions. So many make it easy for branch and bound; the lattice is large, and the search needs a larger
+        block and no pruning.""")
 
 
 PROGRAMS = {

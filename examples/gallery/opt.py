@@ -32,7 +32,7 @@ def text(program, measured):
 
 def comment(about):
     paragraphs = [" ".join(part.split()) for part in about.strip().split("\n\n")]
-    filled = ["\n".join(textwrap.wrap(part, WIDTH, initial_indent="   ", subsequent_indent="   ")) for part in paragraphs]
+    filled = [textwrap.fill(part, WIDTH, initial_indent="   ", subsequent_indent="   ") for part in paragraphs]
     return "/* " + "\n\n".join(filled).lstrip() + " */\n"
 
 

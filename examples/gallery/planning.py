@@ -18,12 +18,12 @@ def cutting():
     ways = list(patterns(lengths, 100, 6))
     listed = ", ".join(" + ".join(str(l) for l, count in zip(lengths, way) for _ in range(count)) for way in ways)
     return Program("""
-        Cutting stock: 30, 25, 22, 18 and 14 pieces of length 17, 23, 29, 37 and 41 are cut from bars of 100, from as few bars
-        as possible.
+        Cutting stock: 30, 25, 22, 18 and 14 pieces of length 17, 23, 29, 37 and 41 are cut from bars of 100, from as
+        few bars as possible.
 
-        One variable for each of the %d patterns that leave no more than 6: %s. The pieces have a total length of 2963, so that 30 bars
-        are needed at least. Cutting stock (Kantorovich; Gilmore and Gomory, 1961) is at home in linear programming, and branch
-        and bound solves this at once.""" % (len(ways), listed),
+        One variable for each of the %d patterns that leave no more than 6: %s. The pieces have a total length of
+        2963, so that 30 bars are needed at least. Cutting stock (Kantorovich; Gilmore and Gomory, 1961) is at home in
+        linear programming, and branch and bound solves this at once.""" % (len(ways), listed),
                    [15] * len(ways), [([way[i] for way in ways], want) for i, want in enumerate(demand)], (),
                    [(MINIMISE, [1] * len(ways))])
 
@@ -43,19 +43,19 @@ def schedule(about, seed, jobs, machines):
 
 def scheduling():
     return schedule("""
-        Scheduling with balanced machines: twelve jobs go to three machines, on which they take different times and cost
-        differently; the load of each machine must be within 2 of a third of all its times; least cost.
+        Scheduling with balanced machines: twelve jobs go to three machines, on which they take different times and
+        cost differently; the load of each machine must be within 2 of a third of all its times; least cost.
 
-        A generalised assignment problem with two-sided loads, random data. Variables machine by machine. The optimum is 344,
-        proven by branch and bound in no time.""", 1, 12, 3)
+        A generalised assignment problem with two-sided loads, random data. Variables machine by machine. The optimum
+        is 344, proven by branch and bound in no time.""", 1, 12, 3)
 
 
 def scheduling_16():
     return schedule("""
         Scheduling with balanced machines: sixteen jobs and four machines, otherwise as scheduling.opt.
 
-        The optimum is 497, proven by branch and bound. Optimising a long target is not what basis reduction is best at: it
-        takes much longer to arrive there.""", 2, 16, 4)
+        The optimum is 497, proven by branch and bound. Optimising a long target is not what basis reduction is best
+        at: it takes much longer to arrive there.""", 2, 16, 4)
 
 
 PROGRAMS = {"cutting": cutting, "scheduling": scheduling, "scheduling_16": scheduling_16}
