@@ -178,7 +178,7 @@ class _Reader:
             self.objective(name, tokens)
         elif name != "end":
             if name == "rows" and "rows" in self.seen:
-                raise Refusal("a second section of rows", tokens.line)
+                raise Refusal("a second section of rows", tokens.last)
             {"rows": self.rows, "bounds": self.bounds, "integer": self.integers, "binary": self.binaries}[name](tokens)
         self.seen.append(name)
 

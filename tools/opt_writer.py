@@ -9,9 +9,12 @@ What is done, in this order:
 4. A row with one side gets the other from its activity, the least or greatest value that the bounds allow. A row of the
    solver with an infinite side must hold at the corners of the box, or the run ends; a side that costs nothing spares
    the user that.
-5. Rows with equal sides are written as equations: an inequation with equal sides would take an equation's place.
+5. Sides are moved inwards to values that the row can take. A row whose sides are equal then is written as an equation,
+   and one that has a single value is left out: an inequation with equal sides would take an equation's place, and one
+   whose sides become equal later would end the run.
 """
 
+import math
 from fractions import Fraction
 
 import name_map
@@ -96,7 +99,6 @@ class _Program:
         """Counts the row in the new columns, closes it and puts it with the equations or the inequations."""
         if row.lower > row.upper:
             raise Refusal("row %s cannot hold: its sides are %s and %s" % (row.name, row.lower, row.upper), row.line)
-        dense, constant = self.dense(row.coefficients)
         least, greatest = self.activity(row.coefficients)
         if row.lower > greatest:
             raise Refusal("row %s cannot hold: its greatest value is %s, and it asks for %s at least" %
@@ -104,21 +106,31 @@ class _Program:
         if row.upper < least:
             raise Refusal("row %s cannot hold: its least value is %s, and it asks for %s at most" %
                           (row.name, least, row.upper), row.line)
-        if not any(dense):
-            self.notes.append("row %s is empty, holds, and is left out" % row.name)
+        step = self.step(row.coefficients)
+        if step == 0:
+            self.notes.append("row %s has one value, holds, and is left out" % row.name)
             return
-        low = self.closed(row, row.lower, least, "least")
-        high = self.closed(row, row.upper, greatest, "greatest")
-        entry = (dense, low - constant, high - constant, row.name)
-        (self.equations if low == high else self.inequations).append(entry)
+        sides = self.closed(row, max(row.lower, least), "least"), self.closed(row, min(row.upper, greatest), "greatest")
+        dense, constant = self.dense(row.coefficients)
+        low, high = -((constant - sides[0]) // step) * step, (sides[1] - constant) // step * step
+        if low > high:
+            raise Refusal("row %s cannot hold: it has no value from %s to %s" % (row.name, row.lower, row.upper),
+                          row.line)
+        (self.equations if low == high else self.inequations).append((dense, low, high, row.name))
 
-    def closed(self, row, side, activity, word):
-        if abs(side) != INF:
-            return side
-        if abs(activity) == INF:
+    def closed(self, row, side, word):
+        if abs(side) == INF:
             raise Refusal("row %s has one side only, and the bounds of its variables allow no %s value to close it: "
                           "bound the variables, or the row on both sides" % (row.name, word), row.line)
-        return activity
+        return side
+
+    def step(self, coefficients):
+        """The row takes multiples of this, counted from its value at the offsets; 0 if it has one value only."""
+        step = Fraction(0)
+        for j, a in coefficients.items():
+            if self.low[j] != self.high[j]:
+                step = _gcd(step, a / 10 ** self.digits[j])
+        return step
 
     def activity(self, coefficients):
         """The least and the greatest value of the row, in the model's coordinates."""
@@ -166,6 +178,10 @@ class _Program:
         names.objective = (self.model.maximise, self.model.constant + shift, self.model.objective.name)
         # A target that is the same everywhere would only keep the run from ending at the first solution.
         return ([(row, self.model.objective.name)] if any(row) else []), names
+
+
+def _gcd(a, b):
+    return Fraction(math.gcd(a.numerator * b.denominator, b.numerator * a.denominator), a.denominator * b.denominator)
 
 
 def _grid(variable, digits):
