@@ -1,5 +1,5 @@
-"""The converters of tools/: the program has the points of the model, the way back finds them, and what cannot be stated
-is refused with its line."""
+"""The converters: the program has the points of the model, the way back finds them, and what cannot be stated is refused
+with its line."""
 
 import csv
 import io
