@@ -168,6 +168,28 @@ class PeerTest(ToolsCase):
     def test_lp(self):
         self.compare(range(1200, 1225), "--lp", self.peer_lp, lp_to_opt.read_lp)
 
+    def test_what_the_peer_writes(self):
+        """The peer reads a model and writes it in all three forms; each is read here as the model."""
+        for seed in range(1300, 1312):
+            source = random.Random(seed)
+            drawn = models.draw(source, plain=True)
+            self.write("model", self.peer_lp(drawn, source))
+            subprocess.run(["glpsol", "--lp", "model", "--check", "--wmps", "fixed", "--wfreemps", "free", "--wlp", "lp"],
+                           cwd=self.folder, check=True, stdout=subprocess.PIPE, timeout=harness.LIMIT)
+            for name, read in (("fixed", mps_reader(mps_to_opt.fixed_fields)), ("lp", lp_to_opt.read_lp),
+                               ("free", mps_reader(mps_to_opt.free_fields))):
+                text = self.read(name)
+                names = [variable.name for variable in read(text).variables]
+                # The peer may change the order of the variables.
+                order = [names.index(name) for name, _, _, _ in drawn.variables]
+                try:
+                    points = program_points(converted(read, text))
+                except tools_model.Refusal as refusal:
+                    self.assertRegex(str(refusal), "cannot hold|leave no", text)
+                    points = {}
+                points = {tuple(x[i] for i in order): value for x, value in points.items()}
+                self.assertTrue(points == drawn.points(REACH), text)
+
     def peer_lp(self, drawn, source):
         """In the words that the peer knows, and without the row that asks for nothing."""
         lines = models.Lp(drawn, source).text().replace("minimise", "minimize")
@@ -354,6 +376,54 @@ def fixed(text):
             words.insert(2, "")
         lines.append((" %-2s %-8s  %-8s  %-12s   %-8s  %-12s" % tuple([kind] + (words + [""] * 5)[:5])).rstrip())
     return "\n".join(lines)
+
+
+class GarbageTest(ToolsCase):
+    """Whatever the text, a reader makes a model or refuses; nothing else comes out of it."""
+
+    def assert_read_or_refused(self, read, text):
+        try:
+            converted(read, text)
+        except tools_model.Refusal:
+            pass
+
+    def mutants(self, text, seed, count):
+        source = random.Random(seed)
+        words = text.split(" ") + ["inf", "-", "1e30", "nan", "<=", ":", "\n", "\n ", "", "'MARKER'", "\\", "[", "\t", "\x00", "free"]
+        for _ in range(count):
+            mutant = text.split(" ")
+            for _ in range(source.randint(1, 4)):
+                at = source.randrange(len(mutant))
+                mutant[at:at + source.randint(0, 2)] = [source.choice(words) for _ in range(source.randint(0, 2))]
+            yield " ".join(mutant)
+            at = source.randrange(len(text))
+            yield text[:at] + source.choice("\n -+.:=<[1eE\u00e9\x00") + text[at + source.randint(0, 3):]
+
+    def test_mps(self):
+        for text, fields in ((MPS, mps_to_opt.free_fields), (fixed(MPS), mps_to_opt.fixed_fields)):
+            for mutant in self.mutants(text, 1, 400):
+                self.assert_read_or_refused(mps_reader(fields), mutant)
+
+    def test_lp(self):
+        for mutant in self.mutants(LP, 2, 800):
+            self.assert_read_or_refused(lp_to_opt.read_lp, mutant)
+
+    def test_cut_anywhere(self):
+        """A file without its end is refused: half a model is another model."""
+        for text, read in ((MPS, mps_reader(mps_to_opt.free_fields)), (LP, lp_to_opt.read_lp)):
+            for at in range(len(text) - 2):
+                self.assertRaises(tools_model.Refusal, converted, read, text[:at])
+
+    def test_names_in_any_encoding(self):
+        """Bytes pass through, whatever they mean."""
+        name = b"x\xe9\xff\xc3\xa4"
+        self.write("m.mps", MPS.encode().replace(b"X ", name + b" "))
+        self.tool("mps_to_opt.py", "m.mps", "m.opt")
+        self.assertIn(b"//@ variable 0 1 " + name + b"\n", self.read_bytes("m.opt"))
+        self.assert_ends_well(self.run_solver("--iters=3", "m.opt"))
+        done = subprocess.run([sys.executable, os.path.join(TOOLS, "sol_to_names.py"), "m.opt"], cwd=self.folder,
+                              check=True, stdout=subprocess.PIPE, timeout=harness.LIMIT)
+        self.assertIn(name, done.stdout)
 
 
 class MpsDialectTest(ToolsCase):
