@@ -5,9 +5,9 @@
     //@ objective min|max CONSTANT NAME
     //@ variable OFFSET SCALE NAME
 
-One `variable` line per column, in order: the model's value is OFFSET + SCALE times the column's; SCALE is 1, or -1 for a
-variable that has an upper bound and no lower one. The name is the rest of the line, so it may hold blanks. A program
-without an objective has no `objective` line; its CONSTANT is what the columns don't say.
+One `variable` line per column, in order: the model's value is OFFSET + SCALE times the column's; SCALE is 1, or -1 for
+a variable that has an upper bound and no lower one. The name is the rest of the line, so it may hold blanks.
+CONSTANT is what the columns don't say of the objective; a model without one has no `objective` line.
 """
 
 from fractions import Fraction

@@ -236,10 +236,11 @@ class Drawing:
             last = y
         self.path(style, data + "H%s" % short(self.x(self.x_high)))
         if len(points) == 1:
-            self.parts.append('<circle class="dot" cx="%s" cy="%s" r="3"/>' % (short(pixels[0][0]), short(pixels[0][1])))
+            self.parts.append('<circle class="dot" cx="%s" cy="%s" r="3"/>' % tuple(map(short, pixels[0])))
 
     def event_rows(self, events, top):
-        self.text(LEFT, top - 8, "events: lattice regenerated, steps in extended precision, basis vectors shuffled", "head")
+        title = "events: lattice regenerated, steps in extended precision, basis vectors shuffled"
+        self.text(LEFT, top - 8, title, "head")
         self.frame(top, EVENT_HEIGHT * len(events))
         for k, (label, places) in enumerate(events):
             y = top + EVENT_HEIGHT * k

@@ -1,7 +1,7 @@
-"""Random integer models, their texts in two modelling formats, and all their points: what the converters are held against.
+"""Random integer models, their texts in two modelling formats, and all their points.
 
-Nothing here is shared with the converters. A model is stated as data, written as text, and its points are enumerated from
-the data.
+The converters are held against this, and share nothing with it: a model is stated as data, written as text, and its
+points are enumerated from the data.
 """
 
 import itertools

@@ -1,5 +1,5 @@
-"""The converters: the program has the points of the model, the way back finds them, and what cannot be stated is refused
-with its line."""
+"""The converters: the program has the points of the model, the way back finds them, and what cannot be stated is
+refused with its line."""
 
 import csv
 import io
@@ -174,8 +174,8 @@ class PeerTest(ToolsCase):
             source = random.Random(seed)
             drawn = models.draw(source, plain=True)
             self.write("model", self.peer_lp(drawn, source))
-            subprocess.run(["glpsol", "--lp", "model", "--check", "--wmps", "fixed", "--wfreemps", "free", "--wlp", "lp"],
-                           cwd=self.folder, check=True, stdout=subprocess.PIPE, timeout=harness.LIMIT)
+            command = ["glpsol", "--lp", "model", "--check", "--wmps", "fixed", "--wfreemps", "free", "--wlp", "lp"]
+            subprocess.run(command, cwd=self.folder, check=True, stdout=subprocess.PIPE, timeout=harness.LIMIT)
             for name, read in (("fixed", mps_reader(mps_to_opt.fixed_fields)), ("lp", lp_to_opt.read_lp),
                                ("free", mps_reader(mps_to_opt.free_fields))):
                 text = self.read(name)
@@ -338,7 +338,8 @@ class RefusalTest(ToolsCase):
         """Exit status 1, the file and the line on standard error, and no output file."""
         self.write("bad.mps", MPS.replace("UP BND X 3", "SC BND X 3"))
         result = self.tool("mps_to_opt.py", "bad.mps", "bad.opt", status=1)
-        self.assertEqual(result.err, "bad.mps, line 15: SC: a semicontinuous variable cannot be stated in a .opt file\n")
+        self.assertEqual(result.err,
+                         "bad.mps, line 15: SC: a semicontinuous variable cannot be stated in a .opt file\n")
         self.assertEqual(result.out, "")
         self.assertFalse(self.exists("bad.opt"))
         self.assertIn("No such file", self.tool("lp_to_opt.py", "none.lp", status=1).err)
@@ -389,7 +390,8 @@ class GarbageTest(ToolsCase):
 
     def mutants(self, text, seed, count):
         source = random.Random(seed)
-        words = text.split(" ") + ["inf", "-", "1e30", "nan", "<=", ":", "\n", "\n ", "", "'MARKER'", "\\", "[", "\t", "\x00", "free"]
+        words = text.split(" ") + ["inf", "-", "1e30", "nan", "<=", ":", "\n", "\n ", "", "'MARKER'", "\\", "[", "\t",
+                                   "\x00", "free"]
         for _ in range(count):
             mutant = text.split(" ")
             for _ in range(source.randint(1, 4)):
@@ -476,8 +478,9 @@ class MpsDialectTest(ToolsCase):
             self.assertEqual(self.ranges(program_points(result.out))[0], (0, high))
 
     def test_ranges(self):
-        for kind, right, width, low, high in (("L", 4, 2, 2, 4), ("L", 4, -2, 2, 4), ("G", 2, 3, 2, 5), ("G", 2, -3, 2, 5),
-                                              ("E", 3, 1, 3, 4), ("E", 3, -1, 2, 3), ("E", 3, 0, 3, 3)):
+        table = (("L", 4, 2, 2, 4), ("L", 4, -2, 2, 4), ("G", 2, 3, 2, 5), ("G", 2, -3, 2, 5), ("E", 3, 1, 3, 4),
+                 ("E", 3, -1, 2, 3), ("E", 3, 0, 3, 3))
+        for kind, right, width, low, high in table:
             text = (MPS.replace(" L R1", " %s R1" % kind).replace("RHS R1 4", "RHS R1 %d" % right)
                     .replace("BOUNDS\n", "RANGES\n RNG R1 %d\nBOUNDS\n" % width))
             points = program_points(converted(mps_reader(mps_to_opt.free_fields), text))
@@ -530,8 +533,9 @@ class LpDialectTest(ToolsCase):
 
     def test_relations_and_sides(self):
         for row, low, high in (("x <= 2", 0, 2), ("x =< 2", 0, 2), ("x < 2", 0, 2), ("x >= 2", 2, 3), ("x => 2", 2, 3),
-                               ("x > 2", 2, 3), ("x = 2", 2, 2), ("2 >= x", 0, 2), ("2 <= x", 2, 3), ("1 <= x <= 2", 1, 2),
-                               ("2 >= x >= 1", 1, 2), ("-inf <= x <= 2", 0, 2), ("x + 1 <= 3", 0, 2), ("- x >= - 2", 0, 2),
+                               ("x > 2", 2, 3), ("x = 2", 2, 2), ("2 >= x", 0, 2), ("2 <= x", 2, 3),
+                               ("1 <= x <= 2", 1, 2), ("2 >= x >= 1", 1, 2), ("-inf <= x <= 2", 0, 2),
+                               ("x + 1 <= 3", 0, 2), ("- x >= - 2", 0, 2),
                                ("x + x <= 5", 0, 2), ("x <= + 2", 0, 2), ("x >= -infinity", 0, 3), ("2x<=4", 0, 2),
                                ("-2 <= -x <= -1", 1, 2), ("- - x <= 2", 0, 2)):
             text = "min\n x\nst\n c: %s\nbounds\n x <= 3\ngeneral\n x\nend\n" % row
@@ -662,7 +666,8 @@ class NamesTest(ToolsCase):
         self.write("p.sol", SOLUTIONS)
 
     def test_table(self):
-        self.assertEqual(self.tool("sol_to_names.py", "p.opt").out, """Solution 1: COST = -1.5 (maximise), found after 3 s
+        self.assertEqual(self.tool("sol_to_names.py", "p.opt").out, """\
+Solution 1: COST = -1.5 (maximise), found after 3 s
   A "quoted, name"  4
   B                 0.5
 
@@ -681,8 +686,8 @@ Solution 2: COST = -4.625 (maximise), found after 75 s
 
     def test_csv(self):
         self.assertEqual(list(csv.reader(io.StringIO(self.tool("sol_to_names.py", "--csv", "p.opt").out))),
-                         [["solution", "objective", "seconds", "A \"quoted, name\"", "B"], ["1", "-1.5", "3", "4", "0.5"],
-                          ["2", "-4.625", "75", "5", "2.75"]])
+                         [["solution", "objective", "seconds", "A \"quoted, name\"", "B"],
+                          ["1", "-1.5", "3", "4", "0.5"], ["2", "-4.625", "75", "5", "2.75"]])
 
     def test_first_and_another_file(self):
         self.write("other", SOLUTIONS.replace("[ 1 0 ]", "[ 5 -1/2 ]"))
@@ -701,7 +706,8 @@ Solution 2: COST = -4.625 (maximise), found after 75 s
 
     def test_damage(self):
         for name, old, new, reason in (
-                ("p.sol", "[ 1 0 ]", "[ 1 0", "p.sol, line 1: this is no line"), ("p.sol", "[ 1 0 ]", "[ 1 0/0 ]", "line 1"),
+                ("p.sol", "[ 1 0 ]", "[ 1 0", "p.sol, line 1: this is no line"),
+                ("p.sol", "[ 1 0 ]", "[ 1 0/0 ]", "line 1"),
                 ("p.sol", "[ 0 2:1/4 ]", "[ 0 ]", "p.sol, line 2: the solution has 1 values"),
                 ("p.sol", "| 75 |", "| x |", "line 2"), ("p.opt", "//@ map 1\n", "", "there is no map of names"),
                 ("p.opt", "map 1", "map 2", "has version 2"), ("p.opt", "variable 5", "variable five", "p.opt, line 5"),
