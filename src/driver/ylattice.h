@@ -44,8 +44,8 @@ void useStandardPrecision(YLattice<dbl_t>& y);
 // As useStandardPrecision, the exception swallowed: the run stays in extended precision.
 void tryStandardPrecision(YLattice<dbl_t>& y);
 
-// Puts `standard` back to its copy. What the step found until then stays among the stars: it has been shown and
-// written, the step in exact arithmetic need not find it again, and the file follows the stars.
+// Puts `standard` back to its copy. What the step found until then stays among the stars: it has been shown
+// and written, the step in exact arithmetic need not find it again, and the file follows the stars.
 void restoreStandard(YLattice<dbl_t>& y);
 
 // The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException
