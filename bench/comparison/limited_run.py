@@ -15,6 +15,12 @@ CPU_TICK = os.sysconf("SC_CLK_TCK")
 PATIENCE = 8
 # Asked to end, a process may take so many seconds to write its files.
 FAREWELL = 5
+# Set when the comparison itself is to end: the runs that go on then tell nothing.
+ending = threading.Event()
+
+
+class Cut(Exception):
+    """The run was ended from outside."""
 
 
 class LimitedRun:
@@ -35,7 +41,9 @@ class LimitedRun:
         try:
             self.timed_out = not self.wait(limit) and not self.has_enough
         except BaseException:
-            self.process.kill()
+            if self.process.returncode is None:
+                self.process.kill()
+                self.process.wait()
             raise
         finally:
             reader.join()
@@ -63,9 +71,13 @@ class LimitedRun:
             pid, status, usage = os.wait4(self.process.pid, os.WNOHANG)
             if pid:
                 self.process.returncode = os.waitstatus_to_exitcode(status)
+                if stop is None and -self.process.returncode in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
+                    raise Cut("ended by signal %d" % -self.process.returncode)
                 self.cpu = usage.ru_utime + usage.ru_stime
                 return stop is None
             now = time.monotonic()
+            if ending.is_set():
+                raise Cut("the comparison ends")
             over = self.has_enough or self.cpu_now() > limit or now - start > PATIENCE * limit
             if stop is None and over:
                 self.process.send_signal(signal.SIGTERM)

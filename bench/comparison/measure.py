@@ -107,5 +107,10 @@ def fill(todo, cells, limit, jobs, say):
             say("%s: %s: %s, %.2f s" % (instance.name, column.name, cell["status"], cell["at"]))
 
         with ThreadPoolExecutor(jobs) as pool:
-            for _ in pool.map(one, missing(todo, cells, step)):
-                pass
+            runs = [pool.submit(one, pair) for pair in missing(todo, cells, step)]
+            try:
+                for run in runs:
+                    run.result()
+            except BaseException:
+                pool.shutdown(wait=True, cancel_futures=True)
+                raise
