@@ -12,7 +12,7 @@ import time
 
 CPU_TICK = os.sysconf("SC_CLK_TCK")
 # A run that gets no processor must end too, after so many times its limit by the clock.
-PATIENCE = 8
+PATIENCE = 10
 # Asked to end, a process may take so many seconds to write its files.
 FAREWELL = 5
 # Set when the comparison itself is to end: the runs that go on then tell nothing.

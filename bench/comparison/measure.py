@@ -70,7 +70,9 @@ def measured(column, instance, limit, optimum):
     if answer.answered(first) and first["at"] < SHORT:
         again = min(limit, 2 * first["at"] + 1) if first["timed_out"] else limit
         runs += [once(column, instance, again, optimum) for _ in range(REPEATS - 1)]
-    return {**first, **medians(runs), "limit": limit, "program": instance.hash, "tool": column.tool,
+    # A run that the clock ended had less than its limit: another comparison, on a quieter machine, measures it anew.
+    had = min(limit, first["cpu"]) if first["timed_out"] else limit
+    return {**first, **medians(runs), "limit": had, "program": instance.hash, "tool": column.tool,
             "load": machine.load()}
 
 

@@ -223,6 +223,20 @@ class Medians(unittest.TestCase):
         measure.measured(long, Instance, 120, None)
         self.assertEqual((short.runs, long.runs), (measure.REPEATS, 1))
 
+    def test_a_run_that_the_clock_ended_is_measured_anew(self):
+        class Column:
+            tool = "t"
+
+            @staticmethod
+            def run(*_):
+                return cell("none", 40)
+
+        class Instance:
+            hash = "p"
+
+        self.assertEqual(measure.measured(Column, Instance, 120, None)["limit"], 40)
+        self.assertEqual(measure.measured(Column, Instance, 30, None)["limit"], 30)
+
     def test_programs_in_natural_order(self):
         self.assertEqual(sorted(["sts_13", "sts_9", "km_2", "sts_7"], key=measure.natural),
                          ["km_2", "sts_7", "sts_9", "sts_13"])
