@@ -8,7 +8,7 @@ UNPRUNED = "--eprune=0 --beta=30"
 BEST = [
     ("knap_*_box", DEFAULTS),
     ("knap_*", "--scale=1"),
-    ("sts_13", UNPRUNED),
+    ("sts_13", "--pairLimit=11"),
     ("ms*", UNPRUNED),
 ]
 

@@ -80,9 +80,10 @@ def head_of(instance):
     return [instance.name, "%d x %d" % (len(program.ag) + len(program.au), program.n)]
 
 
-def plain_table(cells, instances, options):
-    columns = [column_of(o) for o in options] + list(PEERS)
-    head = ["program", "rows x variables", *(title_of(o) for o in options), *PEERS]
+def plain_table(cells, instances, options, peers):
+    """One column for each of the options, and the peers by name."""
+    columns = [column_of(o) for o in options] + list(peers)
+    head = ["program", "rows x variables", *(title_of(o) for o in options), *peers]
     return lines_of(head, [head_of(i) + row(cells, i, columns) for i in instances])
 
 

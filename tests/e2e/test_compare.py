@@ -348,7 +348,7 @@ class WholeRuns(harness.Case):
     def test_only_and_options_show_a_table(self):
         done = self.compare("--only=steiner", "--options=--beta=10", "--doc=")
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertRegex(done.stdout, r"\| program \| rows x variables \| `--beta=10` \|")
+        self.assertRegex(done.stdout, r"\| program \| rows x variables \| `--beta=10` \|\n")
         self.assertNotIn("market_split", done.stdout)
 
     def test_what_it_does_not_know(self):
