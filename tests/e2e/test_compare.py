@@ -357,7 +357,9 @@ class WholeRuns(harness.Case):
             self.assertNotEqual(done.returncode, 0)
             self.assertIn("Unknown: " + option, done.stderr)
 
-    def test_is_executable(self):
+    def test_help_and_mode(self):
+        done = self.compare("--help")
+        self.assertEqual((done.returncode, done.stdout.splitlines()[2]), (0, "    bench/compare [options]"))
         self.assertTrue(os.stat(COMPARE).st_mode & stat.S_IXUSR)
 
     def test_a_cut_comparison_says_so_and_keeps_what_it_has(self):
