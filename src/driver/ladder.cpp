@@ -21,6 +21,12 @@ void useStandardPrecision(YLattice<dbl_t>& y) {
   progressLine(y.standard.verb() > 1, "Using standard precision");
 }
 
+void restoreStandard(YLattice<dbl_t>& y) {
+  const ConversionArray<Star<dbl_t>> found = y.standard.program.stars;
+  y.standard.copyFrom(y.standardBackup, true);
+  if (found.MN > y.standard.program.stars.MN) y.standard.program.stars = found;
+}
+
 void tryStandardPrecision(YLattice<dbl_t>& y) {
   try {
     useStandardPrecision(y);

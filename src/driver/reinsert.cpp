@@ -10,7 +10,7 @@ bool reinsertStandard(YLattice<dbl_t>& y) {
     y.standard.reinsertBest();
     return true;
   } catch (const PrecisionException&) {
-    y.standard.copyFrom(y.standardBackup, true);
+    restoreStandard(y);
     return false;
   }
 }

@@ -104,12 +104,16 @@ void Lattice<T, F>::regenerateLattice() {
   const ProgressScope level(verb() == 2, "Regenerating lattice ...");
   const Memory<T, F> memory = takeMemory(*this);
   forgetVectors(*this);
-  {
+  try {
     const ScopeValue writing(this->writeEnabled, false);
     const ScopeValue finishing(this->finishEnabled, false);
     prepare(false, false);
     prepareLattice();
     reinstate(memory.records, memory.vectors, memory.homogeneous, memory.inhomogeneous, 3);
+  } catch (const PrecisionException&) {
+    // Whoever goes back to the state before the step keeps what was found in it.
+    program.stars = memory.records;
+    throw;
   }
   publishSummary(*this);
   writeLatFile();

@@ -44,6 +44,10 @@ void useStandardPrecision(YLattice<dbl_t>& y);
 // As useStandardPrecision, the exception swallowed: the run stays in extended precision.
 void tryStandardPrecision(YLattice<dbl_t>& y);
 
+// Puts `standard` back to its copy. What the step found until then stays among the stars: it has been shown
+// and written, the step in exact arithmetic need not find it again, and the file follows the stars.
+void restoreStandard(YLattice<dbl_t>& y);
+
 // The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException
 // restores it, converts it and repeats the step in exact arithmetic; after every extended step the way back
 // is tried. RestartException and all others pass. Statistics, random draws and files are not rolled back.
@@ -58,7 +62,7 @@ void oneStep(YLattice<dbl_t>& y, Step&& step) {
       step(y.standard);
       return;
     } catch (const PrecisionException&) {
-      y.standard.copyFrom(y.standardBackup, true);
+      restoreStandard(y);
     }
     switchToExtended(y);
     setProgressDepth(depth);

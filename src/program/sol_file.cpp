@@ -314,6 +314,7 @@ void Lattice<T, F>::readStarsFromSolFile(bool, bool) {
   std::string text;
   if (!readFile(this->solFile, text)) return;
   const ConversionArray<Star<T>> found = parseSolText<T>(text);
+  program.stars.clear();  // a step that is repeated reads the file again
   const ScopeValue<bool> unwritten(this->writeEnabled, false);
   const ScopeValue<bool> unfinished(this->finishEnabled, false);
   readmitStars(found, true);

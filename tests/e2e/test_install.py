@@ -63,7 +63,7 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".json")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".json", ".py")}
     return found
 
 
