@@ -1,4 +1,5 @@
-// Nodes per second of the enumeration, and block reduction run to its end, beside fplll on the same basis.
+// Nodes per second of the enumeration, and block reduction run to its end, beside fplll and NTL on the same
+// basis.
 //
 // LATBOX_BENCH_OPT names a program to reduce instead of the generated market splits.
 #include <benchmark/benchmark.h>
@@ -14,6 +15,10 @@
 
 #ifdef LATBOX_WITH_FPLLL
 #include <fplll.h>
+#endif
+#ifdef LATBOX_WITH_NTL
+#include <NTL/LLL.h>
+#include <NTL/version.h>
 #endif
 
 #include "lattice/lattice.h"
@@ -163,6 +168,10 @@ void BM_Bkz20(benchmark::State& state) {
 }
 
 #ifdef LATBOX_WITH_FPLLL
+const bool fplllNamed = (benchmark::AddCustomContext("fplll", std::to_string(FPLLL_MAJOR_VERSION) + "." +
+                                                                  std::to_string(FPLLL_MINOR_VERSION) + "." +
+                                                                  std::to_string(FPLLL_MICRO_VERSION)),
+                         true);
 
 fplll::ZZ_mat<mpz_t> peerBasis(const Plain<dbl_t>& lattice) {
   fplll::ZZ_mat<mpz_t> basis(static_cast<int>(lattice.rank), static_cast<int>(lattice.dim));
@@ -217,6 +226,29 @@ void BM_PeerBkz20(benchmark::State& state) {
 
 BENCHMARK(BM_PeerNodes)->Arg(20)->Arg(30)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PeerBkz20)->Args({6, 50})->Args({4, 30})->UseManualTime()->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef LATBOX_WITH_NTL
+const bool ntlNamed = (benchmark::AddCustomContext("NTL", NTL_VERSION), true);
+
+// In double, without pruning.
+void BM_NtlBkz20(benchmark::State& state) {
+  const auto source =
+      kernelLattice<dbl_t>(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+  double first = 0;
+  for (auto _ : state) {
+    NTL::mat_ZZ basis;
+    basis.SetDims(source->rank, source->dim);
+    for (long i = 1; i <= source->rank; ++i)
+      for (long j = 1; j <= source->dim; ++j) basis(i, j) = static_cast<long>(source->B[i][j]);
+    const double start = seconds();
+    NTL::BKZ_FP(basis, 1 - 1e-9, 20);
+    state.SetIterationTime(seconds() - start);
+    first = NTL::to_double(basis(1) * basis(1));
+  }
+  state.counters["first_row_squared"] = first;
+}
+BENCHMARK(BM_NtlBkz20)->Args({6, 50})->Args({4, 30})->UseManualTime()->Unit(benchmark::kMillisecond);
 #endif
 
 BENCHMARK(BM_Nodes<dbl_t>)->Arg(20)->Arg(30)->Arg(45)->UseManualTime()->Unit(benchmark::kMillisecond);

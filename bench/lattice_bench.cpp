@@ -1,5 +1,6 @@
-// LLL on the bases that real programs lead to, beside fplll's long double LLL on the same rows; the pieces it
-// is made of; the copy of a lattice before each step; and membership by cached factorisation.
+// LLL on the bases that real programs lead to, beside fplll's long double LLL and NTL's double LLL on the
+// same rows; the pieces it is made of; the copy of a lattice before each step; and membership by cached
+// factorisation.
 //
 // LATBOX_BENCH_OPT names a program to measure instead of the generated market split.
 #include <benchmark/benchmark.h>
@@ -13,6 +14,10 @@
 
 #ifdef LATBOX_WITH_FPLLL
 #include <fplll.h>
+#endif
+#ifdef LATBOX_WITH_NTL
+#include <NTL/LLL.h>
+#include <NTL/version.h>
 #endif
 
 #include "lattice/lattice.h"
@@ -149,6 +154,11 @@ BENCHMARK(BM_LllKernelLattice)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LllKnapsacksExact)->Unit(benchmark::kMillisecond);
 
 #ifdef LATBOX_WITH_FPLLL
+const bool fplllNamed = (benchmark::AddCustomContext("fplll", std::to_string(FPLLL_MAJOR_VERSION) + "." +
+                                                                  std::to_string(FPLLL_MINOR_VERSION) + "." +
+                                                                  std::to_string(FPLLL_MICRO_VERSION)),
+                         true);
+
 void peer(benchmark::State& state, const Plain<dbl_t>& source) {
   using Number = fplll::Z_NR<mpz_t>;
   using Float = fplll::FP_NR<long double>;
@@ -176,6 +186,33 @@ void BM_PeerKernelLattice(benchmark::State& state) {
 }
 BENCHMARK(BM_PeerKernelMatrix)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PeerKernelLattice)->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef LATBOX_WITH_NTL
+const bool ntlNamed = (benchmark::AddCustomContext("NTL", NTL_VERSION), true);
+
+void ntl(benchmark::State& state, const Plain<dbl_t>& source) {
+  double first = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    NTL::mat_ZZ B;
+    B.SetDims(source.rank, source.dim);
+    for (long i = 1; i <= source.rank; ++i)
+      for (long j = 1; j <= source.dim; ++j) B(i, j) = static_cast<long>(source.B[i][j]);
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(NTL::LLL_FP(B, 1 - 1e-9));
+    first = NTL::to_double(B(1) * B(1));
+  }
+  state.counters["first_row_squared"] = first;
+}
+void BM_NtlKernelMatrix(benchmark::State& state) {
+  ntl(state, kernelMatrix());
+}
+void BM_NtlKernelLattice(benchmark::State& state) {
+  ntl(state, kernelLattice());
+}
+BENCHMARK(BM_NtlKernelMatrix)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NtlKernelLattice)->Unit(benchmark::kMillisecond);
 #endif
 
 // The pieces of one position: the row of Gram-Schmidt data, and the judging of a vector.

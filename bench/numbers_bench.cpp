@@ -162,6 +162,8 @@ void gmpMulFractions(benchmark::State& state) {
   run<Mpq>(state, fractions(state.range(0)), mpqMul);
 }
 
+const bool named = (benchmark::AddCustomContext("GMP", gmp_version), true);
+
 BENCHMARK(gmpAddDigits)->Arg(5)->Arg(9)->Arg(18)->Arg(100)->Arg(400);
 BENCHMARK(gmpMulDigits)->Arg(5)->Arg(9)->Arg(18)->Arg(100)->Arg(400);
 BENCHMARK(gmpAddFractions)->Arg(15)->Arg(29)->Arg(50)->Arg(-25)->Arg(-100);

@@ -1,0 +1,96 @@
+"""A process under a limit of CPU time, its lines with the CPU time at which each came, and its end.
+
+CPU time and not the clock: the machine may be busy with other work. The clock only ends a run that gets no processor.
+"""
+
+import os
+import re
+import signal
+import subprocess
+import threading
+import time
+
+CPU_TICK = os.sysconf("SC_CLK_TCK")
+# A run that gets no processor must end too, after so many times its limit by the clock.
+PATIENCE = 10
+# Asked to end, a process may take so many seconds to write its files.
+FAREWELL = 5
+# Set when the comparison itself is to end: the runs that go on then tell nothing.
+ending = threading.Event()
+
+
+class Cut(Exception):
+    """The run was ended from outside."""
+
+
+class LimitedRun:
+    """After construction the process is gone: `lines` [(CPU seconds, text)], `cpu` in seconds, `timed_out`.
+
+    `enough`, if given, is asked for each line; where it says yes the run is ended, and that is no time-out.
+    """
+
+    def __init__(self, command, limit, enough=None):
+        self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                        stderr=subprocess.STDOUT, text=True, errors="replace")
+        self.lines = []
+        self.cpu = 0.0
+        self.enough = enough or (lambda line: False)
+        self.has_enough = False
+        reader = threading.Thread(target=self.follow)
+        reader.start()
+        try:
+            self.timed_out = not self.wait(limit) and not self.has_enough
+        except BaseException:
+            if self.process.returncode is None:
+                self.process.kill()
+                self.process.wait()
+            raise
+        finally:
+            reader.join()
+            self.process.stdout.close()
+
+    def follow(self):
+        for line in self.process.stdout:
+            self.lines.append((self.cpu_now(), line.rstrip("\n")))
+            self.has_enough = self.has_enough or self.enough(line)
+
+    def cpu_now(self):
+        try:
+            with open("/proc/%d/stat" % self.process.pid, encoding="utf-8") as file:
+                fields = file.read().rsplit(")", 1)[1].split()
+            return (int(fields[11]) + int(fields[12])) / CPU_TICK
+        except (OSError, IndexError):
+            return 0.0
+
+    def wait(self, limit):
+        """False if the limit ended the run. The end is asked for first, so that files are written."""
+        start = time.monotonic()
+        stop = None
+        while True:
+            # Own system and user time in microseconds; /proc counts in ticks of ten milliseconds.
+            pid, status, usage = os.wait4(self.process.pid, os.WNOHANG)
+            if pid:
+                self.process.returncode = os.waitstatus_to_exitcode(status)
+                if stop is None and -self.process.returncode in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
+                    raise Cut("ended by signal %d" % -self.process.returncode)
+                self.cpu = usage.ru_utime + usage.ru_stime
+                return stop is None
+            now = time.monotonic()
+            if ending.is_set():
+                raise Cut("the comparison ends")
+            over = self.has_enough or self.cpu_now() > limit or now - start > PATIENCE * limit
+            if stop is None and over:
+                self.process.send_signal(signal.SIGTERM)
+                stop = now
+            elif stop is not None and now - stop > FAREWELL:
+                self.process.kill()
+            time.sleep(0.01 if now - start < 2 else 0.1)
+
+    def improvements(self, pattern):
+        """[(CPU seconds, value)] for each change of the value that the pattern finds in a line."""
+        steps = []
+        for cpu, line in self.lines:
+            match = re.search(pattern, line)
+            if match and (not steps or steps[-1][1] != match.group(1)):
+                steps.append((cpu, match.group(1)))
+        return steps
