@@ -310,5 +310,24 @@ class MemoryTest(FaultCase):
         self.assertEqual(ends, {0, 1})
 
 
+class DocumentTest(harness.Case):
+    """Each row of docs/faults.md names a test that is there."""
+
+    HERE = os.path.dirname(os.path.abspath(__file__))
+
+    def test_every_row_is_held_by_a_test(self):
+        with open(os.path.join(self.HERE, "..", "..", "docs", "faults.md"), encoding="utf-8") as document:
+            rows = [line for line in document if line.startswith("|") and not re.match(r"\|(---| Fault )", line)]
+        self.assertGreater(len(rows), 20)
+        for row in rows:
+            with self.subTest(row):
+                names = re.search(r"\| `([^`]+)` \|$", row).group(1).split()
+                folder = self.HERE if len(names) == 2 else os.path.join(self.HERE, "..", "..")
+                with open(os.path.join(folder, names[0]), encoding="utf-8") as file:
+                    text = file.read()
+                for name in names[1].split(".") if len(names) == 2 else ():
+                    self.assertRegex(text, r"(?m)^ *(class|def) %s\(" % name)
+
+
 if __name__ == "__main__":
     harness.main()
