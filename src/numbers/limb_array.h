@@ -135,7 +135,7 @@ class Array<long long> {
   // A copy of a number in its in-object store, into an object that has no storage yet.
   void copyStore(const Array& other) {
     MN = other.MN;
-    capacity_ = MN + 1;
+    capacity_ = std::min(MN + 1, SMALL);
     data = store_;
     std::copy(other.store_, other.store_ + SMALL + 1, store_);
   }

@@ -19,9 +19,11 @@ void makeFinite(T& low, T& high) {
   }
 }
 
-// Half way between the two, on the grid of the variable's digits.
+// Half way between the two, on the grid of the variable's digits. A fixed variable left the program before
+// its digits were looked at, and they may be anything.
 template <class T>
 T centre(const T& low, const T& high, const T& digits) {
+  if (low == high) return low;
   const T scale = digits > T(0) ? powerOfTen<T>(static_cast<long>(toDouble(digits))) : T(1);
   const T sum = low * scale + high * scale;
   return roundNearest(T(sum / T(2))) / scale;

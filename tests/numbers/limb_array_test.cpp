@@ -70,6 +70,20 @@ TEST(LimbArray, CopiesBetweenStores) {
   EXPECT_EQ(large[1], 101);
 }
 
+// The eighth limb of a number lay on its sign: the copy of an array that filled the small store took one
+// element more for free than the store has.
+TEST(LimbArray, CopyOfAFullSmallStoreGrowsToTheHeap) {
+  Limbs full(6);
+  full.resize(7, false);
+  for (long i = 1; i <= 7; ++i) full[i] = i;
+  Limbs copy(full);
+  EXPECT_EQ(copy.capacity(), 7);
+  copy.resize(8, false);
+  EXPECT_EQ(copy.capacity(), 9);
+  copy[8] = 8;
+  for (long i = 1; i <= 8; ++i) EXPECT_EQ(copy[i], i);
+}
+
 TEST(LimbArray, ElementOperations) {
   Limbs a(3);
   a[1] = 1, a[2] = 2, a[3] = 3;

@@ -301,6 +301,24 @@ TEST(ZZ, MoveLeavesTheSourceEmpty) {
   }
 }
 
+// A number of 57 digits changed its sign, or its first digits, when a copy of it grew by a limb: see
+// CopyOfAFullSmallStoreGrowsToTheHeap.
+TEST(ZZ, CopyThatGrowsIntoTheEighthLimb) {
+  for (const std::string digits : {"512", "-512", "1", "-1", "-257"}) {
+    ZZ number(std::string(54, '9'));
+    const ZZ value(digits + std::string(54, '0'));
+    number = value;
+    ASSERT_EQ(number.MN, 7);
+    ZZ copy(number);
+    copy.decimal_lshift(9);
+    EXPECT_EQ(copy.to_string(), digits + std::string(63, '0'));
+    ZZ sum(number);
+    ZZ::add(sum, copy, sum);
+    EXPECT_EQ((sum - copy).to_string(), digits + std::string(54, '0'));
+    EXPECT_EQ(number.to_string(), digits + std::string(54, '0'));
+  }
+}
+
 // The short cuts for few limbs against the algorithms, with every aliasing.
 TEST(ZZ, ShortCutsEqualGeneralAlgorithms) {
   std::mt19937_64 random(3);

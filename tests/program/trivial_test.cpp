@@ -72,6 +72,14 @@ TYPED_TEST(Trivial, FixedVariablesStay) {
             "[ 3 0 ][ 3 2 ][ 3 1 ]");
 }
 
+// A program of a few bytes asked for a number of a gigabyte here: ten to the digits of a fixed variable.
+TYPED_TEST(Trivial, DigitsOfFixedVariablesAreNotLookedAt) {
+  for (const std::string digits : {"1000000000", "inf", "1/2"})
+    EXPECT_EQ(this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ " + digits + " 0 ] [ 3 0 ] [ 3 2 ]"),
+              "[ 3 0 ][ 3 2 ][ 3 1 ]")
+        << digits;
+}
+
 TYPED_TEST(Trivial, SlacksAreFilledIn) {
   EXPECT_EQ(this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ inf ] [ 0 0 ] [ 0 0 ] [ 2 2 ]"),
             "[ 0 0 ][ 2 2 ][ 1 1 ]");
