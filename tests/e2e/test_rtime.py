@@ -45,14 +45,25 @@ class TimeLimitTest(harness.Case):
         self.assertRegex(progress.rstrip().rsplit("\n", 1)[-1], phase)
         return progress
 
+    def end_after(self, *phases, options=()):
+        """For phases that are too short to be hit for sure: the limit is set when each of them has begun once."""
+        session = self.start("--verb=2", "--sol=0", "--rtime=100000", *options, "prog.opt")
+        for phase in phases:
+            session.wait_for(r"\|-> " + phase)
+        session.ask("SET rtime=1\n", "> Setting: rtime = 1\n")
+        self.assertEqual(session.wait(), 0)
+        self.assertEqual(session.err, "")
+        self.assertEqual(session.out.count("\nGot signal: Terminated\n"), 1)
+        return session.out
+
     def test_reduction(self):
         self.write("prog.opt", programs.knapsacks(4, 400, 4, 1))
-        progress = self.run_into_limit(2, r"\|-> BKZ enumeration \( beta = 2, deep = 0 \)", "--beta=2")
+        progress = self.end_after(r"BKZ enumeration \( beta = 2, deep = 0 \)", options=("--beta=2",))
         self.assertTrue(in_standard_precision(progress))
 
     def test_reduction_in_extended_precision(self):
         self.write("prog.opt", programs.knapsacks(4, 200, 8, 1))
-        progress = self.run_into_limit(2, r"\|-> BKZ enumeration \( beta = 2, deep = 0 \)", "--beta=2")
+        progress = self.end_after(r"BKZ enumeration \( beta = 2, deep = 0 \)", options=("--beta=2",))
         self.assertFalse(in_standard_precision(progress))
 
     def test_enumeration(self):
@@ -62,8 +73,8 @@ class TimeLimitTest(harness.Case):
 
     def test_enumeration_in_extended_precision(self):
         self.write("prog.opt", programs.market_split(7, 60, 1))
-        progress = self.run_into_limit(2, r"\|-> BKZ enumeration \( beta = 54, deep = 0 \)", "--eprune=0", "--beta=60",
-                                       "--snorm=1/3")
+        progress = self.limit_within(r"\|-> BKZ enumeration \( beta = 54, deep = 0 \)", "--eprune=0", "--beta=60",
+                                     "--snorm=1/3")
         self.assertNotIn("Using standard precision", progress)
 
     def test_preparation_in_extended_precision(self):
@@ -85,16 +96,6 @@ class TimeLimitTest(harness.Case):
         self.write("prog.opt", programs.market_split(6, 150, 1))
         self.limit_within(r"\|-> Random Sampling \(", "--pair=0", "--reinsert=0", "--variate=0", "--sample=1",
                             "--sampleLimit=100000000", "--beta=2")
-
-    def end_after(self, *phases, options=()):
-        """For phases that are too short to be hit for sure: the limit is set when each of them has begun once."""
-        session = self.start("--verb=2", "--sol=0", "--rtime=100000", *options, "prog.opt")
-        for phase in phases:
-            session.wait_for(r"\|-> " + phase)
-        session.ask("SET rtime=1\n", "> Setting: rtime = 1\n")
-        self.assertEqual(session.wait(), 0)
-        self.assertEqual(session.err, "")
-        self.assertEqual(session.out.count("\nGot signal: Terminated\n"), 1)
 
     def test_short_phases(self):
         self.write("prog.opt", programs.market_split(4, 30, 1))
