@@ -9,6 +9,8 @@
 #include "driver/program_name.h"
 #include "driver/run.h"
 #include "driver/signals.h"
+#include "lib/os/output.h"
+#include "lib/os/process.h"
 #include "lib/os/signals.h"
 #include "lib/os/threads.h"
 
@@ -45,6 +47,8 @@ void run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  latbox::settleProcess();
+  latbox::installOutput();
   // Before any thread starts: the signals arrive only where the final report can be written.
   latbox::blockTermination();
   latbox::setProgramName(argc > 0 ? argv[0] : "");

@@ -1,15 +1,11 @@
 #include "driver/signals.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 
@@ -17,7 +13,9 @@
 #include "driver/report.h"
 #include "driver/run_state.h"
 #include "lib/os/clock.h"
+#include "lib/os/output.h"
 #include "lib/os/signals.h"
+#include "program/unsaved.h"
 
 namespace latbox {
 namespace {
@@ -60,34 +58,6 @@ void prepareReport() {
   processStart = statisticsStandard().startTime.get();
 }
 
-// Takes `count` bytes off the front of the pieces.
-void advance(iovec* pieces, int number, std::size_t count) {
-  for (int i = 0; i < number; ++i) {
-    const std::size_t part = count < pieces[i].iov_len ? count : pieces[i].iov_len;
-    pieces[i].iov_base = static_cast<char*>(pieces[i].iov_base) + part;
-    pieces[i].iov_len -= part;
-    count -= part;
-  }
-}
-
-// All pieces in one call where the system allows it, so that nothing else comes between them.
-void writeAll(iovec* pieces, int number) {
-  std::size_t rest = 0;
-  for (int i = 0; i < number; ++i) rest += pieces[i].iov_len;
-  while (rest > 0) {
-    const ssize_t written = writev(STDOUT_FILENO, pieces, number);
-    if (written >= 0) {
-      advance(pieces, number, static_cast<std::size_t>(written));
-      rest -= static_cast<std::size_t>(written);
-    } else if (errno == EAGAIN) {
-      pollfd request{STDOUT_FILENO, POLLOUT, 0};
-      poll(&request, 1, -1);
-    } else if (errno != EINTR) {
-      return;
-    }
-  }
-}
-
 iovec piece(const char* text, std::size_t size) {
   return {const_cast<char*>(text), size};
 }
@@ -99,12 +69,12 @@ bool canBeOpened(const std::string& path) {
   return true;
 }
 
-void writeReport(int signal, long long iterations) {
+void writeReport(int signal, bool saved, long long iterations) {
   FixedText head, results, tail;
   head << "\nGot signal: " << (signal == SIGINT ? signalNames.interrupt : signalNames.terminate)
        << "\n\n************************** Terminated **************************\n";
   const PublishedSummary& summary = publishedSummary();
-  const bool named = !summary.text.empty() && canBeOpened(summary.solFile);
+  const bool named = saved && !summary.text.empty() && canBeOpened(summary.solFile);
   if (named) results << "\nThe following file contains the results: \n\n\t";
   tail << (named ? "\n\n" : "\n") << "Total iterations: " << iterations << "\nTotal running time: ";
   timeText(tail, static_cast<long long>(now() - processStart.load()));
@@ -113,15 +83,7 @@ void writeReport(int signal, long long iterations) {
                     piece(results.data(), results.size()),
                     piece(summary.solFile.data(), named ? summary.solFile.size() : 0),
                     piece(tail.data(), tail.size())};
-  writeAll(pieces, static_cast<int>(std::size(pieces)));
-}
-
-// The report must be the last that is printed: a solver that waits in the middle of a write, since nobody
-// reads the pipe, would go on behind it. Waits for that write, and keeps the stream. The handler never
-// interrupts a thread that has the stream itself.
-void takeOutput() {
-  flockfile(stdout);
-  fflush(stdout);
+  writeOutputPieces(pieces, static_cast<int>(std::size(pieces)));
 }
 
 }  // namespace
@@ -130,8 +92,11 @@ void signalReport(YLattice<dbl_t>& y, int signal) {
   if (reported.test_and_set()) return;
   setRunState(y, RUN_STOPPED);
   closeSignalHolds();
-  takeOutput();
-  writeReport(signal, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
+  const bool saved = rescueUnsaved();
+  // The report must be the last that is printed: a solver that waits in the middle of a write, since nobody
+  // reads the pipe, would go on behind it.
+  closeOutput();
+  writeReport(signal, saved, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
   _exit(0);
 }
 

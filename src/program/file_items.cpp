@@ -58,7 +58,10 @@ bool writeOutput(const std::string& path, const std::string& text) {
   static auto& told = *new std::set<std::string>;
   std::string reason;
   const SignalHold hold;
-  if (writeFile(path, text, reason)) return true;
+  if (writeFile(path, text, reason)) {
+    told.erase(path);
+    return true;
+  }
   if (told.insert(path).second) warn(path + ": " + reason);
   return false;
 }

@@ -8,6 +8,12 @@
 
 namespace latbox {
 
+// A stream that runs out of memory swallows the exception and goes bad, and half a file would pass for a
+// whole one, in reading as in writing. From now on the exception comes through.
+inline void throwOnBadStream(std::ios& stream) {
+  stream.exceptions(std::ios::badbit);
+}
+
 // One number in any form that the system writes, the infinities and exponents included, in either number
 // type. White space and comments before it are skipped. Fails with "QQ: parse error1" where none stands, with
 // the other texts of the number's form, and with "Vector: bad input" on an absurd exponent. In standard
@@ -29,7 +35,7 @@ bool sameVector(const Vector<T>& a, const Vector<T>& b) {
 }
 
 // Replaces the file as a whole, held off from signals. Where that is not possible, "*** ", the path and the
-// reason go to standard error, once per path in the life of the process, and the result is false.
+// reason go to standard error, unless the last write to the path failed too, and the result is false.
 bool writeOutput(const std::string& path, const std::string& text);
 
 }  // namespace latbox

@@ -33,6 +33,7 @@ Matrix<T> withPlainZeros(Matrix<T> M) {
 template <class T, class F>
 std::string latText(const Lattice<T, F>& l) {
   std::ostringstream out;
+  throwOnBadStream(out);
   setFullPrecision(out);
   out << withPlainZeros(l.unscaled(l.B)) << "\n\n";
   out << l.lbnd << '\n' << l.ubnd << "\n\n";
@@ -121,6 +122,7 @@ template <class T>
 SavedLattice<T> parseLatText(const std::string& text, long targets) {
   SavedLattice<T> saved;
   std::istringstream in(text);
+  throwOnBadStream(in);
   acceptExponents(in);
   readBasis(in, saved.basis, targets);
   readCheckVectors(in, saved);

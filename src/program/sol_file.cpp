@@ -14,6 +14,7 @@
 #include "numbers/number.h"
 #include "program/file_items.h"
 #include "program/results_version.h"
+#include "program/unsaved.h"
 
 namespace latbox {
 namespace {
@@ -111,6 +112,7 @@ void writeStar(std::ostream& out, const Star<T>& star) {
 template <class T>
 std::string solText(const ConversionArray<Star<T>>& stars) {
   std::ostringstream out;
+  throwOnBadStream(out);
   setFullPrecision(out);
   for (long i = 1; i <= stars.MN; ++i) writeStar(out, stars[i]);
   return out.str();
@@ -126,6 +128,7 @@ struct WrittenSol {
   std::string parameters;
   std::string path;
   std::string text;
+  bool failed = false;  // the next call tries again, whether or not something is new
 };
 
 // Never destroyed: exit() may run while the solver writes.
@@ -142,14 +145,14 @@ bool isCurrent(const Lattice<T, F>& l, const WrittenSol& w, const std::string& p
 
 void putSolFile(const std::string& path, std::string text) {
   WrittenSol& written = writtenSol();
-  if (text.empty()) {
-    const SignalHold hold;
-    removeFile(path);
-  } else if (written.path == path && written.text == text && canOpen(path)) {
-    return;
-  } else if (!writeOutput(path, text)) {
-    text.clear();
-  }
+  if (!text.empty() && written.path == path && written.text == text && canOpen(path)) return;
+  const SignalHold hold;
+  written.failed = !text.empty() && !writeOutput(path, text);
+  if (text.empty()) removeFile(path);
+  if (written.failed)
+    keepUnsaved(path, std::exchange(text, ""));
+  else
+    forgetUnsaved();
   written.path = path;
   written.text = std::move(text);
 }
@@ -207,9 +210,11 @@ template <class T>
 ConversionArray<Star<T>> parseSolText(const std::string& text) {
   ConversionArray<Star<T>> stars;
   std::istringstream lines(text);
+  throwOnBadStream(lines);
   std::string line;
   while (std::getline(lines, line)) {
     std::istringstream in(line);
+    throwOnBadStream(in);
     acceptExponents(in);
     skipSpaceAndComments(in);
     if (nextCharacter(in) == std::char_traits<char>::eof()) continue;
@@ -291,8 +296,8 @@ void Lattice<T, F>::writeSolFile(bool keepStars) {
   if (!this->writeEnabled) return;
   WrittenSol& written = writtenSol();
   const std::string parameters = params.text();
-  if (!keepStars && isCurrent(*this, written, parameters) && written.path == this->solFile &&
-      (written.text.empty() || canOpen(this->solFile)))
+  if (!keepStars && !written.failed && isCurrent(*this, written, parameters) &&
+      written.path == this->solFile && (written.text.empty() || canOpen(this->solFile)))
     return;
   if (!keepStars) sol2star();
   if (this->solFile.empty()) {

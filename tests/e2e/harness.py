@@ -87,13 +87,14 @@ class Case(unittest.TestCase):
         then = time.time() - seconds
         os.utime(self.path(name), (then, then))
 
-    def run_solver(self, *arguments, stdin=b"", limit=LIMIT):
+    def run_solver(self, *arguments, stdin=b"", limit=LIMIT, prepare=None):
+        """`prepare` is called in the new process before the solver starts, to set limits and the like."""
         done = subprocess.run([Settings.binary, *arguments], cwd=self.folder, input=stdin, timeout=limit,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, preexec_fn=prepare)
         return Result(done.returncode, done.stdout.decode(), done.stderr.decode())
 
-    def start(self, *arguments):
-        session = Session([Settings.binary, *arguments], self.folder)
+    def start(self, *arguments, prepare=None):
+        session = Session([Settings.binary, *arguments], self.folder, prepare)
         self.addCleanup(session.close)
         return session
 
@@ -137,9 +138,9 @@ class Case(unittest.TestCase):
 class Session:
     """A running solver: its two outputs are collected by threads, so that tests wait for text and never for time."""
 
-    def __init__(self, command, folder):
+    def __init__(self, command, folder, prepare=None):
         self.process = subprocess.Popen(command, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE)
+                                        stderr=subprocess.PIPE, preexec_fn=prepare)
         self.changed = threading.Condition()
         self.text = {"out": "", "err": ""}
         self.ended = set()

@@ -53,7 +53,24 @@ REFUSED = (
     ("mixed number, zero behind :", "[ 1:05/10 ]", "QQ: malformed number1"),
     ("mixed number, improper", "[ 1:7/3 ]", "QQ: malformed number2"),
     ("an exponent", "[ 1e3 ]", "Vector: bad input"),
+    ("a NUL between items", "[ ]\0" + HEAD[3:] + BEHIND, "Dimension error -- n == 0"),
+    ("a NUL in a number", "[ ] [ ] [ [ 1\0 1 ] ] [ 2 ]" + BEHIND, "Vector: bad input"),
+    ("a byte order mark", "\ufeff" + HEAD + BEHIND, "Dimension error -- n == 0"),
+    ("UTF-16", (HEAD + BEHIND).encode("utf-16"), "Dimension error -- n == 0"),
+    ("a blank that is none", "[\u00a0] " + HEAD + BEHIND, "Vector: bad input"),
+    ("Latin-1", b"[ \xe4 ]", "Vector: bad input"),
+    ("nan", opt(ag=[[1, "nan"]], bg=[2], rx=[4, 4]), "Vector: bad input"),
+    ("infinity", opt(ag=[[1, 1]], bg=[2], rx=["infinity", 4]), "Vector: bad input3"),
+    ("hexadecimal", opt(ag=[[1, "0x10"]], bg=[2], rx=[4, 4]), "Vector: bad input"),
+    # Brackets that do not pair.
+    ("a bracket too many behind a matrix", "[ ] [ ] [ [ 1 1 ] ] ] [ 2 ]" + BEHIND,
+     "The row count of Ag (1) differs with the dimension of bg (0)"),
+    ("a bracket too few behind a matrix", "[ ] [ ] [ [ 1 1 ] [ 2 ]" + BEHIND, "Matrix: bad input"),
+    ("a matrix in a matrix", "[ ] [ ] [ [ [ 1 1 ] ] ] [ 2 ]" + BEHIND, "Vector: bad input"),
+    ("a vector without brackets", HEAD + BEHIND[:-7] + "4 4", "recheck sdim case and the usage of n (eg. in opt2lat)"),
     # Dimensions.
+    ("a shorter row", opt(ag=[[1, 1, 1], [1, 1]], bg=[2, 2], rx=[4, 4, 4]), "Array: index out of range"),
+    ("two numbers that touch", opt(ag=[["1-1"]], bg=[2], rx=[4, 4]), "The dimension of rx has to be > 0 and < A_{t,u,g}.MN"),
     ("kt and dt", "[ -inf ] = [ 1 2 ]", "The dimensions of the target properties (kt, dt) differ (2, 1)"),
     ("At and dt", "[ -inf inf ] [ [ 1 1 ] ]", "The row count of At (1) differs with the dimension of dt (2)"),
     ("Ag and bg", "[ ] [ ] [ [ 1 1 ] ] [ 2 3 ]", "The row count of Ag (1) differs with the dimension of bg (2)"),
@@ -229,6 +246,28 @@ class SolFileTest(harness.Case):
                 self.refuse(sol, message)
                 self.refuse(self.GOOD + sol, message)
 
+    def test_lines_of_another_kind(self):
+        for sol in ("[ 1\0 1 ] | 0 | [ ] | 0 | 77 | p\n", self.GOOD + "\0\n", "\ufeff" + self.GOOD, self.GOOD + "hello",
+                    "[ 1 1 ] ] | 0 | [ ] | 0 | 77 | p\n", "[ [ 1 1 ] ] | 0 | [ ] | 0 | 77 | p\n",
+                    "[ 1 1 ] | 0 | [ ] | 0 | " + "9" * 20 + " | p\n", "[ 1 1 ] | nan | [ ] | 0 | 77 | p\n",
+                    self.GOOD.encode("utf-16"), self.GOOD * 1000 + self.GOOD[:20]):
+            with self.subTest(sol[:60]):
+                self.refuse(sol, None)
+
+    def test_equal_lines_become_one_and_the_earlier_time_stays(self):
+        for sol in (self.GOOD * 3, self.GOOD.replace("77", "99") + self.GOOD, self.GOOD + self.GOOD.replace("77", "99")):
+            self.assert_ends_well(self.run_with(sol))
+            self.assertEqual([star.time for star in self.stars() if star.x == [1, 1]], [77])
+
+    def test_what_stands_behind_the_time_is_only_text(self):
+        for tail in (b"\xff\xfe | 2.2.2\n", b"p\0q | 2.2.2\n", b"p | 2.2.2 | more | more\n", b"p | 2.2.2\r\n", b"p"):
+            self.assert_ends_well(self.run_with(b"[ 1 1 ] | 0 | [ ] | 0 | 77 | " + tail))
+            self.assertIn(b"[ 1 1 ] | 0 | [ ] | 0 | 77 | ", self.read_bytes("prog.sol"))
+
+    def test_absurd_dimensions_are_dropped(self):
+        self.assert_ends_well(self.run_with("[ " + "1 " * 200000 + "] | 0 | [ ] | 0 | 77 | p\n" + self.GOOD))
+        self.assertEqual([star.time for star in self.stars() if star.x == [1, 1]], [77])
+
     def test_lines_that_end_early(self):
         for sol in ("[ 1 1 ]\n", "[ 1 1 ] | \n", "[ 1 1 ] | 0\n", "[ 1 1 ] | 0 | [ ] | \n", "[ 1 1 ] | 0 | [ ] | 0 | \n"):
             with self.subTest(sol):
@@ -301,10 +340,25 @@ class LatFileTest(harness.Case):
                 ("c no vector", "[ 2 1 1 1 ]", "2 1 1 1", "c vector dimension mismatch"),
                 ("lx long", "[ 0 0 ]", "[ 0 0 0 ]", None),
                 ("rx short", "[ 4 4 ]", "[ 4 ]", None),
-                ("no R", "\n4\n", "\nx\n", None)):
+                ("no R", "\n4\n", "\nx\n", None),
+                ("R negative", "\n4\n", "\n-4\n", "Vector: bad input"),
+                ("c zero", "[ 2 1 1 1 ]", "[ 0 1 1 1 ]", "Vector: bad input"),
+                ("tu neither 0 nor 1", "\n0\n", "\n2\n", "Vector: bad input"),
+                ("tu without its bounds", "\n0\n", "\n1\n", "Vector: bad input"),
+                ("bounds of tu without brackets", "(-inf, inf)", "-inf, inf", "Vector: bad input"),
+                ("infinite entry", "[ 4 2 0 0 ]", "[ 4 inf 0 0 ]", "Vector: bad input"),
+                ("absurd seconds", "\n5\n", "\n" + "9" * 20 + "\n", "QQ: parse error1"),
+                ("a bracket too many", "[\n[", "[\n[\n[", "Vector: bad input"),
+                ("a byte order mark", "[\n[", "\ufeff[\n[", "Matrix: bad input"),
+                ("a NUL", "[ 4 2 0 0 ]", "[ 4 2\0 0 0 ]", "Vector: bad input")):
             with self.subTest(name):
                 self.assertIn(old, self.good)
                 self.refuse(self.good.replace(old, new, 1), message)
+
+    def test_text_behind_the_seconds_is_ignored(self):
+        for tail in ("hello ] ]", "/* open", "\0", self.good):
+            self.write("prog.lat", self.good + tail)
+            self.assert_ends_well(self.run_solver("--iters=0", "prog.opt"))
 
     def test_more_targets_than_columns(self):
         self.write("prog.opt", opt(dt=["-inf"] * 5, at=[[1, 1]] * 5, rx=[4, 4]))

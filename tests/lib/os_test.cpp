@@ -2,20 +2,28 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "lib/os/clock.h"
 #include "lib/os/file.h"
 #include "lib/os/mutex_type.h"
 #include "lib/os/mutex_vars.h"
+#include "lib/os/output.h"
+#include "lib/os/process.h"
 #include "lib/os/semaphore.h"
 #include "lib/os/signals.h"
 #include "lib/os/threads.h"
@@ -224,6 +232,123 @@ TEST(Clock, ATestStandsIn) {
   EXPECT_GT(now(), 77);
 }
 
+TEST(Clock, NeverGoesBack) {
+  static const long times[] = {1000, 500, 400, 1000, 1001, -5};
+  static long next;
+  next = 0;
+  setClock([] { return times[next++]; });
+  for (const long shown : {1000, 1000, 1000, 1000, 1001, 1001}) EXPECT_EQ(now(), shown);
+  // The next clock starts afresh.
+  setClock([]() -> long { return 3; });
+  EXPECT_EQ(now(), 3);
+  setClock(nullptr);
+}
+
+TEST(Clock, AgreesWithTheSystemsTimeAtTheStart) {
+  const long before = static_cast<long>(std::time(nullptr));
+  const long shown = now();
+  EXPECT_LE(std::labs(shown - before), 2);
+}
+
+// The process that a test starts, with standard error as what it may say.
+TEST(ProcessDeathTest, ClosedDescriptorsBecomeTheNullDevice) {
+  EXPECT_EXIT(
+      {
+        close(STDIN_FILENO);
+        close(STDOUT_FILENO);
+        settleProcess();
+        const bool taken = open("/dev/null", O_RDONLY) > STDERR_FILENO;
+        char byte;
+        std::exit(taken && read(STDIN_FILENO, &byte, 1) == 0 && write(STDOUT_FILENO, "x", 1) == 1 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "^$");
+}
+
+TEST(ProcessDeathTest, OpenDescriptorsStay) {
+  EXPECT_EXIT(
+      {
+        settleProcess();
+        (void)!write(STDERR_FILENO, "here", 4);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "^here$");
+}
+
+void limitFileSize(rlim_t size) {
+  const rlimit limit = {size, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+TEST(ProcessDeathTest, ABrokenPipeAndALimitAreErrors) {
+  EXPECT_EXIT(
+      {
+        settleProcess();
+        int ends[2];
+        (void)!pipe(ends);
+        close(ends[0]);
+        const bool pipeFails = write(ends[1], "x", 1) == -1 && errno == EPIPE;
+        limitFileSize(0);
+        FILE* const file = tmpfile();
+        const bool fileFails = write(fileno(file), "x", 1) == -1 && errno == EFBIG;
+        std::exit(pipeFails && fileFails ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "^$");
+}
+
+TEST(OutputDeathTest, WhatCannotBeWrittenIsToldOnceAndDropped) {
+  EXPECT_EXIT(
+      {
+        const int keep = dup(STDERR_FILENO);
+        const int full = open("/dev/full", O_WRONLY);
+        dup2(full, STDOUT_FILENO);
+        installOutput();
+        std::cout << "lost\n" << std::flush;
+        std::cout << "lost, too\n" << std::flush;
+        const bool good = std::cout.good();
+        dup2(keep, STDOUT_FILENO);
+        std::cout << "there again\n" << std::flush;
+        std::exit(good ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "^\\*\\*\\* Standard output: No space left on device\nthere again\n$");
+}
+
+TEST(OutputDeathTest, WhatIsPendingIsWrittenAtTheEnd) {
+  EXPECT_EXIT(
+      {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        installOutput();
+        installOutput();
+        std::cout << "a" << 1 << 'b' << std::string(100'000, 'c');
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "^a1bc*$");
+}
+
+TEST(OutputDeathTest, NobodyElsePrintsAfterTheEnd) {
+  EXPECT_EXIT(
+      {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        installOutput();
+        std::atomic<bool> printing = false;
+        std::thread([&] {
+          for (;;) {
+            std::cout << "line\n" << std::flush;
+            printing = true;
+          }
+        }).detach();
+        while (!printing) usleep(100);
+        closeOutput();
+        std::string text = "end\n";
+        iovec piece;
+        piece.iov_base = text.data();
+        piece.iov_len = text.size();
+        writeOutputPieces(&piece, 1);
+        usleep(20'000);
+        _exit(0);
+      },
+      ::testing::ExitedWithCode(0), "^(line\n)+end\n$");
+}
+
 class Files : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -358,6 +483,51 @@ TEST_F(Files, FallsBackToWritingInPlace) {
   EXPECT_TRUE(writeFile(longName, "first", reason));
   EXPECT_TRUE(writeFile(longName, "second", reason));
   EXPECT_EQ(contentOf(longName), "second");
+}
+
+// Room is made sure of before the old content is touched.
+TEST_F(Files, InPlaceTheOldContentStandsWhenTheNewDoesNotFit) {
+  const std::string longName = path(std::string(253, 'n'));
+  const std::string old(5000, 'o');
+  std::string reason;
+  ASSERT_TRUE(writeFile(longName, old, reason));
+  EXPECT_EXIT(
+      {
+        settleProcess();
+        limitFileSize(6000);
+        std::string why;
+        const bool refused = !writeFile(longName, std::string(7000, 'n'), why) && why == "File too large";
+        std::exit(refused && contentOf(longName) == old ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "^$");
+  EXPECT_EQ(contentOf(longName), old);
+  EXPECT_TRUE(writeFile(longName, "shorter", reason));
+  EXPECT_EQ(contentOf(longName), "shorter");
+}
+
+TEST_F(Files, TheOldFileStandsWhenTheNewDoesNotFit) {
+  std::string reason;
+  ASSERT_TRUE(writeFile(path("a"), "old", reason));
+  EXPECT_EXIT(
+      {
+        settleProcess();
+        limitFileSize(6000);
+        std::string why;
+        const bool refused = !writeFile(path("a"), std::string(7000, 'n'), why) && why == "File too large" &&
+                             contentOf(path("a")) == "old" && entries() == 1;
+        limitFileSize(RLIM_INFINITY);
+        std::exit(refused && writeFile(path("a"), std::string(7000, 'n'), why) ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "^$");
+  EXPECT_EQ(contentOf(path("a")), std::string(7000, 'n'));
+}
+
+// A pipe without a reader would hold a writer for ever.
+TEST_F(Files, APipeWithoutAReaderIsNotWritten) {
+  ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+  std::string reason;
+  EXPECT_FALSE(writeFile(path("pipe"), "x", reason));
+  EXPECT_EQ(reason, "No such device or address");
 }
 
 TEST_F(Files, ModificationTimeInWholeSeconds) {

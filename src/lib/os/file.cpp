@@ -23,6 +23,12 @@ class Descriptor {
   Descriptor& operator=(const Descriptor&) = delete;
   int get() const { return fd_; }
   bool open() const { return fd_ >= 0; }
+  // Closes at once; false with errno if the system finds only now that it could not write.
+  bool close() {
+    const int fd = fd_;
+    fd_ = -1;
+    return ::close(fd) == 0;
+  }
 
  private:
   int fd_;
@@ -49,9 +55,29 @@ bool writeAll(int fd, const std::string& text) {
   return true;
 }
 
+// Makes sure of the space before a byte of the old content is overwritten. A file system that can't tell is
+// trusted.
+bool reserve(int fd, off_t oldSize, off_t newSize) {
+  if (newSize <= oldSize) return true;
+  const int error = ::posix_fallocate(fd, 0, newSize);
+  if (error == 0 || error == EOPNOTSUPP || error == EINVAL) return true;
+  if (::ftruncate(fd, oldSize) != 0) errno = 0;
+  errno = error;
+  return false;
+}
+
+bool rewrite(int fd, off_t oldSize, const std::string& text) {
+  const off_t newSize = static_cast<off_t>(text.size());
+  return reserve(fd, oldSize, newSize) && writeAll(fd, text) && ::ftruncate(fd, newSize) == 0;
+}
+
+// Without O_NONBLOCK a pipe would be waited for until somebody reads it.
 bool writeInPlace(const std::string& path, const std::string& text) {
-  const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-  return file.open() && writeAll(file.get(), text);
+  Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666));
+  struct stat status;
+  if (!file.open() || ::fstat(file.get(), &status) != 0) return false;
+  if (!S_ISREG(status.st_mode)) return writeAll(file.get(), text);
+  return rewrite(file.get(), status.st_size, text) && file.close();
 }
 
 // The file that a link stands for: the link itself must survive the replacement.
@@ -66,10 +92,11 @@ enum class Replaced { yes, no, notPossible };
 // takes no second file.
 Replaced replaceFile(const std::string& path, const std::string& text, const struct stat* old) {
   const std::string fresh = path + ".tmp";
-  const Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
   if (!file.open()) return Replaced::notPossible;
   if (old != nullptr && ::fchmod(file.get(), old->st_mode & 07777) != 0) errno = 0;
-  if (writeAll(file.get(), text) && ::rename(fresh.c_str(), path.c_str()) == 0) return Replaced::yes;
+  if (writeAll(file.get(), text) && file.close() && ::rename(fresh.c_str(), path.c_str()) == 0)
+    return Replaced::yes;
   const int error = errno;
   ::unlink(fresh.c_str());
   errno = error;

@@ -9,8 +9,8 @@ namespace latbox {
 bool readFile(const std::string& path, std::string& content);
 
 // Replaces the file by `text` as a whole: a kill at any moment leaves the old or the new content. Where the
-// folder does not allow a second file beside it, the file is rewritten in place. False with `reason` (the
-// system's text) if that fails, too; the old content then stands, unless the disk filled up in place.
+// folder does not allow a second file beside it, the file is rewritten in place, once there is room for it.
+// False with `reason` (the system's text) if that fails, too; the old content then stands.
 bool writeFile(const std::string& path, const std::string& text, std::string& reason);
 
 // Whether the file can be opened for reading; a directory can not.
