@@ -8,19 +8,11 @@
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
 #include "numbers/number.h"
+#include "program/conversion.h"
 
 namespace latbox {
 
 namespace {
-
-constexpr const char* LOST_TEXT = "Precision lost during conversion";
-
-void convertNumber(dbl_t from, QQ& to) {
-  to = QQ(from);
-}
-void convertNumber(const QQ& from, dbl_t& to) {
-  if (!convertStrict(from, to)) throw PrecisionException(LOST_TEXT);
-}
 
 // Without a guard: for bounds of lengths, which guide and decide nothing.
 void convertLoosely(dbl_t from, QQ& to) {
@@ -30,30 +22,13 @@ void convertLoosely(const QQ& from, dbl_t& to) {
   to = toDouble(from);
 }
 
-template <class T, class U>
-T converted(const U& from) {
-  T to{};
-  convertNumber(from, to);
-  return to;
-}
-
-template <class T, class U>
-void convertVector(const Vector<U>& from, Vector<T>& to) {
-  to.assignConverted(from, [](const U& x) { return converted<T>(x); });
-}
-
-template <class T, class U>
-void convertMatrix(const Matrix<U>& from, Matrix<T>& to) {
-  to.assignConverted(from, [](const U& x) { return converted<T>(x); });
-}
-
 // Kept vectors are compared with their source again: a find must not change its place by a conversion.
 template <class T>
 void requireSame(const Vector<T>&, const Vector<dbl_t>&) {}
 void requireSame(const Vector<dbl_t>& from, const Vector<QQ>& to) {
   for (long i = 1; i <= from.MN; ++i) {
     const dbl_t back = toDouble(to.data[i]);
-    if (back != from.data[i] && !isZero(back - from.data[i])) throw PrecisionException(LOST_TEXT);
+    if (back != from.data[i] && !isZero(back - from.data[i])) throw PrecisionException(CONVERSION_LOST);
   }
 }
 
@@ -67,17 +42,17 @@ void convertKept(const TimeVector<U>& from, TimeVector<T>& to) {
 template <class T, class U>
 void convertTarget(const TargetVector<U>& from, TargetVector<T>& to) {
   convertKept(from, to);
-  convertNumber(from.targetNorm, to.targetNorm);
-  convertNumber(from.slackNorm, to.slackNorm);
+  convertValue(from.targetNorm, to.targetNorm);
+  convertValue(from.slackNorm, to.slackNorm);
 }
 
 template <class T, class U>
 void convertHeuristic(const HeuristicVector<U, dbl_t>& from, HeuristicVector<T, dbl_t>& to) {
   convertKept(from, to);
   to.deviation = from.deviation;
-  convertNumber(from.targetNorm, to.targetNorm);
-  convertNumber(from.slackNorm, to.slackNorm);
-  convertNumber(from.combinedTarget, to.combinedTarget);
+  convertValue(from.targetNorm, to.targetNorm);
+  convertValue(from.slackNorm, to.slackNorm);
+  convertValue(from.combinedTarget, to.combinedTarget);
 }
 
 template <class T, class U>
@@ -114,7 +89,7 @@ void Lattice<T, F>::convertResults(const Lattice<U, F>& other) {
   solutions.resize(other.solutions.MN, false);
   for (long i = 1; i <= solutions.MN; ++i) convertTarget(other.solutions[i], solutions[i]);
   program.convertFrom(other.program);
-  convertNumber(other.R, R);
+  convertValue(other.R, R);
   convertVector(other.lbnd, lbnd);
   convertVector(other.ubnd, ubnd);
   convertVector(other.lbndSaved, lbndSaved);
@@ -125,8 +100,8 @@ void Lattice<T, F>::convertResults(const Lattice<U, F>& other) {
   generatedTu = other.generatedTu;
   convertVector(other.generatedLx, generatedLx);
   convertVector(other.generatedRx, generatedRx);
-  convertNumber(other.generatedLrtu.left, generatedLrtu.left);
-  convertNumber(other.generatedLrtu.right, generatedLrtu.right);
+  convertValue(other.generatedLrtu.left, generatedLrtu.left);
+  convertValue(other.generatedLrtu.right, generatedLrtu.right);
   convertSet(other.homogeneousVectors, homogeneousVectors);
   convertSet(other.inhomogeneousVectors, inhomogeneousVectors);
 }
@@ -136,8 +111,8 @@ template <class U>
 void Lattice<T, F>::convertBasis(const Lattice<U, F>& other) {
   rank = other.rank;
   dim = other.dim;
-  convertNumber(other.inhomBase, inhomBase);
-  convertNumber(other.inhomScaled, inhomScaled);
+  convertValue(other.inhomBase, inhomBase);
+  convertValue(other.inhomScaled, inhomScaled);
   convertVector(other.c, c);
   TT.resize(other.TT.MN, false);
   for (long i = 1; i <= TT.MN; ++i) convertMatrix(other.TT[i], TT[i]);

@@ -39,10 +39,6 @@ QQ infinity<QQ>() {
   return qqInfinity();
 }
 
-bool isInfinite(dbl_t x) {
-  return std::isinf(x);
-}
-
 dbl_t abs(dbl_t x) {
   return std::fabs(x);
 }
@@ -141,9 +137,13 @@ u64 residueOf(const ZZ& a, u64 p) {
 }  // namespace
 
 bool modulo(dbl_t x, unsigned long long p, unsigned long long& residue) {
-  if (!isInteger(x) || abs(x) > 1e18L) return false;
-  const u64 rest = static_cast<u64>(abs(x)) % p;
-  residue = x < 0 && rest != 0 ? p - rest : rest;
+  if (!(x <= 1e18L && x >= -1e18L)) return false;
+  const long long whole = static_cast<long long>(x);
+  if (static_cast<dbl_t>(whole) != x) return false;
+  const u64 magnitude = static_cast<u64>(whole < 0 ? -whole : whole);
+  // The primes in use lie above 10^18: most calls need no division.
+  const u64 rest = magnitude < p ? magnitude : magnitude % p;
+  residue = whole < 0 && rest != 0 ? p - rest : rest;
   return true;
 }
 

@@ -2,6 +2,7 @@
 // above are written once and ask no type.
 #pragma once
 
+#include <cmath>
 #include <iosfwd>
 #include <string>
 
@@ -49,7 +50,9 @@ inline void checkPrecision(dbl_t x, const char* text) {
 }
 inline void checkPrecision(const QQ&, const char*) {}
 
-bool isInfinite(dbl_t x);
+inline bool isInfinite(dbl_t x) {
+  return std::isinf(x);
+}
 inline bool isInfinite(const QQ& x) {
   return x.isInf;
 }

@@ -32,11 +32,6 @@ bool sameNumbers(const Star<T>& a, const Star<T>& b) {
 }
 
 template <class T, class U>
-void convertMatrix(const Matrix<U>& from, Matrix<T>& to) {
-  to.assignConverted(from, converted<T, U>);
-}
-
-template <class T, class U>
 void convertNumbers(const Tessik<U>& from, Tessik<T>& to) {
   convertVector(from.dt, to.dt);
   convertVector(from.kt, to.kt);
@@ -77,7 +72,7 @@ void copyTypeless(const Tessik<U>& from, Tessik<T>& to) {
 template <class T, class U>
 Star<T> convertedStar(const Star<U>& from) {
   Star<T> to = starFields<T>(from);
-  if (!sameNumbers(from, starFields<U>(to))) throw PrecisionException("Precision lost during conversion");
+  if (!sameNumbers(from, starFields<U>(to))) throw PrecisionException(CONVERSION_LOST);
   return to;
 }
 

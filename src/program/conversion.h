@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lib/exceptions.h"
+#include "lib/matrix.h"
 #include "lib/vector.h"
 #include "numbers/number.h"
 #include "program/star.h"
@@ -10,8 +11,9 @@ namespace latbox {
 
 // dbl_t from QQ: the strict conversion, and the result has to convert back to its source; throws
 // PrecisionException with "Precision lost during conversion" otherwise.
+inline constexpr const char* CONVERSION_LOST = "Precision lost during conversion";
 inline void convertValue(const QQ& from, dbl_t& to) {
-  if (!convertStrict(from, to)) throw PrecisionException("Precision lost during conversion");
+  if (!convertStrict(from, to)) throw PrecisionException(CONVERSION_LOST);
 }
 // QQ from dbl_t: through the text of 17 digits, so a tenth stays a tenth.
 inline void convertValue(dbl_t from, QQ& to) {
@@ -20,13 +22,18 @@ inline void convertValue(dbl_t from, QQ& to) {
 
 template <class T, class U>
 T converted(const U& from) {
-  T to;
+  T to{};
   convertValue(from, to);
   return to;
 }
 
 template <class T, class U>
 void convertVector(const Vector<U>& from, Vector<T>& to) {
+  to.assignConverted(from, converted<T, U>);
+}
+
+template <class T, class U>
+void convertMatrix(const Matrix<U>& from, Matrix<T>& to) {
   to.assignConverted(from, converted<T, U>);
 }
 

@@ -80,18 +80,14 @@ T Tessik<T>::targetNorm(const Vector<T>& t) const {
 
 namespace {
 
-// The row of Ag whose residual counts for the deviation target i. By a rule of this design that is row i as
-// it stands; only where Ag is too short is it the equation in which the target's own pair of deviation
-// variables stands, the one row with an entry in the columns that the target row sums up.
+// The row of Ag whose residual counts for place i, one of the last places among the targets. By a rule of
+// this design that is row i as it stands; only where Ag is too short is it the deviation's own equation. The
+// k-th deviation, from 0, has gone to place dt.MN - k, or has stayed where it was and counts there.
 template <class T>
 long residualRow(const Tessik<T>& program, long i) {
   if (i <= program.Ag.M) return i;
-  const Vector<T>& target = program.At[i];
-  long column = target.MN;
-  while (column > 1 && isExactZero(target[column])) --column;
-  long row = program.Ag.M;
-  while (row > 1 && isExactZero(program.Ag[row][column])) --row;
-  return row;
+  const long firstDeviation = program.Ag.M - program.deviationCount / 2 + 1;
+  return firstDeviation + program.dt.MN - i;
 }
 
 // Ag[row] x - bg[row] over the user's variables.

@@ -214,17 +214,20 @@ def require(what, claimed, true):
 
 
 def verdicts(program, stars):
-    """(star, None or what is wrong with it) for each star, duplicates included."""
+    """(star, None or what is wrong with it) for each star, duplicates included.
+
+    One point may stand several times with different deviations from targets with a value.
+    """
     seen = set()
     for star in stars:
         try:
             check_star(program, star)
-            if tuple(star.x) in seen:
+            if (tuple(star.x), tuple(star.targets)) in seen:
                 raise Wrong("stands twice")
             yield star, None
         except Wrong as wrong:
             yield star, str(wrong)
-        seen.add(tuple(star.x))
+        seen.add((tuple(star.x), tuple(star.targets)))
 
 
 def main(arguments):

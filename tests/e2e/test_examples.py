@@ -1,7 +1,8 @@
 """Every program in examples/ is run as its row in expected.json says, and every result is checked exactly.
 
 `reach` is what a run must bring, `aim` (where it differs) what the complete search is expected to bring: the row is
-raised when it does. `points` is the count of feasible points, null where a variable has no bounds.
+raised when it does. `points` is the count of feasible points, null where exhaustive search cannot count them; then
+`known` says what `best` rests on. Rows with `slow` run with LATBOX_SLOW=1 only.
 """
 
 import glob
@@ -14,10 +15,17 @@ import checker
 import exhaustive
 import harness
 
+# A busy machine or a sanitizer makes seconds minutes.
+PATIENCE = 500
+
 
 def table():
     with open(os.path.join(harness.Settings.examples, "expected.json"), encoding="utf-8") as file:
         return json.load(file)
+
+
+def is_left_out(row):
+    return row.get("slow", False) and not os.environ.get("LATBOX_SLOW")
 
 
 def program_text(name):
@@ -30,7 +38,11 @@ class TableTest(harness.Case):
         files = glob.glob(os.path.join(harness.Settings.examples, "*.opt"))
         names = {os.path.splitext(os.path.basename(path))[0] for path in files}
         self.assertEqual(names, set(table()))
-        self.assertGreaterEqual(len(names), 8)
+        self.assertGreaterEqual(len(names), 44)
+
+    def test_what_cannot_be_counted_says_what_it_rests_on(self):
+        for name, row in table().items():
+            self.assertEqual(row["points"] is None, bool(row.get("known")), name)
 
     def test_the_figures_are_those_of_exhaustive_search(self):
         for name, row in table().items():
@@ -43,12 +55,14 @@ class TableTest(harness.Case):
 class ExamplesTest(harness.Case):
     def test_every_example(self):
         for name, row in table().items():
+            if is_left_out(row):
+                continue
             with self.subTest(name):
                 self.run_example(name, row)
 
     def run_example(self, name, row):
         shutil.copy(os.path.join(harness.Settings.examples, name + ".opt"), self.folder)
-        result = self.run_solver(*row["options"], name + ".opt")
+        result = self.run_solver(*row["options"], name + ".opt", limit=PATIENCE)
         self.assert_ends_well(result)
         program = checker.Program(self.read(name + ".opt"))
         norms = [program.norms(star.x)[0] for star in self.stars(name)]

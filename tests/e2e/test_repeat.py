@@ -14,7 +14,8 @@ def without_times(text):
 
 
 def sol_without_times(text):
-    return re.sub(r"(?m)^((?:[^|]*\|){4}) \d+ ", r"\1 ? ", text)
+    """The lines without their times, in an order of their own: the file's order asks for the time too."""
+    return sorted(re.sub(r"(?m)^((?:[^|]*\|){4}) \d+ ", r"\1 ? ", text).splitlines())
 
 
 def lat_without_times(text):
@@ -56,6 +57,41 @@ class RepeatTest(harness.Case):
     def test_with_the_switches(self):
         for switch in ("--consistency=1", "--pair=0", "--variate=0", "--reinsert=0", "--eenum=0"):
             self.assert_repeats(programs.TARGET, "--sol=0", "--iters=4", "--verb=1", switch)
+
+    # Every heuristic alone, and all of them together.
+    QUIET = ("--pair=0", "--reinsert=0", "--variate=0")
+    ALONE = (("--pair=1",), ("--sieve=1",), ("--sample=1", "--sampleLimit=50"), ("--scale=1",), ("--translate=1",),
+             ("--reinsert=1",), ("--variate=1",), ("--deep=1",), ("--eprune=0", "--beta=30"))
+    TOGETHER = tuple(option for options in ALONE for option in options)
+    # A row of thirds and one of 25 digits: steps go into extended precision and come back, or stay there.
+    BIG = 10**24 + 7
+    LADDER = programs.opt(dt=["-inf"], at=[[5, 9, 4, 11]], au=[["1/3", "7/3", 2, 8], [2, 4, 3, 9]], lu=[10, 25],
+                          ru=[36, 33], rx=[6, 6, 6, 6])
+    EXTENDED = programs.opt(au=[[BIG, 2 * BIG + 1, 3 * BIG + 5, 5 * BIG - 2]], lu=[BIG], ru=[4 * BIG], rx=[3] * 4)
+
+    def assert_all_repeat(self, program, *arguments):
+        for options in (*self.ALONE, self.TOGETHER):
+            with self.subTest(options=options):
+                quiet = [option for option in self.QUIET if option[:-1] + "1" not in options]
+                self.assert_repeats(program, "--sol=0", "--verb=2", *quiet, *options, *arguments)
+
+    def test_each_heuristic_alone_and_all_together(self):
+        for program in (programs.TARGET, programs.ENDLESS, programs.NOTHING):
+            self.assert_all_repeat(program, "--iters=6")
+
+    def test_each_heuristic_across_the_ladder(self):
+        self.assert_all_repeat(self.LADDER, "--iters=5")
+        self.assert_all_repeat(self.EXTENDED, "--iters=3")
+
+    def test_each_heuristic_in_extended_precision(self):
+        # A third has no exact value in standard precision: the run stays in extended precision.
+        self.assert_all_repeat(programs.TARGET, "--iters=3", "--snorm=-4/3")
+
+    def test_the_heuristics_speak(self):
+        # What repeats above did happen: every search prints its line.
+        out, _, _ = self.assert_repeats(programs.ENDLESS, "--sol=0", "--verb=2", "--iters=6", *self.TOGETHER)
+        for line in ("Pairwise recombination", "Sieving", "Random Sampling", "Trimming"):
+            self.assertIn("-> " + line, out)
 
     def test_a_resumed_run_repeats(self):
         def resumed():

@@ -132,6 +132,17 @@ TYPED_TEST(TessikTest, ADeviationTargetBeyondTheEquationsTakesItsOwnEquation) {
   EXPECT_EQ(shown(p.targetNorms(p.At * x, x)), "5 .. 3");
 }
 
+// Regression: the slack norm missed a target with a value that had stayed in its place, and took another's
+// equation.
+TYPED_TEST(TessikTest, ADeviationTargetThatStaysInItsPlaceIsMeasuredToo) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[-2 -inf inf 3][[6 -4][6 1][8 1][-5 0]][][][][][][0 0][0 0][6 3]");
+  p.prepareStageOne(true, false);
+  // x = (0, 0) misses -2 by 2 and 3 by 3; the fourth target stands first and keeps place 1.
+  const Vector<T> x("[ 0 0 0 2 3 0 ]");
+  EXPECT_EQ(shown(p.targetNorms(p.At * x, x)), "5 .. 5");
+}
+
 // By the target's number and not by that of its own equation: with an equation of the user in front, target 1
 // is measured by that one.
 TYPED_TEST(TessikTest, ADeviationTargetIsMeasuredByTheEquationOfItsNumber) {

@@ -1,0 +1,194 @@
+#include "check/judge.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace latbox::check {
+namespace {
+
+// A sum with the error that standard precision may have made in it.
+struct Figure {
+  Rational value;
+  Rational tolerance;
+};
+
+std::string numbered(const char* what, std::size_t i) {
+  return what + std::to_string(i + 1);
+}
+
+std::string range(const Number& low, const Number& high) {
+  return toText(low) + " .. " + toText(high);
+}
+
+std::string range(const Rewriting::Box& box) {
+  return range(Number(box.low), Number(box.high));
+}
+
+// a x - side. Sums of whole numbers are exact in every precision.
+Figure figure(const std::vector<Rational>& a, const std::vector<Rational>& x, const Rational& side) {
+  static const Rational relative = 1 / powerOfTen(15);
+  static const Rational most = 1 / powerOfTen(9);
+  Figure sum{-side, abs(side)};
+  bool whole = isWhole(side);
+  for (std::size_t j = 0; j < a.size(); ++j) {
+    const Rational term = a[j] * x[j];
+    sum.value += term;
+    sum.tolerance += abs(term);
+    whole = whole && isWhole(a[j]) && isWhole(x[j]);
+  }
+  sum.tolerance = whole ? Rational(0) : std::min(Rational(sum.tolerance * relative), most);
+  return sum;
+}
+
+class Judge {
+ public:
+  Judge(const Program& program, const Rewriting& rewriting, const Solution& solution)
+      : p_(program), rewriting_(rewriting), s_(solution) {}
+
+  Judgement result() {
+    if (!takePoint()) return std::move(judgement_);
+    for (std::size_t i = 0; i < x_.size(); ++i) judgeVariable(i);
+    for (std::size_t i = 0; i < p_.Ag.size(); ++i) judgeEquation(i);
+    for (std::size_t i = 0; i < p_.Au.size(); ++i) judgeInequation(i);
+    judgeTargets();
+    return std::move(judgement_);
+  }
+
+ private:
+  void fault(const std::string& text) { judgement_.faults.push_back(text); }
+  void note(const std::string& text) { judgement_.notes.push_back(text); }
+
+  bool takePoint() {
+    if (s_.x.size() != p_.variables()) {
+      fault("x has " + std::to_string(s_.x.size()) + " components, not " + std::to_string(p_.variables()));
+      return false;
+    }
+    for (std::size_t i = 0; i < s_.x.size(); ++i) {
+      if (!s_.x[i].isFinite()) fault(numbered("x", i) + " is infinite");
+      x_.push_back(s_.x[i].isFinite() ? s_.x[i].value() : Rational(0));
+    }
+    return judgement_.faults.empty();
+  }
+
+  void judgeVariable(std::size_t i) {
+    const auto is = [this, i] { return numbered("x", i) + " = " + toText(x_[i]) + " is "; };
+    if (!isWhole(Rational(x_[i] * powerOfTen(p_.dx[i]))))
+      fault(is() + "off its grid of " + std::to_string(p_.dx[i]) + " digits" + fixedReason(i));
+    const Number value(x_[i]);
+    if (value < p_.lx[i] || value > p_.rx[i])
+      fault(is() + "outside " + range(p_.lx[i], p_.rx[i]) + boxReason(i));
+  }
+
+  std::string fixedReason(std::size_t i) const {
+    return p_.lx[i] == p_.rx[i] ? " (it is fixed, and the solver takes fixed variables as they are)" : "";
+  }
+
+  std::string boxReason(std::size_t i) const {
+    const auto box = rewriting_.ownBox(i);
+    if (!box || x_[i] < box->low || x_[i] > box->high) return "";
+    return " (its lower bound is not 0, so the solver searches within " + range(*box) + ")";
+  }
+
+  static std::string replacedReason(const std::string& by) {
+    return by.empty() ? "" : " (" + by + ", with equal sides, took its place in the solver)";
+  }
+
+  void judgeEquation(std::size_t i) {
+    const Rational value = product(p_.Ag[i], x_);
+    if (value != p_.bg[i])
+      fault(numbered("equation ", i) + " gives " + toText(value) + ", not " + toText(p_.bg[i]) +
+            replacedReason(rewriting_.replacedEquation(i)));
+  }
+
+  void judgeInequation(std::size_t i) {
+    const Number value(product(p_.Au[i], x_));
+    if (value < p_.lu[i] || value > p_.ru[i])
+      fault(numbered("inequation ", i) + " gives " + toText(value) + ", outside " +
+            range(p_.lu[i], p_.ru[i]) + replacedReason(rewriting_.replacedInequation(i)));
+  }
+
+  void judgeTargets() {
+    const bool shown = s_.targets.size() == p_.dt.size();
+    if (!shown)
+      fault(std::to_string(s_.targets.size()) + " target values, not " + std::to_string(p_.dt.size()));
+    for (std::size_t place = 0; place < p_.dt.size(); ++place)
+      judgeTarget(rewriting_.targetOrder()[place], shown ? &s_.targets[place] : nullptr);
+    compare("target norm", s_.targetNorm, norm_);
+    judgeSlackNorm();
+  }
+
+  // Adds the target to the norms, and compares its value where one is claimed.
+  void judgeTarget(std::size_t i, const Number* claimed) {
+    const Number& wanted = p_.dt[i];
+    Figure value = figure(p_.At[i], x_, wanted.isFinite() ? wanted.value() : Rational(0));
+    if (wanted.isFinite()) value.value = abs(value.value);
+    norm_.value += wanted.infinite() > 0 ? Rational(-value.value) : value.value;
+    norm_.tolerance += value.tolerance;
+    if (wanted.isFinite()) addDistance(value);
+    if (claimed == nullptr) return;
+    const std::string name = numbered(wanted.isFinite() ? "distance from target " : "value of target ", i);
+    if (wanted.isFinite()) allowExcess(name, *claimed, value);
+    compare(name, *claimed, value);
+  }
+
+  void addDistance(const Figure& distance) {
+    slack_.value += distance.value;
+    slack_.tolerance += distance.tolerance;
+  }
+
+  // Both deviations above zero: the claim is their sum, and the norm follows the claim.
+  void allowExcess(const std::string& name, const Number& claimed, Figure& distance) {
+    if (!claimed.isFinite()) return;
+    const Rational excess = claimed.value() - distance.value;
+    if (excess <= 0 || !isWhole(Rational(excess / 2))) return;
+    note(name + ": " + toText(distance.value) + ", claimed with both deviations above 0 as " +
+         toText(claimed));
+    distance.value = claimed.value();
+    norm_.value += excess;
+  }
+
+  void judgeSlackNorm() {
+    const Rational taken = rewriting_.slackNorm(x_);
+    if (s_.slackNorm != Number(slack_.value) && s_.slackNorm == Number(taken))
+      note("slack norm " + toText(taken) + " is what the solver takes from other rows; the distance is " +
+           toText(slack_.value));
+    else
+      compare("slack norm", s_.slackNorm, slack_);
+  }
+
+  void compare(const std::string& name, const Number& claimed, const Figure& exact) {
+    if (claimed == Number(exact.value)) return;
+    const std::string text = name + ": claimed " + toText(claimed) + ", exactly " + toText(exact.value);
+    const bool rounded = claimed.isFinite() && abs(claimed.value() - exact.value) <= exact.tolerance;
+    rounded ? note(text + ", a rounding") : fault(text);
+  }
+
+  const Program& p_;
+  const Rewriting& rewriting_;
+  const Solution& s_;
+  std::vector<Rational> x_;
+  Figure norm_;
+  Figure slack_;
+  Judgement judgement_;
+};
+
+}  // namespace
+
+Judgement judge(const Program& program, const Rewriting& rewriting, const Solution& solution) {
+  return Judge(program, rewriting, solution).result();
+}
+
+std::vector<Judgement> judgeAll(const Program& program, const std::vector<Solution>& solutions) {
+  const Rewriting rewriting(program);
+  std::vector<Judgement> judgements;
+  std::map<std::pair<Vector, Vector>, std::size_t> seen;
+  for (const Solution& solution : solutions) {
+    judgements.push_back(judge(program, rewriting, solution));
+    const auto [first, isNew] = seen.emplace(std::pair(solution.x, solution.targets), judgements.size());
+    if (!isNew) judgements.back().faults.push_back("the same as solution " + std::to_string(first->second));
+  }
+  return judgements;
+}
+
+}  // namespace latbox::check

@@ -1,0 +1,59 @@
+#include "check/solution.h"
+
+namespace latbox::check {
+namespace {
+
+constexpr const char* BLANKS = " \t\r\n";
+
+std::string trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(BLANKS);
+  if (first == std::string_view::npos) return "";
+  return std::string(text.substr(first, text.find_last_not_of(BLANKS) - first + 1));
+}
+
+void readTail(Scanner& scanner, Solution& solution) {
+  const std::string_view rest = scanner.rest();
+  const std::size_t bar = rest.find('|');
+  solution.parameters = trimmed(rest.substr(0, bar));
+  if (bar == std::string_view::npos) return;
+  const std::string_view version = rest.substr(bar + 1);
+  const std::size_t second = version.find('|');
+  if (second != std::string_view::npos)
+    scanner.refuse(scanner.position() + bar + 1 + second, "a field behind the version");
+  solution.version = trimmed(version);
+}
+
+Solution readSolution(Scanner& scanner, long line) {
+  Solution solution;
+  solution.line = line;
+  solution.x = scanner.takeVector("x");
+  scanner.take('|', "behind x");
+  solution.targetNorm = scanner.takeNumber();
+  scanner.take('|', "behind the target norm");
+  solution.targets = scanner.takeVector("the target values");
+  scanner.take('|', "behind the target values");
+  solution.slackNorm = scanner.takeNumber();
+  scanner.take('|', "behind the slack norm");
+  const std::size_t time = scanner.position();
+  solution.time = scanner.takeInteger();
+  if (solution.time < -1) scanner.refuse(time, "the time is below -1");
+  scanner.take('|', "behind the time");
+  scanner.skip();
+  readTail(scanner, solution);
+  return solution;
+}
+
+}  // namespace
+
+std::vector<Solution> readSolutions(std::string_view text) {
+  std::vector<Solution> solutions;
+  for (long line = 1; !text.empty(); ++line) {
+    const std::size_t end = text.find('\n');
+    Scanner scanner(text.substr(0, end), line, true);
+    if (!scanner.atEnd()) solutions.push_back(readSolution(scanner, line));
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  }
+  return solutions;
+}
+
+}  // namespace latbox::check

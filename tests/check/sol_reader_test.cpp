@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "check/solution.h"
+#include "support.h"
+
+namespace latbox::check {
+namespace {
+
+using testing::refusal;
+using testing::replaced;
+
+constexpr const char* LINE = "[ 8 -1.5 ] | 2:1/2 | [ 1e+03 0 ] | 0 | -1 | --verb=0 --sol=1 | 2.2.2\n";
+
+TEST(SolReader, reads_all_fields) {
+  const auto solutions = readSolutions(LINE);
+  ASSERT_EQ(solutions.size(), 1U);
+  const Solution& s = solutions.front();
+  EXPECT_EQ(s.line, 1);
+  EXPECT_EQ(testing::toText(s.x), "8 -1:1/2");
+  EXPECT_EQ(toText(s.targetNorm), "2:1/2");
+  EXPECT_EQ(testing::toText(s.targets), "1000 0");
+  EXPECT_EQ(toText(s.slackNorm), "0");
+  EXPECT_EQ(s.time, -1);
+  EXPECT_EQ(s.parameters, "--verb=0 --sol=1");
+  EXPECT_EQ(s.version, "2.2.2");
+}
+
+TEST(SolReader, the_version_may_be_missing) {
+  const auto solutions = readSolutions("[ 1 ] | 0 | [ ] | 0 | 7 | p q");
+  ASSERT_EQ(solutions.size(), 1U);
+  EXPECT_EQ(solutions[0].parameters, "p q");
+  EXPECT_EQ(solutions[0].version, "");
+  EXPECT_EQ(solutions[0].time, 7);
+}
+
+TEST(SolReader, blank_lines_count_as_lines_only) {
+  const auto solutions = readSolutions("\n \r\n" + std::string(LINE) + "\n// nothing\n" + LINE + "\n");
+  ASSERT_EQ(solutions.size(), 2U);
+  EXPECT_EQ(solutions[0].line, 3);
+  EXPECT_EQ(solutions[1].line, 6);
+}
+
+TEST(SolReader, no_lines_no_solutions) {
+  EXPECT_TRUE(readSolutions("").empty());
+  EXPECT_TRUE(readSolutions("\n\n").empty());
+}
+
+TEST(SolReader, infinite_figures_are_read) {
+  EXPECT_FALSE(readSolutions(replaced(LINE, "2:1/2", "inf"))[0].targetNorm.isFinite());
+}
+
+struct Damage {
+  const char* old;
+  const char* with;
+  const char* message;
+};
+
+TEST(SolReader, says_what_is_wrong_and_where) {
+  const std::initializer_list<Damage> damages = {
+      {"[ 8", "8", "line 2, column 1: expected '[' to begin x, found '8'"},
+      {"[ 8", "hello", "line 2, column 1: expected '[' to begin x, found 'h'"},
+      {"-1.5", "-1.0", "line 2, column 5: '-1.0' has no digit other than zero behind the point"},
+      {"-1.5", "-1.5x", "line 2, column 9: 'x' behind '-1.5'"},
+      {"-1.5 ]", "-1.5 //", "line 2, column 70: expected ']' to end x, found the end"},
+      {"-1.5 ]", "-1.5 /*", "line 2, column 10: the comment has no end"},
+      {"] | 2:1/2", "] 2:1/2", "line 2, column 12: expected '|' behind x, found '2'"},
+      {"2:1/2", "2:3/2", "line 2, column 14: '2:3/2' has no proper fraction behind the colon"},
+      {"| 2:1/2 |", "| |", "line 2, column 14: expected a number, found '|'"},
+      {"[ 1e+03 0 ]", "", "line 2, column 23: expected '[' to begin the target values, found '|'"},
+      {"1e+03", "1e+", "line 2, column 24: '1e+' is not a number"},
+      {"| 0 |", "| x |", "line 2, column 36: expected a number, found 'x'"},
+      {"| -1 |", "| 1.5 |", "line 2, column 40: '1.5' is not an integer"},
+      {"| -1 |", "| -2 |", "line 2, column 40: the time is below -1"},
+      {"| -1 |", "| now |", "line 2, column 40: expected an integer, found 'n'"},
+      {"| -1 |", "| 1234567890123456789 |", "line 2, column 40: '1234567890123456789' is not an integer"},
+      {"| -1 | --verb=0 --sol=1 | 2.2.2", "| -1",
+       "line 2, column 42: expected '|' behind the time, found the end"},
+      {"2.2.2", "2.2.2 | x", "line 2, column 70: a field behind the version"}};
+  for (const Damage& d : damages)
+    EXPECT_EQ(refusal([&] { readSolutions("\n" + replaced(LINE, d.old, d.with)); }), d.message);
+}
+
+TEST(SolReader, refuses_every_truncation_before_the_parameters) {
+  const std::string text = LINE;
+  const std::size_t end = text.find(" --verb");
+  for (std::size_t length = 1; length < end; ++length)
+    EXPECT_NE(refusal([&] { readSolutions(text.substr(0, length)); }), "") << length;
+}
+
+}  // namespace
+}  // namespace latbox::check

@@ -1,0 +1,370 @@
+"""Installed into a prefix that is then moved, and as a Debian package: everything is there, nothing else is, and it runs
+from there. Run on a whole build: the pages and latbox-check are installed from it."""
+
+import gzip
+import os
+import pty
+import re
+import shutil
+import subprocess
+import tempfile
+import time
+import unittest
+
+import harness
+
+
+def root():
+    return os.path.dirname(harness.Settings.examples)
+
+
+def build():
+    return os.path.dirname(harness.Settings.binary)
+
+
+def cached(name):
+    """A variable of the build's cache; empty if it is not there."""
+    with open(os.path.join(build(), "CMakeCache.txt"), encoding="utf-8") as file:
+        match = re.search(r"^%s:[A-Z]+=(.*)$" % name, file.read(), re.MULTILINE)
+    return match.group(1) if match else ""
+
+
+def has_checker():
+    """Whether this build makes latbox-check, whose page is then among the others."""
+    return os.path.exists(os.path.join(build(), "packaging", "latbox-check.1"))
+
+
+def need_build():
+    if not os.path.exists(os.path.join(build(), "CMakeCache.txt")):
+        raise unittest.SkipTest("no build folder around the binary")
+
+
+def need_tools(*names):
+    for name in names:
+        if shutil.which(name) is None:
+            raise unittest.SkipTest("%s is not installed" % name)
+
+
+def run(*command, **keywords):
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
+                          timeout=harness.LIMIT, check=False, text=True, **keywords)
+    if done.returncode != 0:
+        raise AssertionError("%s: status %d\n%s" % (" ".join(command), done.returncode, done.stdout))
+    return done.stdout
+
+
+def files_below(folder):
+    return {os.path.relpath(os.path.join(path, name), folder) for path, _, names in os.walk(folder) for name in names}
+
+
+def documents():
+    """What belongs below share/doc/latbox, as the tree has it."""
+    found = {name for name in ("README.md", "LICENSE", "CHANGELOG.md", "CONTRIBUTING.md")
+             if os.path.exists(os.path.join(root(), name))}
+    for folder in ("docs", "examples"):
+        found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".json")}
+    return found
+
+
+def programs_and_pages():
+    names = ["latbox"] + (["latbox-check"] if has_checker() else [])
+    return ({"bin/" + name for name in names} | {"share/man/man1/%s.1" % name for name in names} |
+            {"share/bash-completion/completions/" + name for name in names})
+
+
+def environment(prefix, **more):
+    return dict(os.environ, PATH=os.path.join(prefix, "bin") + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8",
+                MANWIDTH="80", **more)
+
+
+class PrefixCase(harness.Case):
+    """Installed once for all tests of a class, into a folder with a blank in its name, and moved afterwards."""
+
+    @classmethod
+    def setUpClass(cls):
+        need_build()
+        need_tools("cmake")
+        outside = tempfile.mkdtemp(prefix="latbox install ")
+        cls.addClassCleanup(shutil.rmtree, outside, True)
+        run("cmake", "--install", build(), "--prefix", os.path.join(outside, "first"))
+        cls.prefix = os.path.join(outside, "moved")
+        os.rename(os.path.join(outside, "first"), cls.prefix)
+
+    def installed(self, *path):
+        return os.path.join(self.prefix, *path)
+
+    def installed_text(self, *path):
+        with open(self.installed(*path), encoding="utf-8") as file:
+            return file.read()
+
+    def pages(self):
+        folder = self.installed("share/man/man1")
+        return [os.path.join(folder, name) for name in sorted(os.listdir(folder))]
+
+    def run_installed(self, *arguments):
+        done = subprocess.run(["latbox", *arguments], cwd=self.folder, env=environment(self.prefix), timeout=harness.LIMIT,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+
+class PrefixTest(PrefixCase):
+    def test_everything_and_nothing_else(self):
+        expected = programs_and_pages() | {"share/doc/latbox/" + name for name in documents()}
+        self.assertEqual(files_below(self.prefix), expected)
+
+    def test_an_example_runs_in_another_folder(self):
+        shutil.copy(self.installed("share/doc/latbox/examples/hundred_fowls.opt"), self.folder)
+        result = self.run_installed("hundred_fowls.opt")
+        self.assert_ends_well(result)
+        self.assertIn("\nSolutions found: 1\n", result.out)
+        self.assertEqual(len(self.stars("hundred_fowls")), 1)
+
+    def test_the_usage_names_the_command(self):
+        self.assertTrue(self.run_installed("--help=1").body().startswith("Usage: latbox [options] file.opt|file.lat\n"))
+
+    def test_the_checker_runs(self):
+        if not has_checker():
+            self.skipTest("this build has no latbox-check")
+        shutil.copy(self.installed("share/doc/latbox/examples/hundred_fowls.opt"), self.folder)
+        self.assert_ends_well(self.run_installed("hundred_fowls.opt"))
+        run("latbox-check", "hundred_fowls.opt", cwd=self.folder, env=environment(self.prefix))
+
+    def test_links_of_the_first_document_hold(self):
+        links = re.findall(r"\]\(((?:docs|examples)[^)#]*)", self.installed_text("share/doc/latbox/README.md"))
+        self.assertTrue(links)
+        for link in links:
+            self.assertTrue(os.path.exists(self.installed("share/doc/latbox", link)), link)
+
+
+class ManualTest(PrefixCase):
+    def test_no_warning_of_groff(self):
+        need_tools("groff")
+        for page in self.pages():
+            self.assertEqual(run("groff", "-man", "-Tutf8", "-ww", "-z", page), "")
+
+    def test_no_warning_of_man(self):
+        need_tools("man", "groff")
+        for page in self.pages():
+            done = subprocess.run(["man", "--warnings", "-P", "cat", "-l", page], env=environment(self.prefix), check=False,
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=harness.LIMIT, text=True)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_no_warning_of_mandoc(self):
+        need_tools("mandoc")
+        for page in self.pages():
+            self.assertEqual(run("mandoc", "-Tlint", "-Wwarning", page), "")
+
+    def test_man_finds_it_by_the_search_path(self):
+        need_tools("man")
+        variables = environment(self.prefix)
+        variables.pop("MANPATH", None)
+        self.assertEqual(run("man", "-w", "latbox", env=variables).strip(), self.installed("share/man/man1/latbox.1"))
+
+    def test_sections(self):
+        sections = re.findall(r"^\.SH (.*)$", self.installed_text("share/man/man1/latbox.1"), re.MULTILINE)
+        self.assertEqual(sections, ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "CONSOLE", "FILES", "EXIT STATUS",
+                                    "SIGNALS", "EXAMPLES", "SEE ALSO"])
+
+    def test_options_are_those_of_the_usage(self):
+        usage = re.findall(r"^  --(\w+) \|.*\[ Default: (.*) \]$", self.run_installed("--help=1").out, re.MULTILINE)
+        page = self.installed_text("share/man/man1/latbox.1").replace("\\-", "-")
+        self.assertEqual(re.findall(r"^\.BI --(\w+)= ", page, re.MULTILINE), [key for key, _ in usage])
+        self.assertEqual(re.findall(r"Default: \\fB(.*?)\\fR\.$", page, re.MULTILINE), [value for _, value in usage])
+
+    def test_options_of_the_checker_are_those_of_its_usage(self):
+        if not has_checker():
+            self.skipTest("this build has no latbox-check")
+        usage = run("latbox-check", "--help", env=environment(self.prefix))
+        page = self.installed_text("share/man/man1/latbox-check.1").replace("\\-", "-")
+        self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)$", page, re.MULTILINE),
+                         re.findall(r"^  (--\w+)", usage, re.MULTILINE))
+
+    def test_examples_run_as_printed(self):
+        for page in self.pages():
+            with open(page, encoding="utf-8") as file:
+                commands = re.findall(r"^\$ (.*)$", file.read().replace("\\-", "-"), re.MULTILINE)
+            self.assertTrue(commands)
+            copy = self.path(os.path.basename(page))
+            shutil.copytree(self.installed("share/doc/latbox/examples"), copy)
+            for command in commands:
+                run("sh", "-c", command, cwd=copy, env=environment(self.prefix))
+
+
+class OptionsPageTest(harness.Case):
+    def test_the_page_in_the_tree_is_the_one_of_the_build(self):
+        need_build()
+        with open(os.path.join(build(), "packaging", "options.md"), encoding="utf-8") as file:
+            made = file.read()
+        with open(os.path.join(root(), "docs", "options.md"), encoding="utf-8") as file:
+            kept = file.read()
+        self.assertEqual(kept, made, "build the target update_options_page")
+
+
+class Shell:
+    """An interactive bash in a terminal, so that completion is asked for as a user does, by the tabulator."""
+
+    def __init__(self, folder, variables):
+        self.text = ""
+        self.pid, self.terminal = pty.fork()
+        if self.pid == 0:
+            os.chdir(folder)
+            os.execvpe("bash", ["bash", "--norc", "--noprofile", "-i"],
+                       dict(variables, TERM="dumb", PS1="ready> ", INPUTRC="/dev/null", HISTFILE="/dev/null"))
+
+    def type(self, text):
+        self.text = ""
+        os.write(self.terminal, text.encode())
+
+    def wait_for(self, part):
+        end = time.monotonic() + harness.LIMIT
+        while part not in self.text:
+            if time.monotonic() > end:
+                raise AssertionError("%r never came: %r" % (part, self.text))
+            self.text += os.read(self.terminal, 4096).decode(errors="replace")
+
+    def close(self):
+        os.close(self.terminal)
+        os.waitpid(self.pid, 0)
+
+
+class CompletionTest(PrefixCase):
+    def setUp(self):
+        super().setUp()
+        need_tools("bash")
+        self.script = self.installed("share/bash-completion/completions/latbox")
+        for name in ("prog one.opt", "prog.sol", "notes.txt"):
+            self.write(name, "")
+        os.mkdir(self.path("more.d"))
+
+    def complete(self, line, breaks=" \t\n\"'><=;|&(:", script=None, point=None):
+        """What the function offers for the last word of the line; the words are as bash breaks them."""
+        words = [word for word in re.split(r"[ ]|(=)" if "=" in breaks else r"[ ]", line) if word is not None]
+        last = "" if words[-1] == "=" else words[-1]
+        code = ('. "$1"; COMP_LINE=$2; COMP_POINT=${#2}; COMP_WORDBREAKS=$3; COMP_WORDS=($2); '
+                'COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "$5" x "$4"; [ ${#COMPREPLY[@]} = 0 ] || '
+                'printf "%s\\n" "${COMPREPLY[@]}"')
+        name = os.path.basename(script or self.script)
+        return run("bash", "-c", code, "bash", script or self.script, line, breaks, last,
+                   "_" + name.replace("-", "_"), cwd=self.folder).splitlines()
+
+    def test_every_option(self):
+        usage = re.findall(r"^  --(\w+) \|", self.run_installed("--help=1").out, re.MULTILINE)
+        self.assertEqual(self.complete("latbox --"), ["--%s=" % key for key in usage])
+        self.assertEqual(self.complete("latbox -"), ["--%s=" % key for key in usage])
+
+    def test_part_of_a_key(self):
+        self.assertEqual(self.complete("latbox --be"), ["--beta=", "--bench="])
+        self.assertEqual(self.complete("latbox --sol=0 --co"), ["--consistency=", "--collectLimit="])
+        self.assertEqual(self.complete("latbox --nosuch"), [])
+
+    def test_values(self):
+        self.assertEqual(self.complete("latbox --eprune="), ["0", "1", "2", "3"])
+        self.assertEqual(self.complete("latbox --tnorm=-"), ["-inf"])
+        self.assertEqual(self.complete("latbox --beta="), [])
+        self.assertEqual(self.complete("latbox --deep=", breaks=" \t\n"), ["--deep=0", "--deep=1"])
+
+    def test_programs_and_folders(self):
+        self.assertEqual(self.complete("latbox "), ["more.d", "prog one.opt"])
+        self.assertEqual(self.complete("latbox --sol=0 p"), ["prog one.opt"])
+
+    def test_the_checker_takes_a_program_then_solutions(self):
+        if not has_checker():
+            self.skipTest("this build has no latbox-check")
+        script = self.installed("share/bash-completion/completions/latbox-check")
+        self.assertEqual(self.complete("latbox-check p", script=script), ["prog one.opt"])
+        self.assertEqual(self.complete("latbox-check --quiet p", script=script), ["prog one.opt"])
+        self.assertEqual(self.complete("latbox-check a.opt p", script=script), ["prog.sol"])
+        usage = run("latbox-check", "--help", env=environment(self.prefix))
+        self.assertEqual(self.complete("latbox-check --", script=script), re.findall(r"^  (--\w+)", usage, re.MULTILINE))
+
+    def test_in_a_terminal(self):
+        shell = Shell(self.folder, environment(self.prefix, SCRIPT=self.script))
+        self.addCleanup(shell.close)
+        shell.wait_for("ready> ")
+        for typed, completed in ((". \"$SCRIPT\"\r", "ready> "), ("latbox --bet\t7", "--beta=7"),
+                                 ("\x15latbox --tnorm=\t7", "--tnorm=-inf 7"), ("\x15latbox pro\t7", "prog\\ one.opt 7")):
+            shell.type(typed)
+            shell.wait_for(completed)
+
+
+class PackageTest(harness.Case):
+    @classmethod
+    def setUpClass(cls):
+        need_build()
+        need_tools("cpack", "dpkg-deb", "dpkg", "gzip")
+        if cached("LATBOX_SANITIZE"):
+            raise unittest.SkipTest("a build with sanitizers is not packed")
+        outside = tempfile.mkdtemp(prefix="latbox")
+        cls.addClassCleanup(shutil.rmtree, outside, True)
+        run("cpack", "-G", "DEB", "--config", os.path.join(build(), "CPackConfig.cmake"), "-B", outside, cwd=outside)
+        packages = [name for name in os.listdir(outside) if name.endswith(".deb")]
+        architecture = run("dpkg", "--print-architecture").strip()
+        assert packages == ["latbox_%s_%s.deb" % (cached("CMAKE_PROJECT_VERSION"), architecture)], packages
+        cls.package = os.path.join(outside, packages[0])
+        cls.unpacked = os.path.join(outside, "unpacked")
+        run("dpkg-deb", "-x", cls.package, cls.unpacked)
+
+    def field(self, name):
+        return run("dpkg-deb", "-f", self.package, name).strip()
+
+    def test_what_it_says_of_itself(self):
+        for name, value in (("Package", "latbox"), ("Version", cached("CMAKE_PROJECT_VERSION")), ("Section", "math"),
+                            ("Priority", "optional"), ("Maintainer", "latbox developers <latbox@localhost>")):
+            self.assertEqual(self.field(name), value)
+        self.assertTrue(self.field("Description").startswith("solver for small, hard integer programs"))
+
+    def test_what_it_depends_on(self):
+        need_tools("dpkg-shlibdeps", "file")
+        depends = self.field("Depends")
+        self.assertRegex(depends, r"\blibc6 \(>= ")
+        self.assertRegex(depends, r"\blibstdc\+\+6 \(>= ")
+        self.assertNotRegex(depends, "gtest|benchmark")
+
+    def test_everything_and_nothing_else(self):
+        lines = run("dpkg-deb", "-c", self.package).splitlines()
+        self.assertEqual([line for line in lines if " root/root " not in line], [])
+        pages = {name + ".gz" if "/man1/" in name else name for name in programs_and_pages()}
+        rest = (documents() - {"LICENSE"}) | {"copyright", "changelog.gz"}
+        expected = {"usr/" + name for name in pages} | {"usr/share/doc/latbox/" + name for name in rest}
+        self.assertEqual(files_below(self.unpacked), expected)
+        self.assertEqual({line.split()[-1][2:] for line in lines if line.startswith("-")}, expected)
+
+    def test_compressed_pages_hold_the_pages(self):
+        for name in ("latbox", "latbox-check") if has_checker() else ("latbox",):
+            with gzip.open(os.path.join(self.unpacked, "usr/share/man/man1", name + ".1.gz"), "rb") as file:
+                packed = file.read()
+            with open(os.path.join(build(), "packaging", name + ".1"), "rb") as file:
+                self.assertEqual(packed, file.read())
+
+    def test_it_runs(self):
+        shutil.copy(os.path.join(self.unpacked, "usr/share/doc/latbox/examples/hundred_fowls.opt"), self.folder)
+        run(os.path.join(self.unpacked, "usr/bin/latbox"), "hundred_fowls.opt", cwd=self.folder)
+        self.assertEqual(len(self.stars("hundred_fowls")), 1)
+
+
+class DocumentTest(harness.Case):
+    def test_the_commands_of_the_document(self):
+        """In a copy of the tree, with a home of its own. The build itself is only asked for what it would do; from there
+        on the build under test takes its place."""
+        need_build()
+        need_tools("bash", "cmake", "ninja", "cpack", "dpkg-deb", "dpkg", "gzip")
+        if cached("LATBOX_SANITIZE"):
+            self.skipTest("a build with sanitizers is not installed")
+        copy = self.path("tree")
+        shutil.copytree(root(), copy, ignore=shutil.ignore_patterns("build", ".git", "__pycache__", "*.sol", "*.lat"))
+        with open(os.path.join(root(), "docs", "install.md"), encoding="utf-8") as file:
+            commands = re.findall(r"^    \$ (.*)$", file.read(), re.MULTILINE)
+        self.assertTrue(commands[1].startswith("cmake --build "))
+        has_manual = shutil.which("man") is not None
+        commands = [command for command in commands if has_manual or not command.startswith("man ")]
+        commands[1] += ' -- -n && rm -r build/release && ln -s "$BUILD" build/release'
+        os.mkdir(self.path("home"))
+        out = run("bash", "-e", "-c", "\n".join(commands), cwd=copy,
+                  env=dict(os.environ, HOME=self.path("home"), BUILD=build(), LC_ALL="C.UTF-8"))
+        self.assertEqual(out.count("\nSolutions found: 1\n"), 2 * 2)
+        self.assertEqual("\nSYNOPSIS\n" in out, has_manual)
+
+
+if __name__ == "__main__":
+    harness.main()
