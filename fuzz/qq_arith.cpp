@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t NUMBERS = 4;
 // Denominators grow; what is larger starts anew.
-constexpr long MAX_DIGITS = 400;
+constexpr long MAX_DIGITS = 150;
 constexpr int MAX_OPERATIONS = 100;
 
 // A rational or an infinity, whose sign is then `infinite`.

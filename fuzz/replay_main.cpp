@@ -1,5 +1,6 @@
-// Runs every file of the folders named on the command line through the target, so that what the fuzzers once
-// found is tried again by every test run, with any compiler. A file that breaks the target ends the process.
+// Runs every file of some folders through the target, so that what the fuzzers once found is tried again by
+// every test run, with any compiler:  replay_<target> MEGABYTES FOLDER ...  A file that breaks the target
+// ends the process.
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "refusal.h"
@@ -15,12 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// An input of a few bytes may not ask for more. Address sanitizers reserve far more than they use.
-void limitMemory() {
-#ifndef __SANITIZE_ADDRESS__
-  const rlimit limit{2UL << 30, 2UL << 30};
-  setrlimit(RLIMIT_AS, &limit);
-#endif
+// An input of a few bytes may not ask for more. 0: no limit, for a sanitizer reserves far more than it uses.
+void limitMemory(rlim_t megabytes) {
+  const rlimit limit{megabytes << 20, megabytes << 20};
+  if (megabytes != 0) setrlimit(RLIMIT_AS, &limit);
 }
 
 std::vector<fs::path> filesOf(const fs::path& folder) {
@@ -39,9 +39,10 @@ std::string contentOf(const fs::path& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  limitMemory();
+  if (argc < 3) return 2;
+  limitMemory(std::stoul(argv[1]));
   std::size_t count = 0;
-  for (int i = 1; i < argc; ++i) {
+  for (int i = 2; i < argc; ++i) {
     for (const fs::path& file : filesOf(argv[i])) {
       // Named before it runs: the last name on the screen is the one that broke.
       std::cerr << file.filename().string() << std::endl;
