@@ -13,6 +13,9 @@ export ASAN_OPTIONS="detect_leaks=0:abort_on_error=0:allocator_may_return_null=1
 export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1:${UBSAN_OPTIONS:-}"
 export TSAN_OPTIONS="halt_on_error=0:${TSAN_OPTIONS:-}"
 
+# What takes seconds without them takes minutes with them.
+export PROGRAMS="${PROGRAMS:-100}"
+
 address() {
   cmake --preset asan -DLATBOX_REQUIRE_GTEST=ON >/dev/null
   ninja -C build/asan

@@ -75,6 +75,8 @@ def product_runs(draw, count):
 
 
 class OptionPairsTest(harness.Case):
+    in_memory = True
+
     def one(self, run):
         arguments = ["--iters=3"] + ["--%s=%s" % setting for setting in run.items()]
         for name, program in PROGRAMS.items():

@@ -17,7 +17,7 @@ import exhaustive
 import harness
 import programs
 
-COUNT = int(os.environ.get("PROGRAMS", "100"))
+COUNT = int(os.environ.get("PROGRAMS", "1000"))
 OPTIONS = ("--sol=0", "--iters=20")
 
 # Least share of feasible programs for which a feasible point, and the optimum, is found.
@@ -106,6 +106,8 @@ def width(program, row, low, high):
 
 
 class RandomProgramsTest(harness.Case):
+    in_memory = True
+
     def setUp(self):
         super().setUp()
         self.feasible = self.found = self.optimal = self.infeasible = 0

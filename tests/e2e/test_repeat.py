@@ -23,6 +23,8 @@ def lat_without_times(text):
 
 
 class RepeatTest(harness.Case):
+    in_memory = True
+
     def outcome(self, program, arguments):
         for name in ("prog.sol", "prog.lat"):
             if self.exists(name):
