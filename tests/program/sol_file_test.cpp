@@ -76,6 +76,13 @@ TYPED_TEST(SolFile, LineOfATarget) {
   EXPECT_EQ(this->heads(*l), "[ 0 3 ] | -3 | [ -3 ] | 0 | -1;");
 }
 
+TYPED_TEST(SolFile, VectorThatStandsForNoPointFails) {
+  auto l = this->lattice(testing::SMALL);
+  this->check(*l, "[ 1 1 ]");
+  l->solutions[1][l->dim] = TypeParam(0);  // no longer inhomogeneous
+  EXPECT_FAILURE(l->sol2star(), "sol2star: lat2opt can not compute x_opt");
+}
+
 TYPED_TEST(SolFile, SlacksDeviationsAndFixedVariables) {
   auto l =
       this->lattice("[ 3 ] [ [ 1 2 1 ] ] [ ] [ ] [ [ 1 -1 0 ] ] [ 0 ] [ inf ] [ 0 0 0 ] [ 0 0 7 ] [ 4 4 7 ]");
