@@ -36,6 +36,12 @@ def latbox_check():
     return os.path.join(os.path.dirname(Settings.binary), "latbox-check")
 
 
+def address_sanitizer():
+    """Whether the solver is built with it: its shadow memory leaves no room for limits of the address space."""
+    with open(Settings.binary, "rb") as file:
+        return b"__asan_init" in file.read()
+
+
 def failure_text(message):
     return "\n*** FAIL: %s\n" % message
 
