@@ -14,7 +14,8 @@ ninja -C build/coverage
 find build/coverage -name '*.gcda' -delete
 # A failure here is told, and the figures are shown all the same.
 status=0
-ctest --test-dir build/coverage --output-on-failure -j "$(nproc)" "$@" || status=$?
+# On the full disks of that test the counters can't be written either, and say so where it expects silence.
+ctest --test-dir build/coverage -E '^e2e.test_faults$' --output-on-failure -j "$(nproc)" "$@" || status=$?
 gcovr --root . --filter 'src/' --exclude-throw-branches --exclude-unreachable-branches \
   --gcov-ignore-parse-errors --json-summary build/coverage/summary.json --html-details build/coverage/report.html \
   build/coverage
