@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -132,7 +133,8 @@ std::string marketSplit(int rows, int columns) {
 template <class T>
 std::unique_ptr<Plain<T>> kernelLattice(int rows, int columns) {
   const char* given = std::getenv("LATBOX_BENCH_OPT");
-  const std::string own = "/tmp/enumeration_bench_" + std::to_string(getpid()) + ".opt";
+  const std::string own =
+      std::filesystem::temp_directory_path() / ("enumeration_bench_" + std::to_string(getpid()) + ".opt");
   if (given == nullptr) std::ofstream(own) << marketSplit(rows, columns);
   Plain<QQ> exact;
   exact.program.optFile = given == nullptr ? own : given;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -91,7 +92,8 @@ std::unique_ptr<Plain<T>> latticeOf(const std::string& path, bool equations) {
 
 template <class T>
 std::unique_ptr<Plain<T>> latticeOfText(const std::string& text, bool equations) {
-  const std::string path = "/tmp/lattice_bench_" + std::to_string(getpid()) + ".opt";
+  const std::string path =
+      std::filesystem::temp_directory_path() / ("lattice_bench_" + std::to_string(getpid()) + ".opt");
   std::ofstream(path) << text;
   auto lattice = latticeOf<T>(path, equations);
   std::remove(path.c_str());

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
@@ -47,7 +48,8 @@ std::string program(long n, long slack) {
 
 Tessik<QQ> readProgram(const std::string& text) {
   Tessik<QQ> result;
-  result.optFile = "/tmp/pools_bench_" + std::to_string(getpid()) + ".opt";
+  result.optFile =
+      std::filesystem::temp_directory_path() / ("pools_bench_" + std::to_string(getpid()) + ".opt");
   std::ofstream(result.optFile) << text;
   result.readOpt();
   unlink(result.optFile.c_str());

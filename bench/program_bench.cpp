@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <string>
@@ -37,7 +38,9 @@ std::string equations(long rows, long columns) {
 class ProgramFile {
  public:
   explicit ProgramFile(const std::string& text)
-      : path_("/tmp/program_bench_" + std::to_string(getpid()) + ".opt"), size_(text.size()) {
+      : path_(std::filesystem::temp_directory_path() /
+              ("program_bench_" + std::to_string(getpid()) + ".opt")),
+        size_(text.size()) {
     std::ofstream(path_, std::ios::binary) << text;
   }
   ~ProgramFile() { unlink(path_.c_str()); }

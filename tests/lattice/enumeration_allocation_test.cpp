@@ -1,26 +1,8 @@
 // A search visits millions of nodes: neither a node nor a block minimum that is no candidate may cost an
 // allocation.
-#include <cstdlib>
-#include <new>
-
 #include "lattice/support.h"
 #include "lib/os/clock.h"
-
-namespace {
-long allocations = 0;
-}
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* storage = std::malloc(size == 0 ? 1 : size)) return storage;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* storage) noexcept {
-  std::free(storage);
-}
-[[gnu::noinline]] void operator delete(void* storage, std::size_t) noexcept {
-  std::free(storage);
-}
+#include "support/allocations.h"
 
 namespace latbox::testing {
 namespace {

@@ -1,25 +1,7 @@
 // The check of candidates sees every vector that reduction touches: one that fails must not cost an
 // allocation.
-#include <cstdlib>
-#include <new>
-
+#include "support/allocations.h"
 #include "support/lattice.h"
-
-namespace {
-long allocations = 0;
-}
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* storage = std::malloc(size == 0 ? 1 : size)) return storage;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* storage) noexcept {
-  std::free(storage);
-}
-[[gnu::noinline]] void operator delete(void* storage, std::size_t) noexcept {
-  std::free(storage);
-}
 
 namespace latbox {
 namespace {
