@@ -159,7 +159,6 @@ class FullDiskTest(FaultCase):
         session.wait_for("Solutions found: ")
         self.assertTrue(self.points_of(self.read("prog.sol")))
         self.assertTrue(self.read("prog.lat").endswith("lrtu\n"))
-        self.assertEqual(self.leftovers(), [])
         made = subprocess.run(["mount", "-o", "remount,size=10m", disk], check=False)
         self.assertEqual(made.returncode, 0)
         found = int(re.findall("Solutions found: ([0-9]+)\n", session.out)[-1])
@@ -167,6 +166,7 @@ class FullDiskTest(FaultCase):
         session.kill(harness.signal.SIGTERM)
         self.assertEqual(session.wait(), 0)
         self.assertNotIn(LOST_HEAD, session.err)
+        self.assertEqual(self.leftovers(), [])
 
 
 class FolderTest(FaultCase):
