@@ -10,15 +10,8 @@ template <class T>
 using L = Lattice<T, dbl_t>;
 
 template <class T>
-LatticePointer<T> freshLattice(std::size_t which) {
-  static std::array<LatticePointer<T>, PROGRAMS.size()> made;
-  if (!made[which]) made[which] = latticeOf<T>(which, false);
-  return std::make_unique<L<T>>(*made[which]);
-}
-
-template <class T>
 LatticePointer<T> readLattice(std::size_t which, const std::string& path) {
-  auto lattice = freshLattice<T>(which);
+  auto lattice = freshLattice<T, false>(which);
   lattice->latFile = path;
   if (!accepted([&] { lattice->readLatFile(); })) return nullptr;
   return lattice;

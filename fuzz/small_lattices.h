@@ -50,4 +50,12 @@ LatticePointer<T> latticeOf(std::size_t which, bool generated) {
   return lattice;
 }
 
+// A copy of what latticeOf gives, made once for each program.
+template <class T, bool generated>
+LatticePointer<T> freshLattice(std::size_t which) {
+  static std::array<LatticePointer<T>, PROGRAMS.size()> made;
+  if (!made[which]) made[which] = latticeOf<T>(which, generated);
+  return std::make_unique<Lattice<T, dbl_t>>(*made[which]);
+}
+
 }  // namespace latbox::fuzzing

@@ -8,17 +8,10 @@ namespace {
 template <class T>
 using L = Lattice<T, dbl_t>;
 
-template <class T>
-LatticePointer<T> freshLattice(std::size_t which) {
-  static std::array<LatticePointer<T>, PROGRAMS.size()> made;
-  if (!made[which]) made[which] = latticeOf<T>(which, true);
-  return std::make_unique<L<T>>(*made[which]);
-}
-
 // What the file leaves behind, or nothing if it was refused.
 template <class T>
 LatticePointer<T> latticeWithStars(std::size_t which, const std::string& path) {
-  auto lattice = freshLattice<T>(which);
+  auto lattice = freshLattice<T, true>(which);
   lattice->solFile = path;
   if (!accepted([&] { lattice->readStarsFromSolFile(false, false); })) return nullptr;
   return lattice;
