@@ -211,5 +211,12 @@ TEST(GenerationStandard, BasisBeyondTheLimitAsksForExactArithmetic) {
   testing::expectPrecisionException([&] { l->prepareLattice(); }, "B_save overflow");
 }
 
+// What the equations alone need fits; the rows of their kernel times the inequation's coefficients do not.
+TEST(GenerationStandard, TransformedBasisBeyondTheLimitAsksForExactArithmetic) {
+  auto l = preparedLattice<dbl_t>(
+      "[ ] [ ] [ [ 1009 1013 ] ] [ 2022 ] [ [ 9000001 1 ] ] [ 1 ] [ 9000003 ] [ 0 0 ] [ 0 0 ] [ 1 7 ]");
+  testing::expectPrecisionException([&] { l->prepareLattice(); }, "Overflow when applying transformation");
+}
+
 }  // namespace
 }  // namespace latbox
