@@ -1,6 +1,6 @@
 #include "driver/statistics.h"
 
-#include <cmath>
+#include <limits>
 
 #include "lib/os/clock.h"
 
@@ -51,13 +51,21 @@ namespace {
 // The clock of a run starts with the process, not with the first counter that moves.
 [[maybe_unused]] const bool madeBeforeMain = (statisticsStandard(), statisticsExtended(), true);
 
+// What no long holds, of an infinite `bench` above all, becomes the smallest one, as a parameter of that type
+// does.
+long wholeSeconds(double seconds) {
+  constexpr double BEYOND = 0x1p63;
+  if (seconds > -BEYOND && seconds < BEYOND) return static_cast<long>(seconds);
+  return std::numeric_limits<long>::min();
+}
+
 }  // namespace
 
 template <class T>
 long stampNow(float bench) {
   const long seconds = now() - static_cast<long>(statisticsOf<T>().discoveryStart);
   if (!isBenchmark(bench)) return seconds;
-  return static_cast<long>(static_cast<double>(seconds) * static_cast<double>(bench));
+  return wholeSeconds(static_cast<double>(seconds) * static_cast<double>(bench));
 }
 
 template long stampNow<dbl_t>(float);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <limits>
 #include <vector>
 
 #include "lib/os/clock.h"
@@ -139,6 +140,14 @@ TEST_F(Stamp, CountsFromTheStartOfTheRun) {
 TEST_F(Stamp, IsMultipliedInABenchmarkRun) {
   EXPECT_EQ(stampNow<dbl_t>(2.5F), 25);
   EXPECT_EQ(stampNow<dbl_t>(-1), -10);
+}
+
+TEST_F(Stamp, BeyondAllTimesIsTheSmallestLong) {
+  const float infinite = std::numeric_limits<float>::infinity();
+  for (const float factor : {infinite, -infinite, 1e30F, -1e30F})
+    EXPECT_EQ(stampNow<dbl_t>(factor), std::numeric_limits<long>::min()) << factor;
+  statisticsStandard().discoveryStart = 1010;
+  EXPECT_EQ(stampNow<dbl_t>(infinite), std::numeric_limits<long>::min());
 }
 
 TEST_F(Stamp, TinyFactorsAreNoBenchmark) {

@@ -250,7 +250,7 @@ TYPED_TEST(ParamsOf, ReadsALineOfOptions) {
 }
 
 TYPED_TEST(ParamsOf, ALineWithoutOptionsEmptiesTheTable) {
-  for (const char* text : {"", " \t", "\n--verb=2", " \r\n"}) {
+  for (const char* text : {"", " \t", "\n--verb=2", " \r\n", "\v--verb=2", " \f"}) {
     ExtendedParams<TypeParam> params;
     std::istringstream in(text);
     params.read(in);
