@@ -1,7 +1,5 @@
 #include "driver/statistics.h"
 
-#include <limits>
-
 #include "lib/os/clock.h"
 
 namespace latbox {
@@ -51,12 +49,13 @@ namespace {
 // The clock of a run starts with the process, not with the first counter that moves.
 [[maybe_unused]] const bool madeBeforeMain = (statisticsStandard(), statisticsExtended(), true);
 
-// What no long holds, of an infinite `bench` above all, becomes the smallest one, as a parameter of that type
-// does.
+// `bench` may be infinite. The readers of the files take 18 digits: a time beyond would make a .sol file that
+// no later run reads.
 long wholeSeconds(double seconds) {
-  constexpr double BEYOND = 0x1p63;
+  constexpr long LONGEST = 999'999'999'999'999'999;
+  constexpr double BEYOND = 1e18;
   if (seconds > -BEYOND && seconds < BEYOND) return static_cast<long>(seconds);
-  return std::numeric_limits<long>::min();
+  return seconds < 0 ? -LONGEST : LONGEST;
 }
 
 }  // namespace
