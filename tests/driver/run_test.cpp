@@ -9,6 +9,7 @@
 #include "driver/run_state.h"
 #include "driver/signals.h"
 #include "driver/timer.h"
+#include "lib/os/clock.h"
 #include "lib/os/signals.h"
 #include "small_program.h"
 #include "support/failure.h"
@@ -86,6 +87,48 @@ TEST(TimerDeathTest, EndsTheRunWhenTheTimeIsUp) {
         timerBody(run.y);
       },
       ::testing::ExitedWithCode(0), "^\nGot signal: Terminated\n");
+}
+
+// One second later with each look.
+long tickingClock() {
+  static long time = 1009;
+  return ++time;
+}
+
+// The report, at the second look, tells how long the timer has waited.
+TEST(TimerDeathTest, TheFullTimeIsEnough) {
+  for (const long limit : {10L, 0L, -5L}) {
+    SmallRun run;
+    run.y.standard.params.rtime.set(limit);
+    EXPECT_EXIT(
+        {
+          showOutputAsError();
+          blockTermination();
+          statisticsStandard().startTime.set(1000);
+          const SignalHandlers handlers(run.y);
+          setClock(tickingClock);
+          timerBody(run.y);
+        },
+        ::testing::ExitedWithCode(0), "Total running time: 11 sec\\(s\\) -- Program end\n$");
+  }
+}
+
+TEST(TimerDeathTest, LooksAtTheLiveSide) {
+  SmallRun run;
+  EXPECT_EXIT(
+      {
+        showOutputAsError();
+        blockTermination();
+        switchToExtended(run.y);
+        run.y.standard.params.rtime.set(1000000);
+        run.y.extended.params.rtime.set(10);
+        statisticsStandard().startTime.set(1009);
+        statisticsExtended().startTime.set(1000);
+        const SignalHandlers handlers(run.y);
+        setClock(tickingClock);
+        timerBody(run.y);
+      },
+      ::testing::ExitedWithCode(0), "Total running time: 2 sec\\(s\\) -- Program end\n$");
 }
 
 TEST(MyMainDeathTest, WithoutInputPrintsTheShortUsage) {

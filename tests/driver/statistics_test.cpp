@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <limits>
 #include <vector>
 
 #include "lib/os/clock.h"
@@ -139,6 +140,19 @@ TEST_F(Stamp, CountsFromTheStartOfTheRun) {
 TEST_F(Stamp, IsMultipliedInABenchmarkRun) {
   EXPECT_EQ(stampNow<dbl_t>(2.5F), 25);
   EXPECT_EQ(stampNow<dbl_t>(-1), -10);
+}
+
+// More would make a .sol file that is refused when it is read back.
+TEST_F(Stamp, HasEighteenDigitsAtMost) {
+  constexpr long LONGEST = 999'999'999'999'999'999;
+  const float infinite = std::numeric_limits<float>::infinity();
+  for (const float factor : {infinite, 1e30F, 2e17F}) {
+    EXPECT_EQ(stampNow<dbl_t>(factor), LONGEST) << factor;
+    EXPECT_EQ(stampNow<dbl_t>(-factor), -LONGEST) << factor;
+  }
+  EXPECT_EQ(stampNow<dbl_t>(0x1p56F), 10L << 56);
+  statisticsStandard().discoveryStart = 1010;
+  EXPECT_EQ(stampNow<dbl_t>(infinite), LONGEST);
 }
 
 TEST_F(Stamp, TinyFactorsAreNoBenchmark) {
