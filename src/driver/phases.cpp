@@ -104,12 +104,13 @@ void reportAndReduce(YLattice<dbl_t>& y, bool report) {
   oneStep(y, [](auto& lattice) { lattice.enumerate(nullptr); });
 }
 
-// "RUN" resumes where "STOP" halted, with all state intact.
+// "RUN" resumes where "STOP" halted, with all state intact. An input that has asked for another one while it
+// loaded enters the iterations all the same, and they count one before they see it: a rule of this design.
 void iterateUntilNewInput(YLattice<dbl_t>& y) {
-  while (inputIsLoaded(y)) {
+  do {
     iterate(y);
     while (runState(y) == RUN_STOPPED && inputIsLoaded(y)) sleepSeconds(1);
-  }
+  } while (inputIsLoaded(y));
 }
 
 // The levels that the restart left open are closed in any case: they would add up over the restarts.
