@@ -2,7 +2,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 
+#include "driver/run_state.h"
 #include "small_program.h"
 
 namespace latbox {
@@ -118,6 +120,25 @@ TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBack) {
   EXPECT_THROW(lattice_.regenerateLattice(), PrecisionException);
   EXPECT_TRUE(lattice_.writeEnabled);
   EXPECT_TRUE(lattice_.finishEnabled);
+}
+
+TEST_F(Restart, TheNewLatticeIsWrittenAtOnce) {
+  std::filesystem::remove(run_.folder.path("small.lat"));
+  lattice_.regenerateLattice();
+  EXPECT_FALSE(run_.folder.has("small.lat"));
+  lattice_.writeEnabled = true;
+  lattice_.program.rx[1] = 9;
+  lattice_.regenerateLattice();
+  EXPECT_NE(run_.folder.read("small.lat").find("[ 9 4 ]\n"), std::string::npos);
+}
+
+TEST_F(Restart, UnderAFrontEndTheEndParksTheRun) {
+  lattice_.finishEnabled = true;
+  lattice_.params.gui.set(true);
+  ::testing::internal::CaptureStdout();
+  lattice_.restartHandling(true);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "\n");
+  EXPECT_EQ(runState(run_.y), RUN_STOPPED);
 }
 
 TEST_F(Restart, CollectionsAreEmptied) {
