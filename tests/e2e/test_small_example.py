@@ -83,6 +83,13 @@ class SmallExampleTest(harness.Case):
         text = self.read("prog.lat")
         self.assertEqual(text, programs.SMALL_LATTICE % self.seconds(text))
 
+    def test_no_iterations_end_while_the_console_is_open(self):
+        session = self.start("--iters=0", "prog.opt")
+        self.assertEqual(session.wait(), 0)
+        self.assertEqual(session.err, "")
+        self.assertRegex(session.out, r"\A<< latbox v2\.2\.2 \+\+\+ PID: \d+ >>\n\Z")
+        self.assertTrue(self.exists("prog.lat"))
+
     def test_a_name_with_two_points(self):
         # Everything behind the first of them goes, in two steps, so that the files load twice.
         self.write("a.opt", programs.SMALL)
