@@ -149,6 +149,20 @@ TEST_F(Iteration, EndOfCountParksTheRunUnderAFrontEnd) {
   EXPECT_EQ(statisticsStandard().iterations, 2);
 }
 
+// The first iteration meets a better near-solution, the second, which begins with the improved count, none.
+TEST_F(Iteration, ItsProgressIsCountedAgainstItsBeginning) {
+  Statistics& statistics = statisticsStandard();
+  statistics.inhomogeneousImprovements = 5;
+  output();
+  EXPECT_EQ(statistics.inhomogeneousImprovements, 6);
+  EXPECT_EQ(statistics.noPrimaryImprovement, 0);
+  statistics.iterations = 0;
+  setRunState(run_.y, RUN_RUNNING);
+  output();
+  EXPECT_EQ(statistics.inhomogeneousImprovements, 6);
+  EXPECT_EQ(statistics.noPrimaryImprovement, 1);
+}
+
 TEST_F(Iteration, EachPrecisionCountsOnItsOwnSide) {
   switchToExtended(run_.y);
   run_.y.extended.R = QQ(1) / QQ(3);
