@@ -107,6 +107,7 @@ TEST_F(Restart, TheBestNearSolutionSurvivesWithItsTime) {
   ASSERT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
   const long long improvements = statisticsStandard().inhomogeneousImprovements;
   lattice_.regenerateLattice();
+  ASSERT_EQ(lattice_.bestInhomogeneous.MN, 4);
   EXPECT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
   EXPECT_EQ(lattice_.bestInhomogeneous.secondsUntilDiscovered, 17);
   EXPECT_EQ(statisticsStandard().inhomogeneousImprovements, improvements);
