@@ -18,7 +18,9 @@ class PlainEnumeration {
 
   void run() {
     beta_ = std::min(l_.params.beta.get(), l_.rank);
-    if (target_ == nullptr) {
+    if (target_ != nullptr) {
+      l_.gsoByFull(1, 0, false);
+    } else {
       do l_.lll(1, 0, 0);
       while (l_.sweepSkipped != 0);
     }
@@ -55,7 +57,6 @@ class PlainEnumeration {
   const Vector<T>* target_;
   std::vector<Level> stage_;
   Vector<dbl_t> coordinates_;
-  dbl_t bound_ = 0;
   long beta_ = 0, j_ = 0, k_ = 0;
 
   void follow(long position) {
@@ -77,7 +78,7 @@ class PlainEnumeration {
     stage_.assign(static_cast<std::size_t>(l_.rank) + 3, Level());
     if (target_ == nullptr) {
       l_.updateGso(j_, k_);
-      bound_ = l_.bstarSq[j_];
+      l_.enumBound = l_.bstarSq[j_];
       at(j_).u = l_.enumCoeffs[j_] = T(1);
       return;
     }
@@ -86,7 +87,7 @@ class PlainEnumeration {
       at(t).c = coordinates_[t] * coordinates_[t] * l_.bstarSq[t] + at(t + 1).c;
       at(t).y = -coordinates_[t];
     }
-    bound_ = at(j_).c;
+    l_.enumBound = at(j_).c;
   }
 
   Level& at(long t) { return stage_[static_cast<std::size_t>(t)]; }
@@ -98,15 +99,15 @@ class PlainEnumeration {
     const bool behind = t > (j_ + k_) / 2;
     switch (l_.params.eprune.get()) {
       case 0:
-        return C < bound_;
+        return C < l_.enumBound;
       case 1:
-        return C < (1 + d) / size * bound_;
+        return C < (1 + d) / size * l_.enumBound;
       case 2:
-        return C < (behind ? half : 1) * bound_;
+        return C < (behind ? half : 1) * l_.enumBound;
       default:
         return C <
                (behind ? (2 * half * (d + 1)) / size : ((1 - half) * (d * 2 + 1)) / size + (2 * half - 1)) *
-                   bound_;
+                   l_.enumBound;
     }
   }
 
@@ -138,7 +139,7 @@ class PlainEnumeration {
         next(t, s);
       } else if (t == j_) {
         for (long i = j_; i <= k_; ++i) l_.enumCoeffs[i] = at(i).u;
-        bound_ = at(j_).c;
+        l_.enumBound = at(j_).c;
         next(t, s);
       } else {
         descend(t, s);
@@ -148,7 +149,7 @@ class PlainEnumeration {
   }
 
   bool insert() {
-    if (!(bound_ < (1 - EPS) * l_.bstarSq[j_])) return false;
+    if (!(l_.enumBound < (1 - EPS) * l_.bstarSq[j_])) return false;
     bool zero = true;
     for (long i = j_; i <= k_; ++i) zero = zero && isExactZero(l_.enumCoeffs[i]);
     if (zero) return false;
@@ -173,8 +174,12 @@ class PlainEnumeration {
 template <class T>
 class EnumerationReference : public ::testing::Test {
  public:
+  // The second run finds the scratch of the first.
+  static constexpr int RUNS = 2;
+
   struct Outcome {
     Matrix<T> basis;
+    dbl_t bound;
     long interval;
     long long trivial, extensions, deep;
   };
@@ -191,8 +196,12 @@ class EnumerationReference : public ::testing::Test {
     statisticsOf<T>() = Statistics();
     search(lattice);
     const Statistics& counted = statisticsOf<T>();
-    return {lattice.B, lattice.interval_tt, counted.basisSubstitutionsTrivial,
-            counted.nontrivialBasisExtensions, counted.deepInsertions};
+    return {lattice.B,
+            lattice.enumBound,
+            lattice.interval_tt,
+            counted.basisSubstitutionsTrivial,
+            counted.nontrivialBasisExtensions,
+            counted.deepInsertions};
   }
 
   void expectAlike(const Rows& rows, long beta, long eprune, bool deep, const Vector<T>* target) {
@@ -204,14 +213,15 @@ class EnumerationReference : public ::testing::Test {
     };
     const Outcome wanted = outcomeOf(rows, beta, eprune, deep, [&](auto& lattice) {
       prepare(lattice);
-      PlainEnumeration<T>(lattice, target).run();
+      for (int run = 0; run < RUNS; ++run) PlainEnumeration<T>(lattice, target).run();
     });
     const Outcome found = outcomeOf(rows, beta, eprune, deep, [&](auto& lattice) {
       prepare(lattice);
-      lattice.enumerate(target);
+      for (int run = 0; run < RUNS; ++run) lattice.enumerate(target);
     });
     SCOPED_TRACE(::testing::Message() << "beta " << beta << ", eprune " << eprune << ", deep " << deep);
     EXPECT_TRUE(found.basis == wanted.basis);
+    EXPECT_EQ(found.bound, wanted.bound);
     EXPECT_EQ(found.interval, wanted.interval);
     EXPECT_EQ(found.trivial, wanted.trivial);
     EXPECT_EQ(found.extensions, wanted.extensions);

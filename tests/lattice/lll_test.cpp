@@ -442,9 +442,9 @@ TYPED_TEST(LllTest, HourCountsFromTheLastLine) {
            matrixOf<TypeParam>(
                {{1, 0, 0, 0, 0}, {0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 1}}));
   static long looks;
+  looks = 0;
   setClock([]() -> long { return 1800 * ++looks; });
   for (const long verb : {2, 1}) {
-    looks = 0;
     this->lattice.clearStatus();
     this->lattice.params.verb.set(verb);
     ::testing::internal::CaptureStdout();
