@@ -89,6 +89,19 @@ TYPED_TEST(ReinsertionTest, FirstLongerVectorIsTheFallback) {
   this->expectBasis({{1, 0, 0}, {0, 1, 5}, {10, 1, 0}});
 }
 
+TYPED_TEST(ReinsertionTest, SumOfTwoBasisVectorsIsNoTrivialOne) {
+  this->basis({{1, 0, 0}, {1, 5, 0}, {0, 0, 9}});
+  this->insert({0, 5, 0});
+  this->expectBasis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
+}
+
+TYPED_TEST(ReinsertionTest, FirstOfTwoFallbacksIsTaken) {
+  // The third vector is longer too, and its orthogonal part the smaller as well.
+  this->basis({{1, 0, 0, 0}, {10, 1, 0, 0}, {11, 0, 1, 0}, {0, 0, 0, 5}});
+  this->insert({0, 1, 1, 5});
+  this->expectBasis({{1, 0, 0, 0}, {0, 1, 1, 5}, {10, 1, 0, 0}, {11, 0, 1, 0}});
+}
+
 TYPED_TEST(ReinsertionTest, VectorLongerThanAllChangesNothing) {
   this->basis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
   this->insert({0, 5, 9});
@@ -214,6 +227,15 @@ TEST_F(ReinsertLadder, LossOfPrecisionIsRepeatedExactly) {
   EXPECT_FALSE(y_.extendedActive);
   EXPECT_TRUE(y_.standard.B == matrixOf<dbl_t>({{600000000, 0, 0}, {-600000000, 1, 0}, {600000000, 0, 7}}));
   EXPECT_EQ(statisticsStandard().basisSubstitutionsNontrivial, 1);
+}
+
+// The row operation that lost precision left the transformation behind the basis.
+TEST_F(ReinsertLadder, HalfAStepIsTakenBack) {
+  y_.standard.params.consistency.set(true);
+  reinsert(y_);
+  EXPECT_FALSE(y_.extendedActive);
+  EXPECT_EQ(y_.standard.B[3][2], 0);
+  EXPECT_TRUE(y_.standard.TT[1] * y_.standard.B_save == y_.standard.B);
 }
 
 TEST_F(ReinsertLadder, StepBackIsTriedAndItsFailureToldToTheCaller) {

@@ -114,6 +114,19 @@ TYPED_TEST(Trimming, WeightIsNeverZero) {
   EXPECT_EQ(this->lattice.stepAverage[1], T(0));  // -2 and 2
 }
 
+TYPED_TEST(Trimming, SteppedWeightTakesADrawnSign) {
+  using T = TypeParam;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    std::srand(seed);
+    const T sign = Lattice<T, dbl_t>::randomSign(T(1));
+    this->weights({1, 1, 1});
+    std::srand(seed);
+    this->lattice.scaleStep(3, T(1));
+    EXPECT_EQ(this->weight(3), sign * T(2));
+    EXPECT_EQ(this->lattice.inhomScaled, sign * T(2));
+  }
+}
+
 TYPED_TEST(Trimming, StepIsCutToTheLimit) {
   using T = TypeParam;
   this->weights({990, 1, 1});
@@ -288,6 +301,47 @@ TYPED_TEST(Trimming, PreviousCoordinatesThatRecovered) {
   EXPECT_EQ(abs(l.scaleFactor[3]), T(2));
   EXPECT_EQ(abs(l.scaleFactor[1]), T(2));
   EXPECT_EQ(l.scaleFactor[2], T(1));
+}
+
+// As many coordinates recovered as there were: there is nothing left to shrink.
+TYPED_TEST(Trimming, SetsThatDoNotShrinkEndTheRecursion) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -7, 1}}));
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({0, 0, 0, 1});
+  l.ubnd = vectorOf<T>({9, 9, 9, 1});
+  Set<long> previous;
+  previous.append(1);
+  l.params.verb.set(2);
+  ::testing::internal::CaptureStdout();
+  l.trim(&previous);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> Scaling ... 1\n");
+}
+
+// One draw for each coordinate that is out, the inhomogeneous one among them.
+TYPED_TEST(Trimming, ShiftsTakeADrawForEachCoordinate) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{50, -90, 1}}));  // its last coordinate is out of its bounds too
+  l.lbnd[3] = T(71);
+  l.ubnd[3] = T(71);
+  l.params.scale.set(false);
+  l.params.translate.set(true);
+  l.params.eenum.set(false);
+  Set<long> none;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    std::srand(seed);
+    T signs[4];
+    for (const int p : {2, 3, 1}) signs[p] = Lattice<T, dbl_t>::randomSign(T(1));
+    l.resetScales(true, true);
+    std::srand(seed);
+    l.trim(&none);
+    EXPECT_EQ(l.translation[1], signs[1]);
+    EXPECT_EQ(l.translation[2], signs[2]);
+    EXPECT_EQ(l.translation[3], T(0));
+  }
 }
 
 // Once for the driver, once with the coordinates, once with none.
