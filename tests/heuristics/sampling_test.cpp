@@ -196,7 +196,7 @@ TYPED_TEST(SamplingTest, EstimateIsTheBestOfAllPositions) {
       // Between what does not fall off at all and what does: the order of the lengths tells.
       const std::vector<dbl_t> a = sortedLengths(this->lattice.bstarSq, u, k, m);
       const dbl_t least = plainLength(a, m - u, u, m, 0);
-      target = least + (plainLength(a, m - u, u, m, 1) - least) / 8;
+      target = least + (plainLength(a, m - u, u, m, 1) - least) * 3 / 4;
     }
     const dbl_t expected = plainEstimate(this->lattice.bstarSq, u, k, m, target);
     const bool tells = expected < -1 && expected != static_cast<dbl_t>(-m);
