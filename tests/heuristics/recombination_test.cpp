@@ -1,5 +1,6 @@
 // Pairwise recombination and the choice of its sample.
 #include <algorithm>
+#include <array>
 
 #include "driver/small_program.h"
 #include "driver/statistics.h"
@@ -214,7 +215,7 @@ TYPED_TEST(RecombinationTest, AgreesWithTheDefinition) {
   for (unsigned long long seed = 1; seed <= 12; ++seed) {
     auto lattice = pooledLattice<T>(seed, 25);
     lattice->symmetricBounds = seed % 2 == 0;
-    lattice->params.pairLimit.set(seed % 3 == 0 ? 3 : 10);
+    lattice->params.pairLimit.set(std::array{3L, 10L, 1L}[seed % 3]);
     Lattice<T, dbl_t> expected(*lattice);
     std::srand(42);
     const long count = recombineByDefinition(expected);

@@ -118,6 +118,26 @@ TYPED_TEST(ReinsertionTest, GeneralCombinationGivesTheSameLattice) {
   EXPECT_EQ(statisticsOf<TypeParam>().nontrivialBasisExtensions, 1);
 }
 
+// The first two vectors are nearly parallel, so that the cheap orthogonalisation takes them for dependent and
+// knows nothing of the third.
+TYPED_TEST(ReinsertionTest, StableOrthogonalisationWhereTheCheapOneFails) {
+  Sequence draw(1);
+  bool tried = false;
+  for (int i = 0; i < 1000 && !tried; ++i) {
+    const long x = draw.next(300000000, 400000000), y = draw.next(300000000, 400000000);
+    // One step aside of a third of the length along the first.
+    const Rows rows{{x, y, 0}, {x / 3 + draw.next(-1, 1), y / 3 + draw.next(-1, 1), 0}, {x, y, 900000000}};
+    this->basis(rows);
+    if (this->lattice.updateGso(1, 0)) continue;
+    if (this->lattice.gsoByReduced(1, 0, false) != 0) continue;
+    tried = true;
+    this->lattice.clearStatus();
+    this->insert({0, 0, 900000000});
+    this->expectBasis({rows[0], rows[1], {0, 0, 900000000}});
+  }
+  EXPECT_TRUE(tried);
+}
+
 TYPED_TEST(ReinsertionTest, CoordinatesAreTakenInUnitAndLengthsInWeightedCoordinates) {
   this->basis({{1, 0, 0}, {7, 5, 0}, {0, 0, 9}});
   this->lattice.setScale(2, TypeParam(100));
@@ -227,6 +247,19 @@ TEST_F(ReinsertLadder, LossOfPrecisionIsRepeatedExactly) {
   EXPECT_FALSE(y_.extendedActive);
   EXPECT_TRUE(y_.standard.B == matrixOf<dbl_t>({{600000000, 0, 0}, {-600000000, 1, 0}, {600000000, 0, 7}}));
   EXPECT_EQ(statisticsStandard().basisSubstitutionsNontrivial, 1);
+}
+
+// The step that lost precision had opened a level.
+TEST_F(ReinsertLadder, LevelsOfTheLostStepAreClosed) {
+  y_.standard.params.verb.set(2);
+  ::testing::internal::CaptureStdout();
+  reinsert(y_);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+            "|-> Inserting solution vector (1) ...\n"
+            "|-> Switching to extended precision\n"
+            "|-> Inserting solution vector (1) ...\n"
+            "|-> Using standard precision\n");
+  EXPECT_EQ(progressDepth(), 0);
 }
 
 // The row operation that lost precision left the transformation behind the basis.

@@ -153,15 +153,18 @@ TYPED_TEST(SieveTest, HomogeneousVectorsAloneGoThroughTheCheck) {
   EXPECT_EQ(other.solutions.MN, 0);
 }
 
-// A homogeneous vector that stands among the inhomogeneous ones finds its place by the check.
+// Homogeneous vectors that stand among the inhomogeneous ones find their place by the check.
 TYPED_TEST(SieveTest, EachVectorOfThePoolIsChecked) {
   auto lattice = this->smallWith({});
-  Candidate<TypeParam> v(vectorOf<TypeParam>({4, 2, 0, 0}));
-  v.deviation = lattice->computeDeviation(v);
-  lattice->inhomogeneousVectors.append(v);
+  for (const auto& row : Rows{{4, 2, 0, 0}, {0, 2, -2, 0}}) {
+    Candidate<TypeParam> v(vectorOf<TypeParam>(row));
+    v.deviation = lattice->computeDeviation(v);
+    lattice->inhomogeneousVectors.append(v);
+  }
   lattice->params.sieve.set(true);
   lattice->sieve();
-  EXPECT_EQ(contents<TypeParam>(lattice->homogeneousVectors), std::vector<std::string>{"[ 4 2 0 0 ]"});
+  EXPECT_EQ(contents<TypeParam>(lattice->homogeneousVectors),
+            (std::vector<std::string>{"[ 4 2 0 0 ]", "[ 0 2 -2 0 ]"}));
 }
 
 TYPED_TEST(SieveTest, OneInhomogeneousVectorIsChecked) {

@@ -263,9 +263,11 @@ TYPED_TEST(Trimming, CoordinatesInTheOrderOfTheirDeviations) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<T>({{5, -9, 7, 1}}));
   l.params.scale.set(true);
-  l.params.eenum.set(false);
+  l.params.eenum.set(true);
   l.lbnd[4] = l.ubnd[4] = T(1);
-  EXPECT_NE(this->trimmed(l).find("Scaling ... 2 3 1\n"), std::string::npos);
+  const std::string text = this->trimmed(l);
+  EXPECT_NE(text.find("Scaling ... 2 3 1\n"), std::string::npos);
+  EXPECT_EQ(this->occurrences(text, "BKZ enumeration"), 1) << text;  // once, behind the last of them
 }
 
 // The vector is measured with the sign of inhomBase: as it stands it would deviate in the last coordinate.
@@ -277,6 +279,18 @@ TYPED_TEST(Trimming, NegativeCarrierIsTurned) {
   l.params.eenum.set(false);
   l.lbnd = vectorOf<T>({-9, 0, 1});
   l.ubnd = vectorOf<T>({-5, 8, 1});
+  EXPECT_NE(this->trimmed(l).find("Scaling ... 2\n"), std::string::npos);
+}
+
+TYPED_TEST(Trimming, SignOfTheInhomogeneousBaseIsThePositiveOne) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -1}}));
+  l.inhomBase = l.inhomScaled = T(-1);
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({5, -8, -1});
+  l.ubnd = vectorOf<T>({9, 0, -1});
   EXPECT_NE(this->trimmed(l).find("Scaling ... 2\n"), std::string::npos);
 }
 
@@ -390,13 +404,17 @@ TYPED_TEST(Trimming, GuardOfTheInhomogeneousCoordinate) {
 
 TYPED_TEST(Trimming, NothingOutOfBoundsWithTargetsFails) {
   using T = TypeParam;
-  for (const bool scale : {true, false}) {
+  for (const auto& [scale, translate] : {std::pair(true, false), {false, true}, {false, false}}) {
     auto l = latticeOf<T>(SMALL_TARGET);
     l->params.scale.set(scale);
-    l->params.translate.set(!scale);
+    l->params.translate.set(translate);
     ASSERT_FALSE(l->generatedTu && isZero(l->program.rtu()));
     l->lbnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), -1000));
     l->ubnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), 1000));
+    if (!scale && !translate) {
+      l->trim(nullptr);  // asks nothing
+      continue;
+    }
     EXPECT_FAILURE(l->trim(nullptr), "At least the target component should deviate ...");
   }
 }
