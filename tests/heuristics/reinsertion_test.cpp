@@ -131,7 +131,7 @@ TYPED_TEST(ReinsertionTest, StableOrthogonalisationWhereTheCheapOneFails) {
     if (this->lattice.updateGso(1, 0)) continue;
     if (this->lattice.gsoByReduced(1, 0, false) != 0) continue;
     tried = true;
-    this->lattice.clearStatus();
+    this->basis(rows);  // without what has been computed
     this->insert({0, 0, 900000000});
     this->expectBasis({rows[0], rows[1], {0, 0, 900000000}});
   }

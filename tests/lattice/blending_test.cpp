@@ -1,4 +1,5 @@
 // Blending: dependent vectors are moved out of the way, and the recursion that does it ends.
+#include "driver/statistics.h"
 #include "lattice/support.h"
 
 namespace latbox::testing {
@@ -57,6 +58,19 @@ TYPED_TEST(BlendingTest, ParkedVectorsAreNotMovedAgain) {
   EXPECT_TRUE(this->step(2, 5));
   this->expectNumbers({1, 5, 4, 3, 2});
   for (long i = 3; i <= 5; ++i) EXPECT_EQ(this->lattice.status[i], STATUS_DEPENDENT);
+}
+
+// A dependent vector that is no zero goes where it gains, with `deep` or without; all positions from there on
+// are reduced in size, and what depends then is parked.
+TYPED_TEST(BlendingTest, DependentVectorGoesInFrontWhereItGains) {
+  this->basis({{1, 0, 0, 0}, {0, 10, 0, 0}, {0, 0, 10, 0}, {0, 1, 1, 0}, {0, 0, 0, 7}});
+  const long long before = statisticsOf<TypeParam>().deepInsertions;
+  for (long k = 1; k <= 4; ++k) EXPECT_TRUE(this->step(k, 5));
+  EXPECT_EQ(statisticsOf<TypeParam>().deepInsertions, before + 1);
+  this->expectNumbers({1, 4, 2, 5, 3});
+  EXPECT_TRUE(this->lattice.B[2] == vectorOf<TypeParam>({0, 1, 1, 0}));
+  EXPECT_TRUE(this->lattice.B[3] == vectorOf<TypeParam>({0, 5, -5, 0}));
+  EXPECT_EQ(this->lattice.status[5], STATUS_DEPENDENT);
 }
 
 TYPED_TEST(BlendingTest, NoRoomToParkEndsTheStep) {
