@@ -101,7 +101,7 @@ class ForcedDraw {
   ForcedDraw& operator=(const ForcedDraw&) = delete;
 
  private:
-  char state_[8];
+  alignas(std::int32_t) char state_[8];  // one word makes the simplest form
   char* before_;
 };
 

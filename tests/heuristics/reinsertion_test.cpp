@@ -147,6 +147,21 @@ TYPED_TEST(ReinsertionTest, CoordinatesAreTakenInUnitAndLengthsInWeightedCoordin
   this->expectBasis({{1, 0, 0}, {0, 500, 0}, {0, 0, 9}});
 }
 
+// A hundredfold of its second coordinate would be another vector of the lattice.
+TYPED_TEST(ReinsertionTest, WeightsAreTakenOffOnce) {
+  this->basis({{1, 0, 0}, {70, 5, 0}, {0, 0, 9}});
+  this->lattice.setScale(2, TypeParam(100));
+  this->insert({0, 500, 9});
+  this->expectBasis({{1, 0, 0}, {0, 500, 9}, {70, 500, 0}});
+}
+
+TYPED_TEST(ReinsertionTest, CoordinatesAreThoseInTheBasisAsItStands) {
+  this->basis({{1, 0, 0}, {0, 0, 9}, {7, 5, 0}});
+  this->lattice.swapBase(2, 3, false);
+  this->insert({0, 5, 0});
+  this->expectBasis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
+}
+
 TYPED_TEST(ReinsertionTest, TransformationStaysInStep) {
   this->basis({{300, 1, 0}, {-200, 0, 1}});
   this->lattice.params.consistency.set(true);

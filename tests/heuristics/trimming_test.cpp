@@ -317,6 +317,38 @@ TYPED_TEST(Trimming, PreviousCoordinatesThatRecovered) {
   EXPECT_EQ(l.scaleFactor[2], T(1));
 }
 
+// Weights go to what recovered, shifts to what is out now.
+TYPED_TEST(Trimming, ShiftsGoToWhatIsOut) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -7, 1}}));
+  l.params.scale.set(true);
+  l.params.translate.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({-900, 0, 0, 1});
+  l.ubnd = vectorOf<T>({900, 9, 9, 1});
+  Set<long> previous;
+  previous.append(1);
+  l.trim(&previous);
+  EXPECT_EQ(this->magnitude(1), T(2));
+  EXPECT_EQ(this->weight(2), T(1));
+  EXPECT_EQ(l.translation[1], T(0));
+  EXPECT_EQ(abs(l.translation[2]), T(1));
+  EXPECT_EQ(abs(l.translation[3]), T(1));
+}
+
+TYPED_TEST(Trimming, WeightedCarrierCarriesItOnce) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, 1}}));
+  l.lbnd = vectorOf<T>({0, 0, 1});
+  l.ubnd = vectorOf<T>({9, 9, 1});
+  l.setScale(3, T(-2));
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  EXPECT_EQ(this->trimmed(l), "|-> Trimming ...\n|    |-> Scaling ... 2\n");
+}
+
 // As many coordinates recovered as there were: there is nothing left to shrink.
 TYPED_TEST(Trimming, SetsThatDoNotShrinkEndTheRecursion) {
   using T = TypeParam;
