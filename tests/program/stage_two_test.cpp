@@ -49,6 +49,31 @@ TYPED_TEST(StageTwo, FixedVariablesOfTheLastRunAreForgotten) {
   EXPECT_EQ(p.n(), 2);
 }
 
+// Regression: the edge of a row was lost, and with it whatever lay there, when a fixed variable left a
+// program with decimals in standard precision.
+TYPED_TEST(StageTwo, TheShareOfAFixedVariableCostsNoDigits) {
+  using T = TypeParam;
+  for (int k = 1; k < 9; ++k) {
+    const std::string lower = "1000." + std::to_string(k);
+    const std::string upper = "1000." + std::to_string(k + 1);
+    Tessik<T> p = programOf<T>("[][][][][[0.1 1]][" + lower + "][" + upper + "][0 0][0 1000][90 1000]");
+    p.prepareStageTwo(false);
+    EXPECT_EQ(shown(p.lu), "[ " + std::to_string(k) + " ]");
+    EXPECT_EQ(shown(p.ru), "[ " + std::to_string(k + 1) + " ]");
+  }
+}
+
+// What is left has more digits than standard precision holds.
+TEST(StageTwoPrecision, ASideWithTooManyDigitsAsksForExactNumbers) {
+  const char* text =
+      "[][][][][[1 0.1]][0][100000000.00000001][0 0][0 0.0000000123456789][9 0.0000000123456789]";
+  Tessik<dbl_t> p = programOf<dbl_t>(text);
+  expectPrecisionException([&p] { p.removeComponents(); }, "ru overflow");
+  Tessik<QQ> q = programOf<QQ>(text);
+  q.removeComponents();
+  EXPECT_EQ(toText(q.ru[1]), toText(QQ("100000000.00000001") - QQ("0.00000000123456789")));
+}
+
 // A solution may have given a free variable two equal working bounds; it stays a variable.
 TYPED_TEST(StageTwo, AFreeVariableWithEqualWorkingBoundsStays) {
   using T = TypeParam;
