@@ -53,6 +53,13 @@ TEST(QQFunctions, NaturalLogarithm) {
   EXPECT_EQ(toText(log(qqInfinity())), "inf");
 }
 
+// The base of the natural logarithm is a constant of double width: its own logarithm is exactly 1, that of a
+// closer value is not.
+TEST(QQFunctions, NaturalLogarithmRestsOnADoubleConstant) {
+  EXPECT_EQ(toText(log(QQ(2.718281828459045))), "1");
+  EXPECT_NE(toText(log(QQ("2.71828182845904524"))), "1");
+}
+
 TEST(QQFunctions, Roots) {
   expectWithin(rootOf(QQ(27), 3), QQ(3), qqEps());
   expectWithin(rootOf(QQ(-8), 3), QQ(-2), qqEps());

@@ -156,6 +156,8 @@ TEST(ZZ, DivisionTruncatesTowardZero) {
     ZZ::div(ZZ(row[0]), ZZ(row[1]), q, rem);
     EXPECT_EQ(q.to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
     EXPECT_EQ(rem.to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];
+    EXPECT_EQ((ZZ(row[0]) / ZZ(row[1])).to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
+    EXPECT_EQ((ZZ(row[0]) % ZZ(row[1])).to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];
     ZZ::divGeneral(ZZ(row[0]), ZZ(row[1]), q, rem);
     EXPECT_EQ(q.to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
     EXPECT_EQ(rem.to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];
