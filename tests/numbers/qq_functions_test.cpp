@@ -78,6 +78,15 @@ TEST(QQFunctions, Roots) {
   EXPECT_EQ(toText(rootOf(qqInfinity(), -2)), "0");
 }
 
+// That two steps agree is not enough: the power of the root has to be the number.
+TEST(QQFunctions, PowerOfARootIsTheNumberWithinTheTolerance) {
+  for (const long degree : {2L, 3L, 5L, 7L, 11L, 13L})
+    for (const long base : {2L, 3L, 10L, 97L, 1001L}) {
+      const QQ x = pow(QQ(base), QQ(degree)) + QQ("1/7");
+      EXPECT_TRUE(isZero(pow(rootOf(x, degree), QQ(degree)) - x)) << base << " " << degree;
+    }
+}
+
 TEST(QQFunctions, RootInPlace) {
   QQ x(16);
   root(x, x, ZZ(4));

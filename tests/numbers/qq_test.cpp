@@ -229,6 +229,13 @@ TEST(QQ, RoundDigits) {
   QQ tiny(ZZ(12), ZZ("1000000000000000000001"));
   roundDigits(tiny, 18);
   expectParts(tiny, true, "0", "0", "1");
+  // As many digits are dropped as the numerator has, and one less.
+  QQ two(ZZ(77), ZZ("10000000000000000003"));
+  roundDigits(two, 18);
+  expectParts(two, true, "0", "0", "1");
+  QQ three(ZZ(777), ZZ("10000000000000000003"));
+  roundDigits(three, 18);
+  expectParts(three, true, "0", "7", "100000000000000000");
 }
 
 // A fraction that was cut to nothing left a zero with the sign of the number behind.
@@ -268,6 +275,16 @@ TEST(QQ, RoundProductsIsClearAndRoundsWhileSet) {
   EXPECT_LE(rounded.nenner.digits(), 54);
   EXPECT_EQ(toText(integers), "-37037036703703703670");
   EXPECT_TRUE(a * b == exact);
+}
+
+TEST(QQ, EachRoundedPartialProductKeepsEighteenDigits) {
+  const QQ small(ZZ(1234567), ZZ("100000000000000000000"));
+  QQ::setRoundProducts(true);
+  const QQ second = QQ(3) * small, third = small * QQ(3);
+  QQ::setRoundProducts(false);
+  expectParts(second, true, "0", "3703", "100000000000000000");
+  expectParts(third, true, "0", "3703", "100000000000000000");
+  expectParts(QQ(3) * small, true, "0", "3703701", "100000000000000000000");
 }
 
 TEST(QQ, RoundedProductKeepsEighteenDigits) {
@@ -393,6 +410,8 @@ TEST(QQ, ValuesWithinTheToleranceBecomeZero) {
   expectParts(QQ(-5e-10L), true, "0", "0", "1");
   expectParts(QQ(-0.0L), true, "0", "0", "1");
   expectParts(QQ(2e-9L), true, "0", "1", "500000000");
+  expectParts(QQ(EPS), true, "0", "0", "1");
+  expectParts(QQ(-EPS), true, "0", "0", "1");
 }
 
 TEST(QQ, WholeDoublesEqualTheirText) {

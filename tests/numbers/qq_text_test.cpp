@@ -133,6 +133,13 @@ TEST(QQText, PartsCarryNoSigns) {
   }
 }
 
+TEST(QQText, ZeroIsPositiveHoweverItIsWritten) {
+  for (const char* text : {"-0", "-0/5", "0/-5", "-0.x", "-.x", "-:/5", "-0e5", "-x"}) {
+    const QQ q(text);
+    EXPECT_TRUE(q.isExactZero() && q.sign) << text;
+  }
+}
+
 TEST(QQText, Written) {
   EXPECT_EQ(toText(QQ(ZZ(-7), ZZ(3))), "-2:1/3");
   EXPECT_EQ(toText(QQ(5)), "5");

@@ -72,7 +72,12 @@ TEST(ZZ, NegativeZeroTextComparesEqualToZero) {
   EXPECT_TRUE(negative == ZZ(0));
   EXPECT_EQ(ZZ::compare(negative, ZZ(3)), -1);
   EXPECT_EQ(ZZ::compare(negative, ZZ(-3)), 1);
-  EXPECT_TRUE((negative + negative).sign);
+  for (const ZZ& zero : {ZZ(0), ZZ(""), ZZ("-0"), ZZ("-0000000000")}) {
+    EXPECT_EQ((negative + zero).to_string(), "0");
+    EXPECT_EQ((zero - negative).to_string(), "0");
+    EXPECT_EQ((negative * zero).to_string(), "0");
+    EXPECT_EQ((negative / ZZ(3)).to_string(), "0");
+  }
 }
 
 TEST(ZZ, ParseDropsWhatIsNoDigit) {
