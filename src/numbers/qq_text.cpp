@@ -15,9 +15,8 @@ namespace latbox {
 
 namespace {
 
-// What lies beyond these is no number that a program holds; a solver that computes for hours on such an input
-// serves nobody.
-constexpr std::size_t MAX_LENGTH = 100000;  // characters of a number
+// What lies beyond these, or is longer than MAX_NUMBER_LENGTH, is no number that a program holds; a solver
+// that computes for hours on such an input serves nobody.
 constexpr long MAX_EXPONENT = 10000;
 constexpr long MAX_EXPONENT_ROOT = 20;  // denominator of a fractional exponent
 constexpr int MAX_EXPONENTS = 10;       // exponents of exponents
@@ -147,8 +146,11 @@ QQ valueOf(std::string_view text, int exponents) {
 
 // Reads one token; an empty one sets the stream's fail state, and nothing is parsed.
 std::istream& readToken(std::istream& stream, QQ& x, bool exponents) {
-  skipSpaceAndComments(stream);
-  const std::string token = stream.good() ? takeNumberToken(stream, exponents) : "";
+  std::string token;
+  if (stream.good()) {
+    skipSpaceAndComments(stream);
+    token = takeNumberToken(stream, exponents);
+  }
   if (token.empty())
     stream.setstate(std::ios::failbit);
   else
@@ -159,7 +161,7 @@ std::istream& readToken(std::istream& stream, QQ& x, bool exponents) {
 }  // namespace
 
 void parse(QQ& q, const std::string& text) {
-  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
+  if (text.size() > MAX_NUMBER_LENGTH) fail("QQ: number is too long");
   if (text.find_first_of("eE") == std::string::npos)
     parsePlain(q, text);
   else
@@ -168,7 +170,7 @@ void parse(QQ& q, const std::string& text) {
 
 std::string expandExponent(const std::string& text) {
   if (text.find_first_of("eE") == std::string::npos) return text;
-  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
+  if (text.size() > MAX_NUMBER_LENGTH) fail("QQ: number is too long");
   return toText(valueOf(text, 0));
 }
 
