@@ -99,6 +99,7 @@ void readScale(std::istream& in, SavedLattice<T>& saved) {
   checkVectorPrecision(saved.c, "c overflow");
   saved.R = takeNumber<T>(in);
   if (isInfinite(saved.R) || saved.R <= T(0)) fail("Vector: bad input");
+  requireTextual(saved.basis, saved.R);
 }
 
 template <class T>
