@@ -24,13 +24,27 @@ void compactColumns(Matrix<T>& matrix, const std::vector<bool>& keep, long left)
   if (matrix.N > 0) matrix.resize(matrix.M, left);
 }
 
+// A difference that has lost most of its size ends in places that are noise, and the side that is rounded up
+// or down later would be off by one. `size` is the sum of all magnitudes that went into it. Halves and the
+// like are exact, and no noise.
+void requirePlaces(dbl_t side, dbl_t size, const char* message) {
+  constexpr dbl_t CANCELLED = 8;
+  constexpr dbl_t BINARY = 1024;
+  if (size > CANCELLED * abs(side) && side * BINARY != roundNearest(side * BINARY)) throwPrecision(message);
+}
+void requirePlaces(const QQ&, const QQ&, const char*) {}
+
 // side -= coefficient * value, for the values of the fixed variables, in their order.
 template <class T>
 void subtractFixed(const Vector<T>& row, const Map<long, T>& fixed, T& side, const char* message) {
+  T size(0);
   for (long k = 1; k <= fixed.MN; ++k) {
-    side -= row[fixed[k].left] * fixed[k].right;
+    const T share = row[fixed[k].left] * fixed[k].right;
+    side -= share;
     checkPrecision(side, message);
+    size += abs(share) + abs(side);
   }
+  requirePlaces(side, size, message);
 }
 
 template <class T>
