@@ -6,12 +6,16 @@
 namespace latbox {
 namespace {
 
-// The coordinate of a lattice vector is a whole number of the scaled variable, but standard precision carries
-// multipliers such as 4/3 rounded. Left as it comes out, the noise would move bounds that are rounded inward
-// or outward later.
+template <class T>
+void toNearWhole(T& x) {
+  if (isInteger(x)) return;
+  const T nearest = roundNearest(x);
+  if (isZero(T(x - nearest))) x = nearest;
+}
+
+// What should be whole by its definition; exact arithmetic has nothing to mend there.
 inline void snapToWhole(dbl_t& x) {
-  const dbl_t nearest = roundNearest(x);
-  if (isZero(x - nearest)) x = nearest;
+  toNearWhole(x);
 }
 inline void snapToWhole(QQ&) {}
 
@@ -147,7 +151,10 @@ int Lattice<T, F>::lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keep
     T value = negated ? T(R - latVec[q + i]) : T(R + latVec[q + i]);
     value /= T(2) * c[q + i];
     if (!isInfinite(this->lx[i])) value += this->lx[i];
-    snapToWhole(value);
+    // A lattice vector gives whole numbers, but standard precision carries multipliers such as 4/3 rounded,
+    // and exact arithmetic may have taken them over. Left as it comes out, the noise would show in solutions
+    // and move bounds that are rounded inward or outward later.
+    toNearWhole(value);
     checkPrecision(value, "opt_vec overflow1");
     optVec[i] = value;
   }

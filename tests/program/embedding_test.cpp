@@ -205,6 +205,19 @@ TYPED_TEST(Embedding, AnotherValueOfAFixedVariableDoesNotFit) {
   EXPECT_FALSE(l->tryOpt2lat(Vector<T>("[ 1.5 inf -4 2 ]"), v, false));
 }
 
+// Symptom: a point with 16:59157142857142823/118314285714285716 in place of 16.5, a digit off its grid.
+TEST(EmbeddingAcross, RoundedMultipliersGiveWholeVariables) {
+  const char* program = "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 6 ] [ 1 0 ] [ -2 0 ] [ 3.1 4 ]";
+  auto standard = latticeOf<dbl_t>(program);
+  Lattice<QQ, dbl_t> extended;
+  extended.convertFrom(*standard);
+  Vector<QQ> v;
+  v.assignConverted(latticeVector(*standard, "[ 0.7 3 ]"), [](dbl_t x) { return QQ(x); });
+  Vector<QQ> x;
+  EXPECT_EQ(extended.lat2opt(v, x, true), 1);
+  EXPECT_EQ(shown(x), "[ 7/10 3 ]");
+}
+
 // Each of the terms of the row is more than standard precision holds; what is left of them is small.
 TEST(EmbeddingStandard, LargeTermsThatCancelAskForExactArithmetic) {
   auto l = latticeOf<dbl_t>(testing::SMALL);
