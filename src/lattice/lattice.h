@@ -331,10 +331,21 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void variateBase();            // the harder the longer there was no primary improvement
 
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
+  //
+  // What was found is written. Then, if `finishEnabled`: with `terminate`, or in the last iteration that
+  // `iters` allows, the run ends; otherwise the lattice is regenerated, and RestartException leaves the step.
+  // Returns only while `finishEnabled` is off, and under a front end, where the end stops the run instead.
   void restartHandling(bool terminate);
+  // The lattice of `program` as it stands now, with what is remembered of the old one, and its .lat file. The
+  // basis starts anew: no index, coordinate or weight of before holds. Throws PrecisionException; the stars
+  // are in hand then, the rest is not to be used.
   void regenerateLattice();
+  // The final report and the end of the process, by SIGTERM; under a front end the run state "stopped".
   void terminateRun();
+  // What an iteration prints, which depends on `verb`; at 0 only what has changed since the last call.
   std::string iterationReport();
+  // The best target, where there are target rows; the number of solutions and when the first were found,
+  // where there are any.
   std::string solutionSummary() const;
 
  private:

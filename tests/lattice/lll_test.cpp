@@ -6,6 +6,7 @@
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "support/failure.h"
+#include "support/lattice.h"
 
 namespace latbox::testing {
 
@@ -332,6 +333,18 @@ TYPED_TEST(LllTest, SwapClearsFromTheLowerPosition) {
   EXPECT_EQ(l.status[1], 0);
   EXPECT_EQ(l.status[2], STATUS_DEPENDENT);
   EXPECT_EQ(l.status[3], STATUS_DEPENDENT);
+}
+
+// The vector at the second place is a better target, so that the sweep is left from within a step that
+// blends.
+TYPED_TEST(LllTest, ARestartOutOfTheSweepPutsBlendedBack) {
+  const auto l = latticeOf<TypeParam>(SMALL_TARGET);
+  l->finishEnabled = true;
+  l->swapBase(1, 2, false);
+  l->B[2] = l->B[1] + l->B[2] + l->B[3];
+  ASSERT_EQ(l->B[2], latticeVector(*l, "[ 1 1 ]"));
+  EXPECT_THROW(l->lll(1, 0, 0), RestartException);
+  EXPECT_FALSE(l->blended);
 }
 
 TYPED_TEST(LllTest, SortBasisOrdersByLength) {
