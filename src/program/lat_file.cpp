@@ -185,6 +185,7 @@ void Lattice<T, F>::readLatFile() {
   this->printProgram(verb() == 2);
   B_save = std::move(saved.basis);
   B = B_save;
+  restoreMultipliers();
   TT.resize(0, false);
   newTransformation(false);
 }
