@@ -114,6 +114,19 @@ class ResumeTest(harness.Case):
             for name in ("prog.sol", "prog.lat"):
                 self.remove(name)
 
+    def test_fractions_in_long_combinations_survive(self):
+        # Symptom: the second run, exact from its stars on, took two of three known points for no part of the lattice.
+        self.write("prog.opt", programs.opt(dt=["-inf", "inf"], at=[[-95, -819], ["4.16", -3]], au=[[959, -58]],
+                                            lu=[36953], ru=[37054], lx=[-1, -2], rx=[40, 40]))
+        self.assert_ends_well(self.run_solver("--sol=30", "--iters=3", "prog.opt"))
+        before = self.unchecked_points()
+        self.assertGreater(len(before), 1)
+        for _ in range(2):
+            result = self.run_solver("--sol=30", "--iters=3", "--verb=2", "prog.opt")
+            self.assert_ends_well(result)
+            self.assertNotIn("Star-Vector", result.out)
+        self.assertLessEqual(before, self.unchecked_points())
+
     def test_a_variable_is_fixed_otherwise_between_two_runs(self):
         # Symptom: the points with the former value stayed in the file.
         for value in (5, 3):
