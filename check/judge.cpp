@@ -25,10 +25,19 @@ std::string range(const Rewriting::Box& box) {
   return range(Number(box.low), Number(box.high));
 }
 
+// The most that a rounding may make out in any figure.
+const Rational& mostRounding() {
+  static const Rational most = 1 / powerOfTen(9);
+  return most;
+}
+
+bool isWithin(const Number& claimed, const Rational& exact, const Rational& tolerance) {
+  return claimed.isFinite() && abs(claimed.value() - exact) <= tolerance;
+}
+
 // a x - side. Sums of whole numbers are exact in every precision.
 Figure figure(const std::vector<Rational>& a, const std::vector<Rational>& x, const Rational& side) {
   static const Rational relative = 1 / powerOfTen(15);
-  static const Rational most = 1 / powerOfTen(9);
   Figure sum{-side, abs(side)};
   bool whole = isWhole(side);
   for (std::size_t j = 0; j < a.size(); ++j) {
@@ -37,7 +46,7 @@ Figure figure(const std::vector<Rational>& a, const std::vector<Rational>& x, co
     sum.tolerance += abs(term);
     whole = whole && isWhole(a[j]) && isWhole(x[j]);
   }
-  sum.tolerance = whole ? Rational(0) : std::min(Rational(sum.tolerance * relative), most);
+  sum.tolerance = whole ? Rational(0) : std::min(Rational(sum.tolerance * relative), mostRounding());
   return sum;
 }
 
@@ -150,7 +159,8 @@ class Judge {
 
   void judgeSlackNorm() {
     const Rational taken = rewriting_.slackNorm(x_);
-    if (s_.slackNorm != Number(slack_.value) && s_.slackNorm == Number(taken))
+    if (!isWithin(s_.slackNorm, slack_.value, slack_.tolerance) &&
+        isWithin(s_.slackNorm, taken, mostRounding()))
       note("slack norm " + toText(taken) + " is what the solver takes from other rows; the distance is " +
            toText(slack_.value));
     else
@@ -160,8 +170,7 @@ class Judge {
   void compare(const std::string& name, const Number& claimed, const Figure& exact) {
     if (claimed == Number(exact.value)) return;
     const std::string text = name + ": claimed " + toText(claimed) + ", exactly " + toText(exact.value);
-    const bool rounded = claimed.isFinite() && abs(claimed.value() - exact.value) <= exact.tolerance;
-    rounded ? note(text + ", a rounding") : fault(text);
+    isWithin(claimed, exact.value, exact.tolerance) ? note(text + ", a rounding") : fault(text);
   }
 
   const Program& p_;

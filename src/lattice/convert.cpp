@@ -2,6 +2,7 @@
 // taken only if every value of the state converts and comes back, but for values that the lattice can
 // recompute.
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 
 #include "lattice/inner_product.h"
@@ -80,6 +81,7 @@ void Lattice<T, F>::convertFrom(const Lattice<U, F>& other) {
   params.convertFrom(other.params);
   convertResults(other);
   convertBasis(other);
+  if constexpr (std::is_same_v<T, QQ>) restoreMultipliers();
   convertDerived(other);
 }
 

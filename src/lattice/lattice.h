@@ -247,6 +247,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void takeBounds(long mode);
   bool programAhead() const;  // a bound of `program` moved since the basis was generated
 
+  // program/multipliers.cpp: c, the basis and all vectors kept, as exactly as the type holds them, after a
+  // conversion or a file has rounded them to 17 digits. The caller drops what was derived from the basis.
+  void restoreMultipliers();
+
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
   int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
   void opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const;

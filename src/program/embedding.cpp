@@ -1,16 +1,21 @@
 // The maps between lattice vectors (unit coordinates) and the variables of the program.
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/exact_product.h"
 
 namespace latbox {
 namespace {
 
-// The coordinate of a lattice vector is a whole number of the scaled variable, but standard precision carries
-// multipliers such as 4/3 rounded. Left as it comes out, the noise would move bounds that are rounded inward
-// or outward later.
+template <class T>
+void toNearWhole(T& x) {
+  if (isInteger(x)) return;
+  const T nearest = roundNearest(x);
+  if (isZero(T(x - nearest))) x = nearest;
+}
+
+// What should be whole by its definition; exact arithmetic has nothing to mend there.
 inline void snapToWhole(dbl_t& x) {
-  const dbl_t nearest = roundNearest(x);
-  if (isZero(x - nearest)) x = nearest;
+  toNearWhole(x);
 }
 inline void snapToWhole(QQ&) {}
 
@@ -49,7 +54,10 @@ T equationExcess(const Lattice<T, F>& l, const Vector<T>& x, long base, long col
     const Vector<T>& a = l.Ag[row];
     if (isExactZero(a[column])) continue;
     T excess = -l.bg[row];
-    for (long j = 1; j <= base; ++j) excess += a[j] * x[j];
+    for (long j = 1; j <= base; ++j) {
+      excess += a[j] * x[j];
+      requireAllDigits(excess);
+    }
     excess /= abs(a[column]);
     snapToWhole(excess);
     return excess;
@@ -87,16 +95,26 @@ void embedPoint(const Lattice<T, F>& l, const Vector<T>& x, Vector<T>& latVec) {
   const long tu = l.generatedTu ? 1 : 0;
   latVec.resizeZero(l.dim);
   if (l.checkMode == 1) {
-    for (long i = 1; i <= q; ++i) latVec[i] = l.Ag[i] * x - l.bg[i];
+    for (long i = 1; i <= q; ++i) latVec[i] = exactProduct(l.Ag[i], x) - l.bg[i];
   } else {
-    if (tu == 1) latVec[1] = l.c[1] * (T(2) * (l.atu * x) - (l.ltu() + l.rtu()));
+    if (tu == 1) latVec[1] = l.c[1] * (T(2) * exactProduct(l.atu, x) - (l.ltu() + l.rtu()));
     for (long i = 1; i <= l.Au.M; ++i)
-      latVec[tu + i] = l.c[tu + i] * (T(2) * (l.Au[i] * x) - (l.lu[i] + l.ru[i]));
+      latVec[tu + i] = l.c[tu + i] * (T(2) * exactProduct(l.Au[i], x) - (l.lu[i] + l.ru[i]));
   }
   for (long i = 1; i <= x.MN; ++i) latVec[q + i] = x[i] * T(2) * l.c[q + i] - l.R;
   latVec[l.dim] = l.inhomBase;
   plainZeros(latVec);
   for (long i = 1; i <= l.dim; ++i) checkPrecision(latVec[i], "lat_vec overflow");
+}
+
+// The way to the lattice leaves fixed variables out, so that it takes any value of theirs for the right one.
+template <class T, class F>
+bool keepsFixedValues(const Lattice<T, F>& l, const Vector<T>& optVec) {
+  for (long k = 1; k <= l.fixedComponents.MN; ++k) {
+    const auto& fixed = l.fixedComponents[k];
+    if (isInfinite(optVec[fixed.left]) || !isZero(T(optVec[fixed.left] - fixed.right))) return false;
+  }
+  return true;
 }
 
 enum class Embedded { yes, negativeSlack, notIntegral, wrongDimension };
@@ -133,7 +151,10 @@ int Lattice<T, F>::lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keep
     T value = negated ? T(R - latVec[q + i]) : T(R + latVec[q + i]);
     value /= T(2) * c[q + i];
     if (!isInfinite(this->lx[i])) value += this->lx[i];
-    snapToWhole(value);
+    // A lattice vector gives whole numbers, but standard precision carries multipliers such as 4/3 rounded,
+    // and exact arithmetic may have taken them over. Left as it comes out, the noise would show in solutions
+    // and move bounds that are rounded inward or outward later.
+    toNearWhole(value);
     checkPrecision(value, "opt_vec overflow1");
     optVec[i] = value;
   }
@@ -164,7 +185,7 @@ void Lattice<T, F>::opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool tra
 
 template <class T, class F>
 bool Lattice<T, F>::tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const {
-  if (embed(*this, optVec, latVec, false) != Embedded::yes) return false;
+  if (embed(*this, optVec, latVec, false) != Embedded::yes || !keepsFixedValues(*this, optVec)) return false;
   if (transformed && !unweighted()) rescaledVector(Vector<T>(latVec), latVec);
   return true;
 }

@@ -1,5 +1,6 @@
 #include "program/file_items.h"
 
+#include <cmath>
 #include <set>
 
 #include "lib/element_text.h"
@@ -12,6 +13,8 @@ namespace latbox {
 namespace {
 
 constexpr std::size_t INTEGER_DIGITS = 18;
+constexpr dbl_t TEXTUAL_RANGE = 1e6L;
+constexpr dbl_t SHOWN_PLACES = 1e7L;  // 17 digits show so many places of every number below 10^10
 
 // The letters of an infinity, which belong to no number token.
 std::string takeLetters(std::istream& in) {
@@ -19,6 +22,13 @@ std::string takeLetters(std::istream& in) {
   for (int ch = nextCharacter(in); ch >= 'a' && ch <= 'z' && letters.size() < 3; ch = nextCharacter(in))
     letters += static_cast<char>(takeCharacter(in));
   return letters;
+}
+
+// 9.75 has few, a third has more. What the type itself rounds off is far smaller.
+bool hasMorePlaces(dbl_t x) {
+  constexpr dbl_t ROUNDING = 0.01L;
+  const dbl_t shifted = x * SHOWN_PLACES;
+  return std::fabs(shifted - std::round(shifted)) > ROUNDING;
 }
 
 bool isSign(const std::string& text) {
@@ -51,6 +61,13 @@ long takeInteger(std::istream& in) {
 template <class T>
 void requireExact(const Vector<T>& v) {
   for (long i = 1; i <= v.MN; ++i) precisionCheck(v[i]);
+}
+
+void requireTextual(const Matrix<dbl_t>& basis, dbl_t range) {
+  if (range <= TEXTUAL_RANGE) return;
+  for (long i = 1; i <= basis.M; ++i)
+    for (long j = 1; j <= basis.N; ++j)
+      if (hasMorePlaces(basis[i][j])) throwPrecision("B_save overflow");
 }
 
 bool writeOutput(const std::string& path, const std::string& text) {

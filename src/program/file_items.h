@@ -4,7 +4,7 @@
 #include <istream>
 #include <string>
 
-#include "lib/vector.h"
+#include "lib/matrix.h"
 
 namespace latbox {
 
@@ -27,6 +27,13 @@ long takeInteger(std::istream& in);
 // takeNumber's test on what a vector has read.
 template <class T>
 void requireExact(const Vector<T>& v);
+
+// For a basis whose coordinates go up to `range`: standard precision is written and converted with 17 digits,
+// and beyond a range of 10^6 multiples of a fraction such as 4/3 would lose places that the membership test
+// looks at, so that a lattice that is read back would not hold the solutions any more. Throws
+// PrecisionException with "B_save overflow"; exact arithmetic writes such a fraction as it is.
+void requireTextual(const Matrix<dbl_t>& basis, dbl_t range);
+inline void requireTextual(const Matrix<QQ>&, const QQ&) {}
 
 // Equal shape and elements; vectors of different lengths differ.
 template <class T>

@@ -4,6 +4,7 @@
 
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/file_items.h"
 
 namespace latbox {
 namespace {
@@ -238,6 +239,7 @@ void Lattice<T, F>::generateLattice(bool equations) {
   for (long i = 1; i <= this->n(); ++i) embedVariable(*this, i, m + i);
   embedInhomogeneous(*this);
   finishBasis(B_save);
+  requireTextual(B_save, R);
   takeBounds(equations ? 1 : 2);
   clearStatus();
   TT.resize(0, false);

@@ -99,6 +99,7 @@ void readScale(std::istream& in, SavedLattice<T>& saved) {
   checkVectorPrecision(saved.c, "c overflow");
   saved.R = takeNumber<T>(in);
   if (isInfinite(saved.R) || saved.R <= T(0)) fail("Vector: bad input");
+  requireTextual(saved.basis, saved.R);
 }
 
 template <class T>
@@ -184,6 +185,7 @@ void Lattice<T, F>::readLatFile() {
   this->printProgram(verb() == 2);
   B_save = std::move(saved.basis);
   B = B_save;
+  restoreMultipliers();
   TT.resize(0, false);
   newTransformation(false);
 }

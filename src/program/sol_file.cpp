@@ -13,6 +13,7 @@
 #include "lib/scanner.h"
 #include "lib/scope_value.h"
 #include "numbers/number.h"
+#include "program/exact_product.h"
 #include "program/file_items.h"
 #include "program/results_version.h"
 #include "program/unsaved.h"
@@ -89,7 +90,7 @@ Star<T> starOf(const Lattice<T, F>& l, const TimeVector<T>& v, const std::string
   if (l.lat2opt(v, star, true) != 1) fail("sol2star: lat2opt can not compute x_opt");
   star.targetNorm = star.slackNorm = T(0);
   if (l.program.At.M > 0) {
-    star.targetValues = l.program.At * star;
+    star.targetValues = exactProduct<T>(l.program.At, star);
     const auto norms = l.program.targetNorms(star.targetValues, star);
     star.targetNorm = norms.left;
     star.slackNorm = norms.right;

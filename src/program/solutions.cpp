@@ -3,6 +3,7 @@
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/exact_product.h"
 #include "program/file_items.h"
 #include "program/results_version.h"
 
@@ -170,7 +171,7 @@ unsigned Lattice<T, F>::judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h
   if (bestSlack.notEmpty() && sameVector<T>(bestSlack, w)) return CHECK_FEASIBLE;
   Vector<T> x;
   if (lat2opt(w, x, true) == 0) fail("is not within lattice1");
-  const Vector<T> values = program.At * x;
+  const Vector<T> values = exactProduct(program.At, x);
   const auto norms = program.targetNorms(values, x);
   if (bestSlack.notEmpty() && exceeds(norms.left, bestSlack.targetNorm)) return CHECK_FEASIBLE;
   h = w;
@@ -180,7 +181,7 @@ unsigned Lattice<T, F>::judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h
   unsigned result = updateBounds(x) ? CHECK_BOUND : CHECK_LOOKED;
   if (!bestSlack.notEmpty() || exceeds(bestSlack.targetNorm, norms.left)) {
     if (findsCount(*this)) ++statisticsOf<T>().targetImprovements;
-    h.combinedTarget = program.atu * x;
+    h.combinedTarget = exactProduct(program.atu, x);
     bestSlack = h;
     program.setTargetBound(values, h.combinedTarget);
     ++resultsVersion();

@@ -19,11 +19,15 @@ void makeFinite(T& low, T& high) {
   }
 }
 
-// Half way between the two, on the grid of the variable's digits. A fixed variable left the program before
-// its digits were looked at, and they may be anything.
+// A fixed variable left the program before its digits were looked at, and they may be anything.
+template <class T>
+bool isFixed(const Tessik<T>& program, long i) {
+  return program.fx[i] == FreedomDegree::bounded && program.lx[i] == program.rx[i];
+}
+
+// Half way between the two, on the grid of the variable's digits.
 template <class T>
 T centre(const T& low, const T& high, const T& digits) {
-  if (low == high) return low;
   const T scale = digits > T(0) ? powerOfTen<T>(static_cast<long>(toDouble(digits))) : T(1);
   const T sum = low * scale + high * scale;
   return roundNearest(T(sum / T(2))) / scale;
@@ -38,7 +42,7 @@ void Lattice<T, F>::checkTrivialSolutions() {
   m.resizeZero(a.MN);
   for (long i = 1; i <= a.MN; ++i) {
     makeFinite(a[i], b[i]);
-    m[i] = centre(a[i], b[i], program.dx[i]);
+    m[i] = isFixed(program, i) ? a[i] : centre(a[i], b[i], program.dx[i]);
   }
   unsigned results = 0;
   {

@@ -153,6 +153,15 @@ TEST(TargetsWithAValue, the_slack_norm_of_other_rows_has_a_note) {
   EXPECT_EQ(faults(opt, "[ 1 1 ] | 2 | [ 2 ] | 1 | 0 | p"), Texts{"slack norm: claimed 1, exactly 2"});
 }
 
+// Symptom: 0.99999999999884494 was called wrong where the row gave 1.
+TEST(TargetsWithAValue, the_slack_norm_of_other_rows_may_be_rounded) {
+  const std::string opt = "[ 7 ] [ [ 2 3 ] ] [ [ 0.1 0.2 ] ] [ 1.3 ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 4 4 ]";
+  const Judgement taken = judged(opt, "[ 1 1 ] | 2 | [ 2 ] | 0.99999999999884494 | 0 | p");
+  EXPECT_EQ(taken.faults, Texts{"equation 1 gives 3/10, not 1:3/10"});
+  EXPECT_EQ(taken.notes, Texts{"slack norm 1 is what the solver takes from other rows; the distance is 2"});
+  EXPECT_EQ(faults(opt, "[ 1 1 ] | 2 | [ 2 ] | 0.9999 | 0 | p").size(), 2U);
+}
+
 TEST(Rounding, holds_with_a_note_where_terms_are_no_whole_numbers) {
   const std::string opt = "[ -inf ] [ [ 1/3 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 ] [ 0 ] [ 9 ]";
   const Judgement judgement = judged(opt, "[ 1 ] | 0.33333333333333333 | [ 1/3 ] | 0 | 0 | p");

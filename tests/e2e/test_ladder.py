@@ -108,6 +108,13 @@ class LadderTest(harness.Case):
             with self.subTest(program=name):
                 self.assert_same(name, "--iters=3", "--deep=1")
 
+    def test_large_target_terms_that_cancel(self):
+        # Symptom: a line with a target value that was 61 off, for the two terms were rounded.
+        self.write("prog.opt", programs.opt(dt=["inf"], at=[[1234567890123457, -1234567890123456]], au=[[1, -1]],
+                                            lu=[-1], ru=[0], rx=[1000003, 1000003]))
+        self.assert_ends_well(self.run_solver("--iters=3", "prog.opt"))
+        self.assertEqual(self.stars()[0].target_norm, -1000003)
+
     def switches(self, name, *options):
         """The announcements of changed precision in their order, and the whole output."""
         out = self.outcome(PROGRAMS[name], FREE, "--iters=2", *options)[0]

@@ -4,6 +4,7 @@ import os
 import re
 import signal
 
+import checker
 import harness
 import programs
 
@@ -92,6 +93,49 @@ class ResumeTest(harness.Case):
         result = self.run_solver("--sol=0", "--iters=3", "--verb=2", "prog.opt")
         self.assert_ends_well(result)
         self.assertIn("-> Reading lat file ...", result.out)
+
+    def unchecked_points(self):
+        # With a lower bound that is not 0 the box of the lattice is not that of the program.
+        return points(checker.read_stars(self.read("prog.sol")))
+
+    def test_fractions_of_a_wide_range_survive(self):
+        # Symptoms: stars that a later run threw away as not part of the lattice; and "Precision lost during conversion".
+        for upper in ([4, 9973, 499], [4, 99991, 997]):
+            self.write("prog.opt", programs.opt(au=[[1, 1, 0]], lu=[7], ru=[12], lx=[-1, 0, 0], rx=upper))
+            self.assert_ends_well(self.run_solver("--sol=30", "--iters=3", "prog.opt"))
+            before = self.unchecked_points()
+            self.assertTrue(before)
+            for _ in range(4):
+                result = self.run_solver("--sol=1000", "--iters=3", "--verb=2", "prog.opt")
+                self.assert_ends_well(result)
+                self.assertIn("-> Reading lat file ...", result.out)
+                self.assertNotIn("Star-Vector", result.out)
+            self.assertLessEqual(before, self.unchecked_points())
+            for name in ("prog.sol", "prog.lat"):
+                self.remove(name)
+
+    def test_fractions_in_long_combinations_survive(self):
+        # Symptom: the second run, exact from its stars on, took two of three known points for no part of the lattice.
+        self.write("prog.opt", programs.opt(dt=["-inf", "inf"], at=[[-95, -819], ["4.16", -3]], au=[[959, -58]],
+                                            lu=[36953], ru=[37054], lx=[-1, -2], rx=[40, 40]))
+        self.assert_ends_well(self.run_solver("--sol=30", "--iters=3", "prog.opt"))
+        before = self.unchecked_points()
+        self.assertGreater(len(before), 1)
+        for _ in range(2):
+            result = self.run_solver("--sol=30", "--iters=3", "--verb=2", "prog.opt")
+            self.assert_ends_well(result)
+            self.assertNotIn("Star-Vector", result.out)
+        self.assertLessEqual(before, self.unchecked_points())
+
+    def test_a_variable_is_fixed_otherwise_between_two_runs(self):
+        # Symptom: the points with the former value stayed in the file.
+        for value in (5, 3):
+            self.write("prog.opt", programs.opt(dt=["-inf"], at=[[1, 1, 1]], au=[[1, 1, 1]], lu=[3], ru=[12],
+                                                lx=[0, value, 0], rx=[4, value, 4]))
+            if self.exists("prog.lat"):
+                self.age("prog.lat", 60)
+            self.assert_ends_well(self.run_solver("--iters=3", "prog.opt"))
+            self.assertEqual({star.x[1] for star in self.stars()}, {value})
 
     def test_a_benchmark_run_reads_no_solutions(self):
         self.write("prog.opt", programs.SMALL)

@@ -195,6 +195,41 @@ TYPED_TEST(Embedding, NoNegativeZeros) {
   EXPECT_EQ(shown(x), "[ 0 0 ]");
 }
 
+// A star of a program in which the variable was fixed otherwise, or not at all.
+TYPED_TEST(Embedding, AnotherValueOfAFixedVariableDoesNotFit) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(MIXED);
+  Vector<T> v;
+  EXPECT_TRUE(l->tryOpt2lat(Vector<T>("[ 1.5 7 -4 2 ]"), v, false));
+  EXPECT_FALSE(l->tryOpt2lat(Vector<T>("[ 1.5 8 -4 2 ]"), v, false));
+  EXPECT_FALSE(l->tryOpt2lat(Vector<T>("[ 1.5 inf -4 2 ]"), v, false));
+}
+
+// Symptom: a point with 16:59157142857142823/118314285714285716 in place of 16.5, a digit off its grid.
+TEST(EmbeddingAcross, RoundedMultipliersGiveWholeVariables) {
+  const char* program = "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 6 ] [ 1 0 ] [ -2 0 ] [ 3.1 4 ]";
+  auto standard = latticeOf<dbl_t>(program);
+  Lattice<QQ, dbl_t> extended;
+  extended.convertFrom(*standard);
+  Vector<QQ> v;
+  v.assignConverted(latticeVector(*standard, "[ 0.7 3 ]"), [](dbl_t x) { return QQ(x); });
+  Vector<QQ> x;
+  EXPECT_EQ(extended.lat2opt(v, x, true), 1);
+  EXPECT_EQ(shown(x), "[ 7/10 3 ]");
+}
+
+// Each of the terms of the row is more than standard precision holds; what is left of them is small.
+TEST(EmbeddingStandard, LargeTermsThatCancelAskForExactArithmetic) {
+  auto l = latticeOf<dbl_t>(testing::SMALL);
+  Vector<dbl_t> v;
+  EXPECT_THROW(l->opt2lat(Vector<dbl_t>("[ 4000000000000000001 -4000000000000000000 ]"), v, false),
+               FatalPrecisionException);
+  auto slacked = latticeOf<dbl_t>(HALF_INFINITE);
+  slacked->Ag *= 1e17L;
+  slacked->bg *= 1e17L;
+  EXPECT_THROW(slacked->opt2lat(Vector<dbl_t>("[ 30 30 30 ]"), v, false), FatalPrecisionException);
+}
+
 TEST(EmbeddingStandard, OverflowTexts) {
   auto l = latticeOf<dbl_t>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
   Vector<dbl_t> v;

@@ -41,6 +41,13 @@ TYPED_TEST(Generation, SymmetricOnlyWithoutInhomogeneousCoordinate) {
 }
 
 // The range of the target, 2 rows of coefficients, and both check bounds 0.
+TYPED_TEST(Generation, NeitherTargetBoundNorRows) {
+  using T = TypeParam;
+  auto l = latticeOf<T>("[ -inf ] [ [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 4 6 ]");
+  EXPECT_EQ(l->R, T(12));
+  EXPECT_EQ(shown(l->B_save), "[ -12 -12 1 ][ 6 0 0 ][ 0 4 0 ]");
+}
+
 TYPED_TEST(Generation, CombinedTargetIsTheFirstCoordinate) {
   using T = TypeParam;
   auto l = preparedLattice<T>(testing::SMALL_TARGET);
@@ -209,6 +216,18 @@ TYPED_TEST(Generation, StarsAreJudgedAgain) {
 TEST(GenerationStandard, BasisBeyondTheLimitAsksForExactArithmetic) {
   auto l = preparedLattice<dbl_t>("[ ] [ ] [ ] [ ] [ [ 300000000 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 3 3 ]");
   testing::expectPrecisionException([&] { l->prepareLattice(); }, "B_save overflow");
+}
+
+// Symptom: the saved lattice of such a program did not hold its solutions when it was read back, for 17
+// digits show too few places of the multiples of a sixth. Up to a range of 10^6 they show enough.
+TEST(GenerationStandard, FractionsOfAWideRangeAskForExactArithmetic) {
+  const std::string rows = "[ ] [ ] [ ] [ ] [ [ 1 1 0 ] ] [ 7 ] [ 12 ] [ 0 0 0 ] ";
+  auto wide = preparedLattice<dbl_t>(rows + "[ -1 0 0 ] [ 4 9973 499 ]");
+  testing::expectPrecisionException([&] { wide->prepareLattice(); }, "B_save overflow");
+  auto narrow = latticeOf<dbl_t>(rows + "[ -1 0 0 ] [ 4 9973 19 ]");
+  EXPECT_EQ(narrow->R, 5 * 9973 * 19);
+  auto few = latticeOf<dbl_t>(rows + "[ -3 0 0 ] [ 4 9973 499 ]");  // tenths
+  EXPECT_EQ(few->R, 5L * 7 * 9973 * 499);
 }
 
 // What the equations alone need fits; the rows of their kernel times the inequation's coefficients do not.

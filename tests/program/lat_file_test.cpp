@@ -335,6 +335,24 @@ TEST(LatFileStandard, ValuesBeyondTheLimitAskForExactArithmetic) {
   }
 }
 
+// Symptom: the second run read 166151711:2/3 rounded and ended with "Precision lost during conversion".
+TEST(LatFileStandard, FractionsOfAWideRangeAskForExactArithmetic) {
+  const char* program = "[ ] [ ] [ ] [ ] [ [ 1 1 0 ] ] [ 7 ] [ 12 ] [ 0 0 0 ] [ -1 0 0 ] [ 4 99991 997 ]";
+  TemporaryFolder folder;
+  auto exact = latticeOf<QQ>(program);
+  exact->latFile = folder.path("a.lat");
+  exact->writeEnabled = true;
+  exact->writeLatFile();
+  auto standard = testing::unpreparedLattice<dbl_t>(program);
+  standard->latFile = folder.path("a.lat");
+  testing::expectPrecisionException([&] { standard->readLatFile(); }, "B_save overflow");
+  EXPECT_EQ(standard->rank, 0);
+  auto again = testing::unpreparedLattice<QQ>(program);
+  again->latFile = folder.path("a.lat");
+  again->readLatFile();
+  EXPECT_EQ(again->B_save, exact->B_save);
+}
+
 // What one precision wrote, the other reads; multipliers such as 4/3 are fractions in one and decimals in the
 // other.
 template <class From, class To>

@@ -351,6 +351,13 @@ TYPED_TEST(SolFile, StarsThatDoNotFitAreDropped) {
                            "|    |-> Star-Vector is neither a solution nor a feasible vector\n");
 }
 
+// Symptom: after a variable had been fixed at another value, the points of the former program stayed.
+TYPED_TEST(SolFile, StarWithAnotherFixedValueIsDropped) {
+  auto l = this->lattice("[ ] [ ] [ ] [ ] [ [ 1 1 1 ] ] [ 3 ] [ 9 ] [ 0 0 0 ] [ 0 3 0 ] [ 4 3 4 ]");
+  EXPECT_EQ(this->read(*l, "[ 1 5 1 ] | 0 | [ ] | 0 | 3\n[ 2 3 1 ] | 0 | [ ] | 0 | 3\n"), "[ 2 3 1 ]");
+  EXPECT_NE(this->log.find("Star-Vector is not part of the lattice"), std::string::npos);
+}
+
 TYPED_TEST(SolFile, StarThatBreaksASlackIsDropped) {
   auto l = this->lattice("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 3 ] [ inf ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
   EXPECT_EQ(this->read(*l, "[ 1 1 ] | 0 | [ ] | 0 | 3\n[ 2 1 ] | 0 | [ ] | 0 | 3\n"), "[ 2 1 ]");

@@ -330,6 +330,27 @@ TYPED_TEST(Solutions, GraphicalFrontEndIsTold) {
   this->check(*l, "[ 1 1 ]");
   this->check(*l, "[ 1 2 ]");
   EXPECT_EQ(l->mainVars[MainMutexVariable::reserved6].get(), "2");
+  l->sol2star();
+  this->check(*l, "[ 2 1 ]");
+  EXPECT_EQ(l->mainVars[MainMutexVariable::reserved6].get(), "3");
+  EXPECT_EQ(l->mainVars[MainMutexVariable::reserved7].get(), l->starReport());
+  EXPECT_NE(l->starReport().find("x = [ 1 1 ]"), std::string::npos);
+  EXPECT_NE(l->starReport().find("x = [ 1 2 ]"), std::string::npos);
+}
+
+// Symptom: a line of the .sol file with a target value that was 61 off, for the two terms were rounded.
+TEST(SolutionsStandard, LargeTargetsThatCancelAskForExactArithmetic) {
+  const char* program =
+      "[ inf ] [ [ 1234567890123457 -1234567890123456 ] ] [ ] [ ] [ [ 1 -1 ] ] [ -1 ] [ 0 ] [ 0 0 ] [ 0 0 ] "
+      "[ 1000003 1000003 ]";
+  auto exact = latticeOf<QQ>(program);
+  auto standard = std::make_unique<Lattice<dbl_t, dbl_t>>();
+  standard->convertFrom(*exact);
+  EXPECT_THROW(standard->checkSolution(latticeVector(*standard, "[ 1000003 1000003 ]"), NOW, false),
+               FatalPrecisionException);
+  EXPECT_FALSE(standard->bestSlack.notEmpty());
+  exact->checkSolution(latticeVector(*exact, "[ 1000003 1000003 ]"), NOW, false);
+  EXPECT_EQ(exact->bestSlack.targetNorm, QQ(-1000003));
 }
 
 }  // namespace

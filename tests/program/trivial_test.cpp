@@ -67,6 +67,13 @@ TYPED_TEST(Trivial, MissingBounds) {
   }
 }
 
+// Both corners are the one bound; the centre is rounded all the same.
+TYPED_TEST(Trivial, CentreOfOneFractionalBoundIsRounded) {
+  EXPECT_EQ(this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ 0 0 ] [ 5.5 0 ] [ inf 2 ]"), "[ 6 1 ]");
+  EXPECT_EQ(this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ -9 ] [ 9 ] [ 0 0 ] [ -inf 0 ] [ -5.5 2 ]"),
+            "[ -6 1 ]");
+}
+
 TYPED_TEST(Trivial, FixedVariablesStay) {
   EXPECT_EQ(this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ 0 0 ] [ 3 0 ] [ 3 2 ]"),
             "[ 3 0 ][ 3 2 ][ 3 1 ]");
