@@ -314,13 +314,13 @@ Vector<QQ> exactVector(const Vector<T>& v) {
   return result;
 }
 
-// A QQ that is whole, in either type; false when a dbl_t can't hold it.
-bool wholeInto(const QQ& value, QQ& x) {
+// A coordinate in either type. One that a dbl_t can't hold is a coordinate all the same: to answer that there
+// is none would lose what has it.
+void takeWhole(const QQ& value, QQ& x) {
   x = value;
-  return true;
 }
-bool wholeInto(const QQ& value, dbl_t& x) {
-  return convertStrict(value, x);
+void takeWhole(const QQ& value, dbl_t& x) {
+  if (!convertStrict(value, x)) throwPrecision("transformation coord error");
 }
 
 }  // namespace
@@ -404,7 +404,8 @@ class RowFactor {
     rows.assignConverted(dense_, [](const T& value) { return QQ(value); });
     if (confirms(SparseRows<QQ>(rows), exact, exactVector(v)) != Answer::yes) return false;
     for (long i = 1; i <= exact.MN; ++i)
-      if (!exact.data[i].isWhole() || !wholeInto(exact.data[i], x.data[i])) return false;
+      if (!exact.data[i].isWhole()) return false;
+    for (long i = 1; i <= exact.MN; ++i) takeWhole(exact.data[i], x.data[i]);
     return true;
   }
 };

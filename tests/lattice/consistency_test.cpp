@@ -158,6 +158,41 @@ TEST(ConsistencyOverflow, OriginBeyondTheGateIsRefused) {
   }
 }
 
+// Rows that generate all of Z^3, with coefficients of the unit vectors up to 5.5 * 10^14: sums of products do
+// not fit the mantissa.
+inline Rows scrambledRows() {
+  return {{-1131203, 106333120, -113292463}, {-7417863, 697280567, -748082403}, {-19033, 1789102, -1903434}};
+}
+
+// A basis that was in order came out as one of another lattice, for the product of transformation and origin
+// was rounded.
+TEST(ConsistencyOverflow, AProductThatMayBeRoundedIsLeftToExactArithmetic) {
+  for (const bool kept : {false, true}) {
+    Lattice<dbl_t, dbl_t> l;
+    setBasis(l, matrixOf<dbl_t>(scrambledRows()));
+    l.B = Matrix<dbl_t>::unit(3);
+    for (long i = 1; i <= 3; ++i) ASSERT_TRUE(l.coordinates(l.B[i], l.TT[1][i], true));
+    l.params.consistency.set(kept);
+    try {
+      l.checkConsistency(false, true);
+      FAIL() << "no exception";
+    } catch (const PrecisionException& e) {
+      EXPECT_STREQ(e.what(), "transformation overflow");
+    }
+    EXPECT_TRUE(l.B == Matrix<dbl_t>::unit(3));
+    setProgressDepth(0);
+  }
+}
+
+TEST(ConsistencyOverflow, ExactArithmeticHoldsTheProduct) {
+  Lattice<QQ, dbl_t> l;
+  setBasis(l, matrixOf<QQ>(scrambledRows()));
+  l.B = Matrix<QQ>::unit(3);
+  l.checkConsistency(false, true);
+  EXPECT_TRUE(l.B == Matrix<QQ>::unit(3));
+  EXPECT_TRUE(l.TT[1] * l.B_save == l.B);
+}
+
 TYPED_TEST(ConsistencyTest, ProgressLineAtVerbosityTwo) {
   auto& l = this->lattice;
   for (const long verb : {0, 1, 2}) {
