@@ -18,6 +18,7 @@
 #include "lib/elimination.h"
 #include "lib/modular.h"
 #include "numbers/number.h"
+#include "numbers/residues.h"
 
 namespace latbox {
 
@@ -226,29 +227,6 @@ class FloatingForm {
     return true;
   }
 };
-
-template <class T>
-bool residuesOf(const Vector<T>& v, std::uint64_t p, std::vector<std::uint64_t>& residues) {
-  residues.resize(at(v.MN) + 1);
-  for (long j = 1; j <= v.MN; ++j) {
-    unsigned long long residue = 0;
-    if (!modulo(v.data[j], p, residue)) return false;
-    residues[at(j)] = residue;
-  }
-  return true;
-}
-
-template <class T>
-bool residuesOf(const Matrix<T>& rows, std::uint64_t p, ModularMatrix& residues) {
-  residues = ModularMatrix(rows.M, rows.N);
-  for (long i = 1; i <= rows.M; ++i)
-    for (long j = 1; j <= rows.N; ++j) {
-      unsigned long long residue = 0;
-      if (!modulo(rows.rows[i].data[j], p, residue)) return false;
-      residues.at(i, j) = residue;
-    }
-  return true;
-}
 
 QQ exactInteger(std::uint64_t value) {
   return QQ(static_cast<long long>(value));
