@@ -82,7 +82,7 @@ TEST_F(Progress, ScopePrintsAndCloses) {
   ::testing::internal::CaptureStdout();
   {
     const ProgressScope outer(true, "outer ...");
-    const ProgressScope inner(true, "inner ...", true);
+    const ProgressScope inner(true, "inner ...");
     EXPECT_EQ(progressDepth(), 2);
   }
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> outer ...\n|    |-> inner ...\n");
