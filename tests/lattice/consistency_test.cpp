@@ -100,6 +100,30 @@ TYPED_TEST(ConsistencyTest, NearZerosBecomeZero) {
   EXPECT_TRUE(isExactZero(l.TT[1][2][1]));
 }
 
+TYPED_TEST(ConsistencyTest, NearZerosOfTheBasisDoNotEnterTheOrigin) {
+  auto& l = this->lattice;
+  l.params.consistency.set(true);
+  l.B_save[1][3] = l.B[1][3] = TypeParam(1) / TypeParam(2000000000L);
+  l.checkConsistency(true, true);
+  EXPECT_TRUE(isExactZero(l.B_save[1][3]));
+}
+
+// A cache of the basis as it was before the repair would find coordinates of another lattice.
+TYPED_TEST(ConsistencyTest, CacheOfTheBasisFollowsTheRepair) {
+  auto& l = this->lattice;
+  for (const bool kept : {false, true}) {
+    this->SetUp();
+    l.params.consistency.set(kept);
+    l.B[2][1] += TypeParam(1);
+    Vector<TypeParam> x;
+    ASSERT_TRUE(l.coordinates(l.B[2], x, false));
+    l.checkConsistency(false, true);
+    EXPECT_TRUE(l.B == l.B_save);
+    ASSERT_TRUE(l.coordinates(l.B_save[2], x, false)) << kept;
+    EXPECT_TRUE(x == vectorOf<TypeParam>({0, 1, 0}));
+  }
+}
+
 TYPED_TEST(ConsistencyTest, SeveralTransformationsAreRefused) {
   auto& l = this->lattice;
   l.newTransformation(false);
@@ -182,6 +206,28 @@ TEST(ConsistencyOverflow, AProductThatMayBeRoundedIsLeftToExactArithmetic) {
     EXPECT_TRUE(l.B == Matrix<dbl_t>::unit(3));
     setProgressDepth(0);
   }
+}
+
+TEST(ConsistencyOverflow, SumsBelowTheMantissaAreExact) {
+  Lattice<dbl_t, dbl_t> l;
+  setBasis(l, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
+  l.params.consistency.set(true);
+  l.B[1][1] = l.B_save[1][1] = 0x1p62L;
+  EXPECT_NO_THROW(l.checkConsistency(false, true));
+  l.B[1][1] = l.B_save[1][1] = 0x1p63L;
+  EXPECT_THROW(l.checkConsistency(false, true), PrecisionException);
+}
+
+// Coordinates that do not fit the type are none that the check could work with.
+TEST(ConsistencyOverflow, HugeCoordinatesRestoreTheOrigin) {
+  constexpr long q = 30000;
+  Lattice<dbl_t, dbl_t> l;
+  setBasis(l,
+           matrixOf<dbl_t>({{1, q, 0, 0}, {q, q * q + 1, q, 0}, {0, q, q * q + 1, q}, {0, 0, q, q * q + 1}}));
+  l.B = Matrix<dbl_t>::unit(4);
+  EXPECT_NO_THROW(l.checkConsistency(false, true));
+  EXPECT_TRUE(l.B == l.B_save);
+  EXPECT_TRUE(l.TT[1] == Matrix<dbl_t>::unit(4));
 }
 
 TEST(ConsistencyOverflow, ExactArithmeticHoldsTheProduct) {

@@ -215,6 +215,23 @@ TYPED_TEST(GsoTest, ReducedResumesFromEveryRow) {
   EXPECT_TRUE(Q2 == Q);
 }
 
+// Storage is kept between the calls, what stood in it must not show.
+TYPED_TEST(GsoTest, ReducedWritesTheZerosOfFactorAndLevels) {
+  const Matrix<TypeParam> M = matrixOf<TypeParam>(mixedRows());
+  this->reduced(M, 1, 0);
+  for (long i = 1; i <= 4; ++i)
+    for (long j = 1; j <= 4; ++j) {
+      this->L[i][j] = 7;
+      for (long l = 1; l <= 4; ++l) this->stages[l][i][j] = 7;
+    }
+  this->reduced(M, 1, 0);
+  for (long i = 1; i <= 4; ++i)
+    for (long j = i + 1; j <= 4; ++j) EXPECT_EQ(this->L[i][j], 0) << i << ' ' << j;
+  for (long l = 3; l <= 4; ++l)
+    for (long r = 1; r <= l - 2; ++r)
+      EXPECT_TRUE(this->stages[l][r] == Vector<dbl_t>::zeros(5)) << l << ' ' << r;
+}
+
 TYPED_TEST(GsoTest, ReducedReportsAZeroFirstRow) {
   EXPECT_EQ(this->reduced(matrixOf<TypeParam>({{0, 0}, {1, 2}}), 1, 0), 1);
   EXPECT_TRUE(this->Q[1] == Vector<dbl_t>::zeros(2));
