@@ -53,6 +53,15 @@ TYPED_TEST(CoordSolverTest, RationalCoordinatesAreNone) {
   EXPECT_TRUE(this->solve(rows, vectorOf<TypeParam>({4, 0, 10})));
 }
 
+// The last coordinate is a small difference of products that a long double rounds: such a sum decides
+// nothing.
+TYPED_TEST(CoordSolverTest, ProductsBeyondTheMantissa) {
+  const auto rows = matrixOf<TypeParam>({{1, 0, 1000000007}, {0, 1, -1000000006}});
+  for (long x = 30000000001; x < 30000000100; x += 2)
+    ASSERT_TRUE(this->solve(rows, vectorOf<TypeParam>({x, x, x}))) << x;
+  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({30000000001, 30000000001, 30000000002})));
+}
+
 TYPED_TEST(CoordSolverTest, SquareAndSingleRows) {
   this->expectRoundTrip(matrixOf<TypeParam>({{2, 1}, {1, 3}}), vectorOf<TypeParam>({5, -7}));
   this->solver.clear();
