@@ -24,12 +24,10 @@ struct Judgement {
 // Rewriting::targetOrder. Target norm: their sum, maximised ones negated. Slack norm: the sum of the
 // distances. Three things hold with a note:
 // - A distance may be claimed too large by an even number, and the target norm with it: the solver shows the
-// sum of
-//   two deviations, above and below, that it does not force to cancel.
+//   sum of two deviations, above and below, that it does not force to cancel.
 // - The slack norm may be what the solver takes from other rows; see Rewriting::slackNorm.
 // - Where a row has terms that are no whole numbers, a figure may be off by the rounding of standard
-// precision: by
-//   10^-15 of the sizes of its terms, and 10^-9 at most.
+//   precision: by 10^-15 of the sizes of its terms, and 10^-9 at most.
 // `rewriting` is the program's.
 Judgement judge(const Program& program, const Rewriting& rewriting, const Solution& solution);
 

@@ -21,8 +21,7 @@ using Vector = std::vector<Number>;
 using Matrix = std::vector<std::vector<Rational>>;
 
 // Reads a text from its beginning to its end. Every taking call first skips blanks, tabs, line ends and
-// comments:
-// "//" up to the line's end, "/*" up to "*/". All of them throw Unreadable.
+// comments ("//" up to the line's end, "/*" up to "*/"). All of them throw Unreadable.
 class Scanner {
  public:
   // The text must outlive the scanner. `firstLine` is the number of its first line in the file. With

@@ -11,8 +11,9 @@ namespace latbox {
 // Serves commands until the input ends. A run is never ended from here.
 void serveConsole(YLattice<dbl_t>& y, LineInput& input);
 
-// Acts on one line: STATUS, STOP, RUN, HELP and SET key=value, exactly so but for white space around. Any
-// other line is ignored without an answer. Answers are flushed.
+// Acts on one line: STATUS, STOP, RUN, HELP and SET key=value, exactly so but for white space around. A value
+// is not checked; one that its parser would refuse counts as 0. An unknown key is answered on standard error
+// with "*** No such setting: " and the key. Any other line is ignored without an answer. Answers are flushed.
 void actOnLine(YLattice<dbl_t>& y, const std::string& line);
 
 }  // namespace latbox

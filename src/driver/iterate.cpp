@@ -9,14 +9,10 @@
 namespace latbox {
 namespace {
 
-Statistics& liveStatistics(YLattice<dbl_t>& y) {
-  return y.extendedActive ? statisticsExtended() : statisticsStandard();
-}
-
 // The snapshot stays valid when the precision changes on the way: the statistics cross with the lattice.
 void beginIteration(YLattice<dbl_t>& y) {
-  liveStatistics(y).takeSnapshot();
-  ++liveStatistics(y).iterations;
+  y.statistics().takeSnapshot();
+  ++y.statistics().iterations;
 }
 
 bool mustLeave(YLattice<dbl_t>& y) {
@@ -55,7 +51,7 @@ void reportIteration(YLattice<dbl_t>& y) {
 
 bool countReached(YLattice<dbl_t>& y) {
   const long limit = y.live([](auto& lattice) { return lattice.params.iters.get(); });
-  return liveStatistics(y).iterations == limit;
+  return y.statistics().iterations == limit;
 }
 
 // The steps stand in the order in which they run: writing and checking, pairwise recombination, sieving,
@@ -83,7 +79,7 @@ void iterate(YLattice<dbl_t>& y) {
     beginIteration(y);
     if (mustLeave(y)) return;
     runSteps(y);
-    liveStatistics(y).updateProgress();
+    y.statistics().updateProgress();
   }
 }
 

@@ -9,20 +9,16 @@
 namespace latbox {
 namespace {
 
-long verbOf(YLattice<dbl_t>& y) {
-  return y.live([](auto& lattice) { return lattice.verb(); });
-}
-
 // The exact form of the input is always the first one.
 void readProgram(YLattice<dbl_t>& y) {
-  const ProgressScope level(verbOf(y) == 2, "Reading opt file ...");
+  const ProgressScope level(y.verb() == 2, "Reading opt file ...");
   switchToExtended(y);
   y.extended.program.readOpt();
   tryStandardPrecision(y);
 }
 
 void prepareProgram(YLattice<dbl_t>& y) {
-  const ProgressScope level(verbOf(y) == 2, "Preparing optimization program ...");
+  const ProgressScope level(y.verb() == 2, "Preparing optimization program ...");
   oneStep(y, [](auto& lattice) { lattice.prepare(true, false); });
 }
 
@@ -61,14 +57,14 @@ bool isNewer(const std::string& optName, const std::string& latName) {
 }
 
 void buildLattice(YLattice<dbl_t>& y) {
-  const ProgressScope level(verbOf(y) == 2, "Generating lattice ...");
+  const ProgressScope level(y.verb() == 2, "Generating lattice ...");
   prepareProgram(y);
   oneStep(y, [](auto& lattice) { lattice.prepareLattice(); });
   oneStep(y, [](auto& lattice) { writeFirstLatFile(lattice); });
 }
 
 void readFiles(YLattice<dbl_t>& y, const std::string& input) {
-  const ProgressScope level(verbOf(y) == 2, "Reading files ...");
+  const ProgressScope level(y.verb() == 2, "Reading files ...");
   y.live([&input](auto& lattice) { deriveFileNames(lattice, input); });
   readProgram(y);
   if (mustGenerate(y))

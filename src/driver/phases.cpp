@@ -19,10 +19,6 @@ namespace {
 // A run repeats: every run of the same input takes the same random path.
 constexpr unsigned RUN_SEED = 42;
 
-long verbOf(YLattice<dbl_t>& y) {
-  return y.live([](auto& lattice) { return lattice.verb(); });
-}
-
 void startTimer(YLattice<dbl_t>& y, bool gui) {
   if (y.live([](auto& lattice) { return lattice.params.rtime.get(); }) == 0) return;
   if (gui) fail("The GUI and RTIME parameter don't go well together right now ...");
@@ -35,7 +31,7 @@ void startTimer(YLattice<dbl_t>& y, bool gui) {
 
 void start(YLattice<dbl_t>& y) {
   seedRandom(RUN_SEED);
-  if (verbOf(y) != 0) std::cout << '\n' << std::flush;
+  if (y.verb() != 0) std::cout << '\n' << std::flush;
   const bool gui = y.live([](auto& lattice) { return lattice.params.gui.get(); });
   if (!mainValue(y, MainMutexVariable::inputRequested).empty()) startTimer(y, gui);
   if (mainValue(y, MainMutexVariable::inputRequested).empty()) printUsage(y, false);
@@ -104,12 +100,13 @@ void reportAndReduce(YLattice<dbl_t>& y, bool report) {
   oneStep(y, [](auto& lattice) { lattice.enumerate(nullptr); });
 }
 
-// "RUN" resumes where "STOP" halted, with all state intact.
+// "RUN" resumes where "STOP" halted, with all state intact. An input that has asked for another one while it
+// loaded enters the iterations all the same, and they count one before they see it: a rule of this design.
 void iterateUntilNewInput(YLattice<dbl_t>& y) {
-  while (inputIsLoaded(y)) {
+  do {
     iterate(y);
     while (runState(y) == RUN_STOPPED && inputIsLoaded(y)) sleepSeconds(1);
-  }
+  } while (inputIsLoaded(y));
 }
 
 // The levels that the restart left open are closed in any case: they would add up over the restarts.
@@ -123,7 +120,7 @@ void announceRestart(const RestartException& restart, bool report) {
 // too, leads back to the report of the sizes.
 void runInput(YLattice<dbl_t>& y) {
   // Fixed for this load, whatever the console sets later.
-  const bool report = verbOf(y) == 2;
+  const bool report = y.verb() == 2;
   for (bool trivialTried = false;;) {
     try {
       if (!std::exchange(trivialTried, true))

@@ -1,5 +1,6 @@
 #include "driver/report.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "driver/fixed_text.h"

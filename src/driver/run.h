@@ -21,7 +21,8 @@ void readFiles(YLattice<dbl_t>& y, const std::string& input);
 void buildLattice(YLattice<dbl_t>& y);
 
 // The names of the three files from `input`, whose last extension is dropped once more: "a.b" gives a.opt.
-// A "/" ends the search for it, unlike on the command line. A rule of this design.
+// A "/" ends the search for it, unlike on the command line; where nothing would be left, nothing is dropped.
+// A rule of this design.
 template <class T, class F>
 void deriveFileNames(Lattice<T, F>& lattice, const std::string& input);
 

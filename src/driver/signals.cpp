@@ -96,7 +96,7 @@ void signalReport(YLattice<dbl_t>& y, int signal) {
   // The report must be the last that is printed: a solver that waits in the middle of a write, since nobody
   // reads the pipe, would go on behind it.
   closeOutput();
-  writeReport(signal, saved, (y.extendedActive ? statisticsExtended() : statisticsStandard()).iterations);
+  writeReport(signal, saved, y.statistics().iterations);
   _exit(0);
 }
 

@@ -6,7 +6,8 @@
 namespace latbox {
 
 // Prints the final report and ends the process with status 0, once per process: a second call returns at
-// once. Safe in a signal handler. It prints what the solver has published and allocates nothing.
+// once. Safe in the handler of the termination signals (lib/os/signals.h). It prints what the solver has
+// published, and allocates nothing unless there are solutions that could not be written before.
 void signalReport(YLattice<dbl_t>& y, int signal);
 
 // Both signals lead to signalReport for as long as the object lives; then the previous handlers are back, in

@@ -1,7 +1,5 @@
 #include "driver/statistics.h"
 
-#include <cmath>
-
 #include "lib/os/clock.h"
 
 namespace latbox {
@@ -51,13 +49,22 @@ namespace {
 // The clock of a run starts with the process, not with the first counter that moves.
 [[maybe_unused]] const bool madeBeforeMain = (statisticsStandard(), statisticsExtended(), true);
 
+// `bench` may be infinite. The readers of the files take 18 digits: a time beyond would make a .sol file that
+// no later run reads.
+long wholeSeconds(double seconds) {
+  constexpr long LONGEST = 999'999'999'999'999'999;
+  constexpr double BEYOND = 1e18;
+  if (seconds > -BEYOND && seconds < BEYOND) return static_cast<long>(seconds);
+  return seconds < 0 ? -LONGEST : LONGEST;
+}
+
 }  // namespace
 
 template <class T>
 long stampNow(float bench) {
   const long seconds = now() - static_cast<long>(statisticsOf<T>().discoveryStart);
   if (!isBenchmark(bench)) return seconds;
-  return static_cast<long>(static_cast<double>(seconds) * static_cast<double>(bench));
+  return wholeSeconds(static_cast<double>(seconds) * static_cast<double>(bench));
 }
 
 template long stampNow<dbl_t>(float);

@@ -87,7 +87,7 @@ inline bool isBenchmark(float bench) {
 }
 
 // The discovery time to stamp on a vector: seconds since discoveryStart, multiplied by `bench` in a benchmark
-// run (|bench| > 1e-9). The one helper that stamps times.
+// run (|bench| > 1e-9), at most 18 digits long. The one helper that stamps times.
 template <class T>
 long stampNow(float bench);
 

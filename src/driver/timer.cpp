@@ -6,8 +6,7 @@ namespace latbox {
 namespace {
 
 bool timeIsUp(YLattice<dbl_t>& y) {
-  const Statistics& statistics = y.extendedActive ? statisticsExtended() : statisticsStandard();
-  const long elapsed = now() - statistics.startTime.get();
+  const long elapsed = now() - y.statistics().startTime.get();
   return elapsed >= y.live([](auto& lattice) { return lattice.params.rtime.get(); });
 }
 

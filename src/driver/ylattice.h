@@ -30,6 +30,11 @@ class YLattice {
   decltype(auto) live(Function&& f) {
     return extendedActive ? f(extended) : f(standard);
   }
+  // Of the live side.
+  long verb() {
+    return live([](auto& lattice) { return lattice.verb(); });
+  }
+  Statistics& statistics() { return extendedActive ? statisticsExtended() : statisticsStandard(); }
 };
 
 // To the exact side, from `standard`, unless it is live already. Prints "Switching to extended precision" at

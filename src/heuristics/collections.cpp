@@ -2,6 +2,7 @@
 // best vector that carries the inhomogeneous coordinate.
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
+#include "lattice/row_operation.h"
 #include "numbers/number.h"
 
 namespace latbox {
@@ -10,13 +11,6 @@ namespace {
 template <class T, class F>
 long stamp(const Lattice<T, F>& l, DiscoveryTime time) {
   return time.known ? time.seconds : stampNow<T>(l.params.bench.get());
-}
-
-template <class T>
-bool isZeroVector(const Vector<T>& v) {
-  for (long i = 1; i <= v.MN; ++i)
-    if (!isZero(v.data[i])) return false;
-  return true;
 }
 
 // Insertion would link the vector at the head and drop it again. Most candidates end here, and none of them

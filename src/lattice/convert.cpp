@@ -22,36 +22,40 @@ void convertLoosely(const QQ& from, dbl_t& to) {
   to = toDouble(from);
 }
 
-// Kept vectors are compared with their source again: a find must not change its place by a conversion.
-template <class T>
-void requireSame(const Vector<T>&, const Vector<dbl_t>&) {}
-void requireSame(const Vector<dbl_t>& from, const Vector<QQ>& to) {
-  for (long i = 1; i <= from.MN; ++i) {
-    const dbl_t back = toDouble(to.data[i]);
-    if (back != from.data[i] && !isZero(back - from.data[i])) throw PrecisionException(CONVERSION_LOST);
-  }
+// What is kept is compared with its source again on the way up, too: a find must change neither its place nor
+// its norms by a conversion.
+void convertKept(const QQ& from, dbl_t& to) {
+  convertValue(from, to);
+}
+void convertKept(dbl_t from, QQ& to) {
+  convertValue(from, to);
+  const dbl_t back = toDouble(to);
+  if (back != from && !isZero(back - from)) throw PrecisionException(CONVERSION_LOST);
 }
 
 template <class T, class U>
 void convertKept(const TimeVector<U>& from, TimeVector<T>& to) {
-  convertVector(from, to);
-  requireSame(static_cast<const Vector<U>&>(from), static_cast<const Vector<T>&>(to));
+  to.assignConverted(from, [](const U& x) {
+    T value{};
+    convertKept(x, value);
+    return value;
+  });
   to.secondsUntilDiscovered = from.secondsUntilDiscovered;
 }
 
 template <class T, class U>
 void convertTarget(const TargetVector<U>& from, TargetVector<T>& to) {
-  convertKept(from, to);
-  convertValue(from.targetNorm, to.targetNorm);
-  convertValue(from.slackNorm, to.slackNorm);
+  convertKept<T, U>(from, to);
+  convertKept(from.targetNorm, to.targetNorm);
+  convertKept(from.slackNorm, to.slackNorm);
 }
 
 template <class T, class U>
 void convertHeuristic(const HeuristicVector<U, dbl_t>& from, HeuristicVector<T, dbl_t>& to) {
-  convertKept(from, to);
+  convertKept<T, U>(from, to);
   to.deviation = from.deviation;
-  convertValue(from.targetNorm, to.targetNorm);
-  convertValue(from.slackNorm, to.slackNorm);
+  convertKept(from.targetNorm, to.targetNorm);
+  convertKept(from.slackNorm, to.slackNorm);
   convertValue(from.combinedTarget, to.combinedTarget);
 }
 

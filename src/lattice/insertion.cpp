@@ -1,6 +1,4 @@
 // A vector known as an integer combination of basis vectors enters the basis by unimodular steps alone.
-#include <iostream>
-
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lattice/row_operation.h"
@@ -56,17 +54,6 @@ int Lattice<T, F>::trivialInsert(const Vector<T>& x, long first, long last) {
   for (long t = p; t >= first + 1; --t) swapBase(t - 1, t, first + 1 < t);
   ++statisticsOf<T>().basisSubstitutionsTrivial;
   return 1;
-}
-
-// Exchanges two positions with all that belongs to them and leaves `status` of the others alone.
-template <class T, class F>
-void Lattice<T, F>::exchangePositions(long i, long j) {
-  B.swapRows(i, j);
-  if (consistencyOn()) TT[TT.MN].swapRows(i, j);
-  std::swap(enumCoeffs[i], enumCoeffs[j]);
-  stages[i].swap(stages[j]);
-  std::swap(status[i], status[j]);
-  coordSolver.dropCurrent();
 }
 
 // b_i += q * b_j, recorded in TT.
@@ -130,9 +117,7 @@ void Lattice<T, F>::insertCombination(Vector<T>& x, long first, long last) {
   makePrimitive(x, first, top);
   reduceLeadingCoefficient(x, first, top);
   combineIntoScratch(x, first, top);
-  bool zero = true;
-  for (long p = 1; p <= dim && zero; ++p) zero = isZero(B.rows[0].data[p]);
-  if (zero) fail("basis can't insert the zero vector!");
+  if (isZeroVector(B.rows[0])) fail("basis can't insert the zero vector!");
   checkSolution(B.rows[0], true, NOW, false, Membership::byConstruction);
   if (consistencyOn()) combineTransformation(x, first, top);
   // The row at `top`, whose coefficient is a unit and which the new vector replaces, arrives at `first`.

@@ -213,11 +213,26 @@ class Lattice : public Tessik<T>, public ParamOwner {
   long gsoByReduced(long first, long last, bool failOnDependency);
   long gsoByFull(long first, long last, bool failOnDependency);
 
-  // lattice/lll.cpp
+  // lattice/lll.cpp. The rows before the first position of a call must be right in mu and bstarSq, marked or
+  // not. Each row that a sweep touches is judged as a solution, so that RestartException passes; in dbl_t a
+  // row operation beyond the precision gate throws PrecisionException and leaves that row half done.
+  //
+  // One sweep over the positions k..end (0: rank), which is no fixed point: sweepSkipped and sweepStopped
+  // tell what it left. Dependent vectors are parked at the end of the range up to m (0: rank). Returns the
+  // smallest position visited, at most k; k for an empty range.
   long lll(long k, long end, long m);
+  // Position k size-reduced, dependent vectors moved out of its way; false when the sweep must stop.
+  // `guarded` becomes true with the first vector moved: from then on no reduction lets a row's largest entry
+  // grow.
   bool lllStep(long k, long m, bool& guarded);
+  // True when row k changed. False too where it is dependent, which `status` tells.
   bool sizeReduce(long k, bool& guarded);
+  // Exchanges two positions with all that belongs to them: rows of B and, with `consistency`, of TT[TT.MN],
+  // enumCoeffs, stages, status. Clears `status` from the lower one on, unless keepStatus. Position 0 is
+  // scratch.
   void swapBase(long i, long j, bool keepStatus);
+  // Moves b_k, whose mu row must be valid, to the first position behind 1 where its orthogonal part is
+  // shorter than the one there: that position, or k + 1 if there is none.
   long deepInsert(long k);
   void sortBasis(long m);  // rows 1..m (0: rank) ascending by squared length, heapsort
 
@@ -228,7 +243,9 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // zero and the rows of B are dependent.
   int trivialInsert(const Vector<T>& x, long first, long last);
   // The primitive vector of x stands at `first` afterwards, the rest of the block one up; all of `status` is
-  // clear. x is used up, and may be enumCoeffs. Fails with "basis can't insert the zero vector!".
+  // clear. x is used up, and may be enumCoeffs. The vector is judged as a solution on the way. Fails with
+  // "basis can't insert the zero vector!"; in dbl_t a coefficient beyond the precision gate throws
+  // PrecisionException with "coefficient overflow" before anything moves.
   void insertCombination(Vector<T>& x, long first, long last);
   // The vector stands at `pos` afterwards, but for one that trivialInsert takes: at `first`, or dropped.
   void replaceCombination(Vector<T>& x, long first, long last, long pos);
@@ -238,7 +255,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // as a solution at once. Throws what a sweep, an insertion or the check throw.
   void enumerate(const Vector<T>* target);
 
-  // lattice/kernel.cpp
+  // lattice/kernel.cpp: for the lattice of the equations, whose values are the first e = Ag.M coordinates.
+  // The vectors with zero equation values stand in the rows 1..rank - e afterwards, if their rank allows;
+  // weights and parameters stay. Returns TT, whose product in order, the last on the left, takes the basis as
+  // it was to the one that is.
   SerializableArray<Matrix<T>> kernelReduce();
 
   // lattice/dependencies.cpp
@@ -366,10 +386,21 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void variateBase();            // the harder the longer there was no primary improvement
 
   // driver/restart.cpp and driver/report.cpp: where the search calls upward
+  //
+  // What was found is written. Then, if `finishEnabled`: with `terminate`, or in the last iteration that
+  // `iters` allows, the run ends; otherwise the lattice is regenerated, and RestartException leaves the step.
+  // Returns only while `finishEnabled` is off, and under a front end, where the end stops the run instead.
   void restartHandling(bool terminate);
+  // The lattice of `program` as it stands now, with what is remembered of the old one, and its .lat file. The
+  // basis starts anew: no index, coordinate or weight of before holds. Throws PrecisionException; the stars
+  // are in hand then, the rest is not to be used.
   void regenerateLattice();
+  // The final report and the end of the process, by SIGTERM; under a front end the run state "stopped".
   void terminateRun();
+  // What an iteration prints, which depends on `verb`; at 0 only what has changed since the last call.
   std::string iterationReport();
+  // The best target, where there are target rows; the number of solutions and when the first were found,
+  // where there are any.
   std::string solutionSummary() const;
 
  private:
@@ -414,8 +445,9 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // mu row i from lqL, and its word.
   void takeFactorRow(long i, short bits);
   bool hasStatus(long i, short mask) const { return (status[i] & mask) == mask; }
-  // lattice/insertion.cpp
+  // lattice/lll.cpp: swapBase without its rule for `status`, whose two words are exchanged alone.
   void exchangePositions(long i, long j);
+  // lattice/insertion.cpp
   void addRow(long i, const T& q, long j);
   void reduceLeadingCoefficient(Vector<T>& x, long first, long top);
   void combineIntoScratch(const Vector<T>& x, long first, long last);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <sstream>
+#include <string>
 #include <utility>
 
 #include "driver/statistics.h"
@@ -51,13 +51,6 @@ class BlendScope {
   bool& blended_;
 };
 
-template <class T>
-bool isZeroVector(const Vector<T>& v) {
-  for (long i = 1; i <= v.MN; ++i)
-    if (!isZero(v.data[i])) return false;
-  return true;
-}
-
 // Time limit and hourly status line of one sweep.
 class SweepClock {
  public:
@@ -91,18 +84,28 @@ struct SweepCount {
   }
 };
 
+void tellPosition(long pos, long end) {
+  progressLine(true,
+               "lll interval_tt status: k = " + std::to_string(pos) + " (m = " + std::to_string(end) + ")");
+}
+
 }  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::swapBase(long i, long j, bool keepStatus) {
-  if (i == j) return;
+void Lattice<T, F>::exchangePositions(long i, long j) {
   B.swapRows(i, j);
   if (consistencyOn()) TT[TT.MN].swapRows(i, j);
   std::swap(enumCoeffs[i], enumCoeffs[j]);
   stages[i].swap(stages[j]);
   std::swap(status[i], status[j]);
-  if (!keepStatus) invalidateFrom(i == 0 ? j : std::min(i, j));
   coordSolver.dropCurrent();
+}
+
+template <class T, class F>
+void Lattice<T, F>::swapBase(long i, long j, bool keepStatus) {
+  if (i == j) return;
+  exchangePositions(i, j);
+  if (!keepStatus) invalidateFrom(i == 0 ? j : std::min(i, j));
 }
 
 // Brings the Gram-Schmidt data of row k up to date, by the stable way where the cheap one meets a dependency.
@@ -235,13 +238,8 @@ long Lattice<T, F>::lll(long k, long end, long m) {
   bool guarded = false;
   long pos = k;
   long low = k;
-  if (end < k) {
-    --interval_tt;
-    sweepSkipped = 0;
-    sweepStopped = false;
-    return k;
-  }
   sweepStopped = false;
+  // A range that is empty falls through: nothing skipped, so it lowers the budget by one and returns k.
   while (pos <= end) {
     low = std::min(low, pos);
     if (hasStatus(pos, STATUS_SWEPT)) {
@@ -252,11 +250,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
       sweepStopped = true;
       break;
     }
-    if (verb() > 1 && !sweepSilent && clock.statusDue()) {
-      std::ostringstream line;
-      line << "lll interval_tt status: k = " << pos << " (m = " << end << ")";
-      progressLine(true, line.str());
-    }
+    if (verb() > 1 && !sweepSilent && clock.statusDue()) tellPosition(pos, end);
     if (count.steps >= SweepCount::budget(interval_tt)) {
       // The budget is used up: the position is size-reduced and stays untested.
       ++count.skipped;
@@ -287,12 +281,13 @@ void Lattice<T, F>::sortBasis(long m) {
       });
 }
 
-#define LATBOX_INSTANTIATE(T)                                  \
-  template void Lattice<T, dbl_t>::swapBase(long, long, bool); \
-  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);    \
-  template long Lattice<T, dbl_t>::deepInsert(long);           \
-  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&); \
-  template long Lattice<T, dbl_t>::lll(long, long, long);      \
+#define LATBOX_INSTANTIATE(T)                                     \
+  template void Lattice<T, dbl_t>::exchangePositions(long, long); \
+  template void Lattice<T, dbl_t>::swapBase(long, long, bool);    \
+  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);       \
+  template long Lattice<T, dbl_t>::deepInsert(long);              \
+  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&);    \
+  template long Lattice<T, dbl_t>::lll(long, long, long);         \
   template void Lattice<T, dbl_t>::sortBasis(long);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -26,6 +26,14 @@ inline dbl_t wholeNumber(dbl_t q) {
 template <class T>
 void subtractMultiple(Vector<T>& row, const T& q, const Vector<T>& other);
 
+// True when no entry is beyond the tolerance.
+template <class T>
+bool isZeroVector(const Vector<T>& row) {
+  for (long i = 1; i <= row.MN; ++i)
+    if (!isZero(row.data[i])) return false;
+  return true;
+}
+
 // The largest absolute entry of row, and of row - q * other.
 template <class T>
 T supNorm(const Vector<T>& row);

@@ -181,11 +181,13 @@ std::ostream& operator<<(std::ostream& stream, const QQ& x);
 // the stream's fail state, and nothing is parsed.
 std::istream& operator>>(std::istream& stream, QQ& x);
 
+inline constexpr std::size_t MAX_NUMBER_LENGTH = 100000;
+
 // Reads an integer, decimal, fraction, mixed number, any of them with an exponent, or an infinity.
 // Fails with "QQ: parse error1" (empty; also "5." and "5.0": no digit but 0 behind the point), "QQ: parse
 // error2", "QQ: parse error3", "QQ: division by zero1", "QQ: malformed number1", "QQ: malformed number2".
-// Beyond all reason it fails with "QQ: number is too long" (100,000 characters) and "QQ: exponent out of
-// range" (10,000, or a root beyond the 20th).
+// Beyond all reason it fails with "QQ: number is too long" (more than MAX_NUMBER_LENGTH characters) and "QQ:
+// exponent out of range" (10,000, or a root beyond the 20th).
 void parse(QQ& q, const std::string& text);
 // The text without its exponent: as it stands if there is none, otherwise the written form of the value.
 std::string expandExponent(const std::string& text);

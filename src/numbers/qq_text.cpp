@@ -16,9 +16,8 @@ namespace latbox {
 
 namespace {
 
-// What lies beyond these is no number that a program holds; a solver that computes for hours on such an input
-// serves nobody.
-constexpr std::size_t MAX_LENGTH = 100000;  // characters of a number
+// What lies beyond these, or is longer than MAX_NUMBER_LENGTH, is no number that a program holds; a solver
+// that computes for hours on such an input serves nobody.
 constexpr long MAX_EXPONENT = 10000;
 constexpr long MAX_EXPONENT_ROOT = 20;  // denominator of a fractional exponent
 constexpr int MAX_EXPONENTS = 10;       // exponents of exponents
@@ -135,7 +134,7 @@ void parsePlain(QQ& q, std::string_view text) {
 }  // namespace
 
 void parse(QQ& q, const std::string& text) {
-  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
+  if (text.size() > MAX_NUMBER_LENGTH) fail("QQ: number is too long");
   if (text.find_first_of("eE") == std::string::npos)
     parsePlain(q, text);
   else
@@ -147,7 +146,7 @@ std::string expandExponent(const std::string& text) {
   std::string_view rest = withoutSpace(text);
   std::size_t at = rest.find_last_of("eE");
   if (at == std::string_view::npos) return text;
-  if (text.size() > MAX_LENGTH) fail("QQ: number is too long");
+  if (text.size() > MAX_NUMBER_LENGTH) fail("QQ: number is too long");
   QQ value, mantissa;
   parsePlain(value, rest.substr(at + 1));
   for (int exponents = 1;; ++exponents) {

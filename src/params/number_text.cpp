@@ -37,17 +37,15 @@ bool tokenRefused(std::string token) {
   return fractionRefused(behind, token[mark] == ':');
 }
 
-bool opensComment(const std::string& text) {
-  return text.find("/*") != std::string::npos;
-}
-
 }  // namespace
 
 bool exactNumberRefuses(const std::string& text) {
-  if (opensComment(text)) return true;
-  std::istringstream in(text);
+  // An unfinished comment in front is one that the end added here closes.
+  std::istringstream in(text + "\n*/");
   skipSpaceAndComments(in);
+  if (nextCharacter(in) == std::char_traits<char>::eof()) return true;
   const std::string token = takeNumberToken(in, false);
+  if (token.size() > MAX_NUMBER_LENGTH) return true;
   const auto separators = std::count_if(token.begin(), token.end(), [](char ch) {
     return std::string(SEPARATORS).find(ch) != std::string::npos;
   });

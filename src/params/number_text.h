@@ -6,9 +6,9 @@
 
 namespace latbox {
 
-// True if extracting an exact number from `text` fails. A text without a number token is not refused: it
-// leaves 0. Refused as well: an unfinished comment in front, and more separators than anyone types, since the
-// parser descends once for each.
+// True if extracting an exact number from `text` fails: the number is malformed or too long, or a comment in
+// front has no end. A text without a number token is not refused: it leaves 0. Refused as well: more
+// separators than anyone types, since this look-ahead descends once for each.
 bool exactNumberRefuses(const std::string& text);
 
 }  // namespace latbox

@@ -1,5 +1,6 @@
 #include "params/params.h"
 
+#include <cctype>
 #include <sstream>
 
 #include "lib/exceptions.h"
@@ -85,7 +86,7 @@ void Params::read(std::istream& in) {
   for (int ch = nextCharacter(in); ch != '\n' && ch != std::char_traits<char>::eof(); ch = nextCharacter(in))
     line += static_cast<char>(takeCharacter(in));
   const std::size_t first = line.find_first_not_of(" \t");
-  if (first == std::string::npos || line[first] == '\r') {
+  if (first == std::string::npos || std::isspace(static_cast<unsigned char>(line[first]))) {
     emptyTable();
     return;
   }

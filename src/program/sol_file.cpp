@@ -1,4 +1,5 @@
 // Solutions as the .sol file shows them: one line per star, written as a whole, read back when a run resumes.
+#include <algorithm>
 #include <sstream>
 #include <utility>
 
@@ -282,7 +283,9 @@ void writeReport(std::ostream& out, const Star<T>& star, const Vector<T>& wanted
 template <class T, class F>
 void Lattice<T, F>::sol2star() {
   auto& list = program.stars;
-  const std::string parameters = params.text();
+  std::string parameters = params.text();
+  // A value from the command line may hold a line end; a star must not.
+  std::replace(parameters.begin(), parameters.end(), '\n', ' ');
   if (bestSlack.notEmpty()) list.append(starOf<T, F>(*this, bestSlack, parameters));
   for (long i = 1; i <= solutions.MN; ++i) list.append(starOf<T, F>(*this, solutions[i], parameters));
   heapsort(

@@ -91,6 +91,16 @@ TEST(CommandLine, ValuesAreNotChecked) {
   EXPECT_EQ(y.standard.params.iters.get(), std::numeric_limits<long>::min());
 }
 
+// It is put back as the number that it was read as.
+TEST(CommandLine, VerbLosesItsText) {
+  for (const char* option : {"--verb=", "--verb=x"}) {
+    YLattice<dbl_t> y;
+    parse(y, {option, "x.opt"});
+    EXPECT_EQ(y.standard.params.verb.get(), 0) << option;
+    EXPECT_EQ(textOf(y, "verb"), "0") << option;
+  }
+}
+
 struct BlockTimeCase {
   std::vector<std::string> arguments;
   long blockTime;
@@ -102,6 +112,8 @@ TEST(CommandLine, BlockTimeIsBoundedByTheRunTime) {
                                             {{"--rtime=10"}, 10},
                                             {{"--btime=100"}, 100},
                                             {{"--btime=10", "--rtime=10"}, 10},
+                                            {{"--btime=11", "--rtime=10"}, 10},
+                                            {{"--rtime=-1"}, -1},
                                             {{"--rtime=0", "--btime=3"}, 3}};
   for (const BlockTimeCase& row : cases) {
     YLattice<dbl_t> y;
@@ -172,7 +184,7 @@ TEST(CommandLineDeathTest, EmptyInputPrintsTheShortUsage) {
       {
         showOutputAsError();
         YLattice<dbl_t> y;
-        parse(y, {"--verb=2", ""});
+        parse(y, {"--verb=2", "", "--nosuch=1"});
       },
       ::testing::ExitedWithCode(0),
       "^Usage: latbox --help=0 --verb=2 --consistency=0 .*--snorm=-1 --tnorm=-inf "

@@ -64,6 +64,7 @@ TEST(Console, AnswersAsTheTableSays) {
       {"SET =2", "", "\n*** No such setting: \n"},
       {"SET gui=1", "", "\n*** No such setting: gui\n"},
       {"SET verb=1\rRUN", "", ""},
+      {"SET \v verb=1", "", "\n*** No such setting: \v verb\n"},
   };
   YLattice<dbl_t> y;
   for (const LineCase& row : cases) {

@@ -193,6 +193,25 @@ TEST(UseStandardPrecision, StaysForAThirdInAnyExactMember) {
   }
 }
 
+// A find that the exact side would not show as it is. The side that is live knows nothing of the attempt.
+TEST(SwitchToExtended, AFailureLeavesStandardPrecisionLive) {
+  SmallRun run;
+  Star<dbl_t> star{Vector<dbl_t>("[ 1 1 ]")};
+  star.targetNorm = 1234567890123456789.0L;
+  run.y.standard.program.stars.append(star);
+  const long long before = statisticsExtended().deepInsertions;
+  statisticsStandard().deepInsertions = before + 5;
+  try {
+    oneStep(run.y, [](auto&) { throw PrecisionException("lost"); });
+    FAIL() << "no exception";
+  } catch (const PrecisionException& exception) {
+    EXPECT_STREQ(exception.what(), "Precision lost during conversion");
+  }
+  EXPECT_FALSE(run.y.extendedActive);
+  EXPECT_EQ(statisticsExtended().deepInsertions, before);
+  statisticsStandard() = Statistics();
+}
+
 TEST(Ladder, PrintsItsLinesAboveVerb1) {
   SmallRun run;
   for (const long verb : {0L, 1L, 2L}) {

@@ -247,6 +247,29 @@ TYPED_TEST(Report, Verb2LeavesOutWhatIsNotThere) {
       std::string::npos);
 }
 
+TYPED_TEST(Report, TranslationAloneShowsTheTrimming) {
+  auto& lattice = this->lattice_;
+  lattice.params.verb.set(2);
+  lattice.params.translate.set(true);
+  lattice.scaleFactor = Vector<TypeParam>("[ 1 1 ]");
+  lattice.translation = Vector<TypeParam>("[ 4 0 ]");
+  EXPECT_NE(lattice.iterationReport().find(
+                "\nTrimming (scale / translation): \nscaling = [ 1 1 ]\ntranslation = [ 4 0 ]\n"),
+            std::string::npos);
+}
+
+// The line end in front belongs to 2 alone, the vectors to all above.
+TYPED_TEST(Report, OtherValuesOfVerb) {
+  auto& lattice = this->lattice_;
+  const std::string head = "------------------------- Some statistics --------------------------\n\n";
+  for (const auto& [verb, vectors] : {std::pair(3L, true), std::pair(1000L, true), std::pair(-1L, false)}) {
+    lattice.params.verb.set(verb);
+    const std::string text = lattice.iterationReport();
+    EXPECT_TRUE(text.starts_with(head)) << text;
+    EXPECT_EQ(text.find("\nB[1]: \n") != std::string::npos, vectors) << verb;
+  }
+}
+
 TYPED_TEST(Report, GuiKeepsTheTextAndPrintsTheBlockAtVerb0) {
   auto& lattice = this->lattice_;
   lattice.params.gui.init("", "", true, lattice.params.keys, lattice.params.hash);

@@ -2,7 +2,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 
+#include "driver/run_state.h"
 #include "small_program.h"
 
 namespace latbox {
@@ -82,6 +84,48 @@ TEST_F(Restart, PrintsItsLevelsAtVerb2) {
   EXPECT_EQ(progressDepth(), 0);
 }
 
+// What is in hand is written and checked before and after, and at verb 2 the summary stands between.
+TEST_F(Restart, ChecksTheLatticeBeforeAndAfter) {
+  findSolution();
+  lattice_.finishEnabled = lattice_.writeEnabled = true;
+  lattice_.params.verb.set(2);
+  ::testing::internal::CaptureStdout();
+  EXPECT_THROW(lattice_.restartHandling(false), RestartException);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+            "|-> Restart / termination handling ...\n"
+            "|    |-> Lattice consistency checking / fixing ...\n"
+            "\nSolutions found: 1\n\n{ The first solution/s was/were found after: 17 sec(s) }\n\n"
+            "|    |-> Regenerating lattice ...\n"
+            "|    |    |-> Optimization program: Targets = 0, Equations = 0, Inequations = 1, Variables = 2\n"
+            "|    |-> Lattice consistency checking / fixing ...\n");
+}
+
+TEST_F(Restart, TheBestNearSolutionSurvivesWithItsTime) {
+  const Vector<dbl_t> nearly("[ 8 0 0 1 ]");  // x = (2, 2)
+  lattice_.params.pair.set(false);
+  lattice_.checkSolution(nearly, foundAfter(17), false);
+  ASSERT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
+  const long long improvements = statisticsStandard().inhomogeneousImprovements;
+  lattice_.regenerateLattice();
+  ASSERT_EQ(lattice_.bestInhomogeneous.MN, 4);
+  EXPECT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
+  EXPECT_EQ(lattice_.bestInhomogeneous.secondsUntilDiscovered, 17);
+  EXPECT_EQ(statisticsStandard().inhomogeneousImprovements, improvements);
+}
+
+TEST_F(Restart, CollectedInhomogeneousVectorsSurvive) {
+  const Vector<dbl_t> nearly("[ 8 0 0 1 ]");
+  lattice_.params.pair.set(false);
+  HeuristicVector<dbl_t, dbl_t> collected(nearly);
+  collected.secondsUntilDiscovered = 17;
+  lattice_.inhomogeneousVectors.append(collected);
+  lattice_.regenerateLattice();
+  ASSERT_EQ(lattice_.inhomogeneousVectors.count, 1);
+  const auto& kept = lattice_.inhomogeneousVectors.head->value;
+  EXPECT_EQ(static_cast<const Vector<dbl_t>&>(kept), nearly);
+  EXPECT_EQ(kept.secondsUntilDiscovered, 17);
+}
+
 TEST_F(Restart, SolutionsSurviveWithTheirTimes) {
   findSolution();
   lattice_.regenerateLattice();
@@ -110,7 +154,8 @@ TEST_F(Restart, StarsInHandSurvive) {
   EXPECT_EQ(lattice_.program.stars[1].secondsUntilDiscovered, 23);
 }
 
-TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBack) {
+TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBackAndKeepsTheStars) {
+  lattice_.program.stars.append(Star<dbl_t>(Vector<dbl_t>("[ 1 2 ]")));
   lattice_.finishEnabled = true;
   lattice_.writeEnabled = true;
   lattice_.program.rx[1] = 999999999989.0L;
@@ -118,6 +163,26 @@ TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBack) {
   EXPECT_THROW(lattice_.regenerateLattice(), PrecisionException);
   EXPECT_TRUE(lattice_.writeEnabled);
   EXPECT_TRUE(lattice_.finishEnabled);
+  EXPECT_EQ(lattice_.program.stars.MN, 1);
+}
+
+TEST_F(Restart, TheNewLatticeIsWrittenAtOnce) {
+  std::filesystem::remove(run_.folder.path("small.lat"));
+  lattice_.regenerateLattice();
+  EXPECT_FALSE(run_.folder.has("small.lat"));
+  lattice_.writeEnabled = true;
+  lattice_.program.rx[1] = 9;
+  lattice_.regenerateLattice();
+  EXPECT_NE(run_.folder.read("small.lat").find("[ 9 4 ]\n"), std::string::npos);
+}
+
+TEST_F(Restart, UnderAFrontEndTheEndParksTheRun) {
+  lattice_.finishEnabled = true;
+  lattice_.params.gui.set(true);
+  ::testing::internal::CaptureStdout();
+  lattice_.restartHandling(true);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "\n");
+  EXPECT_EQ(runState(run_.y), RUN_STOPPED);
 }
 
 TEST_F(Restart, CollectionsAreEmptied) {

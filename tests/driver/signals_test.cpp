@@ -77,6 +77,21 @@ TEST(FinalReportDeathTest, DoesNotNameAFileThatIsNotThere) {
       ::testing::ExitedWithCode(0), "found after: 7 sec\\(s\\) \\}\n\nTotal iterations: ");
 }
 
+TEST(FinalReportDeathTest, DoesNotNameAFileWithoutASummary) {
+  const TemporaryFolder folder;
+  const std::string solFile = folder.write("a.sol", "x");
+  EXPECT_EXIT(
+      {
+        showOutputAsError();
+        YLattice<dbl_t> y;
+        y.standard.solFile = solFile;
+        publishSummary(y.standard);
+        const SignalHandlers handlers(y);
+        raise(SIGTERM);
+      },
+      ::testing::ExitedWithCode(0), "Terminated \\*{26}\n\nTotal iterations: ");
+}
+
 TEST(FinalReportDeathTest, CountsTheIterationsOfTheLiveSide) {
   EXPECT_EXIT(
       {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <limits>
 #include <vector>
 
 #include "lib/os/clock.h"
@@ -65,6 +66,40 @@ TEST(Statistics, ProgressFollowsTheTable) {
     statistics.noPrimaryImprovement = 7;
     statistics.updateProgress();
     EXPECT_EQ(statistics.noPrimaryImprovement, row.progress ? 0 : 8) << row.what;
+  }
+}
+
+// The rule as it is told, test by test; each names the one that follows it.
+bool madeProgress(const ProgressCase& row) {
+  if (row.improvements == 0) return false;
+  if (row.targets == 0) {
+    if (row.improvements == row.improvementsBefore) return false;
+  } else if (row.solutions == 0) {
+    if (row.targets == row.targetsBefore) return false;
+    return !(row.samplingCollections >= 1 && row.extensions == row.extensionsBefore);
+  }
+  if (row.solutions >= 1 && row.extensionsBefore == 0 && row.solutions == row.solutionsBefore) return false;
+  return !(row.samplingCollections >= 1 && row.extensions == row.extensionsBefore);
+}
+
+// Each counter and its value before from 0 to 2: nothing yet, the same, more.
+TEST(Statistics, ProgressFollowsTheRuleForAllSmallCounters) {
+  for (int code = 0; code < 3 * 3 * 3 * 3 * 3 * 3 * 2 * 3 * 3; ++code) {
+    int rest = code;
+    const auto digit = [&rest](int base) {
+      const int value = rest % base;
+      rest /= base;
+      return static_cast<long long>(value);
+    };
+    ProgressCase row{};
+    for (long long* counter : {&row.improvements, &row.improvementsBefore, &row.targets, &row.targetsBefore,
+                               &row.solutions, &row.solutionsBefore, &row.extensions, &row.extensionsBefore})
+      *counter = digit(3);
+    row.samplingCollections = digit(2);
+    Statistics statistics = statisticsFor(row);
+    statistics.noPrimaryImprovement = 7;
+    statistics.updateProgress();
+    ASSERT_EQ(statistics.noPrimaryImprovement, madeProgress(row) ? 0 : 8) << "case " << code;
   }
 }
 
@@ -139,6 +174,19 @@ TEST_F(Stamp, CountsFromTheStartOfTheRun) {
 TEST_F(Stamp, IsMultipliedInABenchmarkRun) {
   EXPECT_EQ(stampNow<dbl_t>(2.5F), 25);
   EXPECT_EQ(stampNow<dbl_t>(-1), -10);
+}
+
+// More would make a .sol file that is refused when it is read back.
+TEST_F(Stamp, HasEighteenDigitsAtMost) {
+  constexpr long LONGEST = 999'999'999'999'999'999;
+  const float infinite = std::numeric_limits<float>::infinity();
+  for (const float factor : {infinite, 1e30F, 2e17F}) {
+    EXPECT_EQ(stampNow<dbl_t>(factor), LONGEST) << factor;
+    EXPECT_EQ(stampNow<dbl_t>(-factor), -LONGEST) << factor;
+  }
+  EXPECT_EQ(stampNow<dbl_t>(0x1p56F), 10L << 56);
+  statisticsStandard().discoveryStart = 1010;
+  EXPECT_EQ(stampNow<dbl_t>(infinite), LONGEST);
 }
 
 TEST_F(Stamp, TinyFactorsAreNoBenchmark) {

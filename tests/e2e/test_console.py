@@ -106,6 +106,13 @@ class PipeTest(harness.Case):
         session.ask("STATUS\n", MARK + "running\n")
         self.assertEqual(session.err, "")
 
+    def test_a_number_that_is_too_long_does_not_end_the_run(self):
+        # Symptom: in extended precision the run ended with "QQ: number is too long".
+        session = self.running_session("--snorm=1/3")
+        session.ask("SET tnorm=%s\n" % ("9" * 100001), "> Setting: tnorm = 9{100001}\n")
+        session.ask("STATUS\n", MARK + "running\n")
+        self.assertEqual(session.err, "")
+
     def test_unknown_keys(self):
         session = self.running_session()
         session.ask("SET a=b=c\n", r"\n\*\*\* No such setting: a=b\n", "err")

@@ -149,6 +149,20 @@ class EndTest(harness.Case):
         self.assertRegex(result.out, "\nTotal iterations: 3\n")
         self.assertTrue(result.out.endswith(" -- Program end\n"))
 
+    def test_a_benchmark_with_an_infinite_factor_leaves_files_that_are_read_again(self):
+        # Symptom: the times had 19 digits, and each later run ended with "QQ: parse error1".
+        for factor in ("inf", "-inf", "1e30"):
+            self.assert_ends_well(self.run_solver("--sol=0", "--iters=2", "--bench=" + factor, "prog.opt"))
+            self.assertTrue(self.stars())
+            self.assert_ends_well(self.run_solver("--sol=0", "--iters=2", "prog.opt"))
+
+    def test_a_line_end_in_a_value_leaves_files_that_are_read_again(self):
+        # Symptom: it cut the line of a solution in two, and each later run ended with "Vector: bad input".
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=2", "--beta=20\n7", "prog.opt"))
+        self.assertIn(" --beta=20 7 --eprune=3 ", self.read("prog.sol"))
+        self.assertTrue(self.stars())
+        self.assert_ends_well(self.run_solver("--sol=0", "--iters=2", "prog.opt"))
+
     def test_each_iteration_reports_at_verb_1(self):
         result = self.run_solver("--sol=0", "--iters=3", "--verb=1", "prog.opt")
         self.assert_ends_well(result)

@@ -77,6 +77,14 @@ class EndTest(harness.Case):
     def test_a_norm_that_is_never_reached(self):
         self.assertNotIn("Solutions found", self.run_target("--snorm=0", "--tnorm=39").out)
 
+    def test_no_number_of_solutions_ends_the_run(self):
+        self.write("prog.opt", programs.SMALL)
+        for limit in ("0", "-1", "-inf"):
+            result = self.run_solver("--sol=" + limit, "--iters=3", "prog.opt")
+            self.assert_ends_well(result)
+            self.assertIn("\nTotal iterations: 3\n", result.out)
+            self.assertTrue(self.stars())
+
     def test_the_best_value_is_the_first_line(self):
         result = self.run_target()
         best = re.findall(r"T\(bestTarget\) = (\d+)", result.out)[-1]

@@ -83,12 +83,28 @@ class SmallExampleTest(harness.Case):
         text = self.read("prog.lat")
         self.assertEqual(text, programs.SMALL_LATTICE % self.seconds(text))
 
+    def test_no_iterations_end_while_the_console_is_open(self):
+        session = self.start("--iters=0", "prog.opt")
+        self.assertEqual(session.wait(), 0)
+        self.assertEqual(session.err, "")
+        self.assertRegex(session.out, r"\A<< latbox v2\.2\.2 \+\+\+ PID: \d+ >>\n\Z")
+        self.assertTrue(self.exists("prog.lat"))
+
     def test_a_name_with_two_points(self):
         # Everything behind the first of them goes, in two steps, so that the files load twice.
         self.write("a.opt", programs.SMALL)
         self.assert_ends_well(self.run_solver("--iters=2", "--sol=0", "a.b.opt"))
         self.assertTrue(self.exists("a.lat"))
         self.assertFalse(self.exists("a.b.lat"))
+
+    def test_the_first_of_two_loads_counts_an_iteration(self):
+        # Symptom: a run of three iterations on such a name made all three of them, where the first goes to the load.
+        self.write("a.opt", programs.SMALL)
+        result = self.run_solver("--verb=1", "--iters=3", "--sol=0", "a.b.opt")
+        self.assert_ends_well(result)
+        head = "------------------------- Some statistics --------------------------\n\nTotal iterations: "
+        self.assertEqual([piece[:2] for piece in result.out.split(head)[1:]], ["2\n", "3\n"])
+        self.assertEqual(result.out.count("Program end"), 1)
 
     def test_the_report_of_a_load_at_verb_2(self):
         result = self.run_solver("--verb=2", "--iters=1", "--sol=0", "prog.opt")

@@ -127,6 +127,41 @@ TEST_F(ConvertTest, AThirdInAKeptVectorToo) {
   expectLost();
 }
 
+// The way up shows 17 digits; what it would change of a find is refused.
+TEST_F(ConvertTest, KeptVectorsCrossUpUnchangedOrNotAtAll) {
+  const auto lost = [](dbl_t HeuristicVector<dbl_t, dbl_t>::*norm, dbl_t entry, dbl_t value) {
+    Lattice<dbl_t, dbl_t> source;
+    setBasis(source, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
+    source.bestSlack = HeuristicVector<dbl_t, dbl_t>(vectorOf<dbl_t>({1, 1}));
+    source.bestSlack[1] = entry;
+    source.bestSlack.*norm = value;
+    Lattice<QQ, dbl_t> target;
+    try {
+      target.convertFrom(source);
+      return std::string();
+    } catch (const PrecisionException& e) {
+      return std::string(e.what());
+    }
+  };
+  using Kept = HeuristicVector<dbl_t, dbl_t>;
+  const dbl_t tooLong = 1234567890123456789.0L;
+  EXPECT_EQ(lost(&Kept::targetNorm, 1, 1.0L / 3), "");
+  EXPECT_EQ(lost(&Kept::targetNorm, tooLong, 1), "Precision lost during conversion");
+  EXPECT_EQ(lost(&Kept::targetNorm, 1, tooLong), "Precision lost during conversion");
+  EXPECT_EQ(lost(&Kept::slackNorm, 1, tooLong), "Precision lost during conversion");
+}
+
+TEST_F(ConvertTest, ASolutionCrossesUpUnchangedOrNotAtAll) {
+  standard.solutions.append(TargetVector<dbl_t>(vectorOf<dbl_t>({1, 0, 0, 0, 0, 1})));
+  for (dbl_t* norm : {&standard.solutions[1].targetNorm, &standard.solutions[1].slackNorm}) {
+    const dbl_t before = *norm;
+    *norm = 1234567890123456789.0L;
+    EXPECT_THROW(extended.convertFrom(standard), PrecisionException);
+    *norm = before;
+  }
+  EXPECT_NO_THROW(extended.convertFrom(standard));
+}
+
 TEST_F(ConvertTest, ValuesThatCanBeComputedAgainAreNoReasonToStay) {
   extended.convertFrom(standard);
   extended.updateGso(1, 0);

@@ -279,6 +279,29 @@ TYPED_TEST(EnumerationTest, FirstSweepIsRepeatedWhilePositionsWereSkipped) {
   EXPECT_TRUE(isReduced(exact(this->lattice.B)));
 }
 
+TYPED_TEST(EnumerationTest, FirstSweepThatTheTimeEndedIsNotRepeated) {
+  this->start(STEPS, 2);
+  this->lattice.interval_tt = 1;
+  this->lattice.params.btime.set(3);
+  StandInClock clock;
+  clock.step = 1;
+  this->lattice.enumerate(nullptr);
+  // The sweep reads the clock at its start and at each of three positions, the second of which it skips.
+  EXPECT_EQ(clock.calls, 1 + 3 + 1);
+  EXPECT_TRUE(this->lattice.sweepStopped);
+  EXPECT_EQ(this->lattice.sweepSkipped, 1);
+}
+
+// Less than one in a thousand million is no gain, and such a vector does not enter.
+TYPED_TEST(EnumerationTest, GainWithinTheToleranceIsNoFind) {
+  const Rows rows = {{100000, 0, 0, 0, 0, 0, 0}, {0, 99999, 447, 13, 4, 2, 0}, {0, 0, 0, 0, 0, 0, 200000}};
+  this->start(rows, 3);
+  this->markSwept();
+  this->lattice.enumerate(nullptr);
+  EXPECT_EQ(this->lattice.enumBound, 9999999999.0L);
+  EXPECT_TRUE(this->lattice.B == this->raw);
+}
+
 TYPED_TEST(EnumerationTest, FoundBasisVectorMovesAndNoNewOneArises) {
   this->start(STEPS, 3);
   this->markSwept();
@@ -298,20 +321,27 @@ TYPED_TEST(EnumerationTest, FoundCombinationIsCounted) {
   this->expectSameLattice();
 }
 
-TYPED_TEST(EnumerationTest, BlockMinimumIsACandidateAtOnce) {
-  auto l = latticeOf<TypeParam>(SMALL);
+template <class T>
+void expectMinimumIsCandidate(long weight) {
+  auto l = latticeOf<T>(SMALL);
   l->params.eprune.set(0);
+  for (long p = 1; p <= l->dim; ++p) l->setScale(p, T(weight));
   // A solution hides behind a first vector that is far too long, and no sweep looks at any row.
-  Vector<TypeParam> x;
+  Vector<T> x;
   ASSERT_TRUE(l->coordinates(latticeVector(*l, "[ 1 1 ]"), x, false));
   l->insertCombination(x, 1, l->rank);
   l->solutions.resize(0, false);
-  for (long i = 2; i <= l->rank; ++i) l->B[i] += l->B[1] * TypeParam(50);
+  for (long i = 2; i <= l->rank; ++i) l->B[i] += l->B[1] * T(50);
   for (long i = 1; i < l->rank; ++i) l->swapBase(i, i + 1, false);
   l->updateGso(1, 0);
   for (long i = 1; i <= l->rank; ++i) l->status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
   l->enumerate(nullptr);
-  EXPECT_GE(l->solutions.MN, 1);
+  EXPECT_GE(l->solutions.MN, 1) << weight;
+}
+
+TYPED_TEST(EnumerationTest, BlockMinimumIsACandidateAtOnce) {
+  expectMinimumIsCandidate<TypeParam>(1);
+  expectMinimumIsCandidate<TypeParam>(3);  // judged in unit coordinates
 }
 
 TYPED_TEST(EnumerationTest, BlockTimeEndsTheSearchAndWhatWasFoundIsInserted) {
@@ -389,6 +419,10 @@ TYPED_TEST(EnumerationTest, HourlyLineTellsStageAndBlockEnd) {
             "|-> BKZ enumeration ( beta = 3, deep = 0 ) ... \n"
             "|    |-> 1/3 \n"
             "|    |-> 3/3 \n");
+  this->lattice.params.verb.set(1);
+  ::testing::internal::CaptureStdout();
+  this->lattice.enumerate(nullptr);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
 }
 
 TYPED_TEST(EnumerationTest, CloseVectorIsFoundAndInserted) {

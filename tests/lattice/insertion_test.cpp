@@ -228,12 +228,15 @@ TYPED_TEST(InsertionTest, ZeroVectorFails) {
 }
 
 TYPED_TEST(InsertionTest, TheNewVectorIsACandidate) {
-  auto l = latticeOf<TypeParam>(SMALL);
-  Vector<TypeParam> x;
-  ASSERT_TRUE(l->coordinates(latticeVector(*l, "[ 1 2 ]"), x, false));
-  ASSERT_EQ(l->solutions.MN, 0);
-  l->insertCombination(x, 1, l->rank);
-  EXPECT_EQ(l->solutions.MN, 1);
+  for (const long weight : {1L, 3L}) {
+    auto l = latticeOf<TypeParam>(SMALL);
+    for (long p = 1; p <= l->dim; ++p) l->setScale(p, TypeParam(weight));
+    Vector<TypeParam> x;
+    ASSERT_TRUE(l->coordinates(latticeVector(*l, "[ 1 2 ]"), x, false));
+    ASSERT_EQ(l->solutions.MN, 0);
+    l->insertCombination(x, 1, l->rank);
+    EXPECT_EQ(l->solutions.MN, 1) << weight;  // judged in unit coordinates
+  }
 }
 
 TEST(InsertionStandard, CoefficientBeyondTheLimitThrowsAndTheBasisStays) {
@@ -282,6 +285,18 @@ TYPED_TEST(InsertionTest, ReplacementPutsTheVectorAtEveryPosition) {
     }
   }
   EXPECT_EQ(statisticsOf<TypeParam>().basisSubstitutionsNontrivial, 8);
+}
+
+// Also where the new row stays at its place and nothing is exchanged.
+TYPED_TEST(InsertionTest, ReplacementDropsTheCachedFactorisation) {
+  auto& l = this->lattice;
+  this->start(FOUR);
+  Vector<TypeParam> c;
+  ASSERT_TRUE(l.coordinates(this->raw[2], c, false));
+  auto x = vectorOf<TypeParam>({2, 1, 0, 0});
+  l.replaceCombination(x, 1, 4, 2);
+  ASSERT_TRUE(l.coordinates(l.B[2], c, false));
+  EXPECT_TRUE(c == vectorOf<TypeParam>({0, 1, 0, 0}));
 }
 
 TYPED_TEST(InsertionTest, ReplacementTakesTheLastUnit) {

@@ -80,6 +80,50 @@ TYPED_TEST(KernelTest, ProductOfTheTransformationsGivesTheKernelInFront) {
   }
 }
 
+// The steps as they are told, on a lattice that keeps its transformation in step with every operation.
+template <class T>
+void reduceToKernelPlainly(Lattice<T, dbl_t>& l) {
+  const long e = l.Ag.M;
+  long m = l.rank;
+  T scale(10 * e);
+  for (;; scale *= T(10)) {
+    for (long i = 1; i <= e; ++i) l.setScale(i, scale);
+    l.sortBasis(m);
+    l.lll(1, m, m);
+    l.sortBasis(m);
+    l.checkConsistency(true, true);
+    for (long row = 1; row <= m;) {
+      bool kernel = true;
+      for (long i = 1; i <= e; ++i) kernel = kernel && abs(l.B[row][i]) <= T(EPS);
+      for (long t = row; kernel && t < m; ++t) l.swapBase(t, t + 1, t > row);
+      kernel ? --m : ++row;
+    }
+    if (m == e) break;
+  }
+  for (long i = 1; i <= l.rank - e; ++i) l.swapBase(i, l.rank - i + 1, i > 1);
+  for (long i = 1; i <= e; ++i) l.setScale(i, T(1));
+}
+
+TYPED_TEST(KernelTest, AgreesWithTheStepsAsTheyAreTold) {
+  for (const long e : {1, 2, 3, 4}) {
+    const Rows equations = someEquations(e, 11, 31 + static_cast<std::uint64_t>(e), 40);
+    const std::vector<long> right(static_cast<std::size_t>(e), 90);
+    Lattice<TypeParam, dbl_t> plain;
+    for (auto* l : {&plain, &this->lattice}) {
+      setEquations(*l, equations, right);
+      l->params.consistency.set(true);
+      l->params.verb.set(0);
+      l->interval_tt = 20;  // so that sweeps leave something to the next, heavier weight
+    }
+    reduceToKernelPlainly(plain);
+    const auto TT = this->lattice.kernelReduce();
+    EXPECT_TRUE(this->lattice.B == plain.B) << e;
+    EXPECT_EQ(this->lattice.interval_tt, plain.interval_tt);
+    ASSERT_EQ(TT.MN, plain.TT.MN);
+    for (long i = 1; i <= TT.MN; ++i) EXPECT_TRUE(TT[i] == plain.TT[i]);
+  }
+}
+
 TYPED_TEST(KernelTest, SameKernelWithAndWithoutConsistency) {
   Lattice<TypeParam, dbl_t> other;
   const Rows equations = someEquations(2, 8, 4, 50);

@@ -6,6 +6,7 @@
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "support/failure.h"
+#include "support/lattice.h"
 
 namespace latbox::testing {
 
@@ -143,6 +144,45 @@ TYPED_TEST(LllTest, SizeReductionRoundsHalfAwayFromZero) {
   EXPECT_EQ(this->lattice.status[2], STATUS_REDUCED);
   EXPECT_EQ(this->lattice.mu[2][1], -0.5L);
   EXPECT_FALSE(this->lattice.sizeReduce(2, guarded));
+  // 2.5 lies as near to 2, which is even.
+  setBasis(this->lattice, matrixOf<TypeParam>({{2, 0}, {5, 9}}));
+  EXPECT_TRUE(this->lattice.sizeReduce(2, guarded));
+  EXPECT_EQ(this->lattice.B[2][1], TypeParam(-1));
+  setBasis(this->lattice, matrixOf<TypeParam>({{2, 0}, {-5, 9}}));
+  EXPECT_TRUE(this->lattice.sizeReduce(2, guarded));
+  EXPECT_EQ(this->lattice.B[2][1], TypeParam(1));
+}
+
+TYPED_TEST(LllTest, ReducedRowIsLeftAlone) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{2, 0}, {7, 9}}));
+  this->lattice.status[2] = STATUS_REDUCED;
+  bool guarded = false;
+  EXPECT_FALSE(this->lattice.sizeReduce(2, guarded));
+  EXPECT_EQ(this->lattice.B[2][1], TypeParam(7));
+  EXPECT_EQ(this->lattice.status[2], STATUS_REDUCED);
+}
+
+// mu of the later steps follows each step, so that one downward pass is enough.
+TYPED_TEST(LllTest, OneDownwardPassReducesAgainstAllPredecessors) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{10, 0, 0}, {4, 10, 0}, {3, 27, 1}, {0, 0, 0}}));
+  bool guarded = false;
+  this->lattice.updateGso(1, 2);
+  EXPECT_TRUE(this->lattice.sizeReduce(3, guarded));
+  // Three times row 2 come off, and only then is it seen that row 1 must come on once.
+  EXPECT_TRUE(this->lattice.B[3] == vectorOf<TypeParam>({1, -3, 1}));
+  EXPECT_NEAR(static_cast<double>(this->lattice.mu[3][1]), 0.1, 1e-15);
+  EXPECT_NEAR(static_cast<double>(this->lattice.mu[3][2]), -0.3, 1e-15);
+}
+
+TYPED_TEST(LllTest, SizeReductionDropsTheCachedFactorisation) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{2, 0}, {7, 9}}));
+  Vector<TypeParam> x;
+  ASSERT_TRUE(l.coordinates(vectorOf<TypeParam>({7, 9}), x, false));
+  bool guarded = false;
+  ASSERT_TRUE(l.sizeReduce(2, guarded));
+  ASSERT_TRUE(l.coordinates(l.B[2], x, false));
+  EXPECT_TRUE(x == vectorOf<TypeParam>({0, 1}));
 }
 
 TYPED_TEST(LllTest, GuardKeepsTheLargestEntryFromGrowing) {
@@ -199,6 +239,79 @@ TYPED_TEST(LllTest, ZeroRowMovesToTheTopOfTheRange) {
   EXPECT_EQ(this->lattice.status[4], STATUS_DEPENDENT);
 }
 
+// Which zero row stands where is told by the transformation.
+template <class T>
+long originOf(const Lattice<T, dbl_t>& lattice, long position) {
+  for (long j = 1; j <= lattice.rank; ++j)
+    if (lattice.TT[1][position][j] == T(1)) return j;
+  return 0;
+}
+
+TYPED_TEST(LllTest, DependentVectorGoesBehindTheLastIndependentOneOfItsRange) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 0, 0}, {0, 0, 3}, {0, 0, 0}, {0, 5, 0}}));
+  l.params.consistency.set(true);
+  l.status[4] = STATUS_DEPENDENT;
+  bool guarded = false;
+  EXPECT_TRUE(l.lllStep(1, 4, guarded));
+  EXPECT_FALSE(guarded);
+  EXPECT_TRUE(l.lllStep(2, 4, guarded));
+  const std::vector<long> order = {1, 3, 2, 4, 5};
+  for (long i = 1; i <= 5; ++i) EXPECT_EQ(originOf(l, i), order[static_cast<std::size_t>(i - 1)]) << i;
+  EXPECT_EQ(l.status[3], STATUS_DEPENDENT);
+  EXPECT_EQ(l.status[4], STATUS_DEPENDENT);
+}
+
+TYPED_TEST(LllTest, SweepParksWithinItsRange) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{1, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 3, 0}, {0, 0, 0, 5}}));
+  EXPECT_EQ(l.lll(1, 3, 3), 1);
+  EXPECT_TRUE(l.sweepStopped);
+  EXPECT_EQ(l.B[2][3], TypeParam(3));
+  EXPECT_TRUE(l.B[3] == Vector<TypeParam>::zeros(4));
+  EXPECT_EQ(l.B[4][4], TypeParam(5));
+}
+
+// What is known of dependent vectors is kept behind position 1 only: a new first vector changes it.
+TYPED_TEST(LllTest, DependentWordsFallWhenTheFirstVectorMoves) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{0, 0}, {0, 0}, {1, 0}}));
+  l.params.consistency.set(true);
+  bool guarded = false;
+  EXPECT_TRUE(l.lllStep(1, 3, guarded));
+  // The first zero row went to the end and its word with it was lost, so the second one goes there too.
+  EXPECT_EQ(originOf(l, 1), 3);
+  EXPECT_EQ(originOf(l, 2), 1);
+  EXPECT_EQ(originOf(l, 3), 2);
+}
+
+// A dependent vector that is short enough goes down by deep insertion, whatever `deep` says, and all
+// positions from there on are gone through anew.
+TYPED_TEST(LllTest, DependentVectorIsInsertedDeepBeforeItIsBlended) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{10, 0, 0}, {0, 10, 0}, {0, 4, 0}, {0, 0, 7}}));
+  const long long before = statisticsOf<TypeParam>().deepInsertions;
+  bool guarded = false;
+  for (long k = 1; k <= 2; ++k) EXPECT_TRUE(l.lllStep(k, 4, guarded));
+  EXPECT_TRUE(l.lllStep(3, 4, guarded));
+  EXPECT_EQ(statisticsOf<TypeParam>().deepInsertions, before + 1);
+  EXPECT_TRUE(l.B == matrixOf<TypeParam>({{10, 0, 0}, {0, 4, 0}, {0, 0, 7}, {0, 10, 0}}));
+  EXPECT_EQ(l.status[4], STATUS_DEPENDENT);
+  EXPECT_NE(l.status[2] & STATUS_REDUCED, 0);
+  EXPECT_NE(l.status[3] & STATUS_REDUCED, 0);
+  EXPECT_TRUE(guarded);
+}
+
+TYPED_TEST(LllTest, TailStopsAtTheFirstPositionThatGivesUp) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 0, 0}, {7, 0, 1}}));
+  l.lll(1, 3, 2);
+  EXPECT_TRUE(l.sweepStopped);
+  EXPECT_EQ(l.status[2], STATUS_DEPENDENT);
+  EXPECT_EQ(l.status[3], 0);
+  EXPECT_EQ(l.B[3][1], TypeParam(7));
+}
+
 TYPED_TEST(LllTest, SweepEndsQuietlyWhenAllThatIsLeftDepends) {
   setBasis(this->lattice, matrixOf<TypeParam>({{1, 0, 0}, {0, 0, 0}, {0, 0, 0}}));
   EXPECT_EQ(this->lattice.lll(1, 0, 0), 1);
@@ -244,6 +357,70 @@ TYPED_TEST(LllTest, DeepInsertMovesToTheFirstPlaceThatGains) {
   for (long i = 2; i <= 4; ++i) EXPECT_EQ(this->lattice.status[i], 0);
 }
 
+// A gain of one in ten thousand counts, one of one in ten thousand millions does not.
+const Rows GAIN = {{100, 0, 0, 0, 0}, {0, 99, 14, 1, 1}};
+const Rows NO_GAIN = {{100000, 0, 0, 0, 0, 0}, {0, 99999, 447, 13, 4, 2}};
+
+// Behind a first vector that is shorter than either.
+Rows behindAUnit(const Rows& rows) {
+  Rows result = {std::vector<long>(rows[0].size() + 1, 0)};
+  result[0][0] = 1;
+  for (const auto& row : rows) {
+    result.push_back({0});
+    result.back().insert(result.back().end(), row.begin(), row.end());
+  }
+  return result;
+}
+
+TYPED_TEST(LllTest, LovaszFactorIsNearlyOne) {
+  setBasis(this->lattice, matrixOf<TypeParam>(GAIN));
+  this->lattice.lll(1, 0, 0);
+  EXPECT_EQ(this->lattice.B[2][1], TypeParam(100));
+  setBasis(this->lattice, matrixOf<TypeParam>(NO_GAIN));
+  this->lattice.lll(1, 0, 0);
+  EXPECT_EQ(this->lattice.B[1][1], TypeParam(100000));
+}
+
+TYPED_TEST(LllTest, DeepInsertionHasTheSameFactor) {
+  setBasis(this->lattice, matrixOf<TypeParam>(behindAUnit(GAIN)));
+  this->lattice.updateGso(1, 0);
+  EXPECT_EQ(this->lattice.deepInsert(3), 2);
+  setBasis(this->lattice, matrixOf<TypeParam>(behindAUnit(NO_GAIN)));
+  this->lattice.updateGso(1, 0);
+  EXPECT_EQ(this->lattice.deepInsert(3), 4);
+}
+
+// The test is on the projection: the part of a vector that lies along its predecessor counts as well.
+TYPED_TEST(LllTest, LovaszTestAddsThePartAlongThePredecessor) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{10, 0}, {5, 9}}));
+  this->lattice.lll(1, 0, 0);
+  EXPECT_EQ(this->lattice.B[1][1], TypeParam(10));  // 81 + 25 is no less than 100
+  setBasis(this->lattice, matrixOf<TypeParam>({{10, 0}, {4, 9}}));
+  this->lattice.lll(1, 0, 0);
+  EXPECT_EQ(this->lattice.B[1][1], TypeParam(4));  // 81 + 16 is
+}
+
+// Marked is the position below the two that were exchanged, where the sweep has never been: a rule of this
+// design.
+TYPED_TEST(LllTest, ExchangeMarksThePositionBelow) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 8, 0}, {0, 0, 7}}));
+  l.updateGso(1, 2);
+  EXPECT_EQ(l.lll(3, 0, 0), 2);
+  EXPECT_EQ(l.status[1], STATUS_GSO | STATUS_SWEPT);
+  for (long i = 2; i <= 3; ++i) EXPECT_NE(l.status[i] & STATUS_SWEPT, 0);
+}
+
+TYPED_TEST(LllTest, DeepInsertionMarksThePositionBelowItsTarget) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{10, 0, 0}, {5, 9, 0}, {0, 1, 2}}));
+  l.params.deep.set(true);
+  l.lll(1, 0, 0);
+  // Position 3, to which the second vector moved, is looked at again.
+  EXPECT_TRUE(l.B == matrixOf<TypeParam>({{10, 0, 0}, {0, 1, 2}, {5, 7, -4}}));
+  for (long i = 1; i <= 3; ++i) EXPECT_NE(l.status[i] & STATUS_SWEPT, 0);
+}
+
 // An hour passes at each look at the clock.
 TYPED_TEST(LllTest, LongSweepTellsEveryHourWhereItStands) {
   setBasis(this->lattice, matrixOf<TypeParam>({{1, 0}, {0, 1}}));
@@ -257,6 +434,27 @@ TYPED_TEST(LllTest, LongSweepTellsEveryHourWhereItStands) {
   setClock(nullptr);
   EXPECT_NE(shown.find("|-> lll interval_tt status: k = 1 (m = 2)\n"), std::string::npos) << shown;
   EXPECT_NE(shown.find("|-> lll interval_tt status: k = 2 (m = 2)\n"), std::string::npos) << shown;
+}
+
+// Half an hour passes at each look; the line tells the last position of the sweep, not the end of the range.
+TYPED_TEST(LllTest, HourCountsFromTheLastLine) {
+  setBasis(this->lattice,
+           matrixOf<TypeParam>(
+               {{1, 0, 0, 0, 0}, {0, 1, 0, 0, 0}, {0, 0, 1, 0, 0}, {0, 0, 0, 1, 0}, {0, 0, 0, 0, 1}}));
+  static long looks;
+  looks = 0;
+  setClock([]() -> long { return 1800 * ++looks; });
+  for (const long verb : {2, 1}) {
+    this->lattice.clearStatus();
+    this->lattice.params.verb.set(verb);
+    ::testing::internal::CaptureStdout();
+    this->lattice.lll(1, 4, 5);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), verb == 1
+                                                            ? ""
+                                                            : "|-> lll interval_tt status: k = 2 (m = 4)\n"
+                                                              "|-> lll interval_tt status: k = 4 (m = 4)\n");
+  }
+  setClock(nullptr);
 }
 
 TYPED_TEST(LllTest, BlockTimeEndsASweepAndTheTailStillReducesInSize) {
@@ -290,6 +488,24 @@ TYPED_TEST(LllTest, VectorThatArisesOnTheWayBecomesASolution) {
   l.lll(1, 0, 0);
   ASSERT_EQ(l.solutions.MN, 1);
   EXPECT_TRUE(l.solutions[1] == vectorOf<TypeParam>({2, 1}));
+}
+
+// Each position is judged as it stands and once more when size reduction has changed it, in unit coordinates.
+TYPED_TEST(LllTest, RowIsJudgedBeforeAndAfterSizeReduction) {
+  for (const long wanted : {3L, -1L}) {
+    auto& l = this->lattice;
+    setBasis(l, matrixOf<TypeParam>({{2, 0}, {3, 1}}));
+    l.solutions.clear();
+    l.setScale(1, TypeParam(4));
+    l.lbnd = l.ubnd = vectorOf<TypeParam>({wanted, 1});
+    l.params.sol.set(0);
+    bool guarded = false;
+    ASSERT_TRUE(l.lllStep(1, 2, guarded));
+    ASSERT_EQ(l.solutions.MN, 0);
+    ASSERT_TRUE(l.lllStep(2, 2, guarded));
+    ASSERT_EQ(l.solutions.MN, 1) << wanted;
+    EXPECT_TRUE(l.solutions[1] == vectorOf<TypeParam>({wanted, 1}));
+  }
 }
 
 TYPED_TEST(LllTest, SwapExchangesAllThatBelongsToARow) {
@@ -334,6 +550,18 @@ TYPED_TEST(LllTest, SwapClearsFromTheLowerPosition) {
   EXPECT_EQ(l.status[3], STATUS_DEPENDENT);
 }
 
+// The vector at the second place is a better target, so that the sweep is left from within a step that
+// blends.
+TYPED_TEST(LllTest, ARestartOutOfTheSweepPutsBlendedBack) {
+  const auto l = latticeOf<TypeParam>(SMALL_TARGET);
+  l->finishEnabled = true;
+  l->swapBase(1, 2, false);
+  l->B[2] = l->B[1] + l->B[2] + l->B[3];
+  ASSERT_EQ(l->B[2], latticeVector(*l, "[ 1 1 ]"));
+  EXPECT_THROW(l->lll(1, 0, 0), RestartException);
+  EXPECT_FALSE(l->blended);
+}
+
 TYPED_TEST(LllTest, SortBasisOrdersByLength) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<TypeParam>({{5, 0, 0}, {0, 4, 0}, {0, 0, 3}}));
@@ -356,6 +584,21 @@ TEST(LllOverflow, RowOperationBeyondTheGateThrows) {
     EXPECT_STREQ(e.what(), "vector precisison overflow");
   }
   EXPECT_FALSE(l.blended);
+}
+
+// A bound that a vector of the sweep widens regenerates the lattice; the flag of the sweep does not outlive
+// it.
+TYPED_TEST(LllTest, RestartOutOfASweepLeavesNoBlend) {
+  auto l = latticeOf<TypeParam>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
+  l->params.sol.set(0);
+  Vector<TypeParam> x;
+  ASSERT_TRUE(l->coordinates(latticeVector(*l, "[ 1 2 ]"), x, false));
+  l->replaceCombination(x, 1, l->rank, l->rank);
+  // The rows before it widen nothing, so that the sweep is behind position 1 when it happens.
+  for (long i = 1; i < l->rank; ++i) ASSERT_EQ(l->checkSolution(l->B[i], true, NOW, false) & CHECK_BOUND, 0U);
+  l->finishEnabled = true;
+  EXPECT_THROW(l->lll(1, 0, 0), RestartException);
+  EXPECT_FALSE(l->blended);
 }
 
 TEST(LllOverflow, ExactTypeDoesNotOverflow) {

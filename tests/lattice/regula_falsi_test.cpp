@@ -66,10 +66,26 @@ TYPED_TEST(RegulaFalsiTest, NoLineWithinTheLimit) {
   EXPECT_EQ(LOOP_LIMIT, 1000000000);
 }
 
+// The tolerance is relative: by an absolute one the search would end 5e-8 too early.
+TYPED_TEST(RegulaFalsiTest, SmallRootsAreHeldAsWell) {
+  using T = TypeParam;
+  const T x = regula_falsi<T>([](const T& p) { return p * p; }, T(1) / T(10000));
+  EXPECT_NEAR(static_cast<double>(toDouble(x)), 1e-2, 1e-8);
+}
+
 TYPED_TEST(RegulaFalsiTest, RootAtAnEnd) {
   using T = TypeParam;
-  EXPECT_EQ(regula_falsi<T>([](const T& x) { return x; }, T(0)), T(0));
-  EXPECT_EQ(regula_falsi<T>([](const T& x) { return x; }, T(1)), T(1));
+  long calls = 0;
+  const auto line = [&](const T& x) {
+    ++calls;
+    return x;
+  };
+  EXPECT_EQ(regula_falsi<T>(line, T(0)), T(0));
+  EXPECT_EQ(calls, 3);
+  // The point before the first is 1, so a first point of 1 ends the search.
+  calls = 0;
+  EXPECT_EQ(regula_falsi<T>(line, T(1)), T(1));
+  EXPECT_EQ(calls, 2);
 }
 
 }  // namespace latbox::testing

@@ -103,6 +103,49 @@ TYPED_TEST(Reinstate, NothingCountsAsAFind) {
   EXPECT_FALSE(statisticsOf<T>().reinserting);
 }
 
+// A kept vector that betters the target is known already: no restart follows.
+TYPED_TEST(Reinstate, TargetOfAKeptVectorRestartsNothing) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL_TARGET);
+  l->params.sol.set(0);
+  l->finishEnabled = true;
+  EXPECT_NO_THROW(this->reinstate(*l, {this->star(Vector<T>("[ 2 1 ]"), 5)}, 3));
+  EXPECT_EQ(l->bestSlack.targetNorm, T(1));
+}
+
+// The collections come back in the form that the mode tells, each vector in that of its kind and with its
+// time; what the lattice does not hold any more is left out.
+TYPED_TEST(Reinstate, CollectedVectors) {
+  using T = TypeParam;
+  for (const int mode : {1, 2}) {
+    auto l = latticeOf<T>(testing::SMALL);
+    l->emptyCollections();
+    const Vector<T> point = latticeVector(*l, "[ 2 1 ]");
+    const Vector<T> difference = point - latticeVector(*l, "[ 1 1 ]");
+    Vector<T> foreign = point;
+    foreign[1] += T(1);
+    typename TestFixture::Collection homogeneous, inhomogeneous;
+    const auto keep = [&](auto& set, const Vector<T>& v, long seconds) {
+      HeuristicVector<T, dbl_t> h;
+      h = v;
+      if (mode == 2) l->coordinates(v, h, false);
+      h.secondsUntilDiscovered = seconds;
+      set.append(h);
+    };
+    keep(homogeneous, difference, 7);
+    keep(inhomogeneous, point, 9);
+    if (mode == 1) keep(inhomogeneous, foreign, 11);
+    l->reinstate(ConversionArray<Star<T>>(), {}, homogeneous, inhomogeneous, mode);
+    ASSERT_EQ(l->homogeneousVectors.count, 1) << mode;
+    EXPECT_EQ(shown<T>(l->homogeneousVectors.head->value), shown(difference));
+    EXPECT_EQ(l->homogeneousVectors.head->value.secondsUntilDiscovered, 7);
+    ASSERT_EQ(l->inhomogeneousVectors.count, 1) << mode;
+    EXPECT_EQ(shown<T>(l->inhomogeneousVectors.head->value), shown(point));
+    EXPECT_EQ(l->inhomogeneousVectors.head->value.secondsUntilDiscovered, 9);
+    EXPECT_EQ(l->solutions.MN, 0);
+  }
+}
+
 TYPED_TEST(Reinstate, FlagComesBackWhenAnExceptionFlies) {
   using T = TypeParam;
   auto l = latticeOf<T>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");

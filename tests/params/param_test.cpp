@@ -166,7 +166,9 @@ TEST(Param, TheConsoleGetsZeroInstead) {
       {"5.", true, "0"},       {"5.0", true, "0"},    {"5.00", true, "0"},      {"-", true, "0"},
       {"+", true, "0"},        {"1/0", true, "0"},    {"/", true, "0"},         {"1:05/10", true, "0"},
       {"1:7/3", true, "0"},    {"1:-1/3", true, "0"}, {"1:", true, "0"},        {"1.-", true, "0"},
-      {"/* ", true, "0"},      {"1.2/0", true, "0"},  {"1:1/0", true, "0"},
+      {"/* ", true, "0"},      {"1.2/0", true, "0"},  {"1:1/0", true, "0"},     {"/* c */5", false, "5"},
+      {"5 /* c", false, "5"},  {"//\n7", false, "7"}, {"/* c */", false, "0"},  {"/**/ /*", true, "0"},
+      {"//", false, "0"},      {"/*/", true, "0"},
   };
   for (const auto& c : cases) {
     Param<QQ> param;
@@ -177,6 +179,20 @@ TEST(Param, TheConsoleGetsZeroInstead) {
     EXPECT_TRUE(param.get() == QQ(c.value)) << c.text;
     EXPECT_EQ(param.value.get(), c.text);
   }
+}
+
+// Once a number that its parser finds too long ended the run.
+TEST(Param, TheConsoleGetsZeroForANumberThatIsTooLong) {
+  const std::string longest(MAX_NUMBER_LENGTH, '7');
+  for (const char* front : {"", "-", "/* c */ ", "."}) {
+    Param<QQ> param;
+    param.setText("99");
+    param.setTextOrZero(front + longest + "7");
+    EXPECT_TRUE(param.get() == QQ(0)) << front;
+  }
+  Param<QQ> param;
+  param.setTextOrZero(longest);
+  EXPECT_TRUE(param.get() == QQ(longest));
 }
 
 TEST(Param, TheConsoleSurvivesTextsOfAnyLength) {

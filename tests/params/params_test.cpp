@@ -142,6 +142,23 @@ TYPED_TEST(ParamsOf, AnEmptyValueIsLeftOutOfTheText) {
   EXPECT_NE(params.text().back(), ' ');
 }
 
+TYPED_TEST(ParamsOf, TheTextHasNoWhiteSpaceAroundIt) {
+  ExtendedParams<TypeParam> params;
+  params.find("verb").setText(" 2 ");
+  params.find("tnorm").setText("3 \t\r\n");
+  EXPECT_EQ(params.text().find("--help=0 --verb= 2  --consistency=0 "), 0U);
+  EXPECT_TRUE(params.text().ends_with(" --snorm=-1 --tnorm=3"));
+}
+
+TYPED_TEST(ParamsOf, AnEmptyKeyIsLeftOutOfTheText) {
+  ExtendedParams<TypeParam> params;
+  const std::string before = params.text();
+  std::istringstream in("--=x");
+  params.read(in);
+  EXPECT_EQ(params.find("").value.get(), "x");
+  EXPECT_EQ(params.text(), before);
+}
+
 TYPED_TEST(ParamsOf, GuiHasNoKey) {
   ExtendedParams<TypeParam> params;
   EXPECT_EQ(params.gui.key, "");
@@ -250,7 +267,7 @@ TYPED_TEST(ParamsOf, ReadsALineOfOptions) {
 }
 
 TYPED_TEST(ParamsOf, ALineWithoutOptionsEmptiesTheTable) {
-  for (const char* text : {"", " \t", "\n--verb=2", " \r\n"}) {
+  for (const char* text : {"", " \t", "\n--verb=2", " \r\n", "\v--verb=2", " \f"}) {
     ExtendedParams<TypeParam> params;
     std::istringstream in(text);
     params.read(in);

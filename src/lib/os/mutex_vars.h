@@ -32,7 +32,7 @@ class MutexVars : public Map<K, MutexType<std::string>> {
   MutexVars(const MutexVars& other) : MutexVars() { *this = other; }
   MutexVars& operator=(const MutexVars& other) {
     if (this == &other) return *this;
-    for (long i = 1; i <= other.MN; ++i) (*this)[other.data[i].left].set(other.data[i].right.get());
+    for (long i = 1; i <= other.MN; ++i) copyEntry(other.data[i].right, (*this)[other.data[i].left]);
     return *this;
   }
 
@@ -44,6 +44,17 @@ class MutexVars : public Map<K, MutexType<std::string>> {
       i = this->MN;
     }
     return this->data[i].right;
+  }
+
+ private:
+  // A value that another thread sets on both sides, on the source first, is not undone: if it was set after
+  // the source had been read here, the source is read again.
+  static void copyEntry(const MutexType<std::string>& source, MutexType<std::string>& target) {
+    std::string value;
+    do {
+      value = source.get();
+      target.set(value);
+    } while (source.get() != value);
   }
 };
 

@@ -1,5 +1,5 @@
 // A search visits millions of nodes: neither a node nor a block minimum that is no candidate may cost an
-// allocation.
+// allocation, and a sweep none once its scratch has grown.
 #include "lattice/support.h"
 #include "lib/os/clock.h"
 #include "support/allocations.h"
@@ -20,10 +20,10 @@ struct NodeWatch {
 };
 
 template <class T>
-class EnumerationAllocation : public ::testing::Test {};
-TYPED_TEST_SUITE(EnumerationAllocation, NumberTypes);
+class ReductionAllocation : public ::testing::Test {};
+TYPED_TEST_SUITE(ReductionAllocation, NumberTypes);
 
-TYPED_TEST(EnumerationAllocation, NodesOfABlock) {
+TYPED_TEST(ReductionAllocation, NodesOfABlock) {
   using T = TypeParam;
   Lattice<T, dbl_t> lattice;
   setBasis(lattice, matrixOf<T>(knapsackRows(14, 100000, 3)));
@@ -46,6 +46,27 @@ TYPED_TEST(EnumerationAllocation, NodesOfABlock) {
   setClock(nullptr);
   EXPECT_GT(NodeWatch::nodes, 20);
   EXPECT_EQ(NodeWatch::last, NodeWatch::first);
+}
+
+TYPED_TEST(ReductionAllocation, SweepOfABasisThatFitsTheScratch) {
+  using T = TypeParam;
+  for (const bool deep : {false, true}) {
+    Lattice<T, dbl_t> lattice;
+    const Matrix<T> raw = matrixOf<T>(knapsackRows(14, 1000000, 3));
+    setBasis(lattice, raw);
+    // All that the sweep meets is ruled out here too.
+    lattice.inhomBase = lattice.inhomScaled = lattice.lbnd[15] = lattice.ubnd[15] = T(1) / T(2);
+    lattice.params.verb.set(0);
+    lattice.params.btime.set(0);
+    lattice.params.deep.set(deep);
+    lattice.lll(1, 0, 0);
+    lattice.B = raw;
+    lattice.clearStatus();
+    const long before = allocations;
+    lattice.lll(1, 0, 0);
+    EXPECT_EQ(allocations, before) << deep;
+    EXPECT_FALSE(lattice.B == raw);
+  }
 }
 
 }  // namespace
