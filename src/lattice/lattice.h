@@ -186,10 +186,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // Makes sure that B is a basis of the lattice of B_save. With `consistency` what TT makes of B_save takes
   // the place of a basis that differs; without it TT follows from B, and where that fails B goes back to
   // B_save and nothing else is done. Then, with `rebase`, B becomes B_save and a unit matrix the last
-  // transformation; the .lat file is written unless keepFile. Throws PrecisionException with "unimodular
-  // error", "transformation overflow", "base matrix overflow"; fails with "In
-  // the non-aardal case TT.MN should always be == 1" and on a rectangular transformation as determinant()
-  // does.
+  // transformation; the .lat file is written unless keepFile.
+  // Throws PrecisionException with "unimodular error", "transformation overflow", "base matrix overflow".
+  // Fails with "In the non-aardal case TT.MN should always be == 1", and on a rectangular transformation as
+  // determinant() does.
   void checkConsistency(bool rebase, bool keepFile);
   // Appends a unit matrix to TT, or with reuseIdentity keeps a last one that is a unit matrix. Warns above
   // T_MAT_NBR.
