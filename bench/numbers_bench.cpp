@@ -9,7 +9,7 @@
 #include "numbers/number.h"
 
 #ifdef LATBOX_WITH_GMP
-#include <gmp.h>
+#include "support/gmp.h"
 #endif
 
 namespace {
@@ -119,30 +119,8 @@ void qqFromDoubleFractions(benchmark::State& state) {
 
 #ifdef LATBOX_WITH_GMP
 
-struct Mpz {
-  mpz_t value;
-  Mpz() { mpz_init(value); }
-  explicit Mpz(const std::string& text) { mpz_init_set_str(value, text.c_str(), 10); }
-  Mpz(const Mpz& other) { mpz_init_set(value, other.value); }
-  Mpz& operator=(const Mpz&) = delete;
-  ~Mpz() { mpz_clear(value); }
-};
-
-struct Mpq {
-  mpq_t value;
-  Mpq() { mpq_init(value); }
-  explicit Mpq(const std::string& text) {
-    mpq_init(value);
-    mpq_set_str(value, text.c_str(), 10);
-    mpq_canonicalize(value);
-  }
-  Mpq(const Mpq& other) {
-    mpq_init(value);
-    mpq_set(value, other.value);
-  }
-  Mpq& operator=(const Mpq&) = delete;
-  ~Mpq() { mpq_clear(value); }
-};
+using testing::Mpq;
+using testing::Mpz;
 
 const auto mpzAdd = [](Mpz& r, const Mpz& a, const Mpz& b) { mpz_add(r.value, a.value, b.value); };
 const auto mpzMul = [](Mpz& r, const Mpz& a, const Mpz& b) { mpz_mul(r.value, a.value, b.value); };

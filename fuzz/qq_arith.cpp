@@ -4,13 +4,17 @@
 #include <array>
 #include <optional>
 
-#include "gmp_values.h"
 #include "numbers/number.h"
 #include "refusal.h"
+#include "support/gmp.h"
 #include "tape.h"
 
 namespace latbox::fuzzing {
 namespace {
+
+using testing::Mpq;
+using testing::Mpz;
+using testing::textOf;
 
 constexpr std::size_t NUMBERS = 4;
 // Denominators grow; what is larger starts anew.
@@ -68,12 +72,6 @@ Result quotient(const Value& a, const Value& b) {
   return v;
 }
 
-std::string textOf(mpz_srcptr z) {
-  Mpz copy;
-  mpz_set(copy.value, z);
-  return copy.text();
-}
-
 // The canonical form, part by part.
 void requireSame(QQ q, const Value& v, const char* operation) {
   q.normalize();
@@ -107,7 +105,7 @@ class Machine {
       std::string denominator = kind < 6 ? "1" : tape_.integer(2);
       if (denominator == "0") denominator = "1";
       exact_[i] = QQ(ZZ(numerator), ZZ(denominator));
-      wanted_[i].finite = Mpq(numerator, denominator);
+      wanted_[i].finite = Mpq(numerator + "/" + denominator);
     }
     requireSame(exact_[i], wanted_[i], "load");
   }
@@ -189,7 +187,7 @@ class Machine {
 
   // Halves away from zero: the floor of x + 1/2 above zero, the ceiling of x - 1/2 below.
   static Mpq rounded(const Mpq& x, unsigned kind) {
-    const Mpq half(x.sign() < 0 ? "-1" : "1", "2");
+    const Mpq half(x.sign() < 0 ? -qqHalf() : qqHalf());
     Mpq shifted = x;
     if (kind == 2) mpq_add(shifted.value, shifted.value, half.value);
     const bool down = kind == 0 || (kind == 2 && x.sign() >= 0);
@@ -200,8 +198,8 @@ class Machine {
     return result;
   }
 
-  // The fraction stays unreduced at times, as it does in the solver; one that became 0 or 1 would leave the
-  // sign or the integer part to normalize.
+  // The fraction stays unreduced at times, as it does in the solver; one that became 1 would leave the
+  // integer part to normalize.
   void cutDigits() {
     const unsigned digits = 1 + tape_.below(40);
     exact_[r_] = exact_[a_];
@@ -213,11 +211,10 @@ class Machine {
       q.nenner = q.zaehler.isZero() ? ZZ(1) : q.nenner / (ZZ(10) ^ ZZ(cut));
       require(exact_[r_].zaehler == q.zaehler && exact_[r_].nenner == q.nenner, "cut digits");
     }
-    if ((digits & 1) != 0 || q.zaehler.isZero() || q.zaehler >= q.nenner) exact_[r_].normalize();
+    if ((digits & 1) != 0 || q.zaehler >= q.nenner) exact_[r_].normalize();
     wanted_[r_] = wanted_[a_];
     if (wanted_[r_].infinite != 0) return;
-    const ZZ numerator = signedGanze(q) * q.nenner + signedZaehler(q);
-    wanted_[r_].finite = Mpq(numerator.to_string(), q.nenner.to_string());
+    wanted_[r_].finite = Mpq(q);
     requireSame(exact_[r_], wanted_[r_], "cut digits");
   }
 

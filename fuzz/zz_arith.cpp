@@ -3,13 +3,15 @@
 // and every result must be the same and in normal form.
 #include <array>
 
-#include "gmp_values.h"
 #include "numbers/zz.h"
 #include "refusal.h"
+#include "support/gmp.h"
 #include "tape.h"
 
 namespace latbox::fuzzing {
 namespace {
+
+using testing::Mpz;
 
 constexpr std::size_t NUMBERS = 4;
 // Products grow; what is larger starts anew.

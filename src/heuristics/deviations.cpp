@@ -165,7 +165,8 @@ void Lattice<T, F>::computeDeviations(const Vector<T>& v, HeuristicDeviation<F>&
   plus.len = minus.len = toDouble(v * v);
   take(ofPlus, plus);
   take(ofMinus, minus);
-  // The map to the variables takes either sign to the same point.
+  // Only a vector that carries inhomBase is feasible, and that one and its negation are mapped to the same
+  // point.
   rateFeasible(v, plus);
   rateFeasible(v, minus);
 }

@@ -264,7 +264,10 @@ class Lattice : public Tessik<T>, public ParamOwner {
   // lattice/dependencies.cpp
   long removeDependentVectors();  // the number of vectors removed from the basis
 
-  // program/preparation.cpp
+  // program/preparation.cpp: rewrites `program` by stage one, unless that has been done, and makes the base
+  // part anew from it by stage two. Without `full` (which also bounds the combined target) and `force` stage
+  // one is left out, except where the base part has a bounded target without its row. Fails and throws as the
+  // stages do.
   void prepare(bool full, bool force);
 
   // program/generation.cpp

@@ -85,7 +85,7 @@ class Array<long long> {
   // Takes element i out. 0 <= i <= MN, or it fails with "removeComponent: invalid index".
   void removeComponent(long i) {
     if (i < 0 || i > MN) fail("removeComponent: invalid index");
-    std::move(data + i + 1, data + MN + 1, data + i);
+    if (i < MN) std::move(data + i + 1, data + MN + 1, data + i);
     resize(MN - 1, false);
   }
 
@@ -119,7 +119,7 @@ class Array<long long> {
   }
 
   void grow(long n) {
-    if (n + 1 <= SMALL) {
+    if (n < SMALL) {
       data = store_;
     } else {
       long long* fresh = new long long[static_cast<std::size_t>(n) + 2]();

@@ -7,7 +7,6 @@
 #include <ostream>
 
 #include "lib/exceptions.h"
-#include "lib/scanner.h"
 
 namespace latbox {
 
@@ -180,16 +179,6 @@ QQ parseText<QQ>(const std::string& text) {
 template <>
 dbl_t parseText<dbl_t>(const std::string& text) {
   return toDouble(QQ(text));
-}
-
-std::istream& readNumber(std::istream& stream, QQ& x) {
-  skipSpaceAndComments(stream);
-  const std::string token = stream.good() ? takeNumberToken(stream, true) : "";
-  if (token.empty())
-    stream.setstate(std::ios::failbit);
-  else
-    parse(x, token);
-  return stream;
 }
 
 std::istream& readNumber(std::istream& stream, dbl_t& x) {

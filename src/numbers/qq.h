@@ -149,9 +149,10 @@ ZZ signedZaehler(const QQ& x);
 // `nenner` as QQ, and one for an infinity.
 QQ denominator(const QQ& x);
 
-// Through decimal text of at most 18 significant digits: toDouble cuts silently; toDoubleStrict with `strict`
-// throws PrecisionException with "QQ is not representable as dbl_t" when digits would be lost. An infinity
-// gives the signed infinity, and so does a value beyond the range of dbl_t.
+// Through decimal text up to the first digit beyond 18 significant ones, those of the fraction counted by
+// ZZ::significantLength: toDouble cuts there silently, toDoubleStrict with `strict` throws PrecisionException
+// with "QQ is not representable as dbl_t". An infinity gives the signed infinity, and so does a value beyond
+// the range of dbl_t.
 dbl_t toDouble(const QQ& x);
 dbl_t toDoubleStrict(const QQ& x, bool strict);
 // The same without the short cut for integers of at most 18 digits.

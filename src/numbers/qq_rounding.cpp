@@ -51,6 +51,8 @@ void roundDigits(QQ& x, unsigned n) {
   } else {
     x.zaehler = ZZ(0);
     x.nenner = ZZ(1);
+    // A zero with a sign would send sum and difference from one to the other without end.
+    if (x.ganze.isZero()) x.sign = true;
   }
 }
 

@@ -61,7 +61,7 @@ bool QQ::smallNumerator(u64& numerator) const {
 
 // Sets numerator / denominator, which are coprime.
 void QQ::setSmall(u128 numerator, u128 denominator, bool nonNegative) {
-  isInf = false;
+  isInf = unreduced_ = false;
   sign = nonNegative || numerator == 0;
   if (denominator == 1) {
     ganze.setMagnitude128(numerator, true);
@@ -118,7 +118,7 @@ void QQ::addSmall(QQ& r, const QQ& a, const QQ& b, bool bSign) {
   const int borrow = whole > 0 && fraction < 0 ? 1 : (whole < 0 && fraction > 0 ? -1 : 0);
   whole -= borrow;
   fraction += borrow * n;
-  r.isInf = false;
+  r.isInf = r.unreduced_ = false;
   r.sign = whole >= 0 && fraction >= 0;
   r.ganze.setMagnitude(static_cast<u64>(whole < 0 ? -whole : whole), true);
   r.zaehler.setMagnitude128(static_cast<u128>(fraction < 0 ? -fraction : fraction), true);
@@ -129,7 +129,6 @@ bool QQ::addFast(QQ& r, const QQ& a, const QQ& b, bool bSign) {
   if (a.isInf || b.isInf || a.unreduced_ || b.unreduced_) return false;
   if (zeroLimb(a.zaehler) && zeroLimb(b.zaehler)) {
     addIntegers(r, a, b, bSign);
-    r.unreduced_ = false;
     return true;
   }
   if (!a.smallParts() || !b.smallParts())
@@ -138,7 +137,6 @@ bool QQ::addFast(QQ& r, const QQ& a, const QQ& b, bool bSign) {
     addSmall<long long>(r, a, b, bSign);
   else
     addSmall<i128>(r, a, b, bSign);
-  r.unreduced_ = false;
   return true;
 }
 
@@ -149,7 +147,6 @@ bool QQ::mulFast(QQ& r, const QQ& a, const QQ& b) {
     ZZ::mul(a.ganze, b.ganze, r.ganze);
     r.sign = resultSign || r.ganze.isZero();
     if (&r != &a && &r != &b) r.setInteger();
-    r.unreduced_ = false;
     return true;
   }
   if (roundProducts()) return false;
@@ -161,19 +158,20 @@ bool QQ::mulFast(QQ& r, const QQ& a, const QQ& b) {
   const u64 n1 = a.nenner.magnitude64(), n2 = b.nenner.magnitude64();
   const u64 g = n2 == 1 ? 1 : gcd64(x, n2), h = n1 == 1 ? 1 : gcd64(y, n1);
   r.setSmall(static_cast<u128>(x / g) * (y / h), static_cast<u128>(n1 / h) * (n2 / g), resultSign);
-  r.unreduced_ = false;
   return true;
 }
 
 bool QQ::divideFast(QQ& r, const QQ& a, const QQ& b) {
+  if (a.isInf || b.isInf || a.unreduced_ || b.unreduced_ || b.isExactZero()) return false;
   u64 x, y;
-  if (!a.smallParts() || !b.smallParts() || !a.smallNumerator(x) || !b.smallNumerator(y) || y == 0)
-    return false;
+  if (!a.smallParts() || !b.smallParts() || !a.smallNumerator(x) || !b.smallNumerator(y)) {
+    divideReduced(r, a, b);
+    return true;
+  }
   const bool resultSign = a.sign == b.sign;
   const u64 n1 = a.nenner.magnitude64(), n2 = b.nenner.magnitude64();
   const u64 g = gcd64(x, y), h = gcdOfDenominators(n1, n2);
   r.setSmall(static_cast<u128>(x / g) * (n2 / h), static_cast<u128>(n1 / h) * (y / g), resultSign);
-  r.unreduced_ = false;
   return true;
 }
 

@@ -3,7 +3,6 @@
 #include <cctype>
 #include <istream>
 #include <ostream>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -131,6 +130,34 @@ void parsePlain(QQ& q, std::string_view text) {
   for (; !levels.empty(); levels.pop_back()) attach(q, levels.back());
 }
 
+// The value of a text behind `exponents` others. An exponent is a number text again, at times with one of its
+// own.
+QQ valueOf(std::string_view text, int exponents) {
+  const std::size_t at = text.find_first_of("eE");
+  QQ m;
+  parsePlain(m, text.substr(0, at));
+  if (at == std::string_view::npos) return m;
+  if (exponents == MAX_EXPONENTS) fail("QQ: exponent out of range");
+  const QQ p = valueOf(text.substr(at + 1), exponents + 1);
+  if (!p.isInf && (abs(p) > QQ(MAX_EXPONENT) || p.nenner > ZZ(MAX_EXPONENT_ROOT)))
+    fail("QQ: exponent out of range");
+  return m * pow(qqTen(), p);
+}
+
+// Reads one token; an empty one sets the stream's fail state, and nothing is parsed.
+std::istream& readToken(std::istream& stream, QQ& x, bool exponents) {
+  std::string token;
+  if (stream.good()) {
+    skipSpaceAndComments(stream);
+    token = takeNumberToken(stream, exponents);
+  }
+  if (token.empty())
+    stream.setstate(std::ios::failbit);
+  else
+    parse(x, token);
+  return stream;
+}
+
 }  // namespace
 
 void parse(QQ& q, const std::string& text) {
@@ -141,24 +168,10 @@ void parse(QQ& q, const std::string& text) {
     parsePlain(q, expandExponent(text));
 }
 
-// An exponent may have one of its own; they are worked off from the last one, again without a recursion.
 std::string expandExponent(const std::string& text) {
-  std::string_view rest = withoutSpace(text);
-  std::size_t at = rest.find_last_of("eE");
-  if (at == std::string_view::npos) return text;
+  if (text.find_first_of("eE") == std::string::npos) return text;
   if (text.size() > MAX_NUMBER_LENGTH) fail("QQ: number is too long");
-  QQ value, mantissa;
-  parsePlain(value, rest.substr(at + 1));
-  for (int exponents = 1;; ++exponents) {
-    if (exponents > MAX_EXPONENTS) fail("QQ: exponent out of range");
-    if (!value.isInf && (abs(value) > QQ(MAX_EXPONENT) || value.nenner > ZZ(MAX_EXPONENT_ROOT)))
-      fail("QQ: exponent out of range");
-    rest = rest.substr(0, at);
-    at = rest.find_last_of("eE");
-    parsePlain(mantissa, at == std::string_view::npos ? rest : rest.substr(at + 1));
-    value = mantissa * pow(qqTen(), value);
-    if (at == std::string_view::npos) return toText(value);
-  }
+  return toText(valueOf(text, 0));
 }
 
 std::string toText(const QQ& x) {
@@ -180,17 +193,11 @@ std::ostream& operator<<(std::ostream& stream, const QQ& x) {
 }
 
 std::istream& operator>>(std::istream& stream, QQ& x) {
-  if (!stream.good()) {
-    stream.setstate(std::ios::failbit);
-    return stream;
-  }
-  skipSpaceAndComments(stream);
-  const std::string token = takeNumberToken(stream, acceptsExponents(stream));
-  if (token.empty())
-    stream.setstate(std::ios::failbit);
-  else
-    parse(x, token);
-  return stream;
+  return readToken(stream, x, acceptsExponents(stream));
+}
+
+std::istream& readNumber(std::istream& stream, QQ& x) {
+  return readToken(stream, x, true);
 }
 
 }  // namespace latbox

@@ -1,8 +1,5 @@
 #include "numbers/zz.h"
 
-#include <algorithm>
-#include <utility>
-
 namespace latbox {
 
 namespace {

@@ -4,8 +4,9 @@
 // need no change of base, and the rounding of QQ counts decimal digits. It must not become a power of two.
 //
 // Limbs are magnitudes in 0 .. BASE - 1, least significant in element 1. A number in normal form has no
-// leading zero limb; zero has one limb of 0 and `sign` true. Every operation returns normal form; only the
-// text constructor may leave `MN` 0 (empty text) or a negative zero ("-0"), and both compare equal to zero.
+// leading zero limb; zero has one limb of 0 and `sign` true. Every operation returns normal form for operands
+// in it; only text may leave a number without limbs ("") or a negative zero ("-0"), and base_rshift one that
+// has lost all its limbs. They compare equal to zero and are good operands of the arithmetic.
 #pragma once
 
 #include <iosfwd>
@@ -76,7 +77,6 @@ class ZZ : public Array<long long> {
   // All limbs zero, whatever `sign` and `MN`.
   bool isZero() const;
   bool isOne() const { return MN == 1 && data[1] == 1 && sign; }
-  bool isNegative() const { return !sign && !isZero(); }
 
   // The magnitude, if it has at most two limbs (below 10^18).
   bool fitsTwoLimbs() const { return MN <= 2; }

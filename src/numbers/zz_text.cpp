@@ -1,6 +1,6 @@
 // The decimal text of ZZ and what is defined through it: digit counts and shifts by powers of ten.
+#include <algorithm>
 #include <charconv>
-#include <cstdlib>
 #include <ostream>
 
 #include "numbers/zz.h"

@@ -1,6 +1,7 @@
 // Variables with one possible value leave the program; what they contribute moves to the right-hand sides.
 #include <vector>
 
+#include "lib/exceptions.h"
 #include "program/bounds.h"
 #include "program/tessik.h"
 
@@ -24,13 +25,25 @@ void compactColumns(Matrix<T>& matrix, const std::vector<bool>& keep, long left)
   if (matrix.N > 0) matrix.resize(matrix.M, left);
 }
 
-// side -= coefficient * value, for the values of the fixed variables, in their order.
+// side -= coefficient * value, without rounding. Where decimals cancel, as in 1000.4 - 1000, floating point
+// keeps too few digits of the rest, and the row would then be rounded inward past a point that meets it.
+// Whole numbers are exact as they are.
+void subtractExactly(dbl_t& side, dbl_t coefficient, dbl_t value, const char* message) {
+  if (isInfinite(side)) return;
+  if (isInteger(side) && isInteger(coefficient) && isInteger(value))
+    side -= coefficient * value;
+  else if (!convertStrict(QQ(side) - QQ(coefficient) * QQ(value), side))
+    throw PrecisionException(message);
+  checkPrecision(side, message);
+}
+void subtractExactly(QQ& side, const QQ& coefficient, const QQ& value, const char*) {
+  side -= coefficient * value;
+}
+
+// The values of the fixed variables, in their order.
 template <class T>
 void subtractFixed(const Vector<T>& row, const Map<long, T>& fixed, T& side, const char* message) {
-  for (long k = 1; k <= fixed.MN; ++k) {
-    side -= row[fixed[k].left] * fixed[k].right;
-    checkPrecision(side, message);
-  }
+  for (long k = 1; k <= fixed.MN; ++k) subtractExactly(side, row[fixed[k].left], fixed[k].right, message);
 }
 
 template <class T>
@@ -38,11 +51,9 @@ void subtractFromTargets(Tessik<T>& p) {
   for (long k = 1; k <= p.fixedComponents.MN; ++k) {
     const Pair<long, T>& fixed = p.fixedComponents[k];
     for (long i = 1; i <= p.At.M; ++i) {
-      const T t = p.At[i][fixed.left] * fixed.right * p.targetSign(i);
-      p.ltu() -= t;
-      checkPrecision(p.ltu(), "ltu overflow");
-      p.rtu() -= t;
-      checkPrecision(p.rtu(), "rtu overflow");
+      const T coefficient = p.At[i][fixed.left] * p.targetSign(i);
+      subtractExactly(p.ltu(), coefficient, fixed.right, "ltu overflow");
+      subtractExactly(p.rtu(), coefficient, fixed.right, "rtu overflow");
     }
   }
 }

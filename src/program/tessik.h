@@ -68,7 +68,9 @@ class Tessik {
   const T& rtu() const { return lrtu.right; }
   long n() const { return rx.MN; }
 
-  // Reads optFile with all its checks; every failure ends the program. Only the exact instance has a reader.
+  // Reads optFile. The checks come in the order of the file, and the first that fails ends the program; a
+  // vector that is missing at the end of the file throws ReadException("Vector: bad stream") instead. Only
+  // the exact instance has a reader.
   void readOpt();
 
   // Empties everything; the paths too unless keepFileNames.
@@ -95,7 +97,11 @@ class Tessik {
   // The figures line of the program, printed when `verbose`.
   void printProgram(bool verbose) const;
 
-  // Stage one, in the order of the calls. `verbose` prints the log lines.
+  // Stage one, in the order of the calls, on a program as read. `verbose` prints the log lines; `full` also
+  // bounds the combined target by the thresholds and by the corners of the box, which a program whose bounds
+  // come from a saved lattice does without. The variables that are added stand behind the user's, slacks
+  // first. Fails with "Unfulfillable infinite inequation detected --> NO SOLUTIONS!" where both sides of a
+  // row are the same infinity. In dbl_t throws PrecisionException with "atu overflow" or "sum overflow".
   void prepareStageOne(bool full, bool verbose);
   void removeUselessInequations(bool verbose);
   void transferFakeInequations(bool verbose);
@@ -103,10 +109,17 @@ class Tessik {
   void insertDeviations();
   void computeAtu();
   void applyThresholds();
+  // Asks for a combined target below s, which has target values k: the bounds take that in, the lower one by
+  // the norm of k, and are in force (`tu`) from then on. Where neither moves nothing changes.
   void setTargetBound(const Vector<T>& k, const T& s);
   void boundTargetByVariables();
 
-  // Stage two, in the order of the calls, on a copy of a program that has been through stage one.
+  // Stage two, in the order of the calls, on a copy of a program that has been through stage one. Afterwards
+  // variable i is lx[i], or 0 where that is missing, plus a whole number from 0 to rx[i], and all
+  // coefficients are whole. Fails with "Unfulfillable inequality detected --> NO SOLUTIONS!" and
+  // "Unfulfillable equality detected --> NO SOLUTIONS!", a line on standard error before them where it is a
+  // row that can't be met, and for digits that no number can have. In dbl_t throws PrecisionException, with a
+  // text per step.
   void prepareStageTwo(bool verbose);
   void removeComponents();
   void applyDigits();

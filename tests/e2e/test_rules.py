@@ -45,6 +45,11 @@ class RowsTest(harness.Case):
     def test_a_fraction_that_standard_precision_cannot_hold(self):
         self.assert_solved(opt(ag=[["1/3", "1/7", "-1/11"]], bg=["2/231"], rx=[20, 20, 20]))
 
+    def test_decimals_beside_a_fixed_variable(self):
+        # 1000.3 - 1000 was a little less than 0.3 in standard precision: one of the two solutions was lost.
+        self.solve(opt(au=[["0.1", 1]], lu=["1000.15"], ru=["1000.3"], lx=[0, 1000], rx=[9, 1000]), "--sol=0")
+        self.assertEqual({star.x[0] for star in checker.read_stars(self.read("prog.sol"))}, {2, 3})
+
     def test_all_variables_but_one_are_fixed(self):
         self.assert_solved(opt(au=[[2, 3, 4]], lu=[9], ru=[14], lx=[1, 2, 0], rx=[1, 2, 3]))
 

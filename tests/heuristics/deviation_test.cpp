@@ -136,6 +136,47 @@ TYPED_TEST(Deviation, BoundedTargetDeviatesByItsExcess) {
   EXPECT_EQ(listed(l->deviations(latticeVector(*l, "[ 0 3 ]"), false, false)), "");
 }
 
+// The value of the combined target of a program with slack and deviation variables takes those into account.
+TYPED_TEST(Deviation, ExcessOfATargetThatIsAValue) {
+  using T = TypeParam;
+  auto l = latticeOf<T>("[ 4 ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -1 ] ] [ -2 ] [ 2 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
+  ASSERT_GT(l->deviationCount, 0);
+  l->checkSolution(latticeVector(*l, "[ 1 2 ]"), NOW, false);  // 1 from the value
+  l->regenerateLattice();
+  ASSERT_TRUE(l->generatedTu);
+  ASSERT_EQ(l->program.rtu(), T(0));
+  EXPECT_EQ(listed(l->deviations(latticeVector(*l, "[ 1 1 ]"), false, false)), "1:2 ");
+  EXPECT_EQ(listed(l->deviations(latticeVector(*l, "[ 2 2 ]"), false, false)), "");
+}
+
+// The layout is that of the basis: the program may know of a bound that the basis was generated without.
+TYPED_TEST(Deviation, BoundThatCameAfterTheBasisMovesNoCoordinate) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(SMALL_TARGET);
+  const Vector<T> v = latticeVector(*l, "[ 4 2 ]");
+  const std::string before = listed(l->deviations(v, false, false));
+  const Record measured = l->computeDeviation(v);
+  l->checkSolution(latticeVector(*l, "[ 2 1 ]"), NOW, false);
+  ASSERT_TRUE(l->program.tu);
+  ASSERT_FALSE(l->generatedTu);
+  EXPECT_EQ(listed(l->deviations(v, false, false)), before);
+  EXPECT_EQ(listed(l->deviations(v, true, false)), before);
+  expectSameRecord(l->computeDeviation(v), measured);
+}
+
+// The equation lattice has no coordinate for the target.
+TYPED_TEST(Deviation, EquationLatticeHasNoTargetCoordinate) {
+  using T = TypeParam;
+  Lattice<T, dbl_t> l;
+  this->boxed(l, {-1, -2, 1}, {1, 2, 1});
+  l.generatedTu = true;
+  l.checkMode = 1;
+  EXPECT_EQ(listed(l.deviations(vectorOf<T>({9, 5, 1}), true, false)), "1:8 2:3 ");
+  EXPECT_EQ(l.computeDeviation(vectorOf<T>({9, 5, 1})).fc, 2);
+  l.checkMode = 2;
+  EXPECT_EQ(listed(l.deviations(vectorOf<T>({9, 5, 1}), true, false)), "1:3 ");
+}
+
 TYPED_TEST(Deviation, SkippedTargetShiftsTheNumbers) {
   using T = TypeParam;
   auto l = improvedLattice<T>();

@@ -34,6 +34,24 @@ TYPED_TEST(ExtractionTest, NegativeValuesKeepTheirSign) {
   EXPECT_TRUE(this->extractFrom({{1, 0, 7}, {0, 1, -3}}, 2) == vectorOf<TypeParam>({1, 3, -2}));
 }
 
+TYPED_TEST(ExtractionTest, FirstOfEqualValuesIsChosen) {
+  EXPECT_TRUE(this->extractFrom({{1, 0, 0, 4}, {0, 1, 0, -4}, {0, 0, 1, 6}}, 2) ==
+              vectorOf<TypeParam>({-1, 0, 1, 2}));
+}
+
+// Each new choice is judged: the row itself is no solution, and what is left of it is.
+TYPED_TEST(ExtractionTest, VectorThatIsMetOnTheWayBecomesASolution) {
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{9, 0, 6}, {5, 1, 4}}));
+  l.inhomBase = l.inhomScaled = TypeParam(2);
+  l.lbnd = vectorOf<TypeParam>({-4, -4, 2});
+  l.ubnd = vectorOf<TypeParam>({4, 4, 2});
+  l.params.sol.set(0);
+  EXPECT_TRUE(l.extractInhom() == vectorOf<TypeParam>({4, -1, 2}));
+  ASSERT_EQ(l.solutions.MN, 1);
+  EXPECT_TRUE(l.solutions[1] == vectorOf<TypeParam>({4, -1, 2}));
+}
+
 TYPED_TEST(ExtractionTest, ColumnOfZerosGivesTheEmptyVector) {
   EXPECT_EQ(this->extractFrom({{1, 0, 0}, {0, 1, 0}}, 1).MN, 0);
 }

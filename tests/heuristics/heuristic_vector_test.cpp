@@ -105,6 +105,8 @@ TEST(HeuristicDeviationTest, HomogeneousVectorsAreFirstOfAllShort) {
 
 TEST(HeuristicDeviationTest, FeasibleBeatsInfeasible) {
   expectOrder(feasible(1e9L, 1e9L), infeasible(1, 1e-3L, 1e-3L, 1));
+  // Without targets no vector is called feasible, whatever it misses.
+  expectOrder(feasible(1e9L, 1e9L), infeasible(0, 0, 0, 1));
 }
 
 TEST(HeuristicDeviationTest, TargetEndsTheComparisonOfFeasibleVectors) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <set>
 
@@ -72,6 +73,49 @@ TEST(RandomDraw, WiderRangesTakeASecondDrawForTheGaps) {
     std::srand(seed);
     EXPECT_EQ(rand_eq(-5L, D - 5), -5 + static_cast<long>(std::min(x + w, dbl_t(D))));
   }
+}
+
+// A range that one draw covers to the last integer has no gap: d / 2147483647 is whole, and counts less one.
+TEST(RandomDraw, GapsAreOneLessThanTheStep) {
+  constexpr long D = 3 * 2147483647L;
+  std::set<long> added;
+  for (unsigned seed = 1; seed <= 50; ++seed) {
+    const long r = firstOf(seed);
+    added.insert(rand_eq(0L, D) - 3 * r);
+  }
+  EXPECT_EQ(added, (std::set<long>{0, 1, 2}));
+}
+
+// The generator's simplest form has one word of state, which can be made to draw what a test asks for.
+class ForcedDraw {
+ public:
+  explicit ForcedDraw(std::uint32_t draw) {
+    // The inverse of 1103515245 modulo 2^31 takes the step of the generator back.
+    std::uint32_t inverse = 1;
+    for (int i = 0; i < 31; ++i) inverse *= 2 - 1103515245U * inverse;
+    before_ = initstate(1, state_, sizeof state_);
+    std::srand(((draw - 12345U) * inverse) & 0x7fffffffU);
+  }
+  ~ForcedDraw() { setstate(before_); }
+  ForcedDraw(const ForcedDraw&) = delete;
+  ForcedDraw& operator=(const ForcedDraw&) = delete;
+
+ private:
+  alignas(std::int32_t) char state_[8];  // one word makes the simplest form
+  char* before_;
+};
+
+TEST(RandomDraw, GreatestDrawGivesTheUpperEndAndTakesNoSecondOne) {
+  constexpr long D = 10000000000000L;
+  int second = 0;
+  {
+    const ForcedDraw forced(2147483647U);
+    ASSERT_EQ(std::rand(), 2147483647);
+    second = std::rand();
+  }
+  const ForcedDraw forced(2147483647U);
+  EXPECT_EQ(rand_eq(-5L, D - 5), D - 5);
+  EXPECT_EQ(std::rand(), second);
 }
 
 TEST(RandomDraw, NoDrawLeavesTheWidestRange) {

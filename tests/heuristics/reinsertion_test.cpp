@@ -89,6 +89,19 @@ TYPED_TEST(ReinsertionTest, FirstLongerVectorIsTheFallback) {
   this->expectBasis({{1, 0, 0}, {0, 1, 5}, {10, 1, 0}});
 }
 
+TYPED_TEST(ReinsertionTest, SumOfTwoBasisVectorsIsNoTrivialOne) {
+  this->basis({{1, 0, 0}, {1, 5, 0}, {0, 0, 9}});
+  this->insert({0, 5, 0});
+  this->expectBasis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
+}
+
+TYPED_TEST(ReinsertionTest, FirstOfTwoFallbacksIsTaken) {
+  // The third vector is longer too, and its orthogonal part the smaller as well.
+  this->basis({{1, 0, 0, 0}, {10, 1, 0, 0}, {11, 0, 1, 0}, {0, 0, 0, 5}});
+  this->insert({0, 1, 1, 5});
+  this->expectBasis({{1, 0, 0, 0}, {0, 1, 1, 5}, {10, 1, 0, 0}, {11, 0, 1, 0}});
+}
+
 TYPED_TEST(ReinsertionTest, VectorLongerThanAllChangesNothing) {
   this->basis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
   this->insert({0, 5, 9});
@@ -105,6 +118,26 @@ TYPED_TEST(ReinsertionTest, GeneralCombinationGivesTheSameLattice) {
   EXPECT_EQ(statisticsOf<TypeParam>().nontrivialBasisExtensions, 1);
 }
 
+// The first two vectors are nearly parallel, so that the cheap orthogonalisation takes them for dependent and
+// knows nothing of the third.
+TYPED_TEST(ReinsertionTest, StableOrthogonalisationWhereTheCheapOneFails) {
+  Sequence draw(1);
+  bool tried = false;
+  for (int i = 0; i < 1000 && !tried; ++i) {
+    const long x = draw.next(300000000, 400000000), y = draw.next(300000000, 400000000);
+    // One step aside of a third of the length along the first.
+    const Rows rows{{x, y, 0}, {x / 3 + draw.next(-1, 1), y / 3 + draw.next(-1, 1), 0}, {x, y, 900000000}};
+    this->basis(rows);
+    if (this->lattice.updateGso(1, 0)) continue;
+    if (this->lattice.gsoByReduced(1, 0, false) != 0) continue;
+    tried = true;
+    this->basis(rows);  // without what has been computed
+    this->insert({0, 0, 900000000});
+    this->expectBasis({rows[0], rows[1], {0, 0, 900000000}});
+  }
+  EXPECT_TRUE(tried);
+}
+
 TYPED_TEST(ReinsertionTest, CoordinatesAreTakenInUnitAndLengthsInWeightedCoordinates) {
   this->basis({{1, 0, 0}, {7, 5, 0}, {0, 0, 9}});
   this->lattice.setScale(2, TypeParam(100));
@@ -112,6 +145,21 @@ TYPED_TEST(ReinsertionTest, CoordinatesAreTakenInUnitAndLengthsInWeightedCoordin
   this->expectBasis({{1, 0, 0}, {0, 500, 0}, {0, 0, 9}});
   this->insert({0, 5, 0});  // not the weighted form of a lattice vector
   this->expectBasis({{1, 0, 0}, {0, 500, 0}, {0, 0, 9}});
+}
+
+// A hundredfold of its second coordinate would be another vector of the lattice.
+TYPED_TEST(ReinsertionTest, WeightsAreTakenOffOnce) {
+  this->basis({{1, 0, 0}, {70, 5, 0}, {0, 0, 9}});
+  this->lattice.setScale(2, TypeParam(100));
+  this->insert({0, 500, 9});
+  this->expectBasis({{1, 0, 0}, {0, 500, 9}, {70, 500, 0}});
+}
+
+TYPED_TEST(ReinsertionTest, CoordinatesAreThoseInTheBasisAsItStands) {
+  this->basis({{1, 0, 0}, {0, 0, 9}, {7, 5, 0}});
+  this->lattice.swapBase(2, 3, false);
+  this->insert({0, 5, 0});
+  this->expectBasis({{1, 0, 0}, {0, 5, 0}, {0, 0, 9}});
 }
 
 TYPED_TEST(ReinsertionTest, TransformationStaysInStep) {
@@ -214,6 +262,28 @@ TEST_F(ReinsertLadder, LossOfPrecisionIsRepeatedExactly) {
   EXPECT_FALSE(y_.extendedActive);
   EXPECT_TRUE(y_.standard.B == matrixOf<dbl_t>({{600000000, 0, 0}, {-600000000, 1, 0}, {600000000, 0, 7}}));
   EXPECT_EQ(statisticsStandard().basisSubstitutionsNontrivial, 1);
+}
+
+// The step that lost precision had opened a level.
+TEST_F(ReinsertLadder, LevelsOfTheLostStepAreClosed) {
+  y_.standard.params.verb.set(2);
+  ::testing::internal::CaptureStdout();
+  reinsert(y_);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+            "|-> Inserting solution vector (1) ...\n"
+            "|-> Switching to extended precision\n"
+            "|-> Inserting solution vector (1) ...\n"
+            "|-> Using standard precision\n");
+  EXPECT_EQ(progressDepth(), 0);
+}
+
+// The row operation that lost precision left the transformation behind the basis.
+TEST_F(ReinsertLadder, HalfAStepIsTakenBack) {
+  y_.standard.params.consistency.set(true);
+  reinsert(y_);
+  EXPECT_FALSE(y_.extendedActive);
+  EXPECT_EQ(y_.standard.B[3][2], 0);
+  EXPECT_TRUE(y_.standard.TT[1] * y_.standard.B_save == y_.standard.B);
 }
 
 TEST_F(ReinsertLadder, StepBackIsTriedAndItsFailureToldToTheCaller) {

@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "driver/statistics.h"
+#include "heuristics/random_draw.h"
 #include "heuristics/sample_bounds.h"
 #include "lattice/support.h"
 #include "lib/exceptions.h"
+#include "lib/os/clock.h"
 #include "lib/progress.h"
 #include "support/lattice.h"
 
@@ -180,20 +182,39 @@ TYPED_TEST(SamplingTest, BitsOfVeryUnevenLengthsComeSoon) {
 
 TYPED_TEST(SamplingTest, EstimateIsTheBestOfAllPositions) {
   Draws draw(3);
+  int telling = 0;
   for (int i = 0; i < 40; ++i) {
-    const long m = draw.next(2, 14);
-    const long k = draw.next(1, m - 1);
-    const long u = draw.next(0, m - 1);
+    const bool interior = i % 2 == 1;
+    const long m = draw.next(interior ? 6 : 2, 14);
+    const long k = draw.next(1, interior ? 2 : m - 1);
+    const long u = draw.next(0, interior ? 2 : m - 1);
     setBasis(this->lattice, Matrix<TypeParam>::unit(m));
     const std::vector<dbl_t> r = randomLengths(draw, m);
     for (long t = 1; t <= m; ++t) this->lattice.bstarSq[t] = r[static_cast<std::size_t>(t)];
-    const dbl_t target = 3 * r[static_cast<std::size_t>(k)];
+    dbl_t target = 3 * r[static_cast<std::size_t>(k)];
+    if (interior) {
+      // Between what does not fall off at all and what does: the order of the lengths tells.
+      const std::vector<dbl_t> a = sortedLengths(this->lattice.bstarSq, u, k, m);
+      const dbl_t least = plainLength(a, m - u, u, m, 0);
+      target = least + (plainLength(a, m - u, u, m, 1) - least) * 3 / 4;
+    }
     const dbl_t expected = plainEstimate(this->lattice.bstarSq, u, k, m, target);
-    if (std::fabs(expected - std::round(expected)) < 1e-4L && expected < -1 && expected > -m) continue;
+    const bool tells = expected < -1 && expected != static_cast<dbl_t>(-m);
+    if (tells && std::fabs(expected - std::round(expected)) < 1e-4L) continue;
+    if (tells) ++telling;
     EXPECT_EQ(sampleEstimate(this->lattice, u, k, m, fromDouble<TypeParam>(target)),
               fromDouble<TypeParam>(std::floor(expected)))
         << "m " << m << " k " << k << " u " << u;
   }
+  EXPECT_GT(telling, 8);
+}
+
+// Only where everything in front of the wide range falls off can the target be reached.
+TYPED_TEST(SamplingTest, EstimateLooksAtTheLastPositionToo) {
+  setBasis(this->lattice, Matrix<TypeParam>::unit(4));
+  for (const auto& [t, length] : {std::pair(1L, 12), {2L, 12}, {3L, 3}, {4L, 1}})
+    this->lattice.bstarSq[t] = length;
+  EXPECT_EQ(sampleEstimate(this->lattice, 1, 1, 4, fromDouble<TypeParam>(2.9L)), TypeParam(-3));
 }
 
 TYPED_TEST(SamplingTest, FreeBoundIsTheFirstThatIsEnough) {
@@ -217,6 +238,122 @@ TYPED_TEST(SamplingTest, FreeBoundOfTheLastPositionIsThePosition) {
   this->makeLattice(4, 1);
   EXPECT_EQ(freeBound(this->lattice, 3, 3), 3);
   EXPECT_EQ(freeBound(this->lattice, 1, 1), 1);
+}
+
+// A third of 3 and 2 make 3, which is not below what a sample has to beat.
+TYPED_TEST(SamplingTest, FreeBoundAsksForLessThanTheLengthItself) {
+  setBasis(this->lattice, Matrix<TypeParam>::unit(2));
+  this->lattice.bstarSq[1] = 3;
+  this->lattice.bstarSq[2] = 2;
+  EXPECT_EQ(freeBound(this->lattice, 1, 2), 2);
+  this->lattice.bstarSq[2] = 1.99L;
+  EXPECT_EQ(freeBound(this->lattice, 1, 2), 1);
+}
+
+// The steps as they stand, one after the other. The position that a sample took, 0 without one.
+template <class T>
+long sampleByDefinition(Lattice<T, dbl_t>& l) {
+  long m = 1;
+  while (m <= l.rank && !isZero(T(abs(l.B[m][l.dim]) - abs(l.inhomScaled)))) ++m;
+  if (m > l.rank) return 0;
+  const long k = rand_eq(1L, m);
+  l.lll(1, m, 0);
+  EXPECT_TRUE(l.updateGso(1, m));
+  const long u = std::min(freeBound(l, k, m), m - 1);
+  const auto limit = static_cast<dbl_t>(l.params.sampleLimit.get());
+  for (dbl_t n = std::min(std::pow(2.0L, static_cast<dbl_t>(u)), limit); n >= 1; --n) {
+    Vector<T> v = l.B[m], coordinates = Vector<T>::zeros(l.rank);
+    Vector<dbl_t> mu = l.mu[m];
+    coordinates[m] = T(1);
+    for (long j = m - 1; j >= k; --j) {
+      const dbl_t reach = j >= m - u ? 1 : 0.5L;
+      const T c = rand_eq(T(std::lround(mu[j] - reach)), T(std::lround(mu[j] + reach)));
+      v -= l.B[j] * c;
+      coordinates[j] -= c;
+      for (long i = 1; i <= j; ++i) mu[i] -= toDouble(c) * l.mu[j][i];
+    }
+    l.checkSolution(v, true, NOW, false);
+    dbl_t p = toDouble(T(v * v));
+    for (long i = 1; i <= m; ++i) {
+      if (p < (1 - EPS) * l.bstarSq[i]) {
+        l.insertCombination(coordinates, i, m);
+        return i;
+      }
+      p -= mu[i] * mu[i] * l.bstarSq[i];
+    }
+  }
+  return 0;
+}
+
+TYPED_TEST(SamplingTest, AgreesWithTheDefinition) {
+  using T = TypeParam;
+  // A first vector that no sample can beat, so that they enter behind it.
+  Rows rows = knapsackRows(13, 100000, 9);
+  for (auto& row : rows) {
+    row.insert(row.begin(), 0);
+    row.push_back(&row == &rows.back() ? 1 : 0);
+  }
+  rows.insert(rows.begin(), std::vector<long>(rows[0].size(), 0));
+  rows[0][0] = 1;
+  long behind = 0;
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    setBasis(this->lattice, matrixOf<T>(rows));
+    this->lattice.interval_tt = 40 * (seed % 4);
+    this->lattice.params.sampleLimit.set(seed % 3 == 0 ? 3 : 1000);
+    this->lattice.params.verb.set(2);
+    Lattice<T, dbl_t> expected(this->lattice);
+    expected.params.verb.set(0);
+    std::srand(seed);
+    const long position = sampleByDefinition(expected);
+    const int next = std::rand();
+    const std::string text = this->sampled(seed);
+    EXPECT_EQ(std::rand(), next);
+    ASSERT_TRUE(this->lattice.B == expected.B);
+    const std::string line = "|    |-> Replacing base vector (idx = " + std::to_string(position) + ")\n";
+    EXPECT_EQ(text.find(line) != std::string::npos, position != 0) << text;
+    if (position > 1) ++behind;
+  }
+  EXPECT_GT(behind, 10);
+}
+
+// 2 to the power of u is more than a word holds there.
+TYPED_TEST(SamplingTest, WideRangesTakeTheLimit) {
+  using T = TypeParam;
+  Rows rows(70, std::vector<long>(71, 0));
+  for (std::size_t i = 0; i < rows.size(); ++i) rows[i][i] = 1;
+  rows.back().back() = 1;
+  setBasis(this->lattice, matrixOf<T>(rows));
+  this->lattice.params.sampleLimit.set(100);
+  for (unsigned seed = 1; seed <= 3; ++seed) {
+    std::srand(seed);
+    sampleByDefinition(this->lattice);
+    const int next = std::rand();
+    this->lattice.params.verb.set(2);
+    EXPECT_NE(this->sampled(seed).find(", u = 69 )"), std::string::npos);
+    EXPECT_EQ(std::rand(), next);
+  }
+}
+
+// Shorter than the first vector, but by less than the tolerance tells.
+TYPED_TEST(SamplingTest, GainWithinTheToleranceIsNone) {
+  setBasis(this->lattice, matrixOf<TypeParam>({{100000, 0, 0, 0, 0, 0}, {0, 99999, 445, 44, 6, 1}}));
+  for (unsigned seed = 1; seed <= 20; ++seed) this->sampled(seed);
+  EXPECT_EQ(statisticsOf<TypeParam>().samplingBasisExtensions, 0);
+  EXPECT_EQ(this->lattice.B[1][1], TypeParam(100000));
+}
+
+// An hour passes at each look at the clock.
+TYPED_TEST(SamplingTest, ItsSweepReportsNothing) {
+  this->makeLattice(6, 3);
+  this->lattice.clearStatus();
+  this->lattice.params.verb.set(2);
+  static long hours;
+  hours = 0;
+  setClock([]() -> long { return 3600 * ++hours; });
+  const std::string text = this->sampled(3);
+  setClock(nullptr);
+  EXPECT_NE(text.find("Random Sampling"), std::string::npos);
+  EXPECT_EQ(text.find("interval_tt"), std::string::npos) << text;
 }
 
 TYPED_TEST(SamplingTest, SampleIsTheCombinationThatItNames) {
@@ -354,6 +491,29 @@ TYPED_TEST(SamplingTest, FeasibleSamplesAreCounted) {
   std::srand(1);
   for (int i = 0; i < 10; ++i) randomSampling(*lattice);
   EXPECT_GT(statisticsOf<TypeParam>().samplingCollections, 0);
+}
+
+TYPED_TEST(SamplingTest, SamplesAreJudgedInUnitCoordinates) {
+  const auto lattice = latticeOf<TypeParam>(SMALL);
+  lattice->params.sol.set(0);
+  lattice->setScale(lattice->dim, TypeParam(2));
+  lattice->swapBase(1, lattice->rank, false);
+  std::srand(1);
+  for (int i = 0; i < 10; ++i) randomSampling(*lattice);
+  EXPECT_GT(statisticsOf<TypeParam>().samplingCollections, 0);
+}
+
+// What is feasible counts, though it is no better than what is known.
+TYPED_TEST(SamplingTest, FeasibleSamplesWithAWorseTargetAreCounted) {
+  const auto lattice = latticeOf<TypeParam>(SMALL_TARGET);
+  lattice->params.sol.set(0);
+  lattice->checkSolution(latticeVector(*lattice, "[ 0 3 ]"), NOW, false);  // the optimum
+  const std::string best = shown<TypeParam>(lattice->bestSlack);
+  lattice->swapBase(1, lattice->rank, false);
+  std::srand(1);
+  for (int i = 0; i < 10; ++i) randomSampling(*lattice);
+  EXPECT_GT(statisticsOf<TypeParam>().samplingCollections, 0);
+  EXPECT_EQ(shown<TypeParam>(lattice->bestSlack), best);
 }
 
 TEST(Sampling, LossOfPrecisionPassesAndTheSweepSpeaksAgain) {

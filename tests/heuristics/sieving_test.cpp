@@ -153,6 +153,20 @@ TYPED_TEST(SieveTest, HomogeneousVectorsAloneGoThroughTheCheck) {
   EXPECT_EQ(other.solutions.MN, 0);
 }
 
+// Homogeneous vectors that stand among the inhomogeneous ones find their place by the check.
+TYPED_TEST(SieveTest, EachVectorOfThePoolIsChecked) {
+  auto lattice = this->smallWith({});
+  for (const auto& row : Rows{{4, 2, 0, 0}, {0, 2, -2, 0}}) {
+    Candidate<TypeParam> v(vectorOf<TypeParam>(row));
+    v.deviation = lattice->computeDeviation(v);
+    lattice->inhomogeneousVectors.append(v);
+  }
+  lattice->params.sieve.set(true);
+  lattice->sieve();
+  EXPECT_EQ(contents<TypeParam>(lattice->homogeneousVectors),
+            (std::vector<std::string>{"[ 4 2 0 0 ]", "[ 0 2 -2 0 ]"}));
+}
+
 TYPED_TEST(SieveTest, OneInhomogeneousVectorIsChecked) {
   auto lattice = this->smallWith({{0, -2, -2, 1}});
   lattice->sieve();
@@ -199,6 +213,52 @@ TYPED_TEST(SieveTest, VectorsThatAreEqualUpToSignLeaveNoZeroVector) {
   lattice->sieve();
   EXPECT_EQ(lattice->homogeneousVectors.count, 0);
   EXPECT_EQ(lattice->solutions.MN, 0);
+}
+
+// Both negated combinations of the first round are feasible; the one that comes first leads elsewhere.
+TYPED_TEST(SieveTest, DifferenceIsNegatedAfterTheSum) {
+  auto lattice = this->smallWith({{0, 2, -2, 0}, {-4, 0, 2, -1}});
+  lattice->sieve();
+  ASSERT_EQ(lattice->solutions.MN, 1);
+  EXPECT_EQ(shown<TypeParam>(lattice->solutions[1]), "[ 4 -2 0 1 ]");
+}
+
+TYPED_TEST(SieveTest, RemaindersAreDropped) {
+  using T = TypeParam;
+  auto lattice = this->smallWith({{-8, -4, -4, 1}});
+  Vector<T> v = vectorOf<T>({4, 0, 2, 0});
+  v[1] += T(1) / powerOfTen<T>(11);
+  lattice->collect(v, nullptr, nullptr);
+  lattice->sieve();
+  ASSERT_EQ(lattice->solutions.MN, 1);
+  EXPECT_EQ(shown<T>(lattice->solutions[1]), "[ 0 -4 0 1 ]");
+  EXPECT_TRUE(isExactZero(lattice->solutions[1][1]));
+}
+
+TYPED_TEST(SieveTest, FirstOfEqualVectorsIsTheBest) {
+  for (const Rows& pool : {Rows{{4, -2, 0, 1}, {4, 0, -2, 1}}, Rows{{4, 0, -2, 1}, {4, -2, 0, 1}}}) {
+    auto lattice = this->smallWith(pool);
+    lattice->sieve();
+    EXPECT_TRUE(lattice->bestInhomogeneous == vectorOf<TypeParam>(pool[0]));
+  }
+}
+
+// Of records that are the same by the tolerance the last one is the bound, though the first be a little
+// worse.
+TYPED_TEST(SieveTest, BoundIsTheLastOfTheWorst) {
+  auto lattice = this->smallWith({});
+  dbl_t largest = 0.5L;
+  for (const auto& row : Rows{{4, -2, 0, 1}, {4, 0, -2, 1}, {0, -2, -2, 1}}) {
+    Candidate<TypeParam> v(vectorOf<TypeParam>(row));
+    v.deviation.kind = 2;
+    v.deviation.fc = 1;
+    v.deviation.fm = largest;
+    lattice->inhomogeneousVectors.append(v);
+    largest -= 0.6L * EPS;
+  }
+  ASSERT_TRUE(lattice->inhomogeneousVectors.tail->value.better(lattice->inhomogeneousVectors.head->value));
+  lattice->sieve();  // nothing beats the bound: the pool stays as it is
+  EXPECT_EQ(lattice->solutions.MN, 3);
 }
 
 TYPED_TEST(SieveTest, PoolHasTheLimitOfTheCollections) {

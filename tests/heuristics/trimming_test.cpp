@@ -114,6 +114,19 @@ TYPED_TEST(Trimming, WeightIsNeverZero) {
   EXPECT_EQ(this->lattice.stepAverage[1], T(0));  // -2 and 2
 }
 
+TYPED_TEST(Trimming, SteppedWeightTakesADrawnSign) {
+  using T = TypeParam;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    std::srand(seed);
+    const T sign = Lattice<T, dbl_t>::randomSign(T(1));
+    this->weights({1, 1, 1});
+    std::srand(seed);
+    this->lattice.scaleStep(3, T(1));
+    EXPECT_EQ(this->weight(3), sign * T(2));
+    EXPECT_EQ(this->lattice.inhomScaled, sign * T(2));
+  }
+}
+
 TYPED_TEST(Trimming, StepIsCutToTheLimit) {
   using T = TypeParam;
   this->weights({990, 1, 1});
@@ -250,9 +263,11 @@ TYPED_TEST(Trimming, CoordinatesInTheOrderOfTheirDeviations) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<T>({{5, -9, 7, 1}}));
   l.params.scale.set(true);
-  l.params.eenum.set(false);
+  l.params.eenum.set(true);
   l.lbnd[4] = l.ubnd[4] = T(1);
-  EXPECT_NE(this->trimmed(l).find("Scaling ... 2 3 1\n"), std::string::npos);
+  const std::string text = this->trimmed(l);
+  EXPECT_NE(text.find("Scaling ... 2 3 1\n"), std::string::npos);
+  EXPECT_EQ(this->occurrences(text, "BKZ enumeration"), 1) << text;  // once, behind the last of them
 }
 
 // The vector is measured with the sign of inhomBase: as it stands it would deviate in the last coordinate.
@@ -264,6 +279,18 @@ TYPED_TEST(Trimming, NegativeCarrierIsTurned) {
   l.params.eenum.set(false);
   l.lbnd = vectorOf<T>({-9, 0, 1});
   l.ubnd = vectorOf<T>({-5, 8, 1});
+  EXPECT_NE(this->trimmed(l).find("Scaling ... 2\n"), std::string::npos);
+}
+
+TYPED_TEST(Trimming, SignOfTheInhomogeneousBaseIsThePositiveOne) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -1}}));
+  l.inhomBase = l.inhomScaled = T(-1);
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({5, -8, -1});
+  l.ubnd = vectorOf<T>({9, 0, -1});
   EXPECT_NE(this->trimmed(l).find("Scaling ... 2\n"), std::string::npos);
 }
 
@@ -288,6 +315,79 @@ TYPED_TEST(Trimming, PreviousCoordinatesThatRecovered) {
   EXPECT_EQ(abs(l.scaleFactor[3]), T(2));
   EXPECT_EQ(abs(l.scaleFactor[1]), T(2));
   EXPECT_EQ(l.scaleFactor[2], T(1));
+}
+
+// Weights go to what recovered, shifts to what is out now.
+TYPED_TEST(Trimming, ShiftsGoToWhatIsOut) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -7, 1}}));
+  l.params.scale.set(true);
+  l.params.translate.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({-900, 0, 0, 1});
+  l.ubnd = vectorOf<T>({900, 9, 9, 1});
+  Set<long> previous;
+  previous.append(1);
+  l.trim(&previous);
+  EXPECT_EQ(this->magnitude(1), T(2));
+  EXPECT_EQ(this->weight(2), T(1));
+  EXPECT_EQ(l.translation[1], T(0));
+  EXPECT_EQ(abs(l.translation[2]), T(1));
+  EXPECT_EQ(abs(l.translation[3]), T(1));
+}
+
+TYPED_TEST(Trimming, WeightedCarrierCarriesItOnce) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, 1}}));
+  l.lbnd = vectorOf<T>({0, 0, 1});
+  l.ubnd = vectorOf<T>({9, 9, 1});
+  l.setScale(3, T(-2));
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  EXPECT_EQ(this->trimmed(l), "|-> Trimming ...\n|    |-> Scaling ... 2\n");
+}
+
+// As many coordinates recovered as there were: there is nothing left to shrink.
+TYPED_TEST(Trimming, SetsThatDoNotShrinkEndTheRecursion) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{5, -9, -7, 1}}));
+  l.params.scale.set(true);
+  l.params.eenum.set(false);
+  l.lbnd = vectorOf<T>({0, 0, 0, 1});
+  l.ubnd = vectorOf<T>({9, 9, 9, 1});
+  Set<long> previous;
+  previous.append(1);
+  l.params.verb.set(2);
+  ::testing::internal::CaptureStdout();
+  l.trim(&previous);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> Scaling ... 1\n");
+}
+
+// One draw for each coordinate that is out, the inhomogeneous one among them.
+TYPED_TEST(Trimming, ShiftsTakeADrawForEachCoordinate) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>({{50, -90, 1}}));  // its last coordinate is out of its bounds too
+  l.lbnd[3] = T(71);
+  l.ubnd[3] = T(71);
+  l.params.scale.set(false);
+  l.params.translate.set(true);
+  l.params.eenum.set(false);
+  Set<long> none;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    std::srand(seed);
+    T signs[4];
+    for (const int p : {2, 3, 1}) signs[p] = Lattice<T, dbl_t>::randomSign(T(1));
+    l.resetScales(true, true);
+    std::srand(seed);
+    l.trim(&none);
+    EXPECT_EQ(l.translation[1], signs[1]);
+    EXPECT_EQ(l.translation[2], signs[2]);
+    EXPECT_EQ(l.translation[3], T(0));
+  }
 }
 
 // Once for the driver, once with the coordinates, once with none.
@@ -336,13 +436,17 @@ TYPED_TEST(Trimming, GuardOfTheInhomogeneousCoordinate) {
 
 TYPED_TEST(Trimming, NothingOutOfBoundsWithTargetsFails) {
   using T = TypeParam;
-  for (const bool scale : {true, false}) {
+  for (const auto& [scale, translate] : {std::pair(true, false), {false, true}, {false, false}}) {
     auto l = latticeOf<T>(SMALL_TARGET);
     l->params.scale.set(scale);
-    l->params.translate.set(!scale);
+    l->params.translate.set(translate);
     ASSERT_FALSE(l->generatedTu && isZero(l->program.rtu()));
     l->lbnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), -1000));
     l->ubnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), 1000));
+    if (!scale && !translate) {
+      l->trim(nullptr);  // asks nothing
+      continue;
+    }
     EXPECT_FAILURE(l->trim(nullptr), "At least the target component should deviate ...");
   }
 }

@@ -1,5 +1,8 @@
 #include "numbers/limb_array.h"
 
+#include <limits>
+#include <new>
+
 #include "support/failure.h"
 
 namespace latbox {
@@ -103,6 +106,22 @@ TEST(LimbArray, ElementOperations) {
   EXPECT_FAILURE(a.removeComponent(1), "removeComponent: invalid index");
   EXPECT_FAILURE(a.insertComponent(2, 1), "insertComponent: invalid index");
   EXPECT_FAILURE(a.resize(-1, false), "array: dimension < 0");
+  EXPECT_FAILURE(a.removeComponent(0), "array: dimension < 0");
+}
+
+TEST(LimbArray, TheLastElementIsTakenOut) {
+  Limbs a(2);
+  a[1] = 1, a[2] = 2;
+  a.removeComponent(2);
+  EXPECT_EQ(a.MN, 1);
+  EXPECT_EQ(a[1], 1);
+}
+
+TEST(LimbArray, SizeBeyondTheAllocatorIsABadArrayLength) {
+  Limbs a(1);
+  volatile long beyond = std::numeric_limits<long>::max();
+  EXPECT_THROW(a.resize(beyond, false), std::bad_array_new_length);
+  EXPECT_EQ(a.MN, 1);
 }
 
 }  // namespace

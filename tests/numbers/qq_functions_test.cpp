@@ -53,6 +53,13 @@ TEST(QQFunctions, NaturalLogarithm) {
   EXPECT_EQ(toText(log(qqInfinity())), "inf");
 }
 
+// The base of the natural logarithm is a constant of double width: its own logarithm is exactly 1, that of a
+// closer value is not.
+TEST(QQFunctions, NaturalLogarithmRestsOnADoubleConstant) {
+  EXPECT_EQ(toText(log(QQ(2.718281828459045))), "1");
+  EXPECT_NE(toText(log(QQ("2.71828182845904524"))), "1");
+}
+
 TEST(QQFunctions, Roots) {
   expectWithin(rootOf(QQ(27), 3), QQ(3), qqEps());
   expectWithin(rootOf(QQ(-8), 3), QQ(-2), qqEps());
@@ -69,6 +76,15 @@ TEST(QQFunctions, Roots) {
   EXPECT_EQ(toText(rootOf(qqInfinity(), 2)), "inf");
   EXPECT_EQ(toText(rootOf(-qqInfinity(), 3)), "-inf");
   EXPECT_EQ(toText(rootOf(qqInfinity(), -2)), "0");
+}
+
+// That two steps agree is not enough: the power of the root has to be the number.
+TEST(QQFunctions, PowerOfARootIsTheNumberWithinTheTolerance) {
+  for (const long degree : {2L, 3L, 5L, 7L, 11L, 13L})
+    for (const long base : {2L, 3L, 10L, 97L, 1001L}) {
+      const QQ x = pow(QQ(base), QQ(degree)) + QQ("1/7");
+      EXPECT_TRUE(isZero(pow(rootOf(x, degree), QQ(degree)) - x)) << base << " " << degree;
+    }
 }
 
 TEST(QQFunctions, RootInPlace) {

@@ -229,6 +229,24 @@ TEST(QQ, RoundDigits) {
   QQ tiny(ZZ(12), ZZ("1000000000000000000001"));
   roundDigits(tiny, 18);
   expectParts(tiny, true, "0", "0", "1");
+  // As many digits are dropped as the numerator has, and one less.
+  QQ two(ZZ(77), ZZ("10000000000000000003"));
+  roundDigits(two, 18);
+  expectParts(two, true, "0", "0", "1");
+  QQ three(ZZ(777), ZZ("10000000000000000003"));
+  roundDigits(three, 18);
+  expectParts(three, true, "0", "7", "100000000000000000");
+}
+
+// A fraction that was cut to nothing left a zero with the sign of the number behind.
+TEST(QQ, NegativeFractionCutToNothingIsPositiveZero) {
+  QQ x(ZZ(-1), ZZ("100000000000000000000"));
+  roundDigits(x, 18);
+  expectParts(x, true, "0", "0", "1");
+  EXPECT_TRUE(x == QQ(0));
+  QQ y = QQ(-7) + QQ(ZZ(-1), ZZ("100000000000000000000"));
+  roundDigits(y, 18);
+  expectParts(y, false, "7", "0", "1");
 }
 
 TEST(QQ, RoundingDoesNotReduceButTheNextOperationDoes) {
@@ -259,6 +277,36 @@ TEST(QQ, RoundProductsIsClearAndRoundsWhileSet) {
   EXPECT_TRUE(a * b == exact);
 }
 
+TEST(QQ, EachRoundedPartialProductKeepsEighteenDigits) {
+  const QQ small(ZZ(1234567), ZZ("100000000000000000000"));
+  QQ::setRoundProducts(true);
+  const QQ second = QQ(3) * small, third = small * QQ(3);
+  QQ::setRoundProducts(false);
+  expectParts(second, true, "0", "3703", "100000000000000000");
+  expectParts(third, true, "0", "3703", "100000000000000000");
+  expectParts(QQ(3) * small, true, "0", "3703701", "100000000000000000000");
+}
+
+TEST(QQ, RoundedProductKeepsEighteenDigits) {
+  const QQ a(ZZ(1234567891), ZZ(10000000000));
+  QQ::setRoundProducts(true);
+  const QQ square = a * a;
+  QQ::setRoundProducts(false);
+  expectParts(square, true, "0", "1524157877488187", "100000000000000000");
+  expectParts(a * a, true, "0", "1524157877488187881", "100000000000000000000");
+}
+
+// The product of small numbers of different signs overflowed the stack: the zero that the last partial
+// product was cut to had a sign, and sum and difference handed it to one another.
+TEST(QQ, RoundedProductThatIsCutToNothing) {
+  QQ::setRoundProducts(true);
+  const QQ product = QQ(ZZ(-1), ZZ("10000000001")) * QQ(ZZ(1), ZZ("10000000001"));
+  const QQ more = QQ(ZZ("-20000000003"), ZZ("10000000001")) * QQ(ZZ(1), ZZ("10000000001"));
+  QQ::setRoundProducts(false);
+  expectParts(product, true, "0", "0", "1");
+  expectParts(more, false, "0", "2", "10000000001");
+}
+
 TEST(QQ, ToDouble) {
   EXPECT_EQ(toDouble(QQ()), 0.0L);
   EXPECT_EQ(toDouble(QQ(-5)), -5.0L);
@@ -283,6 +331,32 @@ TEST(QQ, ToDoubleStrict) {
     EXPECT_EQ(precisionMessage([&] { toDoubleByText(QQ(text), true); }), message) << text;
     toDoubleStrict(QQ(text), false);
   }
+}
+
+// The digits of the integer part and the zeros behind the point count where there is an integer part; the
+// digit that goes beyond 18 is the last one.
+TEST(QQ, ToDoubleShowsTheDigitsOfTheBudget) {
+  const std::pair<QQ, dbl_t> table[] = {
+      {QQ("1/3"), 0.3333333333333333333L},
+      {QQ("-1/300"), -0.003333333333333333333L},
+      {QQ("1:1/3"), 1.333333333333333333L},
+      {QQ("1:1/300"), 1.003333333333333333L},
+      {QQ("-123456789012345678:1/3"), -123456789012345678.33L},
+      {QQ("1234567890123456789:1/3"), 1234567890123456789.0L},
+  };
+  for (const auto& [x, expected] : table) {
+    EXPECT_EQ(toDouble(x), expected) << x;
+    EXPECT_EQ(toDoubleByText(x, false), expected) << x;
+  }
+}
+
+// The count of the digits is that of significantLength, by design: zeros that fill a limb do not count, and a
+// limb that they begin counts without them.
+TEST(QQ, ToDoubleCountsDigitsInStorageOrder) {
+  EXPECT_EQ(toDoubleStrict(QQ("0.10000000000000000003"), true), 0.10000000000000000003L);
+  EXPECT_EQ(toDouble(QQ("0.1") + QQ("1/3000000000000000000")), 0.1000000000000000003333L);
+  EXPECT_EQ(precisionMessage([&] { toDoubleStrict(QQ("0.12345678901234567891"), true); }),
+            "QQ is not representable as dbl_t");
 }
 
 std::string conversion(dbl_t (*convert)(const QQ&, bool), const QQ& x, bool strict) {
@@ -336,6 +410,8 @@ TEST(QQ, ValuesWithinTheToleranceBecomeZero) {
   expectParts(QQ(-5e-10L), true, "0", "0", "1");
   expectParts(QQ(-0.0L), true, "0", "0", "1");
   expectParts(QQ(2e-9L), true, "0", "1", "500000000");
+  expectParts(QQ(EPS), true, "0", "0", "1");
+  expectParts(QQ(-EPS), true, "0", "0", "1");
 }
 
 TEST(QQ, WholeDoublesEqualTheirText) {

@@ -60,6 +60,10 @@ TEST(QQText, Accepted) {
       {"-1e2", "-100"},
       {" 1e2", "100"},
       {"1e1e1", "10000000000"},
+      {"1e1e1e0", "10000000000"},
+      {"1einf", "inf"},
+      {"-infe2", "-inf"},
+      {"1e-inf", "0"},
       {"0e5", "0"},
       {"1.2345678901234568e+17", "123456789012345680"},
       {"12a3", "123"},
@@ -104,6 +108,9 @@ TEST(QQText, Refused) {
       {"1e-999999999999", "QQ: exponent out of range"},
       {"1e1/21", "QQ: exponent out of range"},
       {"1e1e9", "QQ: exponent out of range"},
+      {"ixe1/0", "QQ: parse error2"},  // what stands before the exponent is read first
+      {"inxe10001", "QQ: parse error3"},
+      {"1e2e1/0", "QQ: division by zero1"},
   };
   for (const auto& [text, message] : table) EXPECT_FAILURE(parsed(text), message) << text;
 }
@@ -123,6 +130,13 @@ TEST(QQText, PartsCarryNoSigns) {
   for (const char* text : {"-5", "--5", "-1/2", "1/-2", "-1.5", "-0", "--1:1/2", "--1.5"}) {
     const QQ q(text);
     EXPECT_TRUE(q.ganze.sign && q.zaehler.sign && q.nenner.sign) << text;
+  }
+}
+
+TEST(QQText, ZeroIsPositiveHoweverItIsWritten) {
+  for (const char* text : {"-0", "-0/5", "0/-5", "-0.x", "-.x", "-:/5", "-0e5", "-x"}) {
+    const QQ q(text);
+    EXPECT_TRUE(q.isExactZero() && q.sign) << text;
   }
 }
 

@@ -72,7 +72,12 @@ TEST(ZZ, NegativeZeroTextComparesEqualToZero) {
   EXPECT_TRUE(negative == ZZ(0));
   EXPECT_EQ(ZZ::compare(negative, ZZ(3)), -1);
   EXPECT_EQ(ZZ::compare(negative, ZZ(-3)), 1);
-  EXPECT_TRUE((negative + negative).sign);
+  for (const ZZ& zero : {ZZ(0), ZZ(""), ZZ("-0"), ZZ("-0000000000")}) {
+    EXPECT_EQ((negative + zero).to_string(), "0");
+    EXPECT_EQ((zero - negative).to_string(), "0");
+    EXPECT_EQ((negative * zero).to_string(), "0");
+    EXPECT_EQ((negative / ZZ(3)).to_string(), "0");
+  }
 }
 
 TEST(ZZ, ParseDropsWhatIsNoDigit) {
@@ -156,6 +161,8 @@ TEST(ZZ, DivisionTruncatesTowardZero) {
     ZZ::div(ZZ(row[0]), ZZ(row[1]), q, rem);
     EXPECT_EQ(q.to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
     EXPECT_EQ(rem.to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];
+    EXPECT_EQ((ZZ(row[0]) / ZZ(row[1])).to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
+    EXPECT_EQ((ZZ(row[0]) % ZZ(row[1])).to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];
     ZZ::divGeneral(ZZ(row[0]), ZZ(row[1]), q, rem);
     EXPECT_EQ(q.to_string(), std::to_string(row[2])) << row[0] << " / " << row[1];
     EXPECT_EQ(rem.to_string(), std::to_string(row[3])) << row[0] << " % " << row[1];

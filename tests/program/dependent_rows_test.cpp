@@ -49,6 +49,28 @@ TYPED_TEST(DependentRows, ARationalDependencyKeepsTheSpan) {
   EXPECT_EQ(reduced<TypeParam>("[[0 4][0 6]]"), "[ 0 2 ]");
 }
 
+// Of equally small entries the one furthest down is the pivot, so that the rows that stay are told.
+TYPED_TEST(DependentRows, OfEqualPivotsTheLastOneLeads) {
+  EXPECT_EQ(reduced<TypeParam>("[[2 0 2][0 2 2][1 1 2]]"), "[ 1 1 2 ][ -1 1 0 ]");
+  EXPECT_EQ(reduced<TypeParam>("[[-1 -2][-2 0][0 2]]"), "[ 0 2 ][ -1 0 ]");
+}
+
+// What is left in the columns to come is not reduced any further.
+TYPED_TEST(DependentRows, TheReductionEndsWithTheFirstZeroRow) {
+  EXPECT_EQ(reduced<TypeParam>("[[-2 3][0 5][-1 4]]"), "[ -5 0 ][ 1 1 ]");
+}
+
+// The last row has gone to a place that had been passed already; the rewritten one is another row.
+TYPED_TEST(DependentRows, RewrittenRowsAreLookedAtAgain) {
+  EXPECT_EQ(reduced<TypeParam>("[[-2][1][-1]]"), "[ -1 ]");
+  EXPECT_EQ(reduced<TypeParam>("[[2][-1][1]]"), "[ 1 ]");
+}
+
+TYPED_TEST(DependentRows, TheOrderOfTheOthersIsNotKept) {
+  EXPECT_EQ(reduced<TypeParam>("[[0][1][-1]]"), "[ -1 ]");
+  EXPECT_EQ(reduced<TypeParam>("[[0 0 0][1 0 0][0 1 0][0 0 1]]"), "[ 0 0 1 ][ 1 0 0 ][ 0 1 0 ]");
+}
+
 TYPED_TEST(DependentRows, ZeroRowsGoWhereverTheyStand) {
   EXPECT_EQ(reduced<TypeParam>("[[0 0][1 2]]"), "[ 1 2 ]");
   EXPECT_EQ(reduced<TypeParam>("[[1 2][0 0][0 1]]"), "[ 1 2 ][ 0 1 ]");

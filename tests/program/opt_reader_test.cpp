@@ -184,6 +184,30 @@ INSTANTIATE_TEST_SUITE_P(
         // A row that is too short has no element where one is asked for.
         Refusal{"[][][[1 2][1]][1 1][][][][0 0][0 0][1 1]", "Array: index out of range"}));
 
+// Each text breaks two rules; the one that is met first in the file's order is told.
+INSTANTIATE_TEST_SUITE_P(
+    Order, OptRefusals,
+    ::testing::Values(
+        Refusal{"[1] = [1 2][]", "The dimensions of the target properties (kt, dt) differ (2, 1)"},
+        Refusal{"[1][] x", "The row count of At (0) differs with the dimension of dt (1)"},
+        Refusal{"[][][[1 1]][] x", "The row count of Ag (1) differs with the dimension of bg (0)"},
+        Refusal{"[][][][][][0]", "Dimension error -- n == 0"},
+        Refusal{"[1][[1 1]][[1]][1][[1]]", "The column count of Ag (1) is not right ( != 2 )"},
+        Refusal{"[1][[1 inf]][][][[1]]", "The column count of Au (1) is not right ( != 2 )"},
+        Refusal{"[1][[1 inf]][[inf 1]][inf][]", "+-inf not allowed in At"},
+        Refusal{"[][][[1 1]][inf][[1 inf]]", "+-inf not allowed in bg"},
+        Refusal{"[][][[1 inf]][1][[1 inf]]", "+-inf not allowed in Ag"},
+        Refusal{"[][][][][[1 inf]][0 0]", "+-inf not allowed in Au"},
+        Refusal{"[][][][][[1 1]][0 0] x",
+                "The row count of Au ( 1) differs with the dimension of lu / ru ( 2)"},
+        Refusal{"[][][[1]][1][][][0]", "The dimensions of lu (0) and ru (1) differ"},
+        Refusal{"[][][][][[1][1]][2 -inf][1 inf][0 0]", "ru has to be >= lu in each of its components"},
+        Refusal{"[][][][][[1][1]][-inf 2][inf 1][0 0]", "Useless inequation -inf <= ... <= inf found"},
+        Refusal{"[][][[1 1]][1][][][][0][0][1]", "recheck sdim case and the usage of n (eg. in opt2lat)"},
+        Refusal{"[][][[1 1]][1][][][][0][0][1 1 1]", "The dimension of rx has to be > 0 and < A_{t,u,g}.MN"},
+        Refusal{"[][][[1 1]][1][][][][0][2 2][1 1]",
+                "The dimensions of the solution properties (lx, rx, dx) differ (2, 2, 1)"}));
+
 TEST(OptReader, AnItemMissingAtTheEndIsReportedByTheNextRead) {
   // Everything up to lx stands; rx is missing and empty.
   EXPECT_FAILURE(readProgram("[][][[1 1]][1][][][][0 0][0 0]"),

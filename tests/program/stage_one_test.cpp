@@ -89,6 +89,16 @@ TYPED_TEST(StageOne, NeighbouringFakeInequationsAreAllSeen) {
   EXPECT_EQ(p.Au.M, 0);
 }
 
+// Equal by the system's tolerance; the lower side is what the equation asks for.
+TYPED_TEST(StageOne, SidesThatAreNearlyEqualAreAnEquation) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>(inequations("[1 0][0 1]", "3 4", "3.0000000001 4.00000001", 2));
+  p.transferFakeInequations(false);
+  EXPECT_EQ(shown(p.Ag), "[ 1 0 ]");
+  EXPECT_EQ(shown(p.bg), "[ 3 ]");
+  EXPECT_EQ(shown(p.Au), "[ 0 1 ]");
+}
+
 TYPED_TEST(StageOne, EqualInfiniteSidesCannotBeMet) {
   using T = TypeParam;
   for (const char* side : {"inf", "-inf"}) {
@@ -258,6 +268,31 @@ TYPED_TEST(StageOne, AskedValuesAloneKeepTheTargetFromBelowZero) {
   EXPECT_TRUE(p.allTargetsFinite);
   EXPECT_EQ(shown(p.dt), "[ -inf -inf ]");
   EXPECT_FALSE(p.ltu() < T(0));
+}
+
+// Deviations from values are never negative, so neither is the bound that a norm of them gives.
+TYPED_TEST(StageOne, AskedValuesAloneAreBoundByZero) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[7][[1]][][][][][][0][-5][9]");
+  p.prepareStageOne(false, false);
+  p.setTargetBound(Vector<T>("[ 3 ]"), T(3));
+  EXPECT_EQ(shown(p.lrtu), "0 .. 2");
+  Tessik<T> corners = programOf<T>("[-inf][[1]][][][][][][0][-5][9]");
+  corners.allTargetsFinite = true;
+  corners.boundTargetByVariables();
+  EXPECT_EQ(shown(corners.lrtu), "0 .. 9");
+}
+
+// Such a row would become an equation with an infinite right-hand side.
+TYPED_TEST(StageOne, UselessInequationsGoBeforeSlacksAreInserted) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>(inequations("[1 0][2 0]", "0 0", "1 1", 2));
+  p.lu[1] = -infinity<T>();
+  p.ru[1] = infinity<T>();
+  p.prepareStageOne(true, false);
+  EXPECT_EQ(shown(p.Au), "[ 2 0 ]");
+  EXPECT_EQ(p.Ag.M, 0);
+  EXPECT_EQ(p.slackCount, 0);
 }
 
 TYPED_TEST(StageOne, OnlyTheFullPreparationBoundsTheTarget) {

@@ -49,6 +49,41 @@ TYPED_TEST(StageTwo, FixedVariablesOfTheLastRunAreForgotten) {
   EXPECT_EQ(p.n(), 2);
 }
 
+// Regression: the edge of a row was lost, and with it whatever lay there, when a fixed variable left a
+// program with decimals in standard precision.
+TYPED_TEST(StageTwo, TheShareOfAFixedVariableCostsNoDigits) {
+  using T = TypeParam;
+  for (int k = 1; k < 9; ++k) {
+    const std::string lower = "1000." + std::to_string(k);
+    const std::string upper = "1000." + std::to_string(k + 1);
+    Tessik<T> p = programOf<T>("[][][][][[0.1 1]][" + lower + "][" + upper + "][0 0][0 1000][90 1000]");
+    p.prepareStageTwo(false);
+    EXPECT_EQ(shown(p.lu), "[ " + std::to_string(k) + " ]");
+    EXPECT_EQ(shown(p.ru), "[ " + std::to_string(k + 1) + " ]");
+  }
+}
+
+// What is left has more digits than standard precision holds.
+TEST(StageTwoPrecision, ASideWithTooManyDigitsAsksForExactNumbers) {
+  const char* text =
+      "[][][][][[1 0.1]][0][100000000.00000001][0 0][0 0.0000000123456789][9 0.0000000123456789]";
+  Tessik<dbl_t> p = programOf<dbl_t>(text);
+  expectPrecisionException([&p] { p.removeComponents(); }, "ru overflow");
+  Tessik<QQ> q = programOf<QQ>(text);
+  q.removeComponents();
+  EXPECT_EQ(toText(q.ru[1]), toText(QQ("100000000.00000001") - QQ("0.00000000123456789")));
+}
+
+// A solution may have given a free variable two equal working bounds; it stays a variable.
+TYPED_TEST(StageTwo, AFreeVariableWithEqualWorkingBoundsStays) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][[1 1 1]][3][][][][0 0 0][-inf 0 -inf][inf inf 5]");
+  for (long i = 1; i <= 3; ++i) p.lx[i] = p.rx[i] = T(5);
+  p.removeComponents();
+  EXPECT_EQ(p.n(), 3);
+  EXPECT_EQ(p.fixedComponents.MN, 0);
+}
+
 TYPED_TEST(StageTwo, AFixedVariableWithDigitsIsRemovedUnscaled) {
   using T = TypeParam;
   Tessik<T> p = programOf<T>("[][][[2 1]][7][][][][2 0][1.25 0][1.25 9]");
@@ -164,6 +199,16 @@ TYPED_TEST(StageTwo, FiniteTargetValuesAreScaledToo) {
   p.makeIntegral();
   EXPECT_EQ(shown(p.dt), "[ 1 ]");
   EXPECT_EQ(shown(p.kt), "[ 1 ]");
+  EXPECT_EQ(shown(p.At), "[ 4 12 ]");
+}
+
+// The asked value's own denominator counts, with no threshold that repeats it.
+TYPED_TEST(StageTwo, TheDenominatorOfAnAskedValueCounts) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[0.25] = [inf] [[1 3]][][][][][][0 0][0 0][9 9]");
+  p.makeIntegral();
+  EXPECT_EQ(shown(p.dt), "[ 1 ]");
+  EXPECT_EQ(shown(p.kt), "[ inf ]");
   EXPECT_EQ(shown(p.At), "[ 4 12 ]");
 }
 
@@ -328,6 +373,23 @@ TYPED_TEST(StageTwo, InequationsMoveInToWhatTheVariablesAllow) {
   EXPECT_EQ(shown(p.ru), "[ 4 3 7 ]");
 }
 
+TYPED_TEST(StageTwo, AnEquationMayLieAtTheEndOfItsRange) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][[1 -1][1 -1]][-4 4][][][][0 0][0 0][4 4]");
+  p.tightenRows(false);
+  EXPECT_EQ(shown(p.bg), "[ -4 4 ]");
+}
+
+// Only zero itself is left out: a coefficient below the tolerance still moves its row.
+TYPED_TEST(StageTwo, CoefficientsBelowTheToleranceCount) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][][][[1]][-5][5][0][0][400000000]");
+  p.Au[1][1] = T(1) / T(2000000000L);
+  p.tightenRows(true);
+  EXPECT_EQ(shown(p.lu), "[ 0 ]");
+  EXPECT_EQ(toText(p.ru[1]), toText(T(0.2L)));
+}
+
 // Zero coefficients of unbounded variables say nothing: no zero times infinity.
 TYPED_TEST(StageTwo, ZeroCoefficientsAreLeftOut) {
   using T = TypeParam;
@@ -382,6 +444,33 @@ TYPED_TEST(StageTwo, TranslationStartsEveryVariableAtZero) {
   EXPECT_EQ(shown(p.ru), "[ 38 ]");
 }
 
+// Digits and fractions have scaled the target rows since their sum was formed; the bounds move by the new
+// one.
+TYPED_TEST(StageTwo, TheCombinedTargetIsFormedAnewBeforeItIsMoved) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[-inf][[0.5 1]][][][][][][1 0][0.3 1][0.9 4]");
+  p.prepareStageOne(false, false);
+  p.tu = true;
+  p.ltu() = T(0);
+  p.rtu() = T(10);
+  p.prepareStageTwo(false);
+  EXPECT_EQ(shown(p.atu), "[ 1 20 ]");
+  // Twenty times as large, then moved by 1 * 3 + 20 * 1.
+  EXPECT_EQ(shown(p.lrtu), "-23 .. 177");
+}
+
+TYPED_TEST(StageTwo, RowsAreTightenedBeforeTheyAreMoved) {
+  using T = TypeParam;
+  Tessik<T> p = programOf<T>("[][][][][[1 1]][-5][100][0 0][1 0][3 4]");
+  p.prepareStageTwo(false);
+  EXPECT_EQ(shown(p.lu), "[ 0 ]");  // 1 .. 7, moved by 1
+  EXPECT_EQ(shown(p.ru), "[ 6 ]");
+  Tessik<T> crossed = programOf<T>("[][][][][[1 1]][8][9][0 0][1 0][3 4]");
+  EXPECT_FAILURE(crossed.prepareStageTwo(false), "Unfulfillable inequality detected --> NO SOLUTIONS!");
+  Tessik<T> beyond = programOf<T>("[][][[1 1]][8][][][][0 0][1 0][3 4]");
+  EXPECT_FAILURE(beyond.prepareStageTwo(false), "Unfulfillable equality detected --> NO SOLUTIONS!");
+}
+
 TEST(StageTwoPrecision, TightenAndTranslateOverflowByName) {
   Tessik<dbl_t> wide = programOf<dbl_t>("[][][][][[900000000]][0][1][0][0][2]");
   expectPrecisionException([&wide] { wide.tightenRows(true); }, "llu overflow");
@@ -399,6 +488,8 @@ TEST(StageTwoPrecision, TightenAndTranslateOverflowByName) {
   expect("[][][][][[1]][900000000][1900000001][0][900000000][900000001]", "this->ru overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "ltu overflow");
   expect("[-inf][[2]][][][][][][0][900000000][900000001]", "rtu overflow");
+  // The width of a variable alone.
+  expect("[][][][][[1]][0][1][0][-900000000][900000000]", "this->ru overflow");
   // The sum is small, its parts are not.
   expect("[][][[2 -2]][0][][][][0 0][900000000 900000000][900000001 900000001]", "this->bg overflow");
 }
