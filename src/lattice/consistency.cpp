@@ -1,9 +1,10 @@
 // Exact coordinates of vectors, and the check that the basis is still a basis of the lattice as generated.
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
+#include <vector>
 
 #include "lattice/lattice.h"
+#include "lattice/row_operation.h"
 #include "lattice/unimodular.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
@@ -12,6 +13,8 @@
 namespace latbox {
 
 namespace {
+
+constexpr const char* TRANSFORMATION_OVERFLOW = "transformation overflow";
 
 template <class T>
 void clearNearZeros(Matrix<T>& m) {
@@ -41,6 +44,30 @@ void requireHeld(const Matrix<T>& basis) {
         throw PrecisionException("base matrix overflow");
       }
     }
+}
+
+// Sums below 2^63 of products of whole numbers are exact in a dbl_t. A rounded product would be the basis of
+// another lattice, and would take the place of one that is right.
+void requireExactProduct(const Matrix<dbl_t>& transformation, const Matrix<dbl_t>& origin) {
+  std::vector<dbl_t> largest(static_cast<std::size_t>(origin.M) + 1, 0);
+  for (long k = 1; k <= origin.M; ++k) largest[static_cast<std::size_t>(k)] = supNorm(origin.rows[k]);
+  const long terms = std::min(transformation.N, origin.M);
+  for (long i = 1; i <= transformation.M; ++i) {
+    dbl_t bound = 0;
+    for (long k = 1; k <= terms; ++k)
+      bound += std::fabs(transformation.rows[i].data[k]) * largest[static_cast<std::size_t>(k)];
+    if (!(bound < 0x1p63L)) throw PrecisionException(TRANSFORMATION_OVERFLOW);
+  }
+}
+void requireExactProduct(const Matrix<QQ>&, const Matrix<QQ>&) {}
+
+// The basis that the transformation makes of the origin.
+template <class T>
+Matrix<T> transformed(const Matrix<T>& transformation, const Matrix<T>& origin) {
+  requireExactProduct(transformation, origin);
+  Matrix<T> result = transformation * origin;
+  clearNearZeros(result);
+  return result;
 }
 
 }  // namespace
@@ -132,7 +159,7 @@ void Lattice<T, F>::rebaseOn(const Matrix<T>& U) {
     newTransformation(true);
     coordSolver.currentBecomesSaved();
   } catch (const FatalPrecisionException&) {
-    throw PrecisionException("transformation overflow");
+    throw PrecisionException(TRANSFORMATION_OVERFLOW);
   }
 }
 
@@ -145,8 +172,7 @@ void Lattice<T, F>::checkConsistency(bool rebase, bool keepFile) {
     restoreSavedBasis();
     return;
   }
-  Matrix<T> W = TT[TT.MN] * B_save;
-  clearNearZeros(W);
+  const Matrix<T> W = transformed(TT[TT.MN], B_save);
   // Where both agree the basis is left alone: no status is lost, no rounding comes in.
   if (W != U) {
     clearStatus();

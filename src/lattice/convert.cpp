@@ -124,8 +124,7 @@ void Lattice<T, F>::convertBasis(const Lattice<U, F>& other) {
   for (long i = 1; i <= TT.MN; ++i) convertMatrix(other.TT[i], TT[i]);
   convertMatrix(other.B_save, B_save);
   convertMatrix(other.B, B);
-  coordSolver.dropCurrent();
-  coordSolver.dropSaved();
+  coordSolver.clear();
   convertVector(other.scaleFactor, scaleFactor);
   convertVector(other.translation, translation);
   convertVector(other.stepAverage, stepAverage);

@@ -18,6 +18,7 @@
 #include "lib/elimination.h"
 #include "lib/modular.h"
 #include "numbers/number.h"
+#include "numbers/residues.h"
 
 namespace latbox {
 
@@ -227,29 +228,6 @@ class FloatingForm {
   }
 };
 
-template <class T>
-bool residuesOf(const Vector<T>& v, std::uint64_t p, std::vector<std::uint64_t>& residues) {
-  residues.resize(at(v.MN) + 1);
-  for (long j = 1; j <= v.MN; ++j) {
-    unsigned long long residue = 0;
-    if (!modulo(v.data[j], p, residue)) return false;
-    residues[at(j)] = residue;
-  }
-  return true;
-}
-
-template <class T>
-bool residuesOf(const Matrix<T>& rows, std::uint64_t p, ModularMatrix& residues) {
-  residues = ModularMatrix(rows.M, rows.N);
-  for (long i = 1; i <= rows.M; ++i)
-    for (long j = 1; j <= rows.N; ++j) {
-      unsigned long long residue = 0;
-      if (!modulo(rows.rows[i].data[j], p, residue)) return false;
-      residues.at(i, j) = residue;
-    }
-  return true;
-}
-
 QQ exactInteger(std::uint64_t value) {
   return QQ(static_cast<long long>(value));
 }
@@ -314,13 +292,13 @@ Vector<QQ> exactVector(const Vector<T>& v) {
   return result;
 }
 
-// A QQ that is whole, in either type; false when a dbl_t can't hold it.
-bool wholeInto(const QQ& value, QQ& x) {
+// A coordinate in either type. One that a dbl_t can't hold is a coordinate all the same: to answer that there
+// is none would lose what has it.
+void takeWhole(const QQ& value, QQ& x) {
   x = value;
-  return true;
 }
-bool wholeInto(const QQ& value, dbl_t& x) {
-  return convertStrict(value, x);
+void takeWhole(const QQ& value, dbl_t& x) {
+  if (!convertStrict(value, x)) throwPrecision("transformation coord error");
 }
 
 }  // namespace
@@ -404,7 +382,8 @@ class RowFactor {
     rows.assignConverted(dense_, [](const T& value) { return QQ(value); });
     if (confirms(SparseRows<QQ>(rows), exact, exactVector(v)) != Answer::yes) return false;
     for (long i = 1; i <= exact.MN; ++i)
-      if (!exact.data[i].isWhole() || !wholeInto(exact.data[i], x.data[i])) return false;
+      if (!exact.data[i].isWhole()) return false;
+    for (long i = 1; i <= exact.MN; ++i) takeWhole(exact.data[i], x.data[i]);
     return true;
   }
 };

@@ -14,7 +14,6 @@ long Lattice<T, F>::removeDependentVectors() {
   B_save = M;
   B = rescaled(B_save);
   coordSolver.dropSaved();
-  coordSolver.dropCurrent();
   resizeWork(rank);
   emptyCollections();
   TT.clear();

@@ -23,17 +23,6 @@ void copyRows(Matrix<F>& target, const Matrix<F>& source, long count) {
   for (long i = 1; i <= count; ++i) target.rows[i] = source.rows[i];
 }
 
-template <class T>
-void zeroVector(Vector<T>& v, long n) {
-  v.resizeZero(n);
-}
-
-// A square matrix of zeros; storage kept.
-template <class T>
-void zeroMatrix(Matrix<T>& m, long rows, long columns) {
-  m.resizeZero(rows, columns);
-}
-
 }  // namespace
 
 template <class T, class F>
@@ -159,16 +148,16 @@ void Lattice<T, F>::reinitialise() {
 template <class T, class F>
 void Lattice<T, F>::resizeLattice(long newRank, long newDim) {
   dim = newDim;
-  zeroMatrix(B, newRank, newDim);
-  zeroMatrix(B_save, newRank, newDim);
+  B.resizeZero(newRank, newDim);
+  B_save.resizeZero(newRank, newDim);
   TT.resize(0, false);
-  zeroVector(c, newDim);
-  zeroVector(lbnd, newDim);
-  zeroVector(ubnd, newDim);
+  c.resizeZero(newDim);
+  lbnd.resizeZero(newDim);
+  ubnd.resizeZero(newDim);
   scaleFactor.resize(newDim, false);
   for (long i = 1; i <= newDim; ++i) scaleFactor.data[i] = T(1);
   translation.clear();
-  zeroVector(stepAverage, newDim);
+  stepAverage.resizeZero(newDim);
   stepCount.resizeZero(newDim);
   inhomScaled = inhomBase;
   coordSolver.dropSaved();
@@ -178,10 +167,10 @@ void Lattice<T, F>::resizeLattice(long newRank, long newDim) {
 template <class T, class F>
 void Lattice<T, F>::resizeWork(long newRank) {
   rank = newRank;
-  zeroMatrix(mu, newRank, newRank);
-  zeroVector(bNormSq, newRank);
-  zeroVector(bstarSq, newRank);
-  zeroVector(enumCoeffs, newRank);
+  mu.resizeZero(newRank, newRank);
+  bNormSq.resizeZero(newRank);
+  bstarSq.resizeZero(newRank);
+  enumCoeffs.resizeZero(newRank);
   enumBound = F(0);
   status.resize(newRank, false);
   clearStatus();

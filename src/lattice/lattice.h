@@ -9,6 +9,9 @@
 // Unit and weighted coordinates. B is weighted: weighted = scaleFactor * unit, componentwise, plus
 // (unit[dim] / inhomBase) * translation. B_save, TT, the bounds, the collections, the best vectors and the
 // solutions are in unit coordinates.
+//
+// heuristics/heuristic_vector.h is the one header of a layer above: what the object remembers carries its
+// measure. It pulls in nothing but the vectors of the program.
 #pragma once
 
 #include <string>
@@ -155,26 +158,58 @@ class Lattice : public Tessik<T>, public ParamOwner {
 
   // lattice/weights.cpp: the weight map and the rule for changing a weight or a shift
   bool unweighted() const;  // all weights 1 and no shift: both maps are the identity
+  // `dim` coordinates; both arguments may be one object. To weighted coordinates: throws PrecisionException
+  // with "vector precisison overflow".
   void unscaledVector(const Vector<T>& weighted, Vector<T>& unit) const;
   void rescaledVector(const Vector<T>& unit, Vector<T>& weighted) const;
   Matrix<T> unscaled(const Matrix<T>& basis) const;
   Matrix<T> rescaled(const Matrix<T>& basis) const;
+  // The basis keeps its unit coordinates, and all of `status` is cleared; nothing happens where the weight
+  // has this value, which may not be 0. A shift of coordinate `dim` fails with "The inhomogenous component
+  // can not get translated!".
   void setScale(long p, const T& value);
   void setTranslation(long p, const T& value);
+  // resetFactors: weights 1, their steps forgotten, the limit of trimming put back. resetTranslation: no
+  // shift. `status` is cleared in any case.
   void resetScales(bool resetFactors, bool resetTranslation) override;
 
   // lattice/consistency.cpp
+  // Coordinates of a vector in unit coordinates with respect to the rows of B_save or of B; throughTT takes
+  // those of B on to B_save. False where there are none or they are not all integers. Throws
+  // PrecisionException with "transformation coord error" where T can't hold one.
   bool coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT = false);
+  // Coordinates of v (unit coordinates) with respect to B_save; with `check` TT follows from B first, and
+  // with `positive` -v is meant where the inhomogeneous coordinate of v is against the sign of inhomBase.
+  // Throws PrecisionException with "rt overflow" and, where there are no coordinates, "transformation coord
+  // error".
   void transformationCoordinates(const Vector<T>& v, Vector<T>& result, bool check, bool positive);
+  // Makes sure that B is a basis of the lattice of B_save. With `consistency` what TT makes of B_save takes
+  // the place of a basis that differs; without it TT follows from B, and where that fails B goes back to
+  // B_save and nothing else is done. Then, with `rebase`, B becomes B_save and a unit matrix the last
+  // transformation; the .lat file is written unless keepFile.
+  // Throws PrecisionException with "unimodular error", "transformation overflow", "base matrix overflow".
+  // Fails with "In the non-aardal case TT.MN should always be == 1", and on a rectangular transformation as
+  // determinant() does.
   void checkConsistency(bool rebase, bool keepFile);
+  // Appends a unit matrix to TT, or with reuseIdentity keeps a last one that is a unit matrix. Warns above
+  // T_MAT_NBR.
   void newTransformation(bool reuseIdentity);
   // True when v (unit coordinates) is an integer combination of the rows of B_save: the real membership test.
   bool isMember(const Vector<T>& v);
 
-  // lattice/gso.cpp
+  // lattice/gso.cpp. `last` 0 means rank; rows that are marked valid are left alone, the others get mu,
+  // bNormSq, bstarSq and their mark.
+  //
+  // From inner products. False at the first dependent row, whose word becomes STATUS_DEPENDENT. The rows
+  // before `first` are right in value.
   bool updateGso(long first, long last);
   // All Gram-Schmidt data anew; what the listener of `consistency` would ask for.
   void orthogonalisationRefresh() override;
+  // By lq_reduced and lq_full, which go on from the rows before `first`: these have to come from the same
+  // factorisation. Bstar holds the Gram-Schmidt vectors behind the former, their directions behind the
+  // latter. Return the first dependent row, whose word they leave alone, or 0; with failOnDependency such a
+  // row fails with "Linear dependency detected - remove these first!" and "Linear dependency detected -
+  // remove first!".
   long gsoByReduced(long first, long last, bool failOnDependency);
   long gsoByFull(long first, long last, bool failOnDependency);
 
@@ -457,9 +492,18 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void composeAndCheck(const Vector<T>& coeffs, long first, long last);
 };
 
-// Orthogonal factorisations in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk is the
-// first row to compute, `end` the last (0: all). lq_reduced returns 0, or the first row whose orthogonal part
-// is zero.
+// Orthogonal factorisations M = L Q in F of the rows of M (lattice/lq_reduced.cpp, lattice/lq_full.cpp). kk
+// is the first row to compute, `end` the last (0: all). For kk > 1 all other arguments are as the call that
+// computed the rows before left them.
+//
+// lq_reduced: Q has `end` orthogonal rows, norms their squared lengths, L a unit diagonal. stages[l] holds
+// the rows behind the first l - 1 directions, row r of it for r >= l. Returns 0, or the first row whose
+// orthogonal part is zero: that row of Q and norms is written, L and the levels behind it are not. Fails with
+// "lq_reduced: kk is invalid (< 1)", "lq_reduced: dimension mismatch".
+//
+// lq_full: Q is square with orthonormal rows, L has the columns of M, and stages[t] is the product of the
+// first t reflections, min(columns - 1, end) in all; a dependent row shows as a vanishing diagonal entry of
+// L. Fails with "lq_full: kk is invalid (< 1)", "lq_full: end index overflow", "lq_full: dimension mismatch".
 template <class T, class F>
 long lq_reduced(const Matrix<T>& M, Matrix<F>& L, Matrix<F>& Q, SerializableArray<Matrix<F>>& stages,
                 Vector<F>& norms, long kk, long end);

@@ -1,25 +1,21 @@
 #include "lattice/unimodular.h"
 
-#include <array>
 #include <cmath>
 #include <cstdint>
 
 #include "lib/modular.h"
 #include "numbers/number.h"
+#include "numbers/residues.h"
 
 namespace latbox {
 
 namespace {
 
 template <class T>
-bool residuesOf(const Matrix<T>& m, std::uint64_t p, ModularMatrix& residues) {
-  residues = ModularMatrix(m.M, m.N);
+bool isIntegral(const Matrix<T>& m) {
   for (long i = 1; i <= m.M; ++i)
-    for (long j = 1; j <= m.N; ++j) {
-      unsigned long long residue = 0;
-      if (!isInteger(m.rows[i].data[j]) || !modulo(m.rows[i].data[j], p, residue)) return false;
-      residues.at(i, j) = residue;
-    }
+    for (long j = 1; j <= m.N; ++j)
+      if (!isInteger(m.rows[i].data[j])) return false;
   return true;
 }
 
@@ -45,6 +41,7 @@ double determinantBits(const Matrix<T>& m) {
 // chance once in 2^180; more primes would cost 55 eliminations at rank 100 for no better a run.
 template <class T>
 bool isUnimodular(const Matrix<T>& m) {
+  if (!isIntegral(m)) return false;
   const double bits = determinantBits(m) + 2;
   int sign = 0;
   double covered = 0;

@@ -51,22 +51,6 @@ void Matrix<T>::append(Vector<T> row) {
 }
 
 template <class T>
-void Matrix<T>::insertColumn(long j, const T& value) {
-  if (j < 1 || j > N + 1) fail("Array: index out of range");
-  if (data != nullptr) data[0].resize(N + 1, true);
-  for (long i = 1; i <= M; ++i) data[i].insertComponent(j, value);
-  ++N;
-}
-
-template <class T>
-void Matrix<T>::removeColumn(long j) {
-  if (j < 1 || j > N) fail("Array: index out of range");
-  if (data != nullptr) data[0].resize(N - 1, true);
-  for (long i = 1; i <= M; ++i) data[i].removeComponent(j);
-  --N;
-}
-
-template <class T>
 void Matrix<T>::write(std::ostream& out) const {
   out << "[\n";
   for (long i = 1; i <= M; ++i) out << data[i] << '\n';
@@ -138,7 +122,7 @@ Matrix<T> Matrix<T>::operator*(const Matrix& B) const {
   for (long i = 1; i <= M; ++i)
     for (long k = 1; k <= N; ++k)
       // Transformations are sparse: a zero adds nothing, and skipping it keeps the order of the sums.
-      if (data[i].data[k] != T(0)) result.data[i].addMultiple(data[i].data[k], B.data[k]);
+      if (!isExactZero(data[i].data[k])) result.data[i].addMultiple(data[i].data[k], B.data[k]);
   return result;
 }
 

@@ -59,13 +59,8 @@ class Matrix : public ConversionArray<Vector<T>>, public Serializable {
 
   // Appends a row of N elements; the first row of a 0 x 0 matrix sets N. "Matrix row dimension mismatch".
   void append(Vector<T> row);
-  // Puts `value` into a new column j, 1 <= j <= N + 1; takes column j out, 1 <= j <= N. "Array: index out of
-  // range".
-  void insertColumn(long j, const T& value);
-  void removeColumn(long j);
 
-  // "[", a line end, each row and a line end,
-  // "]".
+  // "[", a line end, each row and a line end, "]".
   void write(std::ostream& out) const override;
   // Leaves the matrix empty if no "[" comes next (and the stream failed at the end of the file). A row longer
   // than the first fails with "Matrix row dimension mismatch"; a shorter one passes and keeps its length.

@@ -18,35 +18,20 @@ void subtractMultiple(std::uint64_t* row, const std::uint64_t* pivot, std::uint6
   for (long j = from; j <= n; ++j) row[j] = subtractModulo(row[j], multiplyModulo(q, pivot[j], p), p);
 }
 
+// Takes multiples of row k off the rows below it. The multipliers stay in column k: the lower factor.
+void eliminateBelow(ModularMatrix& m, long k, std::uint64_t inverse, std::uint64_t p) {
+  for (long i = k + 1; i <= m.M; ++i) {
+    const std::uint64_t q = multiplyModulo(m.at(i, k), inverse, p);
+    if (q != 0) subtractMultiple(m.row(i), m.row(k), q, k + 1, m.N, p);
+    m.at(i, k) = q;
+  }
+}
+
 // The first row from..M with an entry in column `col`, 0 if there is none.
 long findPivot(const ModularMatrix& m, long from, long col) {
   for (long i = from; i <= m.M; ++i)
     if (m.at(i, col) != 0) return i;
   return 0;
-}
-
-struct Echelon {
-  long rank = 0;
-  bool odd = false;           // number of row exchanges
-  std::uint64_t product = 1;  // of the pivots
-};
-
-Echelon eliminate(ModularMatrix& m, std::uint64_t p) {
-  Echelon result;
-  for (long col = 1; col <= m.N && result.rank < m.M; ++col) {
-    const long found = findPivot(m, result.rank + 1, col);
-    if (found == 0) continue;
-    const long k = ++result.rank;
-    if (found != k) result.odd = !result.odd;
-    swapRows(m, found, k);
-    result.product = multiplyModulo(result.product, m.at(k, col), p);
-    const std::uint64_t inverse = inverseModulo(m.at(k, col), p);
-    for (long i = k + 1; i <= m.M; ++i) {
-      const std::uint64_t q = multiplyModulo(m.at(i, col), inverse, p);
-      if (q != 0) subtractMultiple(m.row(i), m.row(k), q, col, m.N, p);
-    }
-  }
-  return result;
 }
 
 }  // namespace
@@ -62,32 +47,18 @@ std::uint64_t inverseModulo(std::uint64_t a, std::uint64_t p) {
   return powerModulo(a, p - 2, p);
 }
 
-long modularRank(ModularMatrix work, std::uint64_t p) {
-  return eliminate(work, p).rank;
-}
-
 std::uint64_t modularDeterminant(ModularMatrix work, std::uint64_t p) {
   if (work.M != work.N) fail("Matrix: a non-quadratic matrix determinant is not defined");
-  const Echelon echelon = eliminate(work, p);
-  if (echelon.rank < work.M) return 0;
-  return echelon.odd ? subtractModulo(0, echelon.product, p) : echelon.product;
-}
-
-// Each row is reduced by those before it and never exchanged: the order of the rows is the question.
-long modularIndependentPrefix(ModularMatrix work, std::uint64_t p) {
-  std::vector<std::pair<long, std::uint64_t>> pivots;  // column and inverse, per row
-  for (long i = 1; i <= work.M; ++i) {
-    std::uint64_t* row = work.row(i);
-    for (std::size_t k = 0; k < pivots.size(); ++k) {
-      const std::uint64_t q = multiplyModulo(row[pivots[k].first], pivots[k].second, p);
-      if (q != 0) subtractMultiple(row, work.row(static_cast<long>(k) + 1), q, 1, work.N, p);
-    }
-    long col = 1;
-    while (col <= work.N && row[col] == 0) ++col;
-    if (col > work.N) return i - 1;
-    pivots.emplace_back(col, inverseModulo(row[col], p));
+  std::uint64_t result = 1;
+  for (long k = 1; k <= work.N; ++k) {
+    const long found = findPivot(work, k, k);
+    if (found == 0) return 0;
+    swapRows(work, found, k);
+    if (found != k) result = subtractModulo(0, result, p);
+    result = multiplyModulo(result, work.at(k, k), p);
+    eliminateBelow(work, k, inverseModulo(work.at(k, k), p), p);
   }
-  return work.M;
+  return result;
 }
 
 bool ModularFactor::factorise(const ModularMatrix& basis, std::uint64_t p) {
@@ -104,11 +75,7 @@ bool ModularFactor::factorise(const ModularMatrix& basis, std::uint64_t p) {
     swapRows(work, found, k);
     std::swap(order_[static_cast<std::size_t>(found)], order_[static_cast<std::size_t>(k)]);
     const std::uint64_t inverse = inverses_[static_cast<std::size_t>(k)] = inverseModulo(work.at(k, k), p);
-    for (long i = k + 1; i <= work.M; ++i) {
-      const std::uint64_t q = multiplyModulo(work.at(i, k), inverse, p);
-      if (q != 0) subtractMultiple(work.row(i), work.row(k), q, k + 1, work.N, p);
-      work.at(i, k) = q;
-    }
+    eliminateBelow(work, k, inverse, p);
   }
   factors_ = std::move(work);
   permuted_.assign(static_cast<std::size_t>(basis.N) + 1, 0);

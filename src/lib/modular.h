@@ -1,5 +1,5 @@
-// Linear algebra modulo primes of 61 bits: exact decisions about ranks, determinants and coordinates at the
-// speed of machine words. A non-zero residue proves a value non-zero; zero modulo several primes decides only
+// Linear algebra modulo primes of 61 bits: exact decisions about determinants and coordinates at the speed
+// of machine words. A non-zero residue proves a value non-zero; zero modulo several primes decides only
 // with the odds of the primes, so callers confirm a find by exact arithmetic.
 #pragma once
 
@@ -14,10 +14,6 @@ inline constexpr std::array<std::uint64_t, 3> MODULAR_PRIMES = {
     (std::uint64_t{1} << 61) - 1, (std::uint64_t{1} << 61) - 31, (std::uint64_t{1} << 61) - 45};
 
 // Arithmetic on residues 0..p-1 for p = 2^61 - c, c < 2^20.
-inline std::uint64_t addModulo(std::uint64_t a, std::uint64_t b, std::uint64_t p) {
-  const std::uint64_t sum = a + b;
-  return sum >= p ? sum - p : sum;
-}
 inline std::uint64_t subtractModulo(std::uint64_t a, std::uint64_t b, std::uint64_t p) {
   return a >= b ? a - b : a + p - b;
 }
@@ -56,13 +52,9 @@ class ModularMatrix {
   std::vector<std::uint64_t> entries_;
 };
 
-// Rank and determinant modulo p; the matrix is a working copy. The determinant requires M == N and is 1 for
-// the 0 x 0 matrix.
-long modularRank(ModularMatrix work, std::uint64_t p);
+// The determinant modulo p, 1 for the 0 x 0 matrix; the matrix is a working copy. Fails with "Matrix: a
+// non-quadratic matrix determinant is not defined".
 std::uint64_t modularDeterminant(ModularMatrix work, std::uint64_t p);
-
-// The largest r such that the first r rows are independent modulo p: row r + 1 is the first dependent one.
-long modularIndependentPrefix(ModularMatrix work, std::uint64_t p);
 
 // A factorisation of a basis (rank x dim, independent rows) modulo p, kept to find the coordinates of many
 // vectors at rank * dim multiplications each.

@@ -69,12 +69,11 @@ void setProgressDepth(int depth) {
   trace.depth = depth;
 }
 
-ProgressScope::ProgressScope(bool active, const std::string& text, bool keepLineOpen)
+ProgressScope::ProgressScope(bool active, const std::string& text)
     : active_(active), exceptions_(std::uncaught_exceptions()) {
   if (!active_) return;
   std::cout << progressEnter() << ' ' << text;
-  if (!keepLineOpen) std::cout << progressBreak();
-  std::cout << std::flush;
+  std::cout << progressBreak() << std::flush;
 }
 
 ProgressScope::~ProgressScope() {

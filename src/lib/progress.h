@@ -29,8 +29,8 @@ void setProgressDepth(int depth);
 // exception passes it prints and closes nothing: whoever catches puts the depth back.
 class ProgressScope {
  public:
-  // Prints the prefix, a blank and `text` if `active`; then ends the line unless `keepLineOpen`.
-  ProgressScope(bool active, const std::string& text, bool keepLineOpen = false);
+  // Prints the prefix, a blank, `text` and the line end if `active`.
+  ProgressScope(bool active, const std::string& text);
   ~ProgressScope();
   ProgressScope(const ProgressScope&) = delete;
   ProgressScope& operator=(const ProgressScope&) = delete;

@@ -100,6 +100,30 @@ TYPED_TEST(ConsistencyTest, NearZerosBecomeZero) {
   EXPECT_TRUE(isExactZero(l.TT[1][2][1]));
 }
 
+TYPED_TEST(ConsistencyTest, NearZerosOfTheBasisDoNotEnterTheOrigin) {
+  auto& l = this->lattice;
+  l.params.consistency.set(true);
+  l.B_save[1][3] = l.B[1][3] = TypeParam(1) / TypeParam(2000000000L);
+  l.checkConsistency(true, true);
+  EXPECT_TRUE(isExactZero(l.B_save[1][3]));
+}
+
+// A cache of the basis as it was before the repair would find coordinates of another lattice.
+TYPED_TEST(ConsistencyTest, CacheOfTheBasisFollowsTheRepair) {
+  auto& l = this->lattice;
+  for (const bool kept : {false, true}) {
+    this->SetUp();
+    l.params.consistency.set(kept);
+    l.B[2][1] += TypeParam(1);
+    Vector<TypeParam> x;
+    ASSERT_TRUE(l.coordinates(l.B[2], x, false));
+    l.checkConsistency(false, true);
+    EXPECT_TRUE(l.B == l.B_save);
+    ASSERT_TRUE(l.coordinates(l.B_save[2], x, false)) << kept;
+    EXPECT_TRUE(x == vectorOf<TypeParam>({0, 1, 0}));
+  }
+}
+
 TYPED_TEST(ConsistencyTest, SeveralTransformationsAreRefused) {
   auto& l = this->lattice;
   l.newTransformation(false);
@@ -156,6 +180,63 @@ TEST(ConsistencyOverflow, OriginBeyondTheGateIsRefused) {
   } catch (const PrecisionException& e) {
     EXPECT_STREQ(e.what(), "base matrix overflow");
   }
+}
+
+// Rows that generate all of Z^3, with coefficients of the unit vectors up to 5.5 * 10^14: sums of products do
+// not fit the mantissa.
+inline Rows scrambledRows() {
+  return {{-1131203, 106333120, -113292463}, {-7417863, 697280567, -748082403}, {-19033, 1789102, -1903434}};
+}
+
+// A basis that was in order came out as one of another lattice, for the product of transformation and origin
+// was rounded.
+TEST(ConsistencyOverflow, AProductThatMayBeRoundedIsLeftToExactArithmetic) {
+  for (const bool kept : {false, true}) {
+    Lattice<dbl_t, dbl_t> l;
+    setBasis(l, matrixOf<dbl_t>(scrambledRows()));
+    l.B = Matrix<dbl_t>::unit(3);
+    for (long i = 1; i <= 3; ++i) ASSERT_TRUE(l.coordinates(l.B[i], l.TT[1][i], true));
+    l.params.consistency.set(kept);
+    try {
+      l.checkConsistency(false, true);
+      FAIL() << "no exception";
+    } catch (const PrecisionException& e) {
+      EXPECT_STREQ(e.what(), "transformation overflow");
+    }
+    EXPECT_TRUE(l.B == Matrix<dbl_t>::unit(3));
+    setProgressDepth(0);
+  }
+}
+
+TEST(ConsistencyOverflow, SumsBelowTheMantissaAreExact) {
+  Lattice<dbl_t, dbl_t> l;
+  setBasis(l, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
+  l.params.consistency.set(true);
+  l.B[1][1] = l.B_save[1][1] = 0x1p62L;
+  EXPECT_NO_THROW(l.checkConsistency(false, true));
+  l.B[1][1] = l.B_save[1][1] = 0x1p63L;
+  EXPECT_THROW(l.checkConsistency(false, true), PrecisionException);
+}
+
+// Coordinates that do not fit the type are none that the check could work with.
+TEST(ConsistencyOverflow, HugeCoordinatesRestoreTheOrigin) {
+  constexpr long q = 30000;
+  Lattice<dbl_t, dbl_t> l;
+  setBasis(l,
+           matrixOf<dbl_t>({{1, q, 0, 0}, {q, q * q + 1, q, 0}, {0, q, q * q + 1, q}, {0, 0, q, q * q + 1}}));
+  l.B = Matrix<dbl_t>::unit(4);
+  EXPECT_NO_THROW(l.checkConsistency(false, true));
+  EXPECT_TRUE(l.B == l.B_save);
+  EXPECT_TRUE(l.TT[1] == Matrix<dbl_t>::unit(4));
+}
+
+TEST(ConsistencyOverflow, ExactArithmeticHoldsTheProduct) {
+  Lattice<QQ, dbl_t> l;
+  setBasis(l, matrixOf<QQ>(scrambledRows()));
+  l.B = Matrix<QQ>::unit(3);
+  l.checkConsistency(false, true);
+  EXPECT_TRUE(l.B == Matrix<QQ>::unit(3));
+  EXPECT_TRUE(l.TT[1] * l.B_save == l.B);
 }
 
 TYPED_TEST(ConsistencyTest, ProgressLineAtVerbosityTwo) {

@@ -39,6 +39,12 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
   standard.symmetricBounds = true;
   standard.normBound = infinity<dbl_t>();
   standard.generatedTu = true;
+  standard.generatedLx = vectorOf<dbl_t>({1, 2});
+  standard.generatedRx = vectorOf<dbl_t>({3, 4});
+  standard.generatedLrtu = SerializablePair<dbl_t, dbl_t>(-7, infinity<dbl_t>());
+  standard.c = vectorOf<dbl_t>({1, 1, 2, 3, 5, 8});
+  standard.blended = true;
+  standard.enumBound = 6.5L;
   standard.params.beta.set(9);
   standard.mainVars[MainMutexVariable::inputLoaded].set("here");
   standard.interval_tt = 250;
@@ -79,6 +85,13 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
   EXPECT_TRUE(back.lbndSaved == standard.lbndSaved);
   EXPECT_TRUE(back.symmetricBounds);
   EXPECT_TRUE(back.generatedTu);
+  EXPECT_TRUE(back.generatedLx == standard.generatedLx);
+  EXPECT_TRUE(back.generatedRx == standard.generatedRx);
+  EXPECT_EQ(back.generatedLrtu.left, -7);
+  EXPECT_EQ(back.generatedLrtu.right, infinity<dbl_t>());
+  EXPECT_TRUE(back.c == standard.c);
+  EXPECT_TRUE(back.blended);
+  EXPECT_EQ(back.enumBound, 6.5L);
   EXPECT_EQ(back.checkMode, 2);
   EXPECT_EQ(back.normBound, infinity<dbl_t>());
   EXPECT_EQ(back.params.beta.get(), 9);
@@ -159,6 +172,18 @@ TEST_F(ConvertTest, ValuesThatCanBeComputedAgainAreNoReasonToStay) {
   back.convertFrom(extended);
   EXPECT_EQ(back.bNormSq[1], back.B[1] * back.B[1]);
   EXPECT_EQ(back.enumCoeffs[1], 0);
+}
+
+TEST_F(ConvertTest, CachesOfTheBasisBeforeGo) {
+  setBasis(back, matrixOf<dbl_t>({{2, 0, 0, 0, 0, 0}}));
+  Vector<dbl_t> x;
+  EXPECT_TRUE(back.isMember(back.B[1]));
+  EXPECT_TRUE(back.coordinates(back.B[1], x, false));
+  extended.convertFrom(standard);
+  back.convertFrom(extended);
+  EXPECT_TRUE(back.isMember(back.B[1]));
+  ASSERT_TRUE(back.coordinates(back.B[2], x, false));
+  EXPECT_TRUE(x == vectorOf<dbl_t>({0, 1, 0, 0, 0}));
 }
 
 TEST_F(ConvertTest, FactorisationsAreMadeAgain) {

@@ -1,6 +1,8 @@
 // Exact coordinates by each way of finding them.
 #include "lattice/support.h"
 
+#include "lib/exceptions.h"
+
 namespace latbox::testing {
 
 template <class T>
@@ -49,6 +51,15 @@ TYPED_TEST(CoordSolverTest, RationalCoordinatesAreNone) {
   const auto rows = matrixOf<TypeParam>({{2, 2, 4}, {2, -2, 6}});
   EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({2, 0, 5})));  // half the sum
   EXPECT_TRUE(this->solve(rows, vectorOf<TypeParam>({4, 0, 10})));
+}
+
+// The last coordinate is a small difference of products that a long double rounds: such a sum decides
+// nothing.
+TYPED_TEST(CoordSolverTest, ProductsBeyondTheMantissa) {
+  const auto rows = matrixOf<TypeParam>({{1, 0, 1000000007}, {0, 1, -1000000006}});
+  for (long x = 30000000001; x < 30000000100; x += 2)
+    ASSERT_TRUE(this->solve(rows, vectorOf<TypeParam>({x, x, x}))) << x;
+  EXPECT_FALSE(this->solve(rows, vectorOf<TypeParam>({30000000001, 30000000001, 30000000002})));
 }
 
 TYPED_TEST(CoordSolverTest, SquareAndSingleRows) {
@@ -154,6 +165,33 @@ TEST(CoordSolverFractions, ExactFractions) {
   const Vector<QQ> v = vectorOf<QQ>({3, -5, 7, 11}) * rows;
   EXPECT_TRUE(solver.coordinates(CoordSolver<QQ>::Which::saved, rows, v, x));
   EXPECT_TRUE(x == vectorOf<QQ>({3, -5, 7, 11}));
+}
+
+// Rows that generate all of Z^4; the first unit vector has coordinates of 27 digits.
+inline Rows steepRows() {
+  constexpr long q = 30000;
+  return {{1, q, 0, 0}, {q, q * q + 1, q, 0}, {0, q, q * q + 1, q}, {0, 0, q, q * q + 1}};
+}
+
+// A member whose coordinates a long double can't hold counted as foreign, and a solution was lost with it.
+TEST(CoordSolverHuge, StandardPrecisionLeavesThemToTheExactType) {
+  CoordSolver<dbl_t> solver;
+  Vector<dbl_t> x;
+  const Matrix<dbl_t> rows = matrixOf<dbl_t>(steepRows());
+  using Which = CoordSolver<dbl_t>::Which;
+  try {
+    solver.coordinates(Which::saved, rows, vectorOf<dbl_t>({1, 0, 0, 0}), x);
+    FAIL() << "no exception";
+  } catch (const PrecisionException& e) {
+    EXPECT_STREQ(e.what(), "transformation coord error");
+  }
+  EXPECT_TRUE(solver.coordinates(Which::saved, rows, vectorOf<dbl_t>({0, 0, 0, 1}), x));
+  CoordSolver<QQ> exactSolver;
+  Vector<QQ> y;
+  const Matrix<QQ> exactRows = matrixOf<QQ>(steepRows());
+  ASSERT_TRUE(
+      exactSolver.coordinates(CoordSolver<QQ>::Which::saved, exactRows, vectorOf<QQ>({1, 0, 0, 0}), y));
+  EXPECT_TRUE(y * exactRows == vectorOf<QQ>({1, 0, 0, 0}));
 }
 
 // Beyond what one prime, three primes and a long double can hold.

@@ -61,10 +61,15 @@ TYPED_TEST(Dependencies, ARationalDependencyKeepsTheLattice) {
   using T = TypeParam;
   Lattice<T, dbl_t> lattice;
   setBasis(lattice, matrixOf<T>({{2, 0}, {3, 0}}));
+  (void)lattice.isMember(Vector<T>("[ 1 0 ]"));  // a cache of the rows as they were
+  Vector<T> x;
+  (void)lattice.coordinates(Vector<T>("[ 1 0 ]"), x, false);
   EXPECT_EQ(lattice.removeDependentVectors(), 1);
   EXPECT_EQ(shown(lattice.B), "[ 1 0 ]");
   EXPECT_TRUE(lattice.isMember(Vector<T>("[ 1 0 ]")));
   EXPECT_FALSE(lattice.isMember(Vector<T>("[ 0 1 ]")));
+  ASSERT_TRUE(lattice.coordinates(Vector<T>("[ 3 0 ]"), x, false));
+  EXPECT_EQ(shown(x), "[ 3 ]");
 }
 
 }  // namespace

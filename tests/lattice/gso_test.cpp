@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "support/failure.h"
 
@@ -49,6 +50,19 @@ TYPED_TEST(GsoTest, UpdateGivesTheExactValues) {
   EXPECT_TRUE(this->lattice.updateGso(1, 0));
   expectExactGso(this->lattice);
   for (long i = 1; i <= 4; ++i) EXPECT_EQ(this->lattice.status[i], STATUS_GSO);
+}
+
+// In either type the products are summed in floating point: what falls below the mantissa is gone. The
+// squared length is the one exact sum.
+TYPED_TEST(GsoTest, ProductsAreSummedInFloatingPoint) {
+  constexpr long big = 10'000'000'000L;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<TypeParam>({{1, big, big}, {1, big, -big}}));
+  EXPECT_TRUE(l.updateGso(1, 0));
+  EXPECT_EQ(l.mu[2][1], 0);
+  if (std::is_same_v<TypeParam, QQ>) {
+    EXPECT_TRUE(l.bNormSq[1] == TypeParam(big) * TypeParam(2 * big) + TypeParam(1));
+  }
 }
 
 TYPED_TEST(GsoTest, UpdateSkipsValidRows) {
@@ -201,6 +215,23 @@ TYPED_TEST(GsoTest, ReducedResumesFromEveryRow) {
   EXPECT_TRUE(Q2 == Q);
 }
 
+// Storage is kept between the calls, what stood in it must not show.
+TYPED_TEST(GsoTest, ReducedWritesTheZerosOfFactorAndLevels) {
+  const Matrix<TypeParam> M = matrixOf<TypeParam>(mixedRows());
+  this->reduced(M, 1, 0);
+  for (long i = 1; i <= 4; ++i)
+    for (long j = 1; j <= 4; ++j) {
+      this->L[i][j] = 7;
+      for (long l = 1; l <= 4; ++l) this->stages[l][i][j] = 7;
+    }
+  this->reduced(M, 1, 0);
+  for (long i = 1; i <= 4; ++i)
+    for (long j = i + 1; j <= 4; ++j) EXPECT_EQ(this->L[i][j], 0) << i << ' ' << j;
+  for (long l = 3; l <= 4; ++l)
+    for (long r = 1; r <= l - 2; ++r)
+      EXPECT_TRUE(this->stages[l][r] == Vector<dbl_t>::zeros(5)) << l << ' ' << r;
+}
+
 TYPED_TEST(GsoTest, ReducedReportsAZeroFirstRow) {
   EXPECT_EQ(this->reduced(matrixOf<TypeParam>({{0, 0}, {1, 2}}), 1, 0), 1);
   EXPECT_TRUE(this->Q[1] == Vector<dbl_t>::zeros(2));
@@ -257,6 +288,23 @@ TYPED_TEST(GsoTest, FullResumesFromEveryRow) {
     this->full(M, kk, 0);
     EXPECT_TRUE(this->L == L) << kk;
   }
+}
+
+TYPED_TEST(GsoTest, FullReflectsAwayFromTheSignOfTheEntry) {
+  this->full(matrixOf<TypeParam>({{4, 3}}), 1, 0);
+  EXPECT_NEAR(static_cast<double>(this->L[1][1]), -5, 1e-15);
+  this->full(matrixOf<TypeParam>({{-4, 3}}), 1, 0);
+  EXPECT_NEAR(static_cast<double>(this->L[1][1]), 5, 1e-15);
+  this->full(matrixOf<TypeParam>({{0, 3}}), 1, 0);  // zero counts as positive
+  EXPECT_NEAR(static_cast<double>(this->L[1][1]), -3, 1e-15);
+}
+
+// A rule of this design: the root is taken in double, and the diagonal keeps no more digits than that.
+TYPED_TEST(GsoTest, FullTakesTheLengthAtDoubleWidth) {
+  this->full(matrixOf<TypeParam>({{1, 1}}), 1, 0);
+  const dbl_t narrow = static_cast<dbl_t>(std::sqrt(2.0));
+  EXPECT_LT(std::fabs(this->L[1][1] + 2 / narrow), 1e-18L);
+  EXPECT_GT(std::fabs(this->L[1][1] + std::sqrt(dbl_t(2))), 5e-17L);
 }
 
 TYPED_TEST(GsoTest, FullTakesAZeroRowForTheIdentity) {

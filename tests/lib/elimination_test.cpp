@@ -37,6 +37,11 @@ TYPED_TEST(EliminationOf, TheSignIsThatOfTheExchanges) {
   EXPECT_EQ(signedRank(work, companion), 3);
 }
 
+TYPED_TEST(EliminationOf, OfEqualPivotsTheFirstStays) {
+  Matrix<TypeParam> work("[[1 2][-1 3]]"), companion = Matrix<TypeParam>::unit(2);
+  EXPECT_EQ(signedRank(work, companion), 2);
+}
+
 TYPED_TEST(EliminationOf, TheCompanionReceivesTheSameOperations) {
   const Matrix<TypeParam> A("[[2 1 1][4 3 3][8 7 9]]");
   Matrix<TypeParam> work(A), companion = Matrix<TypeParam>::unit(3);

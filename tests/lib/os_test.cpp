@@ -640,6 +640,24 @@ TEST_F(Signals, ClosingWaitsForTheHoldOfAnotherThread) {
   joinThread(helper);
 }
 
+TEST_F(Signals, TheEndOfANestedHoldLetsNobodyIn) {
+  std::atomic<bool> entered{false};
+  pthread_t other;
+  {
+    const SignalHold hold;
+    { const SignalHold nested; }
+    startThread(&other, [&](void*) -> void* {
+      const SignalHold theirs;
+      entered = true;
+      return nullptr;
+    });
+    usleep(10'000);
+    EXPECT_FALSE(entered.load());
+  }
+  joinThread(other);
+  EXPECT_TRUE(entered.load());
+}
+
 TEST_F(Signals, AfterClosingNobodyElseEnters) {
   closeSignalHolds();
   std::atomic<bool> entered{false};

@@ -29,6 +29,16 @@ TEST_F(Progress, PrefixesFollowTheDepth) {
 TEST_F(Progress, AnOpenLineIsEndedByTheNextLevel) {
   progressEnter();
   EXPECT_EQ(progressEnter(), "\n|    |->");
+  EXPECT_EQ(progressLeave(true), "\n");
+  EXPECT_EQ(progressLeave(true), "");
+}
+
+TEST_F(Progress, ALevelThatWasLeftIsForgotten) {
+  progressEnter();
+  progressBreak();
+  progressLeave(true);
+  progressEnter();
+  EXPECT_EQ(progressLeave(true), "\n");
 }
 
 TEST_F(Progress, LeavingEndsALineThatIsStillOpen) {
@@ -82,7 +92,7 @@ TEST_F(Progress, ScopePrintsAndCloses) {
   ::testing::internal::CaptureStdout();
   {
     const ProgressScope outer(true, "outer ...");
-    const ProgressScope inner(true, "inner ...", true);
+    const ProgressScope inner(true, "inner ...");
     EXPECT_EQ(progressDepth(), 2);
   }
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> outer ...\n|    |-> inner ...\n");
@@ -116,6 +126,16 @@ TEST_F(Progress, LineStandsAlone) {
   progressLine(false, "no line");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> a line\n");
   EXPECT_EQ(progressDepth(), 0);
+}
+
+// Only the depth is put back behind an abandoned step: the marks of the deeper levels stay.
+TEST_F(Progress, LineBehindAnAbandonedLevelEndsAllTheSame) {
+  progressEnter();
+  progressBreak();
+  setProgressDepth(0);
+  ::testing::internal::CaptureStdout();
+  progressLine(true, "a line");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> a line\n");
 }
 
 TEST_F(Progress, FailureEndsWithTheTextAndStatusOne) {

@@ -46,12 +46,8 @@ TYPED_TEST(VectorOf, AcceptList) {
       {"[+5]", "[ 5 ]"},
       {"[inf -inf]", "[ inf -inf ]"},
       {"[infinf]", "[ inf inf ]"},
-      {"[1 2", nullptr},
   };
-  for (const auto& c : cases) {
-    if (c.written == nullptr) continue;
-    EXPECT_EQ(textOf(Vector<TypeParam>(c.text)), c.written) << c.text;
-  }
+  for (const auto& c : cases) EXPECT_EQ(textOf(Vector<TypeParam>(c.text)), c.written) << c.text;
 }
 
 TYPED_TEST(VectorOf, ReadsFractionsAndDecimalsInEitherType) {
