@@ -22,7 +22,7 @@ export ASAN_OPTIONS=detect_leaks=1
 fuzz() {
   cd "$work"
   nice -n 15 "fuzz/fuzz_$1" "corpus/$1" "$root/fuzz/corpus/$1" -max_total_time="$seconds" -rss_limit_mb=2048 \
-    -timeout=20 -max_len=1024 -print_final_stats=1 -dict="$root/fuzz/tokens.dict" -artifact_prefix="artifacts/$1/"
+    -timeout=60 -max_len=1024 -print_final_stats=1 -dict="$root/fuzz/tokens.dict" -artifact_prefix="artifacts/$1/"
 }
 
 # "done" or "BROKEN", the executions and the seconds of one run from the last words of its log, and its CPU seconds: on
