@@ -271,8 +271,16 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void prepare(bool full, bool force);
 
   // program/generation.cpp
+  // The lattice of the prepared base part: through the kernel of the equations where there are any. What was
+  // found in the equation lattice, and the stars, are judged again in the new one. Fails with "The equation
+  // system has no integer solution :(".
   void prepareLattice();
+  // B_save, B, c, R, bounds and one unit transformation anew: of the equations, or of targets and rows. Fails
+  // with "sol bounds error", "ineq bounds error1" and "ineq bounds error2" where a width is 0; throws
+  // PrecisionException with "R overflow" and "B_save overflow".
   void generateLattice(bool equations);
+  // The common multiple of all widths. lcmOfWidths: of `range` and those of the variables, with `take`; the
+  // working bounds that the user left open are moved to widths that fit in any case.
   T computeRange(bool equations);
   T lcmOfWidths(T range, bool take);
   // A width near b - s with a small common multiple with `range`; s is updated in place.
@@ -287,25 +295,44 @@ class Lattice : public Tessik<T>, public ParamOwner {
   void restoreMultipliers();
 
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
+  // A vector with the sign of inhomBase reversed is read as its negative. With keepAll the slack and
+  // deviation variables stay. 1: its inhomogeneous coordinate is +-inhomBase; -1: optVec means nothing. Fails
+  // without check vectors or with another dimension; throws PrecisionException with "opt_vec overflow1".
   int lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const;
+  // optVec holds the user's variables, fixed ones included; slacks and deviations follow from the rows. With
+  // `transformed` the result is in weighted coordinates. Fails with "slack variable insonsistency, s should
+  // be >= 0" and as lat2opt; throws PrecisionException with "lat_vec overflow" and "sum overflow".
   void opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const;
-  // As opt2lat, but false instead of the failure where a slack would be negative or fractional: for stars and
-  // vectors that are carried over, which are dropped then.
+  // As opt2lat, but false instead of the failure, and where a slack would be fractional or a fixed variable
+  // has another value: for stars and vectors that are carried over, which are dropped then.
   bool tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const;
 
   // program/solutions.cpp
+  // The one road from search to results: membership, feasibility, the collections, the best point, the
+  // bounds, the solutions. `scaled` says that the coordinates are weighted; the sign of the vector does not
+  // matter. With `flag` no bound may move. Returns CHECK_ bits. Writes the .sol file where something is
+  // recorded; RestartException and the end of the run come from here. Fails without check vectors; a
+  // coordinate that T can't hold throws PrecisionException.
   unsigned checkSolution(const Vector<T>& latVec, DiscoveryTime time, bool flag,
                          Membership membership = Membership::unknown);
   unsigned checkSolution(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool flag,
                          Membership membership = Membership::unknown);
+  // The part of it that looks at targets: h becomes w with its norms and its time, and bestSlack where it is
+  // better. CHECK_FEASIBLE alone: no better than what is known.
   unsigned judgeVector(const Vector<T>& w, HeuristicVector<T, F>& h, DiscoveryTime time, bool flag);
   bool updateBounds(const Vector<T>& x);  // on `program`; true when a bound moved
+  // By `snorm` and `tnorm`, or by the targets alone; always without targets.
   bool isSolution(const HeuristicVector<T, F>& h) const;
   bool addSolution(const HeuristicVector<T, F>& h, DiscoveryTime time);  // true when it was new
 
   // program/sol_file.cpp
+  // The best point and the solutions join program.stars, which are sorted, best first, without duplicates.
+  // Fails with "sol2star: lat2opt can not compute x_opt".
   void sol2star();
+  // The whole file as the stars say, after sol2star unless keepStars; no stars: the file is removed. Nothing
+  // happens while writing is off or nothing has changed. A file that can't be written is a warning.
   void writeSolFile(bool keepStars);
+  // Nothing in a benchmark run or without a file. A damaged file ends the run.
   void readStarsFromSolFile(bool, bool);
   // Judges stars against the lattice as it stands; those that fit join program.stars. `report` logs the
   // others.
@@ -313,10 +340,14 @@ class Lattice : public Tessik<T>, public ParamOwner {
   std::string starReport() const;  // the console's report of all stars
 
   // program/lat_file.cpp
-  void writeLatFile();
+  void writeLatFile();  // nothing while writing is off
+  // Prepares the program by the bounds of the file; the lattice is touched only when all of it could be read.
+  // A file that is damaged or of another program ends the run; throws PrecisionException with "B_save
+  // overflow", "lbnd overflow", "ubnd overflow" and "c overflow".
   void readLatFile();
 
-  // program/trivial.cpp
+  // program/trivial.cpp: the two corners of the bounds and the point between them. Regenerates the lattice
+  // where a bound has moved since it was made.
   void checkTrivialSolutions();
 
   // lattice/reinstate.cpp: gives a regenerated lattice its memory back
