@@ -11,7 +11,8 @@ cd "$root"
 # Python's own memory is no concern here; a report ends the process, so that no test overlooks it.
 export ASAN_OPTIONS="detect_leaks=0:abort_on_error=0:allocator_may_return_null=1:${ASAN_OPTIONS:-}"
 export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1:${UBSAN_OPTIONS:-}"
-export TSAN_OPTIONS="halt_on_error=0:${TSAN_OPTIONS:-}"
+# A run ends in the handler of a signal, with whatever threads there are.
+export TSAN_OPTIONS="halt_on_error=0:report_thread_leaks=0:${TSAN_OPTIONS:-}"
 
 # What takes seconds without them takes minutes with them.
 export PROGRAMS="${PROGRAMS:-100}"

@@ -6,6 +6,7 @@
 #include "driver/fixed_text.h"
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
+#include "lib/immortal.h"
 #include "lib/os/clock.h"
 #include "lib/os/signals.h"
 #include "numbers/number.h"
@@ -13,16 +14,16 @@
 namespace latbox {
 namespace {
 
-// Both outlive exit(), which may run while another thread still reports. See report.h for who may look.
+// See report.h for who may look.
 PublishedSummary& published() {
-  static PublishedSummary& summary = *new PublishedSummary;
-  return summary;
+  static Immortal<PublishedSummary> summary;
+  return *summary;
 }
 
 // The summary that verb 0 printed last in this process, whatever was loaded since.
 std::string& lastPrintedSummary() {
-  static std::string& text = *new std::string;
-  return text;
+  static Immortal<std::string> text;
+  return *text;
 }
 
 std::string changedSummary(const std::string& summary) {

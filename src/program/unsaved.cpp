@@ -4,6 +4,7 @@
 #include <iostream>
 #include <utility>
 
+#include "lib/immortal.h"
 #include "lib/os/file.h"
 #include "lib/os/signals.h"
 
@@ -15,10 +16,9 @@ struct Unsaved {
   std::string text;
 };
 
-// Never destroyed: exit() may run while the solver writes.
 Unsaved& unsaved() {
-  static auto& content = *new Unsaved;
-  return content;
+  static Immortal<Unsaved> content;
+  return *content;
 }
 
 }  // namespace
