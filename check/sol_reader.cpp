@@ -34,9 +34,7 @@ Solution readSolution(Scanner& scanner, long line) {
   scanner.take('|', "behind the target values");
   solution.slackNorm = scanner.takeNumber();
   scanner.take('|', "behind the slack norm");
-  const std::size_t time = scanner.position();
   solution.time = scanner.takeInteger();
-  if (solution.time < -1) scanner.refuse(time, "the time is below -1");
   scanner.take('|', "behind the time");
   scanner.skip();
   readTail(scanner, solution);

@@ -17,7 +17,7 @@ struct Solution {
   Number targetNorm;
   Vector targets;
   Number slackNorm;
-  // Seconds; -1: not known.
+  // Seconds; -1: not known. A benchmark run with a negative factor writes negative ones.
   long time = -1;
   std::string parameters;
   std::string version;
