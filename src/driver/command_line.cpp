@@ -60,9 +60,15 @@ void enterStandardPrecision(YLattice<dbl_t>& y) {
 
 }  // namespace
 
+// A side that ceases to be live meanwhile may have been left already: the other one takes the value, too.
 bool setParameter(YLattice<dbl_t>& y, const std::string& key, const std::string& text, OnBadNumber onBad) {
-  if (y.extendedActive) return setIn(y.extended.params, key, text, onBad);
-  return setIn(y.standard.params, key, text, onBad) && setIn(y.standardBackup.params, key, text, onBad);
+  for (;;) {
+    const bool extended = y.extendedActive;
+    const bool known = extended ? setIn(y.extended.params, key, text, onBad)
+                                : setIn(y.standard.params, key, text, onBad) &&
+                                      setIn(y.standardBackup.params, key, text, onBad);
+    if (!known || extended == y.extendedActive) return known;
+  }
 }
 
 // The exact side takes the values first: no digit of a norm that the operator asked for is lost.

@@ -1,7 +1,23 @@
 // The two conversions between the precisions.
+#include <string>
+
 #include "driver/ylattice.h"
 
 namespace latbox {
+namespace {
+
+// Makes the other side the live one. The conversion of a large lattice takes its time, and a setting of the
+// console that came meanwhile has changed the side that is left: the parameters cross once more, before the
+// flag is set, and behind it if they have changed in between.
+template <class From, class To>
+void changeSide(YLattice<dbl_t>& y, const From& from, To& to) {
+  const std::string text = from.params.text();
+  to.params.convertFrom(from.params);
+  y.extendedActive = !y.extendedActive;
+  if (from.params.text() != text) to.params.convertFrom(from.params);
+}
+
+}  // namespace
 
 // The flag is set last: an exception on the way leaves standard precision live, and the half-written other
 // side is overwritten by the next attempt.
@@ -10,14 +26,14 @@ void switchToExtended(YLattice<dbl_t>& y) {
   progressLine(y.standard.verb() > 1, "Switching to extended precision");
   y.extended.convertFrom(y.standard);
   statisticsExtended() = statisticsStandard();
-  y.extendedActive = true;
+  changeSide(y, y.standard, y.extended);
 }
 
 void useStandardPrecision(YLattice<dbl_t>& y) {
   if (!y.extendedActive) return;
   y.standard.convertFrom(y.extended);
   statisticsStandard() = statisticsExtended();
-  y.extendedActive = false;
+  changeSide(y, y.extended, y.standard);
   progressLine(y.standard.verb() > 1, "Using standard precision");
 }
 

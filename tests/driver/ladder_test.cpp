@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
 
+#include "driver/command_line.h"
 #include "driver/run_state.h"
 #include "driver/ylattice.h"
 #include "small_program.h"
@@ -223,6 +226,26 @@ TEST(Ladder, PrintsItsLinesAboveVerb1) {
     useStandardPrecision(run.y);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(),
               verb < 2 ? "" : "|-> Switching to extended precision\n|-> Using standard precision\n");
+  }
+}
+
+// The console's thread sets a value while the solver's changes sides: it must not be left behind.
+TEST(Ladder, ASettingThatComesInTheMiddleOfAConversionStays) {
+  YLattice<dbl_t> y;
+  y.standard.resizeLattice(60, 60);
+  for (long round = 1; round <= 200; ++round) {
+    std::atomic<bool> begun{false};
+    std::thread console([&] {
+      while (!begun) std::this_thread::yield();
+      ASSERT_TRUE(setParameter(y, "rtime", std::to_string(round), OnBadNumber::zero));
+    });
+    begun = true;
+    if (y.extendedActive)
+      useStandardPrecision(y);
+    else
+      switchToExtended(y);
+    console.join();
+    ASSERT_EQ(y.live([](auto& lattice) { return lattice.params.rtime.get(); }), round);
   }
 }
 
