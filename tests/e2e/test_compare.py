@@ -377,7 +377,10 @@ class WholeRuns(harness.Case):
             _, err = process.communicate(timeout=harness.LIMIT)
         self.assertNotEqual(process.returncode, 0)
         self.assertIn("the same command goes on from there", err)
-        self.assertEqual(list(json.loads(self.read("cells.json"))["cells"]), ["a | latbox"])
+        # The other cells of the first program may be measured before the signal arrives.
+        cells = list(json.loads(self.read("cells.json"))["cells"])
+        self.assertIn("a | latbox", cells)
+        self.assertEqual([cell for cell in cells if not cell.startswith("a | ")], [])
 
 
 if __name__ == "__main__":
