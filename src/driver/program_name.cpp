@@ -1,11 +1,12 @@
 #include "driver/program_name.h"
+#include "lib/immortal.h"
 
 namespace latbox {
 namespace {
 
 std::string& storedName() {
-  static std::string& name = *new std::string;
-  return name;
+  static Immortal<std::string> name;
+  return *name;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "driver/fixed_text.h"
 #include "driver/report.h"
 #include "driver/run_state.h"
+#include "lib/immortal.h"
 #include "lib/os/clock.h"
 #include "lib/os/output.h"
 #include "lib/os/signals.h"
@@ -23,11 +24,11 @@ namespace {
 constexpr int SIGNAL_NUMBERS = 65;
 
 // A plain handler can't carry the lattices, so it finds its function by the signal's number; one table per
-// signal. The tables are never destroyed: exit() may run while a signal arrives.
+// signal.
 template <int SIGNAL>
 std::array<std::function<void(int)>, SIGNAL_NUMBERS>& handlerTable() {
-  static auto& table = *new std::array<std::function<void(int)>, SIGNAL_NUMBERS>;
-  return table;
+  static Immortal<std::array<std::function<void(int)>, SIGNAL_NUMBERS>> table;
+  return *table;
 }
 
 template <int SIGNAL>

@@ -1,5 +1,6 @@
 #include "driver/statistics.h"
 
+#include "lib/immortal.h"
 #include "lib/os/clock.h"
 
 namespace latbox {
@@ -35,13 +36,13 @@ bool Statistics::madeProgress() const {
 }
 
 Statistics& statisticsStandard() {
-  static Statistics& statistics = *new Statistics;
-  return statistics;
+  static Immortal<Statistics> statistics;
+  return *statistics;
 }
 
 Statistics& statisticsExtended() {
-  static Statistics& statistics = *new Statistics;
-  return statistics;
+  static Immortal<Statistics> statistics;
+  return *statistics;
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "lib/matrix.h"
 
 #include "lib/elimination.h"
+#include "lib/immortal.h"
 #include "numbers/number.h"
 
 namespace latbox {
@@ -166,8 +167,8 @@ template <class T>
 void Matrix<T>::swapRows(long i, long j) {
   if (i < 0 || i > M || j < 0 || j > M) fail("Matrix: row swap index out of range");
   if (i == j) return;
-  // Never destroyed: exit() may run in one thread while another still exchanges.
-  static Vector<T>& temporary = *new Vector<T>();
+  static Immortal<Vector<T>> scratch;
+  Vector<T>& temporary = *scratch;
   temporary = std::move(data[i]);
   data[i] = std::move(data[j]);
   data[j] = std::move(temporary);

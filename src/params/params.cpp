@@ -5,6 +5,7 @@
 
 #include "lib/exceptions.h"
 #include "lib/failure.h"
+#include "lib/immortal.h"
 #include "lib/scanner.h"
 #include "numbers/number.h"
 #include "params/option_table.h"
@@ -14,8 +15,8 @@ namespace {
 
 // What the values of an emptied table point at.
 ParamInfo* sharedEmptyParameter() {
-  static ParamInfo& empty = *new ParamInfo();
-  return &empty;
+  static Immortal<ParamInfo> empty;
+  return &*empty;
 }
 
 template <class T>

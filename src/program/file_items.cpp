@@ -4,6 +4,7 @@
 #include <set>
 
 #include "lib/element_text.h"
+#include "lib/immortal.h"
 #include "lib/os/file.h"
 #include "lib/os/signals.h"
 #include "lib/scanner.h"
@@ -71,8 +72,8 @@ void requireTextual(const Matrix<dbl_t>& basis, dbl_t range) {
 }
 
 bool writeOutput(const std::string& path, const std::string& text) {
-  // Never destroyed: exit() may run while the solver writes.
-  static auto& told = *new std::set<std::string>;
+  static Immortal<std::set<std::string>> immortal;
+  auto& told = *immortal;
   std::string reason;
   const SignalHold hold;
   if (writeFile(path, text, reason)) {

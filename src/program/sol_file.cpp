@@ -7,6 +7,7 @@
 #include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/heapsort.h"
+#include "lib/immortal.h"
 #include "lib/os/file.h"
 #include "lib/os/signals.h"
 #include "lib/progress.h"
@@ -133,10 +134,9 @@ struct WrittenSol {
   bool failed = false;  // the next call tries again, whether or not something is new
 };
 
-// Never destroyed: exit() may run while the solver writes.
 WrittenSol& writtenSol() {
-  static auto& written = *new WrittenSol;
-  return written;
+  static Immortal<WrittenSol> written;
+  return *written;
 }
 
 template <class T, class F>

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "lib/array.h"
+#include "lib/immortal.h"
 #include "lib/os/semaphore.h"
 
 namespace latbox {
@@ -12,15 +13,15 @@ namespace {
 
 using Body = std::function<void*(void*)>;
 
-// Neither is ever destroyed: exit() may run while the other threads live. The lock keeps a thread from
+// The lock keeps a thread from
 // reading its body while another start moves the table.
 Array<Body>& threadRegistry() {
-  static Array<Body>& registry = *new Array<Body>();
-  return registry;
+  static Immortal<Array<Body>> registry;
+  return *registry;
 }
 Semaphore& registryLock() {
-  static Semaphore& lock = *new Semaphore();
-  return lock;
+  static Immortal<Semaphore> lock;
+  return *lock;
 }
 
 void* trampoline(void* index) {
