@@ -5,8 +5,8 @@
 #include <sstream>
 #include <string>
 
-#include "lib/matrix.h"
 #include "lib/modular.h"
+#include "numbers/matrix.h"
 #include "numbers/number.h"
 
 namespace latbox {

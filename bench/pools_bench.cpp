@@ -10,9 +10,9 @@
 #include <random>
 #include <string>
 
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace {
 

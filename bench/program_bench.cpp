@@ -8,8 +8,8 @@
 #include <random>
 #include <string>
 
+#include "model/tessik.h"
 #include "numbers/number.h"
-#include "program/tessik.h"
 
 namespace {
 

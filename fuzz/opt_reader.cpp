@@ -2,8 +2,8 @@
 // written and read again.
 #include <sstream>
 
+#include "model/tessik.h"
 #include "numbers/number.h"
-#include "program/tessik.h"
 #include "refusal.h"
 
 namespace latbox::fuzzing {

@@ -2,10 +2,10 @@
 // again. The console's look at a text before it is parsed must foresee every refusal.
 #include <sstream>
 
-#include "lib/element_text.h"
 #include "lib/scanner.h"
-#include "lib/vector.h"
+#include "numbers/element_text.h"
 #include "numbers/number.h"
+#include "numbers/vector.h"
 #include "params/number_text.h"
 #include "refusal.h"
 

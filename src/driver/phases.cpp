@@ -8,9 +8,9 @@
 #include "driver/run.h"
 #include "driver/run_state.h"
 #include "driver/timer.h"
-#include "lib/elimination.h"
 #include "lib/os/clock.h"
 #include "lib/os/threads.h"
+#include "numbers/elimination.h"
 #include "program/results_version.h"
 
 namespace latbox {

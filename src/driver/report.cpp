@@ -4,12 +4,12 @@
 #include <sstream>
 
 #include "driver/fixed_text.h"
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/immortal.h"
 #include "lib/os/clock.h"
 #include "lib/os/signals.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

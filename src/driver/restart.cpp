@@ -5,12 +5,12 @@
 #include <iostream>
 
 #include "driver/report.h"
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
 #include "lib/os/signals.h"
 #include "lib/progress.h"
 #include "lib/scope_value.h"
+#include "params/statistics.h"
 #include "program/results_version.h"
 
 namespace latbox {

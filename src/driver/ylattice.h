@@ -3,11 +3,11 @@
 
 #include <atomic>
 
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
 #include "numbers/qq.h"
+#include "params/statistics.h"
 
 namespace latbox {
 

@@ -1,9 +1,9 @@
 // The memory of the search: two sorted sets of the best homogeneous and inhomogeneous vectors, and the one
 // best vector that carries the inhomogeneous coordinate.
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lattice/row_operation.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

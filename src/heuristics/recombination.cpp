@@ -2,11 +2,11 @@
 // sample of the collections and the whole basis.
 #include <algorithm>
 
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "lattice/lattice.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <string>
 
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "heuristics/sample_bounds.h"
 #include "lattice/row_operation.h"
 #include "lib/progress.h"
 #include "lib/scope_value.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

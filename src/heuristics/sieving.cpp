@@ -1,9 +1,9 @@
 // Sieving: rounds over the collected vectors. What beats the worst inhomogeneous vector of its round goes on,
 // as it is or with a centre added or subtracted; what no centre helps becomes a centre.
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 

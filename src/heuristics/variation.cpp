@@ -2,11 +2,11 @@
 // takes another path.
 #include <string>
 
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "lattice/lattice.h"
 #include "lib/heapsort.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 
 namespace latbox {
 

@@ -8,8 +8,8 @@
 #include "lattice/inner_product.h"
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
+#include "model/conversion.h"
 #include "numbers/number.h"
-#include "program/conversion.h"
 
 namespace latbox {
 

@@ -15,8 +15,8 @@
 #include <limits>
 #include <vector>
 
-#include "lib/elimination.h"
 #include "lib/modular.h"
+#include "numbers/elimination.h"
 #include "numbers/number.h"
 #include "numbers/residues.h"
 

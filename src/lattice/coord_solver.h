@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "lib/matrix.h"
-#include "lib/vector.h"
+#include "numbers/matrix.h"
+#include "numbers/vector.h"
 
 namespace latbox {
 

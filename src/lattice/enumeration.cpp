@@ -4,12 +4,12 @@
 #include <cmath>
 #include <string>
 
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lattice/row_operation.h"
 #include "lib/os/clock.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

@@ -1,7 +1,7 @@
 #include "lattice/enumeration_tree.h"
 
 #include "lib/constants.h"
-#include "lib/matrix.h"
+#include "numbers/matrix.h"
 
 namespace latbox {
 namespace {

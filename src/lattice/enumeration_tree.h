@@ -8,8 +8,8 @@
 
 #include <vector>
 
-#include "lib/vector.h"
 #include "numbers/number.h"
+#include "numbers/vector.h"
 
 namespace latbox {
 

@@ -2,7 +2,7 @@
 // or as dbl_t gives it, converted to F and summed in F from coordinate 1 upward.
 #pragma once
 
-#include "lib/matrix.h"
+#include "numbers/matrix.h"
 
 namespace latbox {
 

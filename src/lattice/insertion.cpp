@@ -1,10 +1,10 @@
 // A vector known as an integer combination of basis vectors enters the basis by unimodular steps alone.
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lattice/row_operation.h"
-#include "lib/elimination.h"
 #include "lib/failure.h"
+#include "numbers/elimination.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

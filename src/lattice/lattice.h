@@ -17,14 +17,14 @@
 #include <string>
 #include <vector>
 
-#include "heuristics/heuristic_vector.h"
 #include "lattice/coord_solver.h"
 #include "lattice/enumeration_tree.h"
+#include "lattice/heuristic_vector.h"
 #include "lattice/stage.h"
 #include "lib/os/mutex_vars.h"
 #include "lib/set.h"
+#include "model/tessik.h"
 #include "params/params.h"
-#include "program/tessik.h"
 
 namespace latbox {
 

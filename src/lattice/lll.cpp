@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "driver/statistics.h"
 #include "lattice/inner_product.h"
 #include "lattice/lattice.h"
 #include "lattice/row_operation.h"
@@ -17,6 +16,7 @@
 #include "lib/os/clock.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 
 namespace latbox {
 

@@ -1,7 +1,7 @@
 // Gives a regenerated lattice its memory back. Nothing enters the basis.
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/scope_value.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

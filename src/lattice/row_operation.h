@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "lib/vector.h"
 #include "numbers/number.h"
+#include "numbers/vector.h"
 
 namespace latbox {
 

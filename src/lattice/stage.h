@@ -1,7 +1,7 @@
 // One level of the enumeration tree.
 #pragma once
 
-#include "lib/vector.h"
+#include "numbers/vector.h"
 
 namespace latbox {
 

@@ -1,7 +1,7 @@
 // Whether an integer matrix is unimodular.
 #pragma once
 
-#include "lib/matrix.h"
+#include "numbers/matrix.h"
 
 namespace latbox {
 

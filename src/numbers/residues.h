@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "lib/matrix.h"
 #include "lib/modular.h"
+#include "numbers/matrix.h"
 
 namespace latbox {
 

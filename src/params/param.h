@@ -14,9 +14,9 @@
 
 #include "lib/array.h"
 #include "lib/constants.h"
-#include "lib/map.h"
 #include "lib/os/mutex_type.h"
 #include "lib/serializable.h"
+#include "numbers/map.h"
 #include "numbers/qq.h"
 
 namespace latbox {

@@ -1,7 +1,7 @@
 // Products of vectors that keep all their digits, in either number type.
 #pragma once
 
-#include "lib/matrix.h"
+#include "numbers/matrix.h"
 #include "numbers/number.h"
 
 namespace latbox {

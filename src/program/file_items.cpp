@@ -3,11 +3,11 @@
 #include <cmath>
 #include <set>
 
-#include "lib/element_text.h"
 #include "lib/immortal.h"
 #include "lib/os/file.h"
 #include "lib/os/signals.h"
 #include "lib/scanner.h"
+#include "numbers/element_text.h"
 #include "numbers/number.h"
 
 namespace latbox {

@@ -4,7 +4,7 @@
 #include <istream>
 #include <string>
 
-#include "lib/matrix.h"
+#include "numbers/matrix.h"
 
 namespace latbox {
 

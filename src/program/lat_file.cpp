@@ -4,7 +4,6 @@
 #include <sstream>
 #include <tuple>
 
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
@@ -12,6 +11,7 @@
 #include "lib/progress.h"
 #include "lib/scanner.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 #include "program/file_items.h"
 
 namespace latbox {

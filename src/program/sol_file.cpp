@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "driver/report.h"
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/heapsort.h"
 #include "lib/immortal.h"
@@ -14,6 +13,7 @@
 #include "lib/scanner.h"
 #include "lib/scope_value.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 #include "program/exact_product.h"
 #include "program/file_items.h"
 #include "program/results_version.h"

@@ -1,8 +1,8 @@
 // The one road from search to results: each vector that reduction or a heuristic touches is judged here.
 #include "driver/report.h"
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "params/statistics.h"
 #include "program/exact_product.h"
 #include "program/file_items.h"
 #include "program/results_version.h"

@@ -6,9 +6,9 @@
 #include <sstream>
 
 #include "driver/fixed_text.h"
-#include "driver/statistics.h"
 #include "lattice/lattice.h"
 #include "lib/os/clock.h"
+#include "params/statistics.h"
 
 namespace latbox {
 namespace {

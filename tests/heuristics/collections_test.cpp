@@ -1,6 +1,6 @@
 // The two collections of good vectors and the best inhomogeneous vector.
-#include "driver/statistics.h"
 #include "lattice/support.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

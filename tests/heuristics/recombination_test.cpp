@@ -3,9 +3,9 @@
 #include <array>
 
 #include "driver/small_program.h"
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "lib/exceptions.h"
+#include "params/statistics.h"
 #include "pools.h"
 
 namespace latbox::testing {

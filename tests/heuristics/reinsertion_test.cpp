@@ -4,10 +4,10 @@
 #include <string>
 
 #include "driver/reinsert.h"
-#include "driver/statistics.h"
 #include "lattice/support.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 
 namespace latbox::testing {
 

@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "heuristics/sample_bounds.h"
 #include "lattice/support.h"
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 #include "support/lattice.h"
 
 namespace latbox::testing {

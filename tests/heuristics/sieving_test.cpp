@@ -1,7 +1,7 @@
 // Sieving of the collections.
 #include "driver/small_program.h"
-#include "driver/statistics.h"
 #include "lib/exceptions.h"
+#include "params/statistics.h"
 #include "pools.h"
 #include "support/failure.h"
 

@@ -1,11 +1,11 @@
 // Trimming: the steps of a weight, and the metric bent towards feasibility.
 #include <cstdlib>
 
-#include "driver/statistics.h"
 #include "lattice/scale_limit.h"
 #include "lattice/support.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "driver/statistics.h"
 #include "heuristics/random_draw.h"
 #include "lattice/support.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 #include "support/lattice.h"
 
 namespace latbox::testing {

@@ -1,6 +1,6 @@
 // Blending: dependent vectors are moved out of the way, and the recursion that does it ends.
-#include "driver/statistics.h"
 #include "lattice/support.h"
+#include "params/statistics.h"
 
 namespace latbox::testing {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/statistics.h"
+#include "params/statistics.h"
 
 namespace latbox::testing {
 namespace {

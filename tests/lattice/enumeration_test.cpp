@@ -4,9 +4,9 @@
 #include <cmath>
 #include <functional>
 
-#include "driver/statistics.h"
 #include "lib/os/clock.h"
 #include "lib/progress.h"
+#include "params/statistics.h"
 #include "support/lattice.h"
 
 namespace latbox::testing {

@@ -1,8 +1,8 @@
 // The three ways in which a combination of basis vectors enters the basis.
 #include "lattice/support.h"
 
-#include "driver/statistics.h"
 #include "lib/exceptions.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

@@ -1,10 +1,10 @@
 // Sweep, size reduction, blending and deep insertion.
 #include "lattice/support.h"
 
-#include "driver/statistics.h"
 #include "lattice/row_operation.h"
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

@@ -1,5 +1,5 @@
-#include "driver/statistics.h"
 #include "lib/exceptions.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

@@ -5,11 +5,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "lib/map.h"
-#include "lib/pair.h"
 #include "lib/set.h"
-#include "lib/vector.h"
+#include "numbers/map.h"
 #include "numbers/number.h"
+#include "numbers/pair.h"
+#include "numbers/vector.h"
 #include "support/failure.h"
 
 namespace latbox {

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "lib/elimination.h"
+#include "numbers/elimination.h"
 #include "numbers/number.h"
 #include "support/failure.h"
 

@@ -1,10 +1,10 @@
 #include <filesystem>
 
-#include "driver/statistics.h"
 #include "driver/temporary_folder.h"
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "lib/os/file.h"
+#include "params/statistics.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 

@@ -9,8 +9,8 @@
 #include <type_traits>
 
 #include "lib/exceptions.h"
+#include "model/tessik.h"
 #include "numbers/number.h"
-#include "program/tessik.h"
 
 namespace latbox::testing {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "lib/map.h"
 #include "lib/os/mutex_type.h"
+#include "numbers/map.h"
 
 namespace latbox {
 
