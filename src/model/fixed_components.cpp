@@ -2,8 +2,8 @@
 #include <vector>
 
 #include "lib/exceptions.h"
-#include "model/bounds.h"
 #include "model/tessik.h"
+#include "numbers/number.h"
 
 namespace latbox {
 

@@ -1,11 +1,10 @@
 // From decimal digits and fractions to integers: variables are scaled by their digits, rows by the
 // denominators of their coefficients.
-#include <limits>
 
 #include "lib/exceptions.h"
 #include "lib/failure.h"
-#include "model/bounds.h"
 #include "model/tessik.h"
+#include "numbers/tolerance.h"
 
 namespace latbox {
 
@@ -15,31 +14,21 @@ namespace {
 constexpr long MAX_DIGITS = 10000;
 
 // A product or quotient that is a whole number by its definition may be off by some units in the last place
-// in dbl_t; rounding up from there would be off by one. The band is narrower than any number of 17 digits
-// that is not whole, so no value that a file can state is moved by it.
-dbl_t snapped(dbl_t x) {
-  const dbl_t nearest = roundNearest(x);
-  const dbl_t band = 8 * std::numeric_limits<dbl_t>::epsilon() * abs(x);
-  return abs(x - nearest) <= band ? nearest + 0 : x;
-}
-const QQ& snapped(const QQ& x) {
-  return x;
-}
-
-// The sum with zero turns the negative zero of floating point into zero.
+// in dbl_t; rounding up from there would be off by one. No value that a file can state is moved. The sum with
+// zero turns the negative zero of floating point into zero.
 template <class T>
 T roundUp(const T& x) {
-  return isInfinite(x) ? x : ceil(snapped(x)) + T(0);
+  return isInfinite(x) ? x : ceil(withoutRounding(x)) + T(0);
 }
 template <class T>
 T roundDown(const T& x) {
-  return isInfinite(x) ? x : floor(snapped(x)) + T(0);
+  return isInfinite(x) ? x : floor(withoutRounding(x)) + T(0);
 }
 
 template <class T>
 void scale(T& x, const T& factor, const char* message) {
   if (isInfinite(x)) return;
-  x = snapped(T(x * factor));
+  x = withoutRounding(T(x * factor));
   checkPrecision(x, message);
 }
 

@@ -5,8 +5,8 @@
 #include "lib/failure.h"
 #include "lib/os/file.h"
 #include "lib/scanner.h"
-#include "model/bounds.h"
 #include "model/tessik.h"
+#include "numbers/number.h"
 
 namespace latbox {
 

@@ -4,7 +4,7 @@
 
 #include "lib/failure.h"
 #include "lib/progress.h"
-#include "model/bounds.h"
+#include "model/columns.h"
 #include "model/tessik.h"
 
 namespace latbox {

@@ -1,7 +1,7 @@
 // Stage two of the preparation, on the working copy: no fixed variables, integers throughout, independent
 // equations, lower bounds 0.
 #include "lib/progress.h"
-#include "model/bounds.h"
+#include "model/columns.h"
 #include "model/tessik.h"
 
 namespace latbox {

@@ -1,7 +1,7 @@
 // Bounds on the combined target: from the thresholds, from a solution in hand, from the bounds of the
 // variables.
-#include "model/bounds.h"
 #include "model/tessik.h"
+#include "numbers/number.h"
 
 namespace latbox {
 

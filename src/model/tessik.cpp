@@ -3,7 +3,6 @@
 
 #include "lib/failure.h"
 #include "lib/progress.h"
-#include "model/bounds.h"
 #include "numbers/number.h"
 
 namespace latbox {

@@ -3,8 +3,8 @@
 #include <iostream>
 
 #include "lib/failure.h"
-#include "model/bounds.h"
 #include "model/tessik.h"
+#include "numbers/number.h"
 
 namespace latbox {
 

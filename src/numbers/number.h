@@ -57,11 +57,25 @@ inline bool isInfinite(const QQ& x) {
   return x.isInf;
 }
 template <class T>
+bool isPlusInfinity(const T& x) {
+  return isInfinite(x) && signOf(x) > 0;
+}
+template <class T>
+bool isMinusInfinity(const T& x) {
+  return isInfinite(x) && signOf(x) < 0;
+}
+template <class T>
 T infinity();
 template <>
 dbl_t infinity<dbl_t>();
 template <>
 QQ infinity<QQ>();
+
+// -x without the negative zero of floating point, which would show as "-0" in files and messages.
+template <class T>
+T negated(const T& x) {
+  return isExactZero(x) ? T(0) : -x;
+}
 
 dbl_t abs(dbl_t x);
 dbl_t floor(dbl_t x);

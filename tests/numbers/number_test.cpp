@@ -38,6 +38,23 @@ TYPED_TEST(Number, ExactZeroAndSign) {
   EXPECT_EQ(signOf(infinity<TypeParam>()), 1);
 }
 
+TYPED_TEST(Number, InfinitiesHaveASign) {
+  const TypeParam inf = infinity<TypeParam>();
+  EXPECT_TRUE(isPlusInfinity(inf));
+  EXPECT_FALSE(isPlusInfinity(TypeParam(-inf)));
+  EXPECT_FALSE(isPlusInfinity(TypeParam(1)));
+  EXPECT_TRUE(isMinusInfinity(TypeParam(-inf)));
+  EXPECT_FALSE(isMinusInfinity(inf));
+  EXPECT_FALSE(isMinusInfinity(TypeParam(-1)));
+}
+
+TYPED_TEST(Number, TheNegatedZeroHasNoSign) {
+  EXPECT_TRUE(negated(TypeParam(3)) == TypeParam(-3));
+  EXPECT_TRUE(negated(infinity<TypeParam>()) == -infinity<TypeParam>());
+  EXPECT_EQ(toText(negated(TypeParam(0))), "0");
+  EXPECT_EQ(toText(negated(-TypeParam(0))), "0");
+}
+
 TYPED_TEST(Number, Rounding) {
   const char* table[][4] = {
       {"2.5", "2", "3", "3"}, {"-2.5", "-3", "-2", "-3"}, {"2.4", "2", "3", "2"}, {"-7", "-7", "-7", "-7"}};

@@ -1,26 +1,10 @@
-// Small predicates on bounds, shared by the steps of the preparation.
+// Changes of columns, shared by the steps of the preparation.
 #pragma once
 
 #include "numbers/matrix.h"
 #include "numbers/number.h"
 
 namespace latbox {
-
-template <class T>
-bool isPlusInfinity(const T& x) {
-  return isInfinite(x) && signOf(x) > 0;
-}
-
-template <class T>
-bool isMinusInfinity(const T& x) {
-  return isInfinite(x) && signOf(x) < 0;
-}
-
-// -x without the negative zero of floating point, which would show as "-0" in files and messages.
-template <class T>
-T negated(const T& x) {
-  return isExactZero(x) ? T(0) : -x;
-}
 
 // Makes `matrix` `columns` wide; the gained columns are 0.
 template <class T>
