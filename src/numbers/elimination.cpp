@@ -3,18 +3,12 @@
 #include <cstdlib>
 #include <vector>
 
+#include "numbers/integer_elimination.h"
 #include "numbers/number.h"
+#include "numbers/tolerance.h"
 
 namespace latbox {
 namespace {
-
-// What elimination treats as zero when it solves: exact numbers need no tolerance.
-bool vanishes(dbl_t x) {
-  return isZero(x);
-}
-bool vanishes(const QQ& x) {
-  return isExactZero(x);
-}
 
 // The row of the largest absolute value in column `col` among rows from..M; the first of equal ones.
 template <class T>
@@ -142,11 +136,21 @@ long signedRank(Matrix<T>& work, Matrix<T>& companion) {
   return signedPivots;
 }
 
-template <class T>
-long rankOf(const Matrix<T>& M) {
-  Matrix<T> work(M);
-  Matrix<T> companion(M.M, 0);
+// The backward pass finds no pivot, but in dbl_t it may throw: a step that can't do it runs in the exact
+// type.
+template <>
+long rankOf(const Matrix<dbl_t>& M) {
+  Matrix<dbl_t> work(M), companion(M.M, 0);
   return std::labs(signedRank(work, companion));
+}
+
+// Exact numbers don't throw, so that here the pivots are all there is to find.
+template <>
+long rankOf(const Matrix<QQ>& M) {
+  long rank = 0;
+  if (wholeRank(M, rank)) return rank;
+  Matrix<QQ> work(M), companion(M.M, 0);
+  return std::labs(forwardEliminate(work, companion, false));
 }
 
 template <class T>
@@ -160,7 +164,6 @@ bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral) 
 #define LATBOX_INSTANTIATE(T)                                                        \
   template long forwardEliminate(Matrix<T>& work, Matrix<T>& companion, bool exact); \
   template long signedRank(Matrix<T>& work, Matrix<T>& companion);                   \
-  template long rankOf(const Matrix<T>& M);                                          \
   template bool gauss(const Matrix<T>& A, const Vector<T>& b, Vector<T>& x, bool integral);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -13,7 +13,7 @@ namespace latbox {
 template <class T>
 long signedRank(Matrix<T>& work, Matrix<T>& companion);
 
-// The number of pivots of `M` by signedRank on a copy.
+// The number of pivots that signedRank finds in `M`, and in dbl_t what it throws.
 template <class T>
 long rankOf(const Matrix<T>& M);
 

@@ -102,9 +102,19 @@ bool smallDecimals(const QQ& x, bool strict, Decimals& decimals) {
   return true;
 }
 
+// 19 to 36 digits before the point: the text ends there, and the conversion of a machine's integer rounds as
+// the library rounds the text. Products of long entries are of this size, and a reduction takes many.
+bool longToDouble(const QQ& x, dbl_t& result) {
+  if (x.ganze.MN > 4 || x.ganze.data[x.ganze.MN] == 0) return false;
+  result = static_cast<dbl_t>(x.ganze.magnitude128());
+  if (!x.sign) result = -result;
+  return true;
+}
+
 // An integer of at most 64 bits over an exact power of ten: one correctly rounded division, so the same
 // number that the text gives.
 bool toDoubleFast(const QQ& x, bool strict, dbl_t& result) {
+  if (x.ganze.MN > 2 && !strict) return longToDouble(x, result);
   if (x.ganze.MN > 2 || x.nenner.MN > 2) return false;
   const u64 whole = x.ganze.magnitude64();
   result = static_cast<dbl_t>(whole);

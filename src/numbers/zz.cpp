@@ -23,12 +23,6 @@ ZZ::ZZ(long long value) : Array() {
   setMagnitude(value < 0 ? 0 - bits : bits, value >= 0);
 }
 
-ZZ ZZ::fromUnsigned(u128 magnitude) {
-  ZZ result;
-  result.setMagnitude128(magnitude, true);
-  return result;
-}
-
 void ZZ::setMagnitude128(u128 magnitude, bool nonNegative) {
   constexpr u128 TWO_LIMBS = static_cast<u128>(UBASE) * UBASE;
   if (magnitude < TWO_LIMBS) {

@@ -38,8 +38,6 @@ class ZZ : public Array<long long> {
   // Reads digits; see parse. Never fails.
   explicit ZZ(const char* text) { parse(text); }
   explicit ZZ(const std::string& text) { parse(text); }
-  // The magnitude as a non-negative number.
-  static ZZ fromUnsigned(u128 magnitude);
 
   // `sign` is false exactly when the first character is '-'; every other character that is no digit is
   // dropped. Empty text gives MN 0.

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "lib/exceptions.h"
+#include "numbers/integer_elimination.h"
 #include "numbers/number.h"
 #include "support/failure.h"
 
@@ -71,6 +72,69 @@ TEST(Elimination, OverflowOfTheBackwardQuotient) {
   exact[1][2] = QQ(1'000'000);
   exact[2][2] = QQ("1/1000000");
   EXPECT_EQ(signedRank(exact, none), 2);
+}
+
+// What throws decides for the exact type: the rank alone must not hide it.
+TEST(Elimination, RanksThrowAsTheBackwardPassDoes) {
+  EXPECT_THROW(rankOf(Matrix<dbl_t>("[[1 1e6][0 1e-6]]")), PrecisionException);
+  EXPECT_EQ(rankOf(Matrix<QQ>("[[1 1000000][0 1/1000000]]")), 2);
+}
+
+long rankByFractions(const Matrix<QQ>& M) {
+  Matrix<QQ> work(M), companion(M.M, 0);
+  return std::abs(signedRank(work, companion));
+}
+
+TEST(WholeRank, AgreesWithEliminationByFractions) {
+  std::mt19937 random(11);
+  std::uniform_int_distribution<long> entry(-4, 4);
+  for (int round = 0; round < 500; ++round) {
+    Matrix<QQ> M(1 + round % 7, 1 + round % 5);
+    for (long i = 1; i <= M.M; ++i)
+      for (long j = 1; j <= M.N; ++j)
+        M[i][j] = round % 3 == 0 ? QQ(entry(random) / 3) : QQ(entry(random)) * QQ(1000 + round);
+    if (round % 4 == 0 && M.M > 2) M[M.M] = M[1] + M[2];
+    long rank = -1;
+    ASSERT_TRUE(wholeRank(M, rank)) << M;
+    EXPECT_EQ(rank, rankByFractions(M)) << M;
+  }
+}
+
+TEST(WholeRank, FractionsAndInfinitiesAreLeftToTheOther) {
+  long rank = 7;
+  EXPECT_FALSE(wholeRank(Matrix<QQ>("[[1 2][3 1/2]]"), rank));
+  EXPECT_FALSE(wholeRank(Matrix<QQ>("[[1 2][3 inf]]"), rank));
+  EXPECT_EQ(rank, 7);
+  EXPECT_EQ(rankOf(Matrix<QQ>("[[1 2][3 1/2]]")), 2);
+}
+
+// The second pivot would be 1/3000000000, which the tolerance takes for zero; 1/1000000000 is still zero, and
+// 1/999999999 is not.
+TEST(WholeRank, TheToleranceIsThatOfTheElimination) {
+  const struct {
+    const char* text;
+    long rank;
+  } cases[] = {{"[[3000000000 1][3000000000 2]]", 2},
+               {"[[3000000000 2999999999][2999999999 2999999998]]", 1},
+               {"[[1000000000 999999999][999999999 999999998]]", 1},
+               {"[[999999999 999999998][999999998 999999997]]", 2},
+               {"[[3000000000 2999999999 0][2999999999 2999999998 5]]", 2}};
+  for (const auto& c : cases) {
+    const Matrix<QQ> M(c.text);
+    long rank = -1;
+    EXPECT_TRUE(wholeRank(M, rank)) << c.text;
+    EXPECT_EQ(rank, c.rank) << c.text;
+    EXPECT_EQ(rankByFractions(M), c.rank) << c.text;
+  }
+}
+
+// Below the first pivot row 2 keeps 1/3000000000 in column 2, and in row 3 stands the second pivot.
+TEST(WholeRank, AnEntryThatTheToleranceLeavesStandingIsLeftToTheOther) {
+  const Matrix<QQ> M("[[3000000000 2999999999 0][2999999999 2999999998 1][0 5 1]]");
+  long rank = 7;
+  EXPECT_FALSE(wholeRank(M, rank));
+  EXPECT_EQ(rank, 7);
+  EXPECT_EQ(rankOf(M), rankByFractions(M));
 }
 
 // The pivot is the largest of its column, so only an infinity can push a forward quotient over the edge; the

@@ -374,7 +374,9 @@ TEST(QQ, ShortConversionEqualsConversionThroughText) {
   const auto number = [&random] {
     u64 limit = 1;
     for (u64 digits = random() % 20; digits > 0; --digits) limit *= 10;
-    return ZZ::fromUnsigned(random() % limit);
+    ZZ value;
+    value.setMagnitude(random() % limit, true);
+    return value;
   };
   for (int i = 0; i < 100000; ++i) {
     ZZ n = number();
@@ -387,6 +389,21 @@ TEST(QQ, ShortConversionEqualsConversionThroughText) {
       n = ZZ(3);
     }
     QQ x = (random() % 2 == 0 ? QQ() : QQ(number())) + QQ(number(), n);
+    if (random() % 2 == 0) x.negate();
+    for (const bool strict : {false, true})
+      ASSERT_EQ(conversion(toDoubleStrict, x, strict), conversion(toDoubleByText, x, strict))
+          << x << " " << strict;
+  }
+}
+
+// Halfway between two numbers of the machine, and one beside it; up to 36 digits and beyond.
+TEST(QQ, LongIntegersAreRoundedLikeTheirText) {
+  std::mt19937_64 random(9);
+  for (int i = 0; i < 20000; ++i) {
+    ZZ n = ZZ(static_cast<long long>(random() >> 1)) * (ZZ(2) ^ ZZ(static_cast<long>(random() % 70)));
+    n = n + ZZ(static_cast<long>(random() % 3)) - ZZ(1);
+    if (i % 2 == 0) n = n * ZZ(static_cast<long long>(random() >> 1));
+    QQ x = QQ(n) + (i % 3 == 0 ? QQ("2/3") : QQ());
     if (random() % 2 == 0) x.negate();
     for (const bool strict : {false, true})
       ASSERT_EQ(conversion(toDoubleStrict, x, strict), conversion(toDoubleByText, x, strict))

@@ -50,9 +50,13 @@ TEST(ZZ, IntegersAreSplitIntoLimbs) {
 }
 
 TEST(ZZ, WideMagnitudes) {
-  EXPECT_EQ(ZZ::fromUnsigned(~static_cast<u128>(0)).to_string(), "340282366920938463463374607431768211455");
-  EXPECT_EQ(ZZ::fromUnsigned(static_cast<u128>(1000000000000000000ULL)).to_string(), "1000000000000000000");
-  EXPECT_EQ(ZZ::fromUnsigned(0).MN, 1);
+  ZZ a;
+  a.setMagnitude128(~static_cast<u128>(0), true);
+  EXPECT_EQ(a.to_string(), "340282366920938463463374607431768211455");
+  a.setMagnitude128(static_cast<u128>(1000000000000000000ULL), true);
+  EXPECT_EQ(a.to_string(), "1000000000000000000");
+  a.setMagnitude128(0, true);
+  EXPECT_EQ(a.MN, 1);
 }
 
 TEST(ZZ, EmptyTextHasNoLimbsAndCountsAsZero) {
