@@ -12,17 +12,11 @@ void swapRows(ModularMatrix& m, long i, long j) {
   if (i != j) std::swap_ranges(m.row(i) + 1, m.row(i) + 1 + m.N, m.row(j) + 1);
 }
 
-// row[from..n] -= q * pivot[from..n].
-void subtractMultiple(std::uint64_t* row, const std::uint64_t* pivot, std::uint64_t q, long from, long n,
-                      std::uint64_t p) {
-  for (long j = from; j <= n; ++j) row[j] = subtractModulo(row[j], multiplyModulo(q, pivot[j], p), p);
-}
-
 // Takes multiples of row k off the rows below it. The multipliers stay in column k: the lower factor.
 void eliminateBelow(ModularMatrix& m, long k, std::uint64_t inverse, std::uint64_t p) {
   for (long i = k + 1; i <= m.M; ++i) {
     const std::uint64_t q = multiplyModulo(m.at(i, k), inverse, p);
-    if (q != 0) subtractMultiple(m.row(i), m.row(k), q, k + 1, m.N, p);
+    if (q != 0) subtractRowModulo(m.row(i), q, m.row(k), k + 1, m.N, p);
     m.at(i, k) = q;
   }
 }
@@ -37,14 +31,21 @@ long findPivot(const ModularMatrix& m, long from, long col) {
 }  // namespace
 
 std::uint64_t powerModulo(std::uint64_t base, std::uint64_t exponent, std::uint64_t p) {
-  std::uint64_t result = 1;
-  for (; exponent != 0; exponent >>= 1, base = multiplyModulo(base, base, p))
-    if (exponent & 1) result = multiplyModulo(result, base, p);
-  return result;
+  return powerBy(base, exponent, [p](std::uint64_t a, std::uint64_t b) { return multiplyModulo(a, b, p); });
+}
+
+std::uint64_t powerModuloAny(std::uint64_t base, std::uint64_t exponent, std::uint64_t n) {
+  return powerBy(base, exponent,
+                 [n](std::uint64_t a, std::uint64_t b) { return multiplyModuloAny(a, b, n); });
 }
 
 std::uint64_t inverseModulo(std::uint64_t a, std::uint64_t p) {
   return powerModulo(a, p - 2, p);
+}
+
+void subtractRowModulo(std::uint64_t* row, std::uint64_t q, const std::uint64_t* other, long from, long last,
+                       std::uint64_t p) {
+  for (long j = from; j <= last; ++j) row[j] = subtractModulo(row[j], multiplyModulo(q, other[j], p), p);
 }
 
 std::uint64_t modularDeterminant(ModularMatrix work, std::uint64_t p) {

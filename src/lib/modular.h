@@ -28,9 +28,30 @@ inline std::uint64_t multiplyModulo(std::uint64_t a, std::uint64_t b, std::uint6
       static_cast<std::uint64_t>(folded >> 61) * c + (static_cast<std::uint64_t>(folded) & MASK);
   return once >= p ? once - p : once;
 }
+// The same for every modulus, by a division.
+inline std::uint64_t multiplyModuloAny(std::uint64_t a, std::uint64_t b, std::uint64_t n) {
+  __extension__ using Wide = unsigned __int128;
+  return static_cast<std::uint64_t>(static_cast<Wide>(a) * b % n);
+}
+
+// base^exponent by squaring, where `multiply` multiplies two residues.
+template <class Multiply>
+std::uint64_t powerBy(std::uint64_t base, std::uint64_t exponent, Multiply multiply) {
+  std::uint64_t result = 1;
+  for (; exponent != 0; exponent >>= 1, base = multiply(base, base))
+    if (exponent & 1) result = multiply(result, base);
+  return result;
+}
+// p = 2^61 - c, as above.
 std::uint64_t powerModulo(std::uint64_t base, std::uint64_t exponent, std::uint64_t p);
+// Any modulus n > 1; base < n.
+std::uint64_t powerModuloAny(std::uint64_t base, std::uint64_t exponent, std::uint64_t n);
 // a != 0.
 std::uint64_t inverseModulo(std::uint64_t a, std::uint64_t p);
+
+// row[from..last] -= q * other[from..last], on residues.
+void subtractRowModulo(std::uint64_t* row, std::uint64_t q, const std::uint64_t* other, long from, long last,
+                       std::uint64_t p);
 
 // A dense matrix of residues, rows and columns numbered from 1 like everything else.
 class ModularMatrix {

@@ -13,7 +13,8 @@
 #include "lib/exceptions.h"
 #include "lib/failure.h"
 #include "lib/modular.h"
-#include "numbers/number.h"
+#include "numbers/residues.h"
+#include "numbers/tolerance.h"
 
 namespace latbox {
 
@@ -21,36 +22,15 @@ namespace {
 
 using Residues = std::vector<std::uint64_t>;  // numbered from 1
 
-// Whether an entry counts as zero: the exact type needs no tolerance, and would lose fractions by one.
-bool vanishes(dbl_t x) {
-  return isZero(x);
-}
-bool vanishes(const QQ& x) {
-  return x.isExactZero();
-}
-
 template <class T>
-bool vanishes(const Vector<T>& row) {
+bool rowVanishes(const Vector<T>& row) {
   for (long j = 1; j <= row.MN; ++j)
     if (!vanishes(row[j])) return false;
   return true;
 }
 
-// Residues of a row; false where a denominator has no inverse modulo p. A fraction in dbl_t goes through QQ.
-template <class T>
-bool residuesOf(const Vector<T>& row, std::uint64_t p, Residues& residues) {
-  residues.assign(static_cast<std::size_t>(row.MN) + 1, 0);
-  for (long j = 1; j <= row.MN; ++j) {
-    unsigned long long residue = 0;
-    if (!modulo(row[j], p, residue) && !modulo(QQ(row[j]), p, residue)) return false;
-    residues[static_cast<std::size_t>(j)] = residue;
-  }
-  return true;
-}
-
-void subtractMultiple(Residues& from, std::uint64_t q, const Residues& row, std::uint64_t p) {
-  for (std::size_t j = 1; j < row.size(); ++j)
-    if (row[j] != 0) from[j] = subtractModulo(from[j], multiplyModulo(q, row[j], p), p);
+void subtractRow(Residues& from, std::uint64_t q, const Residues& row, std::uint64_t p) {
+  subtractRowModulo(from.data(), q, row.data(), 1, static_cast<long>(row.size()) - 1, p);
 }
 
 // Independent rows, taken in one by one, in echelon form modulo p, each with the combination of the given
@@ -72,8 +52,8 @@ class Echelon {
     for (const Row& reduced : rows_) {
       const std::uint64_t q = row[reduced.pivot];
       if (q == 0) continue;
-      subtractMultiple(row, q, reduced.entries, p_);
-      subtractMultiple(combination, q, reduced.combination, p_);
+      subtractRow(row, q, reduced.entries, p_);
+      subtractRow(combination, q, reduced.combination, p_);
     }
     const std::size_t pivot = firstEntry(row);
     if (pivot == 0) {
@@ -142,7 +122,7 @@ bool isIntegerCombination(const Matrix<T>& M, long p, const Residues& coordinate
       if (!exactSum(product) || !exactSum(rest[j])) return false;
     }
   }
-  return vanishes(rest);
+  return rowVanishes(rest);
 }
 
 // The rows that take part in a rational dependency, the dependent one last.
@@ -201,7 +181,7 @@ void reduceColumn(Matrix<T>& W, long& active, long j) {
 template <class T>
 long zeroRow(const Matrix<T>& W) {
   for (long i = 1; i <= W.M; ++i)
-    if (vanishes(W[i])) return i;
+    if (rowVanishes(W[i])) return i;
   return 0;
 }
 
@@ -247,7 +227,7 @@ Outcome eliminateModulo(Matrix<T>& M, std::uint64_t prime) {
   Residues row, coordinates;
   while (echelon.size() < M.M) {
     const long p = echelon.size() + 1;
-    if (!residuesOf(M[p], prime, row)) return Outcome::noInverse;
+    if (!residuesOf(M[p], prime, row, Fractions::allowed)) return Outcome::noInverse;
     if (echelon.take(row, coordinates)) continue;
     if (isIntegerCombination(M, p, coordinates, prime)) {
       dropRow(M, p);

@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "lib/exceptions.h"
+#include "lib/modular.h"
 
 namespace latbox {
 
@@ -113,17 +114,6 @@ QQ powerOfTen<QQ>(long n) {
 
 namespace {
 
-u64 multiplyModulo(u64 a, u64 b, u64 p) {
-  return static_cast<u64>(static_cast<u128>(a) * b % p);
-}
-
-u64 powerModulo(u64 a, u64 exponent, u64 p) {
-  u64 result = 1;
-  for (; exponent != 0; exponent >>= 1, a = multiplyModulo(a, a, p))
-    if (exponent & 1) result = multiplyModulo(result, a, p);
-  return result;
-}
-
 // The magnitude modulo p.
 u64 residueOf(const ZZ& a, u64 p) {
   u64 residue = 0;
@@ -152,7 +142,7 @@ bool modulo(const QQ& x, unsigned long long p, unsigned long long& residue) {
   if (!x.isWhole()) {
     const u64 n = residueOf(x.nenner, p);
     if (n == 0) return false;
-    const u64 fraction = multiplyModulo(residueOf(x.zaehler, p), powerModulo(n, p - 2, p), p);
+    const u64 fraction = multiplyModuloAny(residueOf(x.zaehler, p), powerModuloAny(n, p - 2, p), p);
     rest = (rest + fraction) % p;
   }
   residue = x.sign || rest == 0 ? rest : p - rest;

@@ -13,7 +13,7 @@ constexpr long long BASE = ZZ::BASE;
 
 // w = w - factor * y on the limbs 1 to y.MN + 1; returns true if the result is negative, in which case w
 // holds it modulo BASE^(y.MN + 1).
-bool subtractMultiple(ZZ& w, const ZZ& y, long long factor) {
+bool subtractLimbMultiple(ZZ& w, const ZZ& y, long long factor) {
   long long borrow = 0;
   for (long i = 1; i <= y.MN; ++i) {
     const long long product = factor * y[i] + borrow;
@@ -48,7 +48,7 @@ bool addBack(ZZ& w, const ZZ& y) {
 long long quotientLimb(ZZ& w, const ZZ& y) {
   const long n = y.MN;
   long long qhat = std::min(BASE - 1, (w[n + 1] * BASE + w[n]) / y[n]);
-  bool negative = subtractMultiple(w, y, qhat);
+  bool negative = subtractLimbMultiple(w, y, qhat);
   while (negative) {
     --qhat;
     negative = !addBack(w, y);

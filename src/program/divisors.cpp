@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "lib/modular.h"
 #include "numbers/number.h"
 
 namespace latbox {
@@ -16,26 +17,15 @@ constexpr Word TRIAL_LIMIT_WORD = 1ULL << 21;   // above the cube root of 2^61: 
 constexpr Word TRIAL_LIMIT_LONG = 1ULL << 16;
 constexpr long NODE_LIMIT = 1'000'000;  // of the search; every number below 2^61 needs far fewer
 
-Word mulMod(Word a, Word b, Word n) {
-  return static_cast<Word>(static_cast<Wide>(a) * b % n);
-}
-
-Word powMod(Word base, Word exponent, Word n) {
-  Word result = 1;
-  for (; exponent != 0; exponent >>= 1, base = mulMod(base, base, n))
-    if (exponent & 1) result = mulMod(result, base, n);
-  return result;
-}
-
 // Whether `base` proves n composite (M. O. Rabin, "Probabilistic algorithm for testing primality", 1980).
 bool isWitness(Word base, Word n) {
   Word odd = n - 1;
   int twos = 0;
   for (; odd % 2 == 0; odd /= 2) ++twos;
-  Word x = powMod(base, odd, n);
+  Word x = powerModuloAny(base, odd, n);
   if (x == 1 || x == n - 1) return false;
   for (; twos > 1; --twos) {
-    x = mulMod(x, x, n);
+    x = multiplyModuloAny(x, x, n);
     if (x == n - 1) return false;
   }
   return true;

@@ -50,5 +50,15 @@ TYPED_TEST(ResiduesOf, FractionsHaveOneInExactNumbersOnly) {
   }
 }
 
+// For those who want one all the same, through the text: a tenth is a tenth in both types.
+TYPED_TEST(ResiduesOf, FractionsWhereTheyAreAllowed) {
+  std::vector<std::uint64_t> residues;
+  ASSERT_TRUE(residuesOf(Vector<TypeParam>("[ 1/10 -1/2 3 ]"), PRIME, residues, Fractions::allowed));
+  EXPECT_EQ(multiplyModulo(residues[1], 10, PRIME), 1u);
+  EXPECT_EQ(residues[2], (PRIME - 1) / 2);
+  EXPECT_EQ(residues[3], 3u);
+  EXPECT_FALSE(residuesOf(Vector<TypeParam>("[ inf ]"), PRIME, residues, Fractions::allowed));
+}
+
 }  // namespace
 }  // namespace latbox
