@@ -4,17 +4,12 @@
 
 #include "driver/command_line.h"
 #include "driver/run_state.h"
+#include "lib/text.h"
 
 namespace latbox {
 namespace {
 
 constexpr const char* WHITE_SPACE = " \t\n\r\f\v";
-
-std::string trimmed(const std::string& line) {
-  const std::size_t first = line.find_first_not_of(WHITE_SPACE);
-  if (first == std::string::npos) return "";
-  return line.substr(first, line.find_last_not_of(WHITE_SPACE) - first + 1);
-}
 
 // One insertion, so that what the solver prints meanwhile doesn't come between its parts.
 void answer(const std::string& text) {
@@ -55,7 +50,7 @@ void changeSetting(YLattice<dbl_t>& y, const std::string& setting) {
 }  // namespace
 
 void actOnLine(YLattice<dbl_t>& y, const std::string& line) {
-  const std::string command = trimmed(line);
+  const std::string command = trimmed(line, WHITE_SPACE);
   std::string setting;
   if (command == "STATUS")
     answerState(runState(y));

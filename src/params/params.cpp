@@ -3,11 +3,11 @@
 #include <cctype>
 #include <sstream>
 
-#include "lib/exceptions.h"
 #include "lib/failure.h"
 #include "lib/immortal.h"
 #include "lib/scanner.h"
-#include "numbers/number.h"
+#include "lib/text.h"
+#include "numbers/conversion.h"
 #include "params/option_table.h"
 
 namespace latbox {
@@ -17,17 +17,6 @@ namespace {
 ParamInfo* sharedEmptyParameter() {
   static Immortal<ParamInfo> empty;
   return &*empty;
-}
-
-template <class T>
-dbl_t convertValue(const QQ& x) requires std::is_same_v<T, dbl_t> {
-  dbl_t result = 0;
-  if (!convertStrict(x, result)) throw PrecisionException("Precision lost during conversion");
-  return result;
-}
-template <class T>
-QQ convertValue(dbl_t x) requires std::is_same_v<T, QQ> {
-  return QQ(x);
 }
 
 }  // namespace
@@ -69,9 +58,7 @@ void Params::write(std::ostream& out) const {
     if (!joined.empty()) joined += ' ';
     joined += one.str();
   }
-  const std::size_t first = joined.find_first_not_of(" \t\r\n");
-  if (first == std::string::npos) return;
-  out << joined.substr(first, joined.find_last_not_of(" \t\r\n") - first + 1);
+  out << trimmed(joined, BLANKS);
 }
 
 std::string Params::text() const {
@@ -158,8 +145,8 @@ void ExtendedParams<T>::assignFrom(const ExtendedParams& other) {
 template <class T>
 template <class U>
 void ExtendedParams<T>::convertFrom(const ExtendedParams<U>& other) {
-  const T newSnorm = convertValue<T>(other.snorm.get());
-  const T newTnorm = convertValue<T>(other.tnorm.get());
+  const T newSnorm = converted<T>(other.snorm.get());
+  const T newTnorm = converted<T>(other.tnorm.get());
   Params::assignFrom(other);
   snorm.assign(newSnorm, other.snorm.value.get());
   tnorm.assign(newTnorm, other.tnorm.value.get());

@@ -12,6 +12,7 @@
 #include "lib/progress.h"
 #include "lib/scanner.h"
 #include "lib/scope_value.h"
+#include "lib/text.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
 #include "program/exact_product.h"
@@ -23,7 +24,6 @@ namespace latbox {
 namespace {
 
 constexpr const char* SEPARATOR = " | ";
-constexpr const char* BLANKS = " \t\r\n";
 
 // Smaller is earlier; an unknown time comes last.
 int compareTimes(long a, long b) {
@@ -159,12 +159,6 @@ void putSolFile(const std::string& path, std::string text) {
   written.text = std::move(text);
 }
 
-std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(BLANKS);
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
-}
-
 void skipSeparator(std::istream& in) {
   skipSpaceAndComments(in);
   if (nextCharacter(in) == '|') takeCharacter(in);
@@ -202,10 +196,10 @@ void readTail(std::istream& in, Star<T>& star) {
   std::string rest;
   std::getline(in, rest);
   const std::size_t bar = rest.find('|');
-  star.parameters = trimmed(rest.substr(0, bar));
+  star.parameters = trimmed(rest.substr(0, bar), BLANKS);
   if (bar == std::string::npos) return;
   const std::string behind = rest.substr(bar + 1);
-  star.version = trimmed(behind.substr(0, behind.find('|')));
+  star.version = trimmed(behind.substr(0, behind.find('|')), BLANKS);
 }
 
 template <class T>
