@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <iostream>
+#include <utility>
 
 #include "lib/failure.h"
 
@@ -17,6 +18,8 @@ struct Trace {
   unsigned char firstHere[MAX_DEPTH] = {};
 };
 constinit Trace trace;
+
+int mutes = 0;  // within how many scopes of Mute, since the last Unmute
 
 }  // namespace
 
@@ -69,8 +72,24 @@ void setProgressDepth(int depth) {
   trace.depth = depth;
 }
 
+Mute::Mute() {
+  ++mutes;
+}
+Mute::~Mute() {
+  --mutes;
+}
+
+Unmute::Unmute() : before_(std::exchange(mutes, 0)) {}
+Unmute::~Unmute() {
+  mutes = before_;
+}
+
+bool muted() {
+  return mutes > 0;
+}
+
 ProgressScope::ProgressScope(bool active, const std::string& text)
-    : active_(active), exceptions_(std::uncaught_exceptions()) {
+    : active_(active && !muted()), exceptions_(std::uncaught_exceptions()) {
   if (!active_) return;
   std::cout << progressEnter() << ' ' << text;
   std::cout << progressBreak() << std::flush;
@@ -82,7 +101,7 @@ ProgressScope::~ProgressScope() {
 }
 
 void progressLine(bool active, const std::string& text) {
-  if (!active) return;
+  if (!active || muted()) return;
   std::cout << progressEnter() << ' ' << text;
   std::cout << progressLeave(false) << std::flush;
 }

@@ -24,12 +24,37 @@ std::string progressReset();
 int progressDepth();
 void setProgressDepth(int depth);
 
+// Nothing is told of what runs within this scope: no ProgressScope and no progressLine prints, whatever the
+// verbosity. Scopes nest. One count for the process; for the solver thread, which alone opens levels.
+class Mute {
+ public:
+  Mute();
+  ~Mute();
+  Mute(const Mute&) = delete;
+  Mute& operator=(const Mute&) = delete;
+};
+
+// Lifts every Mute around it for its own length: for the one thing that is told all the same.
+class Unmute {
+ public:
+  Unmute();
+  ~Unmute();
+  Unmute(const Unmute&) = delete;
+  Unmute& operator=(const Unmute&) = delete;
+
+ private:
+  int before_;
+};
+
+bool muted();
+
 // A level for as long as a routine runs, printed and closed on every normal way out, early returns included.
-// It remembers whether it opened a line, so a change of the verbosity in between does no harm. When an
-// exception passes it prints and closes nothing: whoever catches puts the depth back.
+// It remembers whether it opened a line, so a change of the verbosity, or the beginning or end of a Mute, in
+// between does no harm. When an exception passes it prints and closes nothing: whoever catches puts the depth
+// back.
 class ProgressScope {
  public:
-  // Prints the prefix, a blank, `text` and the line end if `active`.
+  // Prints the prefix, a blank, `text` and the line end if `active` and not muted.
   ProgressScope(bool active, const std::string& text);
   ~ProgressScope();
   ProgressScope(const ProgressScope&) = delete;
@@ -40,7 +65,8 @@ class ProgressScope {
   int exceptions_;
 };
 
-// One line of its own below the current level, which is left as it was: prefix, blank, `text`, line end.
+// One line of its own below the current level, which is left as it was: prefix, blank, `text`, line end; if
+// `active` and not muted.
 void progressLine(bool active, const std::string& text);
 
 }  // namespace latbox

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -136,6 +137,79 @@ TEST_F(Progress, LineBehindAnAbandonedLevelEndsAllTheSame) {
   ::testing::internal::CaptureStdout();
   progressLine(true, "a line");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> a line\n");
+}
+
+TEST_F(Progress, NothingIsToldWhileMuted) {
+  ::testing::internal::CaptureStdout();
+  {
+    const Mute outer;
+    {
+      const Mute inner;
+      EXPECT_TRUE(muted());
+    }
+    EXPECT_TRUE(muted());
+    const ProgressScope scope(true, "quiet ...");
+    EXPECT_EQ(progressDepth(), 0);
+    progressLine(true, "a line");
+  }
+  EXPECT_FALSE(muted());
+  progressLine(true, "told");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> told\n");
+  EXPECT_EQ(progressDepth(), 0);
+}
+
+TEST_F(Progress, AMuteEndsOnAThrow) {
+  try {
+    const Mute mute;
+    throw std::runtime_error("x");
+  } catch (const std::runtime_error&) {
+  }
+  EXPECT_FALSE(muted());
+}
+
+TEST_F(Progress, AScopeOpenedWhileMutedClosesNothing) {
+  ::testing::internal::CaptureStdout();
+  {
+    const ProgressScope told(true, "told ...");
+    auto mute = std::make_unique<Mute>();
+    const ProgressScope quiet(true, "quiet ...");
+    mute.reset();
+    progressLine(true, "a line");
+    EXPECT_EQ(progressDepth(), 1);
+  }
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> told ...\n|    |-> a line\n");
+  EXPECT_EQ(progressDepth(), 0);
+}
+
+TEST_F(Progress, AScopeThatWasToldClosesWhileMuted) {
+  ::testing::internal::CaptureStdout();
+  auto told = std::make_unique<ProgressScope>(true, "told ...");
+  {
+    const Mute mute;
+    told.reset();
+  }
+  EXPECT_EQ(progressDepth(), 0);
+  progressLine(true, "a line");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> told ...\n|-> a line\n");
+}
+
+TEST_F(Progress, UnmuteLetsOneThingThrough) {
+  ::testing::internal::CaptureStdout();
+  const Mute outer, inner;
+  {
+    const Unmute told;
+    EXPECT_FALSE(muted());
+    progressLine(true, "told");
+    progressLine(false, "not active");
+    {
+      const Mute again;
+      progressLine(true, "quiet");
+    }
+    EXPECT_FALSE(muted());
+  }
+  EXPECT_TRUE(muted());
+  progressLine(true, "quiet");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> told\n");
 }
 
 TEST_F(Progress, FailureEndsWithTheTextAndStatusOne) {
