@@ -1,12 +1,11 @@
 // The end of a run or its restart on a regenerated lattice, both of which begin deep inside a step.
-#include <unistd.h>
-
 #include <csignal>
 #include <iostream>
 
 #include "driver/report.h"
 #include "lattice/lattice.h"
 #include "lib/exceptions.h"
+#include "lib/os/process.h"
 #include "lib/os/signals.h"
 #include "lib/progress.h"
 #include "lib/scope_value.h"
@@ -129,7 +128,7 @@ void Lattice<T, F>::terminateRun() {
   }
   std::cout << std::flush;
   raiseTermination(SIGTERM);
-  for (;;) pause();
+  waitForTheEnd();
 }
 
 #define LATBOX_INSTANTIATE(T)                             \

@@ -1,12 +1,8 @@
 #include "driver/signals.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <cstring>
 #include <functional>
 
 #include "driver/fixed_text.h"
@@ -14,7 +10,9 @@
 #include "driver/run_state.h"
 #include "lib/immortal.h"
 #include "lib/os/clock.h"
+#include "lib/os/file.h"
 #include "lib/os/output.h"
+#include "lib/os/process.h"
 #include "lib/os/signals.h"
 #include "program/unsaved.h"
 
@@ -45,7 +43,7 @@ void (*install(YLattice<dbl_t>& y))(int) {
 
 std::atomic_flag reported = ATOMIC_FLAG_INIT;
 
-// Looked up before a signal can arrive: strsignal may load a translation.
+// Looked up before a signal can arrive.
 struct SignalNames {
   const char* interrupt = "Interrupt";
   const char* terminate = "Terminated";
@@ -54,20 +52,13 @@ constinit SignalNames signalNames;
 constinit std::atomic<long> processStart{0};
 
 void prepareReport() {
-  signalNames.interrupt = ::strdup(strsignal(SIGINT));
-  signalNames.terminate = ::strdup(strsignal(SIGTERM));
+  signalNames.interrupt = keptSignalName(SIGINT);
+  signalNames.terminate = keptSignalName(SIGTERM);
   processStart = statisticsStandard().startTime.get();
 }
 
 iovec piece(const char* text, std::size_t size) {
   return {const_cast<char*>(text), size};
-}
-
-bool canBeOpened(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) return false;
-  close(file);
-  return true;
 }
 
 void writeReport(int signal, bool saved, long long iterations) {
@@ -98,7 +89,7 @@ void signalReport(YLattice<dbl_t>& y, int signal) {
   // reads the pipe, would go on behind it.
   closeOutput();
   writeReport(signal, saved, y.statistics().iterations);
-  _exit(0);
+  endProcess(0);
 }
 
 SignalHandlers::SignalHandlers(YLattice<dbl_t>& y) {

@@ -21,9 +21,9 @@
 #include "lattice/enumeration_tree.h"
 #include "lattice/heuristic_vector.h"
 #include "lattice/stage.h"
-#include "lib/os/mutex_vars.h"
 #include "lib/set.h"
 #include "model/tessik.h"
+#include "params/mutex_vars.h"
 #include "params/params.h"
 
 namespace latbox {

@@ -1,11 +1,10 @@
 #include "lib/failure.h"
 
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
 
+#include "lib/os/process.h"
 #include "lib/progress.h"
 
 namespace latbox {
@@ -18,7 +17,7 @@ void becomeTheOneThatEnds() {
   static constinit std::atomic<bool> ending{false};
   static thread_local bool mine = false;
   if (mine) std::_Exit(1);
-  while (ending.exchange(true)) ::pause();
+  if (ending.exchange(true)) waitForTheEnd();
   mine = true;
 }
 

@@ -73,12 +73,10 @@ class PublishedCell {
   PublishedCell& operator=(const PublishedCell&) = delete;
   const T& load() const { return *current_.load(std::memory_order_acquire); }
   void store(const T& v) {
-    writers_.lock("");
-    if (published_.empty() || !(*published_.back() == v)) {
-      published_.push_back(std::make_unique<const T>(v));
-      current_.store(published_.back().get(), std::memory_order_release);
-    }
-    writers_.unlock("");
+    const SemaphoreLock guard(writers_);
+    if (!published_.empty() && *published_.back() == v) return;
+    published_.push_back(std::make_unique<const T>(v));
+    current_.store(published_.back().get(), std::memory_order_release);
   }
 
  private:

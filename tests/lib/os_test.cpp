@@ -10,20 +10,23 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
+#include "lib/failure.h"
 #include "lib/os/clock.h"
 #include "lib/os/file.h"
 #include "lib/os/mutex_type.h"
-#include "lib/os/mutex_vars.h"
 #include "lib/os/output.h"
 #include "lib/os/process.h"
+#include "lib/os/random_device.h"
 #include "lib/os/semaphore.h"
 #include "lib/os/signals.h"
 #include "lib/os/threads.h"
@@ -120,6 +123,26 @@ TEST(Semaphore, AnUnlockByAnotherNameLeavesItLocked) {
   EXPECT_TRUE(entered.load());
 }
 
+TEST(Semaphore, ALockEndsWithItsScope) {
+  Semaphore semaphore;
+  std::atomic<bool> entered{false};
+  pthread_t id;
+  try {
+    const SemaphoreLock guard(semaphore);
+    startThread(&id, [&](void*) -> void* {
+      const SemaphoreLock theirs(semaphore);
+      entered = true;
+      return nullptr;
+    });
+    usleep(5000);
+    EXPECT_FALSE(entered.load());
+    throw std::runtime_error("x");
+  } catch (const std::runtime_error&) {
+  }
+  joinThread(id);
+  EXPECT_TRUE(entered.load());
+}
+
 TEST(Semaphore, TheEmptyNameAlwaysUnlocks) {
   Semaphore semaphore;
   semaphore.lock("someone");
@@ -128,42 +151,7 @@ TEST(Semaphore, TheEmptyNameAlwaysUnlocks) {
   semaphore.unlock("again");
 }
 
-TEST(MutexVars, EntriesStandInTheirOrder) {
-  MainMutexVars vars;
-  ASSERT_EQ(vars.MN, 8);
-  const int order[] = {0, 1, 3, 5, 6, 7, 4, 2};
-  for (long i = 1; i <= 8; ++i) {
-    EXPECT_EQ(static_cast<int>(vars.data[i].left), order[i - 1]);
-    const std::string expected = order[i - 1] == 4 ? "0" : order[i - 1] == 2 ? "waiting" : "";
-    EXPECT_EQ(vars.data[i].right.get(), expected) << i;
-  }
-}
-
-TEST(MutexVars, AMissingKeyIsAddedEmpty) {
-  MutexVars<int> vars;
-  EXPECT_EQ(vars[99].get(), "");
-  EXPECT_EQ(vars.MN, 9);
-  vars[99].set("x");
-  EXPECT_EQ(vars[99].get(), "x");
-  EXPECT_EQ(vars.MN, 9);
-}
-
-TEST(MutexVars, ACopyMovesNoEntry) {
-  MainMutexVars source, target;
-  source[MainMutexVariable::runState].set("running");
-  source[MainMutexVariable::inputLoaded].set("a/b");
-  MutexType<std::string>* entry = &target[MainMutexVariable::runState];
-  target = source;
-  EXPECT_EQ(&target[MainMutexVariable::runState], entry);
-  EXPECT_EQ(entry->get(), "running");
-  EXPECT_EQ(target[MainMutexVariable::inputLoaded].get(), "a/b");
-  EXPECT_EQ(target.MN, 8);
-  MainMutexVars copy(source);
-  EXPECT_EQ(copy[MainMutexVariable::runState].get(), "running");
-}
-
 TEST(Threads, BodiesRunAndReturn) {
-  const long before = startedThreads();
   std::atomic<long> sum{0};
   pthread_t ids[20];
   for (long i = 0; i < 20; ++i)
@@ -174,7 +162,6 @@ TEST(Threads, BodiesRunAndReturn) {
     });
   for (const pthread_t id : ids) joinThread(id);
   EXPECT_EQ(sum.load(), 190);
-  EXPECT_EQ(startedThreads(), before + 20);
 }
 
 // Guarded values under fire from several threads.
@@ -295,6 +282,39 @@ TEST(ProcessDeathTest, ABrokenPipeAndALimitAreErrors) {
       ::testing::ExitedWithCode(0), "^$");
 }
 
+TEST(ProcessDeathTest, TheEndIsAtOnce) {
+  EXPECT_EXIT(
+      {
+        std::atexit([] { (void)!write(STDERR_FILENO, "atexit", 6); });
+        endProcess(7);
+      },
+      ::testing::ExitedWithCode(7), "^$");
+}
+
+// A signal that is handled meanwhile does not end the wait.
+TEST(ProcessDeathTest, TheWaitLastsUntilAnotherThreadEndsTheProcess) {
+  EXPECT_EXIT(
+      {
+        std::signal(SIGALRM, [](int) { (void)!write(STDERR_FILENO, "handled", 7); });
+        const pthread_t waiting = pthread_self();
+        pthread_t other;
+        startThread(&other, [waiting](void*) -> void* {
+          usleep(5000);
+          pthread_kill(waiting, SIGALRM);
+          usleep(5000);
+          endProcess(3);
+        });
+        waitForTheEnd();
+      },
+      ::testing::ExitedWithCode(3), "^handled$");
+}
+
+TEST(RandomDevice, SeedsDiffer) {
+  unsigned first = 0, second = 0, third = 0;
+  EXPECT_TRUE(readSeed(first) && readSeed(second) && readSeed(third));
+  EXPECT_FALSE(first == second && second == third);
+}
+
 TEST(OutputDeathTest, WhatCannotBeWrittenIsToldOnceAndDropped) {
   EXPECT_EXIT(
       {
@@ -387,6 +407,7 @@ TEST_F(Files, MissingFilesAndDirectoriesCannotBeOpened) {
   EXPECT_FALSE(readFile(folder_, content));
   EXPECT_FALSE(canOpen(path("none")));
   EXPECT_FALSE(canOpen(folder_));
+  EXPECT_FALSE(canBeOpened(path("none")));
   EXPECT_FALSE(modificationTime(path("none"), seconds));
   EXPECT_FALSE(modificationTime(folder_, seconds));
   EXPECT_FALSE(readFile("", content));
@@ -397,6 +418,8 @@ TEST_F(Files, APipeIsNoFile) {
   ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
   std::string content;
   EXPECT_FALSE(readFile(path("pipe"), content));
+  EXPECT_FALSE(canOpen(path("pipe")));
+  EXPECT_TRUE(canBeOpened(path("pipe")));
 }
 
 TEST_F(Files, UnwritablePlacesGiveAReason) {
@@ -559,16 +582,29 @@ void countSignal(int) {
   ++handled;
 }
 
+void unblock() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGINT);
+  sigaddset(&set, SIGTERM);
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+void setHandler(void (*handler)(int)) {
+  std::signal(SIGINT, handler);
+  std::signal(SIGTERM, handler);
+}
+
 class Signals : public ::testing::Test {
  protected:
   void SetUp() override {
     handled = 0;
-    unblockTermination();
-    installTerminationHandler(countSignal);
+    unblock();
+    setHandler(countSignal);
   }
   void TearDown() override {
-    unblockTermination();
-    installTerminationHandler(SIG_DFL);
+    unblock();
+    setHandler(SIG_DFL);
   }
 };
 
@@ -580,7 +616,7 @@ TEST_F(Signals, BlockingIsInheritedByThreads) {
     EXPECT_TRUE(isBlocked(SIGINT));
     EXPECT_TRUE(isBlocked(SIGTERM));
   });
-  unblockTermination();
+  unblock();
   EXPECT_FALSE(isBlocked(SIGINT));
 }
 
@@ -614,32 +650,6 @@ TEST_F(Signals, AHoldKeepsThemOff) {
   EXPECT_FALSE(isBlocked(SIGTERM));
 }
 
-TEST_F(Signals, ClosingWaitsForTheHoldOfAnotherThread) {
-  std::atomic<bool> inside{false}, mayLeave{false}, left{false};
-  pthread_t writer;
-  startThread(&writer, [&](void*) -> void* {
-    {
-      const SignalHold hold;
-      inside = true;
-      waitFor(mayLeave);
-      left = true;
-    }
-    return nullptr;
-  });
-  waitFor(inside);
-  pthread_t helper;
-  startThread(&helper, [&](void*) -> void* {
-    usleep(10'000);
-    mayLeave = true;
-    return nullptr;
-  });
-  closeSignalHolds();
-  EXPECT_TRUE(left.load());
-  openSignalHolds();
-  joinThread(writer);
-  joinThread(helper);
-}
-
 TEST_F(Signals, TheEndOfANestedHoldLetsNobodyIn) {
   std::atomic<bool> entered{false};
   pthread_t other;
@@ -658,29 +668,67 @@ TEST_F(Signals, TheEndOfANestedHoldLetsNobodyIn) {
   EXPECT_TRUE(entered.load());
 }
 
-TEST_F(Signals, AfterClosingNobodyElseEnters) {
-  closeSignalHolds();
-  std::atomic<bool> entered{false};
-  pthread_t writer;
-  startThread(&writer, [&](void*) -> void* {
-    const SignalHold hold;
-    entered = true;
-    return nullptr;
-  });
-  usleep(10'000);
-  EXPECT_FALSE(entered.load());
-  {
-    const SignalHold own;  // the thread that closed may still enter
-  }
-  openSignalHolds();
-  joinThread(writer);
-  EXPECT_TRUE(entered.load());
+TEST_F(Signals, NamesAreKept) {
+  EXPECT_STREQ(keptSignalName(SIGTERM), strsignal(SIGTERM));
+  const char* const name = keptSignalName(SIGRTMIN + 3);
+  const std::string before(name);
+  strsignal(SIGRTMIN + 4);  // into the same storage of the library
+  EXPECT_EQ(name, before);
 }
 
-TEST_F(Signals, ClosingDoesNotWaitForItself) {
-  const SignalHold hold;
-  closeSignalHolds();
-  openSignalHolds();
+// Nothing opens the sections again, so each test has a process of its own.
+TEST(SignalHoldsDeathTest, ClosingWaitsForTheHoldOfAnotherThread) {
+  EXPECT_EXIT(
+      {
+        static std::atomic<bool> inside{false};
+        static std::atomic<bool> left{false};
+        pthread_t writer;
+        startThread(&writer, [](void*) -> void* {
+          const SignalHold hold;
+          inside = true;
+          usleep(10'000);
+          left = true;
+          return nullptr;
+        });
+        waitFor(inside);
+        closeSignalHolds();
+        std::_Exit(left.load() ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST(SignalHoldsDeathTest, AfterClosingNobodyElseEnters) {
+  EXPECT_EXIT(
+      {
+        closeSignalHolds();
+        static std::atomic<bool> tries{false};
+        static std::atomic<bool> entered{false};
+        pthread_t writer;
+        startThread(&writer, [](void*) -> void* {
+          tries = true;
+          const SignalHold hold;
+          entered = true;
+          return nullptr;
+        });
+        waitFor(tries);
+        usleep(10'000);
+        {
+          const SignalHold own;  // the thread that closed may still enter
+        }
+        usleep(10'000);
+        std::_Exit(entered.load() ? 1 : 0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST(SignalHoldsDeathTest, ClosingDoesNotWaitForItself) {
+  EXPECT_EXIT(
+      {
+        const SignalHold hold;
+        closeSignalHolds();
+        std::_Exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -156,6 +156,10 @@ bool canOpen(const std::string& path) {
   return openForReading(path, status).open();
 }
 
+bool canBeOpened(const std::string& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)).open();
+}
+
 bool modificationTime(const std::string& path, long& seconds) {
   struct stat status;
   if (!openForReading(path, status).open()) return false;

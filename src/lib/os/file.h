@@ -16,6 +16,10 @@ bool writeFile(const std::string& path, const std::string& text, std::string& re
 // Whether the file can be opened for reading; a directory can not.
 bool canOpen(const std::string& path);
 
+// Whether opening for reading succeeds, whatever stands there. Allocates nothing and waits for nobody: for
+// the handler of a signal.
+bool canBeOpened(const std::string& path);
+
 // Modification time in whole seconds; false if the file can't be opened.
 bool modificationTime(const std::string& path, long& seconds);
 

@@ -3,37 +3,22 @@
 #include <sstream>
 
 namespace latbox {
-namespace {
-
-// Nameless, and released on the way out of an exception too.
-class Guard {
- public:
-  explicit Guard(Semaphore& semaphore) : semaphore_(semaphore) { semaphore_.lock(""); }
-  ~Guard() { semaphore_.unlock(""); }
-  Guard(const Guard&) = delete;
-  Guard& operator=(const Guard&) = delete;
-
- private:
-  Semaphore& semaphore_;
-};
-
-}  // namespace
 
 template <class T>
 T MutexType<T>::get() const {
-  const Guard guard(semaphore_);
+  const SemaphoreLock guard(semaphore_);
   return value_;
 }
 
 template <class T>
 void MutexType<T>::set(const T& value) {
-  const Guard guard(semaphore_);
+  const SemaphoreLock guard(semaphore_);
   value_ = value;
 }
 
 template <class T>
 void MutexType<T>::compareAndSetUnless(const T& newValue, const T& unlessValue) {
-  const Guard guard(semaphore_);
+  const SemaphoreLock guard(semaphore_);
   if (value_ != unlessValue) value_ = newValue;
 }
 

@@ -62,6 +62,7 @@ void warnOnce(int error) {
 // since an insertion that fails to allocate would leave std::cout in error.
 class OutputBuffer : public std::streambuf {
  public:
+  // For good: no guard gives the lock back.
   void close() {
     semaphore_.lock("");
     flush();
@@ -69,22 +70,19 @@ class OutputBuffer : public std::streambuf {
 
  protected:
   std::streamsize xsputn(const char* text, std::streamsize count) override {
-    semaphore_.lock("");
+    const SemaphoreLock guard(semaphore_);
     for (std::streamsize i = 0; i < count; ++i) put(text[i]);
-    semaphore_.unlock("");
     return count;
   }
   int overflow(int ch) override {
     if (ch == traits_type::eof()) return traits_type::not_eof(ch);
-    semaphore_.lock("");
+    const SemaphoreLock guard(semaphore_);
     put(static_cast<char>(ch));
-    semaphore_.unlock("");
     return ch;
   }
   int sync() override {
-    semaphore_.lock("");
+    const SemaphoreLock guard(semaphore_);
     flush();
-    semaphore_.unlock("");
     return 0;
   }
 

@@ -15,4 +15,12 @@ void settleProcess() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+void endProcess(int status) {
+  _exit(status);
+}
+
+void waitForTheEnd() {
+  for (;;) pause();
+}
+
 }  // namespace latbox

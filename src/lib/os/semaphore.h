@@ -28,4 +28,16 @@ class Semaphore {
   sem_t* handle_;
 };
 
+// Holds a semaphore namelessly for the length of a scope, on an exception too.
+class SemaphoreLock {
+ public:
+  explicit SemaphoreLock(Semaphore& semaphore) : semaphore_(semaphore) { semaphore_.lock(""); }
+  ~SemaphoreLock() { semaphore_.unlock(""); }
+  SemaphoreLock(const SemaphoreLock&) = delete;
+  SemaphoreLock& operator=(const SemaphoreLock&) = delete;
+
+ private:
+  Semaphore& semaphore_;
+};
+
 }  // namespace latbox

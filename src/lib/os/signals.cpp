@@ -1,6 +1,7 @@
 #include "lib/os/signals.h"
 
 #include <pthread.h>
+#include <string.h>
 #include <time.h>
 
 #include <atomic>
@@ -46,16 +47,12 @@ void changeMask(int how, sigset_t* before) {
 
 }  // namespace
 
-void installTerminationHandler(void (*handler)(int)) {
-  std::signal(SIGINT, handler);
-  std::signal(SIGTERM, handler);
-}
-
 void blockTermination() {
   changeMask(SIG_BLOCK, nullptr);
 }
-void unblockTermination() {
-  changeMask(SIG_UNBLOCK, nullptr);
+
+const char* keptSignalName(int signal) {
+  return ::strdup(::strsignal(signal));
 }
 
 TerminationMask::TerminationMask(int how) {
@@ -79,9 +76,6 @@ SignalHold::~SignalHold() {
 
 void closeSignalHolds() {
   enterSection();
-}
-void openSignalHolds() {
-  leaveSection();
 }
 
 }  // namespace latbox

@@ -9,12 +9,12 @@
 
 namespace latbox {
 
-// Installs `handler` for SIGINT and SIGTERM.
-void installTerminationHandler(void (*handler)(int));
-
 // For the calling thread, and for those that it starts.
 void blockTermination();
-void unblockTermination();
+
+// The system's name of the signal, in storage that is kept: strsignal may load a translation, and reuse its
+// own. To be asked for before a handler needs it.
+const char* keptSignalName(int signal);
 
 // Keeps the two signals in or out on the calling thread while it lives; then the mask is as before.
 class TerminationMask {
@@ -50,9 +50,7 @@ class SignalHold : TerminationMask {
 };
 
 // For the handler: waits until no other thread is within a SignalHold and keeps every other thread out from
-// then on. Async-signal-safe. Does not wait for the calling thread's own section. openSignalHolds takes it
-// back, on the same thread.
+// then on. Async-signal-safe. Does not wait for the calling thread's own section.
 void closeSignalHolds();
-void openSignalHolds();
 
 }  // namespace latbox

@@ -13,8 +13,7 @@ namespace {
 
 using Body = std::function<void*(void*)>;
 
-// The lock keeps a thread from
-// reading its body while another start moves the table.
+// The lock keeps a thread from reading its body while another start moves the table.
 Array<Body>& threadRegistry() {
   static Immortal<Array<Body>> registry;
   return *registry;
@@ -24,20 +23,25 @@ Semaphore& registryLock() {
   return *lock;
 }
 
+long registered(Body body) {
+  const SemaphoreLock guard(registryLock());
+  threadRegistry().append(std::move(body));
+  return threadRegistry().MN;
+}
+
+Body bodyOf(long index) {
+  const SemaphoreLock guard(registryLock());
+  return threadRegistry()[index];
+}
+
 void* trampoline(void* index) {
-  registryLock().lock("");
-  const Body body = threadRegistry()[static_cast<long>(reinterpret_cast<std::intptr_t>(index))];
-  registryLock().unlock("");
-  return body(nullptr);
+  return bodyOf(static_cast<long>(reinterpret_cast<std::intptr_t>(index)))(nullptr);
 }
 
 }  // namespace
 
 void startThread(pthread_t* id, Body body) {
-  registryLock().lock("");
-  threadRegistry().append(std::move(body));
-  const long index = threadRegistry().MN;
-  registryLock().unlock("");
+  const long index = registered(std::move(body));
   constexpr int POINTER_BITS = 64;
   if (std::bit_width(static_cast<unsigned long>(index)) > POINTER_BITS)
     fail("Thread registering not possible: voidptr size ist too small ...");
@@ -47,13 +51,6 @@ void startThread(pthread_t* id, Body body) {
 
 void joinThread(pthread_t id) {
   pthread_join(id, nullptr);
-}
-
-long startedThreads() {
-  registryLock().lock("");
-  const long count = threadRegistry().MN;
-  registryLock().unlock("");
-  return count;
 }
 
 }  // namespace latbox

@@ -16,7 +16,4 @@ void startThread(pthread_t* id, std::function<void*(void*)> body);
 // Waits for the end of a thread.
 void joinThread(pthread_t id);
 
-// How many threads have been started.
-long startedThreads();
-
 }  // namespace latbox

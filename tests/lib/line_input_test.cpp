@@ -88,6 +88,8 @@ volatile std::sig_atomic_t handled = 0;
 
 TEST(LineInput, PendingSignalArrivesDuringTheWait) {
   const FedPipe pipe("line\n");
+  sigset_t before;
+  pthread_sigmask(SIG_SETMASK, nullptr, &before);
   blockTermination();
   const auto previous = std::signal(SIGTERM, [](int) { handled = 1; });
   std::raise(SIGTERM);
@@ -98,7 +100,7 @@ TEST(LineInput, PendingSignalArrivesDuringTheWait) {
   EXPECT_EQ(handled, 1);
   EXPECT_EQ(line, "line");
   std::signal(SIGTERM, previous);
-  unblockTermination();
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 }  // namespace
