@@ -4,11 +4,8 @@
 //
 // LATBOX_BENCH_OPT names a program to measure instead of the generated market split.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -23,6 +20,7 @@
 
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "support/program_text.h"
 
 namespace {
 
@@ -92,12 +90,7 @@ std::unique_ptr<Plain<T>> latticeOf(const std::string& path, bool equations) {
 
 template <class T>
 std::unique_ptr<Plain<T>> latticeOfText(const std::string& text, bool equations) {
-  const std::string path =
-      std::filesystem::temp_directory_path() / ("lattice_bench_" + std::to_string(getpid()) + ".opt");
-  std::ofstream(path) << text;
-  auto lattice = latticeOf<T>(path, equations);
-  std::remove(path.c_str());
-  return lattice;
+  return latticeOf<T>(testing::TemporaryFile(text).path(), equations);
 }
 
 // The equation lattice of the market split, its equations weighted, as the kernel reduction meets it.

@@ -1,11 +1,8 @@
 // Cost of one run of pairwise recombination and of sieving, on a lattice of rank 100. The aims: 0.3 s for the
 // one with default options, a second for the other with 200 vectors.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -13,6 +10,7 @@
 #include "lattice/lattice.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
+#include "support/program_text.h"
 
 namespace {
 
@@ -46,29 +44,12 @@ std::string program(long n, long slack) {
   return text;
 }
 
-Tessik<QQ> readProgram(const std::string& text) {
-  Tessik<QQ> result;
-  result.optFile =
-      std::filesystem::temp_directory_path() / ("pools_bench_" + std::to_string(getpid()) + ".opt");
-  std::ofstream(result.optFile) << text;
-  result.readOpt();
-  unlink(result.optFile.c_str());
-  return result;
-}
-
-void take(Tessik<dbl_t>& program, const Tessik<QQ>& read) {
-  program.convertFrom(read);
-}
-void take(Tessik<QQ>& program, const Tessik<QQ>& read) {
-  program = read;
-}
-
 template <class T>
 std::unique_ptr<Lattice<T, dbl_t>> reducedLattice(long rank) {
   auto lattice = std::make_unique<Lattice<T, dbl_t>>();
   lattice->params.verb.set(0);
   lattice->params.sol.set(0);
-  take(lattice->program, readProgram(program(rank - 1, 1)));
+  lattice->program = testing::programOf<T>(program(rank - 1, 1));
   lattice->program.optFile.clear();
   lattice->prepare(true, false);
   lattice->prepareLattice();

@@ -1,15 +1,13 @@
 // Cost of what happens to a program before there is a lattice: reading (which has to be linear in the size of
 // the file), conversion, both stages of the preparation, and the search for dependent equations.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 
 #include "model/tessik.h"
 #include "numbers/number.h"
+#include "support/program_text.h"
 
 namespace {
 
@@ -35,41 +33,17 @@ std::string equations(long rows, long columns) {
   return text;
 }
 
-class ProgramFile {
- public:
-  explicit ProgramFile(const std::string& text)
-      : path_(std::filesystem::temp_directory_path() /
-              ("program_bench_" + std::to_string(getpid()) + ".opt")),
-        size_(text.size()) {
-    std::ofstream(path_, std::ios::binary) << text;
-  }
-  ~ProgramFile() { unlink(path_.c_str()); }
-  ProgramFile(const ProgramFile&) = delete;
-  ProgramFile& operator=(const ProgramFile&) = delete;
-
-  std::size_t size() const { return size_; }
-  Tessik<QQ> read() const {
-    Tessik<QQ> program;
-    program.optFile = path_;
-    program.readOpt();
-    return program;
-  }
-
- private:
-  std::string path_;
-  std::size_t size_;
-};
-
 // Bytes per second stay the same while the file grows.
 void readProgram(benchmark::State& state) {
-  const ProgramFile file(equations(state.range(0), 1000));
-  for (auto _ : state) benchmark::DoNotOptimize(file.read());
-  state.SetBytesProcessed(state.iterations() * static_cast<long>(file.size()));
+  const std::string text = equations(state.range(0), 1000);
+  const testing::TemporaryFile file(text);
+  for (auto _ : state) benchmark::DoNotOptimize(testing::readProgramFile(file.path()));
+  state.SetBytesProcessed(state.iterations() * static_cast<long>(text.size()));
 }
 BENCHMARK(readProgram)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 void convertDown(benchmark::State& state) {
-  const Tessik<QQ> exact = ProgramFile(equations(100, 1000)).read();
+  const Tessik<QQ> exact = testing::readProgram(equations(100, 1000));
   Tessik<dbl_t> standard;
   for (auto _ : state) standard.convertFrom(exact);
 }
@@ -77,12 +51,7 @@ BENCHMARK(convertDown)->Unit(benchmark::kMillisecond);
 
 template <class T>
 void prepare(benchmark::State& state) {
-  const Tessik<QQ> exact = ProgramFile(equations(state.range(0), 4 * state.range(0))).read();
-  Tessik<T> program;
-  if constexpr (std::is_same_v<T, QQ>)
-    program = exact;
-  else
-    program.convertFrom(exact);
+  const Tessik<T> program = testing::programOf<T>(equations(state.range(0), 4 * state.range(0)));
   for (auto _ : state) {
     Tessik<T> copy = program;
     copy.prepareStageOne(true, false);
@@ -95,7 +64,7 @@ BENCHMARK(prepare<QQ>)->Arg(20)->Arg(100)->Unit(benchmark::kMillisecond);
 // Every row twice: half of the rows are removed.
 template <class T>
 void removeDoubledRows(benchmark::State& state) {
-  const Tessik<QQ> exact = ProgramFile(equations(state.range(0), 4 * state.range(0))).read();
+  const Tessik<QQ> exact = testing::readProgram(equations(state.range(0), 4 * state.range(0)));
   Matrix<T> doubled(2 * state.range(0), exact.Ag.N);
   for (long i = 1; i <= doubled.M; ++i)
     for (long j = 1; j <= doubled.N; ++j) doubled[i][j] = fromExact<T>(exact.Ag[(i + 1) / 2][j]);

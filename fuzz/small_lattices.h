@@ -7,13 +7,13 @@
 
 #include "lattice/lattice.h"
 #include "refusal.h"
+#include "support/program_text.h"
 
 namespace latbox::fuzzing {
 
 // Bounded variables; a target; free variables; digits, a fixed variable and a finite target.
 inline constexpr std::array<const char*, 4> PROGRAMS = {
-    "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]",
-    "[ -inf ] [ [ 1 -1 ] ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]",
+    testing::SMALL, testing::SMALL_TARGET,
     "[ -inf ] [ [ 2 3 ] ] [ [ 3 -5 ] ] [ 1 ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]",
     "[ 3 inf ] [ [ 1 2 1 ] [ 1 0 -1 ] ] [ ] [ ] [ [ 1 1/2 1 ] ] [ -5 ] [ 4 ] [ 1 0 0 ] [ 0 1 -2 ] "
     "[ 2 1 5 ]"};
@@ -21,28 +21,12 @@ inline constexpr std::array<const char*, 4> PROGRAMS = {
 template <class T>
 using LatticePointer = std::unique_ptr<Lattice<T, dbl_t>>;
 
-// The program as read, in either number type.
-template <class T>
-Tessik<T> programOf(const char* text) {
-  static MemoryFile file;
-  file.set(text);
-  Tessik<QQ> exact;
-  exact.optFile = file.path();
-  exact.readOpt();
-  exact.optFile.clear();
-  Tessik<T> program;
-  if constexpr (std::is_same_v<T, QQ>)
-    program = exact;
-  else
-    program.convertFrom(exact);
-  return program;
-}
-
 // A lattice with program number `which`; generated, if asked for.
 template <class T>
 LatticePointer<T> latticeOf(std::size_t which, bool generated) {
   auto lattice = std::make_unique<Lattice<T, dbl_t>>();
-  lattice->program = programOf<T>(PROGRAMS[which % PROGRAMS.size()]);
+  lattice->program = testing::programOf<T>(PROGRAMS[which % PROGRAMS.size()]);
+  lattice->program.optFile.clear();
   lattice->params.sol.set(0);
   if (!generated) return lattice;
   lattice->prepare(true, false);

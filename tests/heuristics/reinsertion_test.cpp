@@ -121,7 +121,7 @@ TYPED_TEST(ReinsertionTest, GeneralCombinationGivesTheSameLattice) {
 // The first two vectors are nearly parallel, so that the cheap orthogonalisation takes them for dependent and
 // knows nothing of the third.
 TYPED_TEST(ReinsertionTest, StableOrthogonalisationWhereTheCheapOneFails) {
-  Sequence draw(1);
+  Draws draw(1);
   bool tried = false;
   for (int i = 0; i < 1000 && !tried; ++i) {
     const long x = draw.next(300000000, 400000000), y = draw.next(300000000, 400000000);

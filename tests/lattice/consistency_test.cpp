@@ -345,7 +345,7 @@ TYPED_TEST(ConsistencyTest, UnimodularIsDecidedExactly) {
   m[1][2] = TypeParam(1) / TypeParam(2);
   EXPECT_FALSE(isUnimodular(m));  // 1 by value, but not an integer matrix
   // A product of many elementary matrices, whose floating determinant has lost every digit.
-  Sequence draw(5);
+  Draws draw(5);
   m = Matrix<TypeParam>::unit(60);
   for (int k = 0; k < 300; ++k) {
     const long i = draw.next(1, 60), j = draw.next(1, 60);

@@ -122,7 +122,7 @@ TYPED_TEST(CoordSolverTest, ResultMayBeTheVector) {
 }
 
 TYPED_TEST(CoordSolverTest, RandomCombinationsComeBack) {
-  Sequence draw(11);
+  Draws draw(11);
   for (int round = 0; round < 20; ++round) {
     const long n = draw.next(1, 9);
     Rows rows(static_cast<std::size_t>(n), std::vector<long>(static_cast<std::size_t>(n + 3), 0));

@@ -229,7 +229,7 @@ class EnumerationReference : public ::testing::Test {
     finds += found.trivial + found.extensions;
   }
 
-  static Rows randomRows(Sequence& draw, long n, long size) {
+  static Rows randomRows(Draws& draw, long n, long size) {
     Rows rows(static_cast<std::size_t>(n), std::vector<long>(static_cast<std::size_t>(n)));
     for (auto& row : rows)
       for (long& x : row) x = draw.next(-size, size);
@@ -241,7 +241,7 @@ class EnumerationReference : public ::testing::Test {
 TYPED_TEST_SUITE(EnumerationReference, NumberTypes);
 
 TYPED_TEST(EnumerationReference, Blocks) {
-  Sequence draw(41);
+  Draws draw(41);
   for (long n = 4; n <= 16; n += 3)
     for (const long beta : {3L, 5L, 8L, 20L})
       for (long eprune = 0; eprune <= 3; ++eprune)
@@ -257,7 +257,7 @@ TYPED_TEST(EnumerationReference, KnapsackBases) {
 }
 
 TYPED_TEST(EnumerationReference, CloseVectors) {
-  Sequence draw(43);
+  Draws draw(43);
   for (long n = 4; n <= 10; n += 2) {
     for (const long beta : {3L, 5L, 20L}) {
       for (long eprune = 0; eprune <= 3; ++eprune) {

@@ -115,7 +115,7 @@ dbl_t shortestSquare(const Matrix<T>& reduced, long range) {
 
 // Rows with small entries everywhere: the reduced basis is seldom the shortest.
 Rows denseRows(long n, std::uint64_t seed) {
-  Sequence draw(seed);
+  Draws draw(seed);
   Rows rows(static_cast<std::size_t>(n), std::vector<long>(static_cast<std::size_t>(n)));
   for (auto& row : rows)
     for (long& x : row) x = draw.next(-60, 60);
@@ -455,7 +455,7 @@ TYPED_TEST(EnumerationTest, ZeroOrATrueMultipleIsNoFindForACloseVector) {
 }
 
 TYPED_TEST(EnumerationTest, CloseVectorBoundIsADistanceThatALatticeVectorHas) {
-  Sequence draw(23);
+  Draws draw(23);
   int improved = 0;
   for (std::uint64_t seed = 1; seed <= 12; ++seed) {
     this->start(denseRows(4, seed), 4);
@@ -484,7 +484,7 @@ TYPED_TEST(EnumerationTest, CloseVectorBoundIsADistanceThatALatticeVectorHas) {
 }
 
 TYPED_TEST(EnumerationTest, CloseVectorRunsWithSmallBlocksEnd) {
-  Sequence draw(29);
+  Draws draw(29);
   for (std::uint64_t seed = 1; seed <= 6; ++seed) {
     this->start(denseRows(8, seed), 3);
     reduceFully(this->lattice);

@@ -163,7 +163,7 @@ TYPED_TEST(InsertionTest, StagesAndCoefficientsTravelWithTheirRows) {
 }
 
 TYPED_TEST(InsertionTest, EnumCoeffsThemselvesMayBeInserted) {
-  Sequence draw(5);
+  Draws draw(5);
   for (int round = 0; round < 40; ++round) {
     this->start(knapsackRows(5, 1000, static_cast<std::uint64_t>(round)));
     auto& x = this->lattice.enumCoeffs;
@@ -178,7 +178,7 @@ TYPED_TEST(InsertionTest, EnumCoeffsThemselvesMayBeInserted) {
 }
 
 TYPED_TEST(InsertionTest, RandomCombinations) {
-  Sequence draw(11);
+  Draws draw(11);
   for (int round = 0; round < 60; ++round) {
     const long n = draw.next(2, 7);
     this->start(knapsackRows(n, 1000, static_cast<std::uint64_t>(100 + round)));
@@ -338,7 +338,7 @@ TYPED_TEST(InsertionTest, ReplacementWithoutUnitInsertsAndMovesUp) {
 }
 
 TYPED_TEST(InsertionTest, RandomReplacements) {
-  Sequence draw(17);
+  Draws draw(17);
   for (int round = 0; round < 60; ++round) {
     const long n = draw.next(2, 7);
     this->start(knapsackRows(n, 1000, static_cast<std::uint64_t>(200 + round)));

@@ -41,7 +41,7 @@ class KernelTest : public ::testing::Test {
 TYPED_TEST_SUITE(KernelTest, NumberTypes);
 
 inline Rows someEquations(long e, long n, std::uint64_t seed, long size) {
-  Sequence draw(seed);
+  Draws draw(seed);
   Rows rows(static_cast<std::size_t>(e), std::vector<long>(static_cast<std::size_t>(n), 0));
   for (auto& row : rows)
     for (auto& entry : row) entry = draw.next(0, size);

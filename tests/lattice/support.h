@@ -10,6 +10,7 @@
 
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "support/draws.h"
 
 namespace latbox::testing {
 
@@ -46,22 +47,9 @@ void setBasis(Lattice<T, dbl_t>& lattice, const Matrix<T>& basis) {
   lattice.params.pair.set(false);
 }
 
-// A linear congruential sequence (D. E. Knuth, MMIX), so that every run sees the same bases.
-class Sequence {
- public:
-  explicit Sequence(std::uint64_t seed) : state_(seed) {}
-  long next(long low, long high) {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return low + static_cast<long>((state_ >> 33) % static_cast<std::uint64_t>(high - low + 1));
-  }
-
- private:
-  std::uint64_t state_;
-};
-
 // Upper triangular rows with large entries: independent, and far from reduced.
 inline Rows knapsackRows(long n, long size, std::uint64_t seed) {
-  Sequence draw(seed);
+  Draws draw(seed);
   Rows rows(static_cast<std::size_t>(n), std::vector<long>(static_cast<std::size_t>(n + 1), 0));
   for (std::size_t i = 0; i < rows.size(); ++i) {
     rows[i][i] = 1;

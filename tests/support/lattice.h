@@ -5,6 +5,7 @@
 #include <string>
 
 #include "lattice/lattice.h"
+#include "support/draws.h"
 #include "support/program.h"
 
 namespace latbox::testing {
@@ -45,25 +46,5 @@ Vector<T> latticeVector(const Lattice<T, dbl_t>& lattice, const std::string& poi
   lattice.opt2lat(Vector<T>(point), v, false);
   return v;
 }
-
-// 1 <= x1 + x2 <= 3 with x1, x2 in 0..4.
-inline constexpr const char* SMALL = "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]";
-
-// The same with the target x1 - x2, to be minimised.
-inline constexpr const char* SMALL_TARGET =
-    "[ -inf ] [ [ 1 -1 ] ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]";
-
-// A linear congruential sequence (D. E. Knuth, MMIX), so that every run sees the same cases.
-class Draws {
- public:
-  explicit Draws(unsigned long long seed) : state_(seed) {}
-  long next(long low, long high) {
-    state_ = state_ * 6364136223846793005ULL + 1442695040888963407ULL;
-    return low + static_cast<long>((state_ >> 33) % static_cast<unsigned long long>(high - low + 1));
-  }
-
- private:
-  unsigned long long state_;
-};
 
 }  // namespace latbox::testing

@@ -1,57 +1,16 @@
-// Programs for tests, from the text of a .opt file, in either number type.
+// What the tests of programs share.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <fstream>
+#include <sstream>
 #include <string>
-#include <type_traits>
 
 #include "lib/exceptions.h"
-#include "model/tessik.h"
 #include "numbers/number.h"
+#include "support/program_text.h"
 
 namespace latbox::testing {
-
-// A file in the test's own folder that goes away with the object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& text, const std::string& name = "program.opt")
-      : path_(::testing::TempDir() + std::to_string(getpid()) + "_" + std::to_string(count()++) + "_" +
-              name) {
-    std::ofstream(path_, std::ios::binary) << text;
-  }
-  ~TemporaryFile() { unlink(path_.c_str()); }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  static int& count() {
-    static int number = 0;
-    return number;
-  }
-  std::string path_;
-};
-
-inline Tessik<QQ> readProgram(const std::string& text) {
-  const TemporaryFile file(text);
-  Tessik<QQ> program;
-  program.optFile = file.path();
-  program.readOpt();
-  return program;
-}
-
-template <class T>
-Tessik<T> programOf(const std::string& text) {
-  Tessik<T> program;
-  if constexpr (std::is_same_v<T, QQ>)
-    program = readProgram(text);
-  else
-    program.convertFrom(readProgram(text));
-  return program;
-}
 
 // `step` throws PrecisionException with exactly this text.
 template <class Step>
