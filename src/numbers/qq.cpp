@@ -166,14 +166,15 @@ void QQ::divide(QQ& r, const QQ& a, const QQ& b) {
   r = std::move(result);
 }
 
+// The product keeps its storage from call to call: to make and drop three numbers cost as much as the sum.
 void QQ::addmul(QQ& r, const QQ& a, const QQ& b) {
-  QQ product;
+  thread_local QQ product;
   mul(product, a, b);
   add(r, r, product);
 }
 
 void QQ::submul(QQ& r, const QQ& a, const QQ& b) {
-  QQ product;
+  thread_local QQ product;
   mul(product, a, b);
   sub(r, r, product);
 }
