@@ -14,8 +14,8 @@ import harness
 ITEMS = ("dt", "At", "Ag", "bg", "Au", "lu", "ru", "dx", "lx", "rx")
 LAT_LINES = ("basis [", "row 1", "row 2", "row 3", "basis", "lbnd", "ubnd", "c", "R", "lx", "rx", "targets", "bounds",
              "seconds")
-READERS = ("program/opt_reader.cpp", "program/sol_file.cpp", "program/lat_file.cpp", "program/file_items.cpp",
-           "lib/scanner.cpp", "lib/element_text.cpp", "lib/vector.cpp", "lib/matrix.cpp", "numbers/qq_text.cpp")
+READERS = ("model/opt_reader.cpp", "program/sol_file.cpp", "program/lat_file.cpp", "program/file_items.cpp",
+           "lib/scanner.cpp", "numbers/element_text.cpp", "numbers/vector.cpp", "numbers/matrix.cpp", "numbers/qq_text.cpp")
 # No file leads to these: arithmetic and shapes of vectors and matrices, a broken invariant, exponents of the command line.
 NOT_OF_FILES = ("Matrix: invalid size", "Array: index", "multiplication dimension", "vector-matrix",
                 "Vector: dimension mismatch", "Matrix: dimension mismatch", "Matrix: row swap",
