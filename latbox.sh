@@ -7,7 +7,7 @@ root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 prepare() {
   install_packages $(build_packages) || return 1
   if [ ! -e "$build/build.ninja" ]; then
-    note "building, this once"
+    note "the first start builds the solver"
     configure || return 1
   fi
   compile latbox

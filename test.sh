@@ -13,4 +13,5 @@ prepare() {
 }
 
 exclusively prepare || exit 1
+note "running the tests"
 exec ctest --test-dir "$build" --output-on-failure --no-tests=error -j "$(nproc)" "$@"

@@ -1,9 +1,12 @@
-# Shared by latbox.sh and test.sh, which set `root` (the project's folder) and source this file.
+# Shared by latbox.sh, test.sh and assert_tests.sh, which set `root` (the project's folder), and `preset` if it is another
+# one than what users run, and source this file.
 #
-# Everything here keeps standard output and standard input for the program that is started afterwards: tools write to
-# logs under build/, and a log is shown, on standard error, only when its tool has failed.
+# Everything here keeps standard output and standard input for the program that is started afterwards: what is done is told
+# on standard error, in a line for each step and for each twentieth of the building. The tools write to logs under build/,
+# and a log is shown, on standard error too, only when its tool has failed. Where nothing is to be done nothing is told.
 
-build="$root/build/release"
+preset=${preset:-release}
+build="$root/build/$preset"
 
 note() { printf 'latbox: %s\n' "$*" >&2; }
 
@@ -54,17 +57,41 @@ install_packages() {
   quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
 }
 
-configure() { (cd "$root" && quietly configure cmake --preset release "$@"); }
+configure() {
+  note "configuring build/$preset"
+  (cd "$root" && quietly configure cmake --preset "$preset" "$@")
+}
 
-# Builds one target, or everything when no target is named.
-compile() { quietly build ninja -C "$build" "$@"; }
+# Reads what ninja prints, a line when a step is finished, and tells how far it is.
+tell_progress() {
+  local line finished all told=0
+  while IFS= read -r line; do
+    # CMake looks for new files, and configures anew if there are any, in steps with a count of their own.
+    [[ $line =~ ^\[([0-9]+)/([0-9]+)\]\ (.*) && ${BASH_REMATCH[3]} != Re-* ]] || continue
+    finished=${BASH_REMATCH[1]} all=${BASH_REMATCH[2]}
+    [ "$told" -ne 0 ] || note "building, $all steps; what the tools say is in build/build.log"
+    [ $((finished * 20 / all)) -eq $((told * 20 / all)) ] || note "built $finished of $all"
+    told=$finished
+  done
+}
 
-# One start at a time installs and builds; the others wait here and then find everything done. The lock belongs to the
-# subshell alone: a solver that runs for days must not hold it.
+# Builds the targets that are named, or everything.
+compile() {
+  local log="$root/build/build.log"
+  NINJA_STATUS='[%f/%t] ' ninja -C "$build" "$@" 2>&1 | tee "$log" | tell_progress
+  [ "${PIPESTATUS[0]}" -ne 0 ] || return 0
+  cat "$log" >&2
+  note "failed: ninja -C $build $*"
+  return 1
+}
+
+# One start at a time installs and builds; the others wait here and then find everything done. Who waits for longer than
+# it takes to find that nothing is to be done says so. The lock belongs to the subshell alone: a solver that runs for days
+# must not hold it.
 exclusively() {
   mkdir -p "$root/build" || return 1
   (
-    flock 9 || exit 1
+    flock -w 3 9 || { note "waiting for another start that builds" && flock 9; } || exit 1
     "$@"
   ) 9>"$root/build/.lock" </dev/null
 }

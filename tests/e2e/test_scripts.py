@@ -1,6 +1,7 @@
 """latbox.sh, started as a stranger starts it: from another folder, with input and signals that reach the solver."""
 
 import os
+import shutil
 import signal
 import subprocess
 
@@ -67,6 +68,61 @@ class ScriptTest(harness.Case):
             sessions.append(harness.Session([script(), "--iters=0", "../" + name], self.path("deep")))
             self.addCleanup(sessions[-1].close)
         self.assertEqual([session.wait() for session in sessions], [0, 0, 0])
+
+
+STAND_INS = {
+    "g++": "exit 0\n",
+    "cmake": "mkdir -p build/release && echo > build/release/build.ninja && echo configured\n",
+    # Builds a solver that repeats its input, in STEPS steps; says nothing of them if there are none.
+    "ninja": r"""
+echo "ninja: Entering directory"
+echo "[0/2] Re-checking globbed directories..."
+[ "$STEPS" -gt 0 ] || { echo "ninja: no work to do."; exit 0; }
+for step in $(seq "$STEPS"); do echo "[$step/$STEPS] Building CXX object $step.o"; done
+[ -z "$BROKEN" ] || { echo "1.cpp:1: error: it is broken"; exit 1; }
+printf '#!/bin/sh\ncat\n' > "$2/latbox" && chmod +x "$2/latbox"
+""",
+}
+
+
+class BuildingTest(harness.Case):
+    """What latbox.sh tells while it builds, with stand-ins for the tools."""
+
+    def setUp(self) -> None:
+        super().setUp()
+        os.mkdir(self.path("tools"))
+        for name, text in STAND_INS.items():
+            self.write("tools/" + name, "#!/bin/sh\n" + text)
+            os.chmod(self.path("tools/" + name), 0o755)
+        shutil.copy(script(), self.folder)
+        shutil.copytree(os.path.join(os.path.dirname(script()), "scripts"), self.path("scripts"))
+
+    def start(self, steps: int, broken: str = "") -> harness.Result:
+        variables = dict(os.environ, PATH=self.path("tools") + os.pathsep + os.environ["PATH"], STEPS=str(steps),
+                         BROKEN=broken)
+        done = subprocess.run([self.path("latbox.sh")], env=variables, input=b"input\n", timeout=harness.LIMIT,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def test_every_twentieth_is_told_and_the_output_is_the_solver_s(self) -> None:
+        result = self.start(60)
+        told = ["the first start builds the solver", "configuring build/release",
+                "building, 60 steps; what the tools say is in build/build.log"]
+        told += ["built %d of 60" % step for step in range(3, 61, 3)]
+        self.assertEqual(result.err, "".join("latbox: %s\n" % line for line in told))
+        self.assertEqual((result.status, result.out), (0, "input\n"))
+        self.assertIn("[60/60] Building CXX object 60.o\n", self.read("build/build.log"))
+
+    def test_nothing_is_told_where_nothing_is_built(self) -> None:
+        self.start(1)
+        result = self.start(0)
+        self.assertEqual((result.status, result.out, result.err), (0, "input\n", ""))
+
+    def test_a_build_that_fails_shows_why(self) -> None:
+        result = self.start(2, broken="yes")
+        self.assertEqual((result.status, result.out), (1, ""))
+        self.assertIn("\n1.cpp:1: error: it is broken\n", result.err)
+        self.assertIn("\nlatbox: failed: ninja -C %s/build/release latbox\n" % os.path.realpath(self.folder), result.err)
 
 
 if __name__ == "__main__":
