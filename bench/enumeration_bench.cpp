@@ -25,6 +25,8 @@
 #include "lattice/lattice.h"
 #include "lib/os/clock.h"
 #include "numbers/number.h"
+#include "program/generation.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -58,12 +60,12 @@ std::unique_ptr<Plain<T>> reducedKnapsack(long n) {
   auto lattice = std::make_unique<Plain<T>>();
   lattice->resizeLattice(n, n + 1);
   for (long i = 1; i <= n; ++i) {
-    lattice->B[i][i] = T(1);
-    lattice->B[i][n + 1] = T(static_cast<long>(random() % 10000000));
+    rows(*lattice).B[i][i] = T(1);
+    rows(*lattice).B[i][n + 1] = T(static_cast<long>(random() % 10000000));
   }
-  lattice->B_save = lattice->B;
+  rows(*lattice).B_save = lattice->B;
   lattice->newTransformation(false);
-  lattice->checkMode = 2;
+  lattice->checkMode = CHECK_MODE_FINAL;
   lattice->lbnd[n + 1] = T(1);
   lattice->ubnd[n + 1] = T(-1);
   lattice->params.pair.set(false);
@@ -87,7 +89,7 @@ void BM_Nodes(benchmark::State& state) {
   for (auto _ : state) {
     work = *source;
     work.updateGso(1, 0);
-    for (long i = 1; i <= n; ++i) work.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+    for (long i = 1; i <= n; ++i) setWord(work, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
     NodeCount::nodes = 0;
     setClock(NodeCount::read);
     const double start = seconds();
@@ -143,8 +145,8 @@ std::unique_ptr<Plain<T>> kernelLattice(int rows, int columns) {
   exact.program.optFile.clear();
   exact.params.pair.set(false);
   exact.params.verb.set(0);
-  exact.prepare(true, false);
-  exact.prepareLattice();
+  prepare(exact, true, false);
+  prepareLattice(exact);
   auto lattice = std::make_unique<Plain<T>>();
   if constexpr (std::is_same_v<T, QQ>)
     *lattice = exact;

@@ -20,7 +20,9 @@
 
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/generation.h"
 #include "support/program_text.h"
+#include "support/rows.h"
 
 namespace {
 
@@ -75,11 +77,11 @@ std::unique_ptr<Plain<T>> latticeOf(const std::string& path, bool equations) {
   exact.program.optFile = path;
   exact.program.readOpt();
   exact.params.pair.set(false);
-  exact.prepare(true, false);
+  prepare(exact, true, false);
   if (equations)
-    exact.generateLattice(true);
+    generateLattice(exact, true);
   else
-    exact.prepareLattice();
+    prepareLattice(exact);
   auto lattice = std::make_unique<Plain<T>>();
   if constexpr (std::is_same_v<T, QQ>)
     *lattice = exact;
@@ -219,7 +221,7 @@ void BM_GsoRow(benchmark::State& state) {
   work.updateGso(1, 0);
   const long i = work.rank / 2;
   for (auto _ : state) {
-    work.status[i] = 0;
+    setWord(work, i, 0);
     benchmark::DoNotOptimize(work.updateGso(i, i));
   }
 }
@@ -239,10 +241,10 @@ std::unique_ptr<Plain<T>> denseLattice(long n) {
   auto lattice = std::make_unique<Plain<T>>();
   lattice->resizeLattice(n, 2 * n);
   for (long i = 1; i <= n; ++i) {
-    for (long j = 1; j <= 2 * n; ++j) lattice->B[i][j] = T(static_cast<long>(random() % 21) - 10);
-    lattice->B[i][i] += T(100);
+    for (long j = 1; j <= 2 * n; ++j) rows(*lattice).B[i][j] = T(static_cast<long>(random() % 21) - 10);
+    rows(*lattice).B[i][i] += T(100);
   }
-  lattice->B_save = lattice->B;
+  rows(*lattice).B_save = lattice->B;
   lattice->newTransformation(false);
   return lattice;
 }

@@ -7,9 +7,12 @@
 #include <random>
 #include <string>
 
+#include "heuristics/recombination.h"
+#include "heuristics/sieving.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
+#include "program/generation.h"
 #include "support/program_text.h"
 
 namespace {
@@ -51,8 +54,8 @@ std::unique_ptr<Lattice<T, dbl_t>> reducedLattice(long rank) {
   lattice->params.sol.set(0);
   lattice->program = testing::programOf<T>(program(rank - 1, 1));
   lattice->program.optFile.clear();
-  lattice->prepare(true, false);
-  lattice->prepareLattice();
+  prepare(*lattice, true, false);
+  prepareLattice(*lattice);
   for (int sweep = 0; sweep < 5; ++sweep) lattice->lll(1, 0, 0);
   return lattice;
 }
@@ -79,7 +82,7 @@ template <class T>
 void recombination(benchmark::State& state) {
   auto lattice = reducedLattice<T>(state.range(0));
   const long long before = statisticsOf<T>().pairwiseCollections;
-  for (auto _ : state) lattice->pairwiseRecombination();
+  for (auto _ : state) pairwiseRecombination(*lattice);
   const auto collected = static_cast<double>(statisticsOf<T>().pairwiseCollections - before);
   state.counters["rank"] = static_cast<double>(lattice->rank);
   state.counters["counted"] = benchmark::Counter(collected, benchmark::Counter::kAvgIterations);
@@ -109,7 +112,8 @@ class RoundCount {
   bool takeBound() {
     const Candidate* worst = nullptr;
     for (auto* v = pool_.head; v != nullptr; v = v->next)
-      if (v->value.deviation.kind == 2 && (worst == nullptr || !better(v->value, *worst))) worst = &v->value;
+      if (v->value.deviation.kind == KIND_INHOMOGENEOUS && (worst == nullptr || !better(v->value, *worst)))
+        worst = &v->value;
     if (worst != nullptr) bound_ = worst->deviation;
     return worst != nullptr;
   }
@@ -146,7 +150,7 @@ void sieving(benchmark::State& state) {
   auto lattice = reducedLattice<T>(100);
   lattice->params.pair.set(false);
   fillCollections(*lattice, state.range(0) / 2);
-  for (auto _ : state) lattice->sieve();
+  for (auto _ : state) sieve(*lattice);
   const RoundCount<T> count(*lattice);
   state.counters["vectors"] =
       static_cast<double>(lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count);

@@ -1,6 +1,7 @@
 // The .lat reader in both number types on four small programs: the first byte chooses the program. A lattice
 // that was accepted must have the shape that the rest of the solver rests on, and survive being written and
 // read again; its vectors go through the check of candidates.
+#include "program/lat_file.h"
 #include "small_lattices.h"
 
 namespace latbox::fuzzing {
@@ -13,7 +14,7 @@ template <class T>
 LatticePointer<T> readLattice(std::size_t which, const std::string& path) {
   auto lattice = freshLattice<T, false>(which);
   lattice->latFile = path;
-  if (!accepted([&] { lattice->readLatFile(); })) return nullptr;
+  if (!accepted([&] { readLatFile(*lattice); })) return nullptr;
   return lattice;
 }
 
@@ -23,7 +24,7 @@ void requireSound(const L<T>& l) {
   for (long i = 1; i <= l.rank; ++i) require(l.B[i].MN == l.dim, "length of a row");
   require(l.lbnd.MN == l.dim && l.ubnd.MN == l.dim && l.c.MN == l.dim, "check vectors");
   require(l.dim == (l.tu ? 1 : 0) + l.Au.M + l.n() + 1, "coordinates and variables");
-  require(l.checkMode == 2, "check mode");
+  require(l.checkMode == CHECK_MODE_FINAL, "check mode");
 }
 
 // The way of every vector that reduction touches, and of the rows of a basis at the start of a run.

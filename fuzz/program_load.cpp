@@ -3,6 +3,9 @@
 // the program as it was read.
 #include "lattice/lattice.h"
 #include "numbers/number.h"
+#include "program/generation.h"
+#include "program/sol_file.h"
+#include "program/trivial.h"
 #include "refusal.h"
 
 namespace latbox::fuzzing {
@@ -61,11 +64,11 @@ void load(const Tessik<QQ>& asRead) {
   Lattice<T, dbl_t> lattice;
   lattice.params.sol.set(0);
   lattice.program = inType<T>(asRead);
-  lattice.prepare(true, false);
-  lattice.prepareLattice();
+  prepare(lattice, true, false);
+  prepareLattice(lattice);
   requireSound(lattice);
-  lattice.checkTrivialSolutions();
-  lattice.sol2star();
+  checkTrivialSolutions(lattice);
+  sol2star(lattice);
   for (long i = 1; i <= lattice.program.stars.MN; ++i) {
     if constexpr (std::is_same_v<T, QQ>) requireSatisfied(asRead, lattice.program.stars[i]);
   }

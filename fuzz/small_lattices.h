@@ -6,6 +6,7 @@
 #include <string>
 
 #include "lattice/lattice.h"
+#include "program/generation.h"
 #include "refusal.h"
 #include "support/program_text.h"
 
@@ -29,8 +30,8 @@ LatticePointer<T> latticeOf(std::size_t which, bool generated) {
   lattice->program.optFile.clear();
   lattice->params.sol.set(0);
   if (!generated) return lattice;
-  lattice->prepare(true, false);
-  lattice->prepareLattice();
+  prepare(*lattice, true, false);
+  prepareLattice(*lattice);
   return lattice;
 }
 

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "driver/ladder.h"
 #include "driver/program_name.h"
 #include "driver/run_state.h"
 
@@ -47,15 +48,14 @@ void boundBlockTime(Lattice<T, F>& lattice) {
   if (runTime != 0 && (blockTime == 0 || blockTime > runTime)) lattice.params.btime.set(runTime);
 }
 
-// The way down at the start is silent.
+// The way down at the start is silent. `verb` is put back as the number that it was read as, by which its
+// text becomes that of the number: what a .sol line shows is a value and not what was typed.
 void enterStandardPrecision(YLattice<dbl_t>& y) {
-  const long verb = y.live([](auto& lattice) {
-    const long kept = lattice.verb();
-    lattice.params.verb.set(0);
-    return kept;
-  });
-  tryStandardPrecision(y);
-  y.live([verb](auto& lattice) { lattice.params.verb.set(verb); });
+  {
+    const Mute mute;
+    tryStandardPrecision(y);
+  }
+  y.live([](auto& lattice) { lattice.params.verb.set(lattice.verb()); });
 }
 
 }  // namespace

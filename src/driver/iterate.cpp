@@ -2,9 +2,16 @@
 
 #include <iostream>
 
+#include "driver/ladder.h"
 #include "driver/reinsert.h"
+#include "driver/report.h"
 #include "driver/run_state.h"
+#include "heuristics/recombination.h"
 #include "heuristics/sampling.h"
+#include "heuristics/sieving.h"
+#include "heuristics/trimming.h"
+#include "heuristics/variation.h"
+#include "program/sol_file.h"
 
 namespace latbox {
 namespace {
@@ -17,15 +24,6 @@ void beginIteration(YLattice<dbl_t>& y) {
 
 bool mustLeave(YLattice<dbl_t>& y) {
   return !inputIsLoaded(y) || runState(y) == RUN_STOPPED;
-}
-
-// The choice of the reduction: block enumeration, or a single sweep, from which the next iteration goes on.
-template <class T, class F>
-void reduce(Lattice<T, F>& lattice) {
-  if (lattice.params.eenum.get())
-    lattice.enumerate(nullptr);
-  else
-    lattice.lll(1, 0, 0);
 }
 
 // Whether the live lattice has an option set; the precision may change from step to step.
@@ -45,7 +43,7 @@ void reinsertStep(YLattice<dbl_t>& y) {
 
 void reportIteration(YLattice<dbl_t>& y) {
   std::string text;
-  oneStep(y, [&text](auto& lattice) { text = lattice.iterationReport(); });
+  oneStep(y, [&text](auto& lattice) { text = iterationReport(lattice); });
   std::cout << text << std::flush;
 }
 
@@ -58,18 +56,18 @@ bool countReached(YLattice<dbl_t>& y) {
 // sampling, re-insertion, variation, reduction, trimming, report, end of count.
 void runSteps(YLattice<dbl_t>& y) {
   oneStep(y, [](auto& lattice) {
-    lattice.writeSolFile(false);
+    writeSolFile(lattice, false);
     lattice.checkConsistency(false, false);
   });
-  if (wanted(y, &Params::pair)) oneStep(y, [](auto& lattice) { lattice.pairwiseRecombination(); });
-  if (wanted(y, &Params::sieve)) oneStep(y, [](auto& lattice) { lattice.sieve(); });
+  if (wanted(y, &Params::pair)) oneStep(y, [](auto& lattice) { pairwiseRecombination(lattice); });
+  if (wanted(y, &Params::sieve)) oneStep(y, [](auto& lattice) { sieve(lattice); });
   if (wanted(y, &Params::sample)) oneStep(y, [](auto& lattice) { randomSampling(lattice); });
   if (wanted(y, &Params::reinsert)) reinsertStep(y);
-  if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { lattice.variateBase(); });
-  oneStep(y, [](auto& lattice) { reduce(lattice); });
-  oneStep(y, [](auto& lattice) { lattice.trim(nullptr); });
+  if (wanted(y, &Params::variate)) oneStep(y, [](auto& lattice) { variateBase(lattice); });
+  oneStep(y, [](auto& lattice) { lattice.reduce(); });
+  oneStep(y, [](auto& lattice) { trim(lattice, nullptr); });
   reportIteration(y);
-  if (countReached(y)) oneStep(y, [](auto& lattice) { lattice.restartHandling(true); });
+  if (countReached(y)) oneStep(y, [](auto& lattice) { restartHandling(lattice, true); });
 }
 
 }  // namespace

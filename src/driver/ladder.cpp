@@ -1,7 +1,10 @@
 // The two conversions between the precisions.
+#include "driver/ladder.h"
+
+#include <cassert>
 #include <string>
 
-#include "driver/ylattice.h"
+#include "model/conversion.h"
 
 namespace latbox {
 namespace {
@@ -37,10 +40,21 @@ void useStandardPrecision(YLattice<dbl_t>& y) {
   progressLine(y.standard.verb() > 1, "Using standard precision");
 }
 
-void restoreStandard(YLattice<dbl_t>& y) {
-  const ConversionArray<Star<dbl_t>> found = y.standard.program.stars;
-  y.standard.copyFrom(y.standardBackup, true);
-  if (found.MN > y.standard.program.stars.MN) y.standard.program.stars = found;
+StandardStep::StandardStep(YLattice<dbl_t>& y) : y_(y), before_(statisticsStandard().findCounts()) {
+  assert(!y_.extendedActive && y_.extended.search.pending.empty());
+  y_.standardBackup = y_.standard;
+  y_.standard.search.journal.clear();
+}
+
+void StandardStep::takeBack() {
+  assert(!y_.extendedActive);
+  y_.standard.copyFrom(y_.standardBackup, true);
+  statisticsStandard().setFindCounts(before_);
+  ++y_.output->resultsVersion;
+  auto& pending = y_.extended.search.pending;
+  for (const Star<dbl_t>& find : y_.standard.search.journal) pending.push_back(convertedStar<QQ>(find));
+  y_.standard.search.journal.clear();
+  y_.output->held = !pending.empty();
 }
 
 void tryStandardPrecision(YLattice<dbl_t>& y) {

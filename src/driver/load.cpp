@@ -1,10 +1,14 @@
 // From the files to the lattice.
 #include "driver/command_line.h"
+#include "driver/ladder.h"
 #include "driver/report.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
 #include "lib/os/file.h"
 #include "lib/scope_value.h"
+#include "program/generation.h"
+#include "program/lat_file.h"
+#include "program/sol_file.h"
 
 namespace latbox {
 namespace {
@@ -19,7 +23,7 @@ void readProgram(YLattice<dbl_t>& y) {
 
 void prepareProgram(YLattice<dbl_t>& y) {
   const ProgressScope level(y.verb() == 2, "Preparing optimization program ...");
-  oneStep(y, [](auto& lattice) { lattice.prepare(true, false); });
+  oneStep(y, [](auto& lattice) { prepare(lattice, true, false); });
 }
 
 // The first .lat file is written whatever the flag says.
@@ -46,8 +50,7 @@ void deriveFileNames(Lattice<T, F>& lattice, const std::string& input) {
   lattice.latFile = base + ".lat";
 }
 
-template void deriveFileNames(Lattice<dbl_t, dbl_t>&, const std::string&);
-template void deriveFileNames(Lattice<QQ, dbl_t>&, const std::string&);
+LATBOX_BOTH_TYPES(deriveFileNames)
 
 bool isNewer(const std::string& optName, const std::string& latName) {
   long optTime = 0;
@@ -59,7 +62,7 @@ bool isNewer(const std::string& optName, const std::string& latName) {
 void buildLattice(YLattice<dbl_t>& y) {
   const ProgressScope level(y.verb() == 2, "Generating lattice ...");
   prepareProgram(y);
-  oneStep(y, [](auto& lattice) { lattice.prepareLattice(); });
+  oneStep(y, [](auto& lattice) { prepareLattice(lattice); });
   oneStep(y, [](auto& lattice) { writeFirstLatFile(lattice); });
 }
 
@@ -70,8 +73,8 @@ void readFiles(YLattice<dbl_t>& y, const std::string& input) {
   if (mustGenerate(y))
     buildLattice(y);
   else
-    oneStep(y, [](auto& lattice) { lattice.readLatFile(); });
-  oneStep(y, [](auto& lattice) { lattice.readStarsFromSolFile(false, false); });
+    oneStep(y, [](auto& lattice) { readLatFile(lattice); });
+  oneStep(y, [](auto& lattice) { readStarsFromSolFile(lattice, false, false); });
   const std::string latFile = y.live([](auto& lattice) { return lattice.latFile; });
   setMainValue(y, MainMutexVariable::inputRequested, withoutExtension(latFile));
   y.live([](auto& lattice) { publishSummary(lattice); });

@@ -4,6 +4,7 @@
 
 #include "driver/command_line.h"
 #include "driver/iterate.h"
+#include "driver/ladder.h"
 #include "driver/random.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
@@ -11,7 +12,7 @@
 #include "lib/os/clock.h"
 #include "lib/os/threads.h"
 #include "numbers/elimination.h"
-#include "program/results_version.h"
+#include "program/trivial.h"
 
 namespace latbox {
 namespace {
@@ -48,10 +49,8 @@ std::string waitForInput(YLattice<dbl_t>& y) {
 
 template <class T, class F>
 void forgetInput(Lattice<T, F>& lattice) {
-  lattice.reset(false);
-  lattice.program = static_cast<const Tessik<T>&>(lattice);
   lattice.reinitialise();
-  ++resultsVersion();
+  ++lattice.output->resultsVersion;
 }
 
 void waitUntilRunning(YLattice<dbl_t>& y) {
@@ -124,7 +123,7 @@ void runInput(YLattice<dbl_t>& y) {
   for (bool trivialTried = false;;) {
     try {
       if (!std::exchange(trivialTried, true))
-        oneStep(y, [](auto& lattice) { lattice.checkTrivialSolutions(); });
+        oneStep(y, [](auto& lattice) { checkTrivialSolutions(lattice); });
       reportAndReduce(y, report);
       iterateUntilNewInput(y);
       return;

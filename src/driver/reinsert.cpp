@@ -1,30 +1,34 @@
 #include "driver/reinsert.h"
 
+#include "driver/ladder.h"
+#include "heuristics/reinsertion.h"
+
 namespace latbox {
 namespace {
 
 // False when precision was lost; the standard lattice is as before then.
 bool reinsertStandard(YLattice<dbl_t>& y) {
-  y.standardBackup = y.standard;
+  StandardStep step(y);
   try {
-    y.standard.reinsertBest();
+    reinsertBest(y.standard);
     return true;
   } catch (const PrecisionException&) {
-    restoreStandard(y);
+    step.takeBack();
     return false;
   }
 }
 
 void reinsertExtended(YLattice<dbl_t>& y) {
   try {
-    y.extended.reinsertBest();
+    reinsertBest(y.extended);
   } catch (const PrecisionException&) {
     // Without a copy to go back to, the basis may have changed half a step: still a basis, but nothing that
     // was computed from it holds.
-    y.extended.coordSolver.dropCurrent();
-    y.extended.clearStatus();
+    y.extended.forgetDerived();
+    settleFinds(y.extended);
     throw;
   }
+  settleFinds(y.extended);
 }
 
 }  // namespace

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <sstream>
 
-#include "driver/fixed_text.h"
-#include "lattice/lattice.h"
 #include "lib/immortal.h"
 #include "lib/os/clock.h"
 #include "lib/os/signals.h"
+#include "lib/time_text.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
 
@@ -20,21 +19,10 @@ PublishedSummary& published() {
   return *summary;
 }
 
-// The summary that verb 0 printed last in this process, whatever was loaded since.
-std::string& lastPrintedSummary() {
-  static Immortal<std::string> text;
-  return *text;
-}
-
-std::string changedSummary(const std::string& summary) {
-  if (summary.empty() || summary == lastPrintedSummary()) return "";
-  lastPrintedSummary() = summary;
+std::string changedSummary(std::string& lastPrinted, const std::string& summary) {
+  if (summary.empty() || summary == lastPrinted) return "";
+  lastPrinted = summary;
   return summary;
-}
-
-void twoDigits(FixedText& text, long long number) {
-  if (number < 10) text << '0';
-  text << number;
 }
 
 void writeTotals(std::ostream& out, const Statistics& statistics) {
@@ -111,36 +99,12 @@ std::string statisticsBlock(const Lattice<T, F>& lattice) {
   writeSearchCounts(out, lattice, statistics);
   if (lattice.verb() >= 2 || lattice.params.gui.get()) writeVectors(out, lattice);
   writeProgress(out, lattice, statistics);
-  out << lattice.solutionSummary();
+  out << solutionSummary(lattice);
   out << "\n--------------------------------------------------------------------\n\n";
   return out.str();
 }
 
 }  // namespace
-
-void timeText(FixedText& text, long long seconds) {
-  const long long hours = seconds / 3600;
-  const long long minutes = seconds / 60 % 60;
-  if (hours <= 0 && minutes <= 0) {
-    text << seconds << " sec(s)";
-    return;
-  }
-  if (hours > 0) {
-    text << hours << ':';
-    twoDigits(text, minutes);
-  } else {
-    text << minutes;
-  }
-  text << ':';
-  twoDigits(text, seconds % 60);
-  text << (hours > 0 ? " hour(s):min(s):sec(s) == " : " min(s):sec(s) == ") << seconds << " secs";
-}
-
-void timeText(std::ostream& stream, long seconds) {
-  FixedText text;
-  timeText(text, static_cast<long long>(seconds));
-  stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-}
 
 template <class T, class F>
 void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream) {
@@ -154,19 +118,20 @@ void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream) {
 // In full precision: with fewer digits a better target could print as the one before, and verb 0, which shows
 // what changed, would stay silent.
 template <class T, class F>
-std::string Lattice<T, F>::solutionSummary() const {
+std::string solutionSummary(const Lattice<T, F>& l) {
   std::ostringstream out;
   out << setFullPrecision;
-  if (program.At.M > 0) {
+  if (l.program.At.M > 0) {
     out << '\n';
-    bestTargetLine(bestSlack, out);
+    bestTargetLine(l.bestSlack, out);
     out << '\n';
   }
-  if (params.bench.get() == 0 && solutions.MN != 0) out << "\nSolutions found: " << solutions.MN << '\n';
-  if (solutions.MN > 0) {
+  if (l.params.bench.get() == 0 && l.solutions.MN != 0)
+    out << "\nSolutions found: " << l.solutions.MN << '\n';
+  if (l.solutions.MN > 0) {
     out << "\n{ The first solution/s was/were found after: ";
-    for (long i = 1; i <= std::min(solutions.MN, 3L); ++i) {
-      timeText(out, solutions[i].secondsUntilDiscovered);
+    for (long i = 1; i <= std::min(l.solutions.MN, 3L); ++i) {
+      timeText(out, l.solutions[i].secondsUntilDiscovered);
       out << ' ';
     }
     out << "}\n";
@@ -175,19 +140,20 @@ std::string Lattice<T, F>::solutionSummary() const {
 }
 
 template <class T, class F>
-std::string Lattice<T, F>::iterationReport() {
-  const bool silent = verb() == 0 && !params.gui.get();
-  const std::string text = silent ? changedSummary(solutionSummary()) : statisticsBlock(*this);
-  if (params.gui.get()) mainVars[MainMutexVariable::reportText].set(text);
-  publishSummary(*this);
+std::string iterationReport(Lattice<T, F>& l) {
+  const bool silent = l.verb() == 0 && !l.params.gui.get();
+  const std::string text =
+      silent ? changedSummary(l.output->lastPrintedSummary, solutionSummary(l)) : statisticsBlock(l);
+  if (l.params.gui.get()) l.mainVars[MainMutexVariable::reportText].set(text);
+  publishSummary(l);
   return text;
 }
 
 template <class T, class F>
 void publishSummary(const Lattice<T, F>& lattice) {
   // While kept vectors come back one by one, what was published before they left is the better summary.
-  if (statisticsOf<T>().reinserting) return;
-  PublishedSummary fresh{lattice.solutionSummary(), lattice.solFile};
+  if (lattice.search.reinserting || lattice.output->held) return;
+  PublishedSummary fresh{solutionSummary(lattice), lattice.solFile};
   if (fresh.text == published().text && fresh.solFile == published().solFile) return;
   const SignalHold hold;
   std::swap(published(), fresh);
@@ -197,12 +163,10 @@ const PublishedSummary& publishedSummary() {
   return published();
 }
 
-#define LATBOX_INSTANTIATE(T)                                                    \
-  template void bestTargetLine(const HeuristicVector<T, dbl_t>&, std::ostream&); \
-  template void publishSummary(const Lattice<T, dbl_t>&);                        \
-  template std::string Lattice<T, dbl_t>::solutionSummary() const;               \
-  template std::string Lattice<T, dbl_t>::iterationReport();
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+template void bestTargetLine(const HeuristicVector<dbl_t, dbl_t>&, std::ostream&);
+template void bestTargetLine(const HeuristicVector<QQ, dbl_t>&, std::ostream&);
+LATBOX_BOTH_TYPES(publishSummary)
+LATBOX_BOTH_TYPES(solutionSummary)
+LATBOX_BOTH_TYPES(iterationReport)
 
 }  // namespace latbox

@@ -1,24 +1,26 @@
-// What a run prints of its results: the form of times, the summary, the report of an iteration. Pulls in
-// nothing of the lattice, since the check of candidates calls upward to publishSummary.
+// What a run prints of its results: the summary, the report of an iteration.
 #pragma once
 
 #include <iosfwd>
 #include <string>
 
+#include "lattice/lattice.h"
+
 namespace latbox {
-
-template <class T, class F>
-class Lattice;
-template <class T, class F>
-class HeuristicVector;
-
-// A time in whole seconds, in the form of fixed_text.h.
-void timeText(std::ostream& stream, long seconds);
 
 // "T(bestTarget) = ", target norm, ", S(bestTarget) = ", slack norm and, where a target is known, the time at
 // which it was found.
 template <class T, class F>
 void bestTargetLine(const HeuristicVector<T, F>& star, std::ostream& stream);
+
+// The best target, where there are target rows; the number of solutions and when the first were found,
+// where there are any.
+template <class T, class F>
+std::string solutionSummary(const Lattice<T, F>& lattice);
+
+// What an iteration prints, which depends on `verb`; at 0 only what has changed since the last call.
+template <class T, class F>
+std::string iterationReport(Lattice<T, F>& lattice);
 
 // Makes the summary of solutions, and the path of the .sol file, what the final report will print. A signal
 // can end the run at any moment, and its handler may not look at a lattice that the solver is changing: so

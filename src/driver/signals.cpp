@@ -5,7 +5,6 @@
 #include <csignal>
 #include <functional>
 
-#include "driver/fixed_text.h"
 #include "driver/report.h"
 #include "driver/run_state.h"
 #include "lib/immortal.h"
@@ -14,6 +13,7 @@
 #include "lib/os/output.h"
 #include "lib/os/process.h"
 #include "lib/os/signals.h"
+#include "lib/time_text.h"
 #include "program/unsaved.h"
 
 namespace latbox {

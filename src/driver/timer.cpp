@@ -16,7 +16,7 @@ bool timeIsUp(YLattice<dbl_t>& y) {
 // could see it.
 void timerBody(YLattice<dbl_t>& y) {
   while (!timeIsUp(y)) sleepSeconds(1);
-  y.live([](auto& lattice) { lattice.terminateRun(); });
+  y.live([](auto& lattice) { terminateRun(lattice); });
 }
 
 }  // namespace latbox

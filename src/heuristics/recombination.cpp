@@ -1,9 +1,8 @@
-// Pairwise recombination: the sums and differences of a homogeneous and an inhomogeneous vector, over a
-// sample of the collections and the whole basis.
+#include "heuristics/recombination.h"
+
 #include <algorithm>
 
 #include "heuristics/random_draw.h"
-#include "lattice/lattice.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
@@ -28,8 +27,8 @@ template <class T, class F>
 class Recombination {
  public:
   explicit Recombination(Lattice<T, F>& lattice) : lattice_(lattice) {
-    lattice_.selectRandom(lattice_.homogeneousVectors, homogeneousPool_);
-    lattice_.selectRandom(lattice_.inhomogeneousVectors, inhomogeneousPool_);
+    selectRandom(lattice_, lattice_.homogeneousVectors, homogeneousPool_);
+    selectRandom(lattice_, lattice_.inhomogeneousVectors, inhomogeneousPool_);
     homogeneousPool_.limit = inhomogeneousPool_.limit = 0;
     for (long i = 1; i <= lattice_.rank; ++i) {
       lattice_.unscaledVector(lattice_.B[i], row_);
@@ -90,10 +89,10 @@ class Recombination {
 }  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::selectRandom(const SortedSet<HeuristicVector<T, F>>& source,
-                                 SortedSet<HeuristicVector<T, F>>& destination) const {
+void selectRandom(const Lattice<T, F>& lattice, const SortedSet<HeuristicVector<T, F>>& source,
+                  SortedSet<HeuristicVector<T, F>>& destination) {
   const long n = source.count;
-  const long want = std::min(params.pairLimit.get(), n);
+  const long want = std::min(lattice.params.pairLimit.get(), n);
   if (want <= 0) return;
   destination.limit = want;
   // The pass with step 1 offers everything that is left: what it does not bring in never comes in.
@@ -107,16 +106,12 @@ void Lattice<T, F>::selectRandom(const SortedSet<HeuristicVector<T, F>>& source,
 }
 
 template <class T, class F>
-void Lattice<T, F>::pairwiseRecombination() {
-  const ProgressScope scope(verb() > 1, "Pairwise recombination ... ");
-  Recombination<T, F>(*this).run();
+void pairwiseRecombination(Lattice<T, F>& lattice) {
+  const ProgressScope scope(lattice.verb() > 1, "Pairwise recombination ... ");
+  Recombination<T, F>(lattice).run();
 }
 
-#define LATBOX_INSTANTIATE(T)                                                                 \
-  template void Lattice<T, dbl_t>::selectRandom(const SortedSet<HeuristicVector<T, dbl_t>>&,  \
-                                                SortedSet<HeuristicVector<T, dbl_t>>&) const; \
-  template void Lattice<T, dbl_t>::pairwiseRecombination();
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(selectRandom)
+LATBOX_BOTH_TYPES(pairwiseRecombination)
 
 }  // namespace latbox

@@ -1,10 +1,7 @@
-// A good vector that the search has remembered goes back into the basis, so that the next reduction starts
-// from another side.
 #include "heuristics/reinsertion.h"
 
 #include <string>
 
-#include "lattice/lattice.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
@@ -17,7 +14,7 @@ void insertRemembered(Lattice<T, F>& lattice, const Vector<T>& unit, const std::
   const ProgressScope scope(lattice.verb() > 1, text);
   Vector<T> weighted;
   lattice.rescaledVector(unit, weighted);
-  lattice.insertVector(weighted);
+  insertVector(lattice, weighted);
 }
 
 template <class T>
@@ -53,44 +50,34 @@ long positionFor(const Lattice<T, F>& lattice, const T& length, const Vector<F>&
 
 }  // namespace
 
-template <class T>
-long& reinsertIndex() {
-  static long index = 0;
-  return index;
-}
-
 // The totals choose, and not which vector is better: a rule of this design.
 template <class T, class F>
-void Lattice<T, F>::reinsertBest() {
+void reinsertBest(Lattice<T, F>& l) {
   const Statistics& totals = statisticsOf<T>();
   if (totals.solutionsFound != 0) {
-    if (solutions.MN == 0) return;
-    long& turn = reinsertIndex<T>();
-    turn = (solutions.MN > turn ? turn : 0) + 1;
-    insertRemembered(*this, solutions[turn], "Inserting solution vector (" + std::to_string(turn) + ") ...");
+    if (l.solutions.MN == 0) return;
+    long& turn = l.search.reinsertIndex;
+    turn = (l.solutions.MN > turn ? turn : 0) + 1;
+    insertRemembered(l, l.solutions[turn], "Inserting solution vector (" + std::to_string(turn) + ") ...");
   } else if (totals.targetImprovements != 0) {
-    if (bestSlack.notEmpty()) insertRemembered(*this, bestSlack, "Inserting best slack vector ... ");
-  } else if (totals.inhomogeneousImprovements != 0 && bestInhomogeneous.notEmpty()) {
-    insertRemembered(*this, bestInhomogeneous, "Inserting best inhomogenous vector ... ");
+    if (l.bestSlack.notEmpty()) insertRemembered(l, l.bestSlack, "Inserting best slack vector ... ");
+  } else if (totals.inhomogeneousImprovements != 0 && l.bestInhomogeneous.notEmpty()) {
+    insertRemembered(l, l.bestInhomogeneous, "Inserting best inhomogenous vector ... ");
   }
 }
 
 template <class T, class F>
-void Lattice<T, F>::insertVector(const Vector<T>& weighted) {
+void insertVector(Lattice<T, F>& l, const Vector<T>& weighted) {
   Vector<T> unit, c;
-  unscaledVector(weighted, unit);
-  if (!coordinates(unit, c, false)) return;
+  l.unscaledVector(weighted, unit);
+  if (!l.coordinates(unit, c, false)) return;
   if (isTrivial(c)) return;
-  if (!updateGso(1, 0)) gsoByReduced(1, 0, false);
-  const long position = positionFor(*this, T(weighted * weighted), projectedCoefficients(c, mu));
-  if (position != 0) replaceCombination(c, 1, rank, position);
+  if (!l.updateGso(1, 0)) l.gsoByReduced(1, 0, false);
+  const long position = positionFor(l, T(weighted * weighted), projectedCoefficients(c, l.mu));
+  if (position != 0) l.replaceCombination(c, 1, l.rank, position);
 }
 
-#define LATBOX_INSTANTIATE(T)                      \
-  template long& reinsertIndex<T>();               \
-  template void Lattice<T, dbl_t>::reinsertBest(); \
-  template void Lattice<T, dbl_t>::insertVector(const Vector<T>&);
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(reinsertBest)
+LATBOX_BOTH_TYPES(insertVector)
 
 }  // namespace latbox

@@ -146,12 +146,12 @@ long freeBound(const Lattice<T, F>& lattice, long k, long m) {
   return m;
 }
 
-#define LATBOX_INSTANTIATE(T)                                                      \
-  template T sampleLength(const Vector<T>&, long, long, long, const T&);           \
-  template T sampleBits(const Vector<T>&, long, long, long, const T&);             \
-  template T sampleEstimate(const Lattice<T, dbl_t>&, long, long, long, const T&); \
-  template long freeBound(const Lattice<T, dbl_t>&, long, long);
+#define LATBOX_INSTANTIATE(T)                                            \
+  template T sampleLength(const Vector<T>&, long, long, long, const T&); \
+  template T sampleBits(const Vector<T>&, long, long, long, const T&);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(sampleEstimate)
+LATBOX_BOTH_TYPES(freeBound)
 
 }  // namespace latbox

@@ -1,32 +1,24 @@
 #include "heuristics/sampling.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 
+#include "heuristics/carrier.h"
 #include "heuristics/random_draw.h"
 #include "heuristics/sample_bounds.h"
 #include "lattice/row_operation.h"
 #include "lib/progress.h"
-#include "lib/scope_value.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
 
 namespace latbox {
 namespace {
 
-// The first basis vector that carries the inhomogeneous coordinate at its full value, 0 if there is none.
-template <class T, class F>
-long firstInhomogeneous(const Lattice<T, F>& lattice) {
-  for (long i = 1; i <= lattice.rank; ++i)
-    if (isZero(T(abs(lattice.B[i][lattice.dim]) - abs(lattice.inhomScaled)))) return i;
-  return 0;
-}
-
 // Rows 1..m swept, with valid Gram-Schmidt data. False where they are dependent.
 template <class T, class F>
 bool reducePositions(Lattice<T, F>& lattice, long m) {
-  const ScopeValue<bool> silent(lattice.sweepSilent, true);
-  lattice.lll(1, m, 0);
+  lattice.lll(1, m, 0, false);
   return lattice.updateGso(1, m) || lattice.gsoByReduced(1, m, false) == 0;
 }
 
@@ -46,7 +38,7 @@ template <class T, class F>
 void subtractBasisVector(const Lattice<T, F>& lattice, Sample<T>& s, long j, const T& c) {
   const F q = toDouble(c);
   if (q == F(0)) return;
-  subtractMultiple(s.vector, c, lattice.B[j]);
+  subtractChecked(s.vector, c, lattice.B[j]);
   s.coordinates[j] -= c;
   for (long i = 1; i < j; ++i) s.mu[i] -= q * lattice.mu[j][i];
   s.mu[j] -= q;
@@ -93,6 +85,7 @@ void drawSamples(Lattice<T, F>& lattice, long k, long m, long u) {
 
 template <class T, class F>
 void sampleVector(const Lattice<T, F>& lattice, Sample<T>& result, long k, long m, long u) {
+  assert(k >= 1 && m <= lattice.rank && u >= 0);
   result.coordinates.resizeZero(lattice.rank);
   result.coordinates[m] = T(1);
   result.mu = lattice.mu[m];
@@ -105,7 +98,7 @@ void sampleVector(const Lattice<T, F>& lattice, Sample<T>& result, long k, long 
 
 template <class T, class F>
 void randomSampling(Lattice<T, F>& lattice) {
-  const long m = firstInhomogeneous(lattice);
+  const long m = carrierOfInhom(lattice);
   if (m == 0) return;
   const long k = rand_eq(1L, m);
   if (!reducePositions(lattice, m)) return;
@@ -114,10 +107,7 @@ void randomSampling(Lattice<T, F>& lattice) {
   drawSamples(lattice, k, m, u);
 }
 
-#define LATBOX_INSTANTIATE(T)                                                         \
-  template void sampleVector(const Lattice<T, dbl_t>&, Sample<T>&, long, long, long); \
-  template void randomSampling(Lattice<T, dbl_t>&);
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(sampleVector)
+LATBOX_BOTH_TYPES(randomSampling)
 
 }  // namespace latbox

@@ -1,10 +1,8 @@
-// How trimming moves a weight: by steps within a limit that grows slowly, never through 0, and back to all
-// ones when it has grown beyond use.
+#include "heuristics/scale_steps.h"
+
 #include <algorithm>
 
 #include "heuristics/random_draw.h"
-#include "lattice/lattice.h"
-#include "lattice/scale_limit.h"
 #include "numbers/number.h"
 
 namespace latbox {
@@ -22,37 +20,47 @@ T clamped(const T& step, const T& down, const T& up) {
 
 // The sign of a weight is immaterial for the lattice, and turns the reduction in another direction at no
 // cost.
-template <class T, class F>
-T Lattice<T, F>::randomSign(const T& value) {
+template <class T>
+T randomSign(const T& value) {
   return rand_eq(0L, 1L) == 0 ? value : T(-value);
 }
 
 template <class T, class F>
-void Lattice<T, F>::noteStep(long p, const T& step) {
-  const T count(stepCount[p]);
-  stepAverage[p] = (stepAverage[p] * count + step) / (count + T(1));
-  ++stepCount[p];
-}
-
-template <class T, class F>
-bool Lattice<T, F>::normalizeScales(long p) {
+bool normalizeScales(Lattice<T, F>& l, long p) {
   const T one(1);
-  for (long i = 1; i <= dim; ++i)
-    if (i != p && abs(scaleFactor[i]) <= one) return false;
-  for (long i = 1; i <= dim; ++i) {
+  for (long i = 1; i <= l.dim; ++i)
+    if (i != p && abs(l.scaleFactor[i]) <= one) return false;
+  for (long i = 1; i <= l.dim; ++i) {
     if (i == p) continue;
-    const T step = scaleFactor[i] > one ? T(-one) : one;
-    setScale(i, scaleFactor[i] + step);
+    const T step = l.scaleFactor[i] > one ? T(-one) : one;
+    l.setScale(i, l.scaleFactor[i] + step);
     // The steps count for p, whose relative weight they move: a rule of this design.
-    noteStep(p, step);
+    l.noteStep(p, step);
   }
   return true;
 }
 
+namespace {
+
 template <class T, class F>
-void Lattice<T, F>::scaleStep(long p, const T& step) {
+void scaleBeyondLimit(Lattice<T, F>& l, long p, const T& value, const T& step) {
+  if (normalizeScales(l, p)) return;
+  const T magnitude = abs(value);
+  if (magnitude >= T(WEIGHT_CEILING)) {
+    l.resetScales(true, false);
+    return;
+  }
+  l.search.scaleLimit = magnitude;
+  l.setScale(p, value);
+  l.noteStep(p, step);
+}
+
+}  // namespace
+
+template <class T, class F>
+void scaleStep(Lattice<T, F>& l, long p, const T& step) {
   if (isExactZero(step)) fail("zero step inconsistency");
-  const T zero(0), old = scaleFactor[p], limit = scaleLimit<T>();
+  const T zero(0), old = l.scaleFactor[p], limit = l.search.scaleLimit;
   const T outward = old < zero ? T(-step) : step;
   const T up = std::max(T(limit - old), zero);
   const T down = std::min(T(-limit - old), zero);
@@ -64,33 +72,16 @@ void Lattice<T, F>::scaleStep(long p, const T& step) {
   }
   const T value = randomSign(old + d);
   if (d < down || d > up) {
-    scaleBeyondLimit(p, value, d);
+    scaleBeyondLimit(l, p, value, d);
     return;
   }
-  setScale(p, value);
-  noteStep(p, d);
+  l.setScale(p, value);
+  l.noteStep(p, d);
 }
 
-template <class T, class F>
-void Lattice<T, F>::scaleBeyondLimit(long p, const T& value, const T& step) {
-  if (normalizeScales(p)) return;
-  const T magnitude = abs(value);
-  if (magnitude >= T(WEIGHT_CEILING)) {
-    resetScales(true, false);
-    return;
-  }
-  scaleLimit<T>() = magnitude;
-  setScale(p, value);
-  noteStep(p, step);
-}
-
-#define LATBOX_INSTANTIATE(T)                                 \
-  template T Lattice<T, dbl_t>::randomSign(const T&);         \
-  template void Lattice<T, dbl_t>::noteStep(long, const T&);  \
-  template bool Lattice<T, dbl_t>::normalizeScales(long);     \
-  template void Lattice<T, dbl_t>::scaleStep(long, const T&); \
-  template void Lattice<T, dbl_t>::scaleBeyondLimit(long, const T&, const T&);
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+template dbl_t randomSign(const dbl_t&);
+template QQ randomSign(const QQ&);
+LATBOX_BOTH_TYPES(normalizeScales)
+LATBOX_BOTH_TYPES(scaleStep)
 
 }  // namespace latbox

@@ -1,9 +1,9 @@
-// Sieving: rounds over the collected vectors. What beats the worst inhomogeneous vector of its round goes on,
-// as it is or with a centre added or subtracted; what no centre helps becomes a centre.
-#include "lattice/lattice.h"
+#include "heuristics/sieving.h"
+
+#include <string>
+
 #include "lib/progress.h"
 #include "numbers/number.h"
-#include "params/statistics.h"
 
 namespace latbox {
 
@@ -12,7 +12,7 @@ namespace {
 template <class F>
 HeuristicDeviation<F> recordOfKind2(bool worst) {
   HeuristicDeviation<F> record(worst);
-  record.kind = 2;
+  record.kind = KIND_INHOMOGENEOUS;
   return record;
 }
 template <class F>
@@ -62,7 +62,7 @@ class Sieve {
     bound_ = bestRecord<F>();
     for (const Node* node = pool_.head; node != nullptr; node = node->next) {
       const auto& deviation = node->value.deviation;
-      if (deviation.kind == 2 && !better(deviation, bound_)) bound_ = deviation;
+      if (deviation.kind == KIND_INHOMOGENEOUS && !better(deviation, bound_)) bound_ = deviation;
     }
     return !sameDeviation(bound_, bestRecord<F>());
   }
@@ -131,7 +131,7 @@ class Sieve {
   }
 
   void enter(Candidate& t) {
-    t.secondsUntilDiscovered = stampNow<T>(lattice_.params.bench.get());
+    t.secondsUntilDiscovered = lattice_.stamp(NOW);
     next_.insert(t);
   }
 
@@ -141,7 +141,7 @@ class Sieve {
     for (const Node* node = pool_.head; node != nullptr; node = node->next) {
       const Candidate& v = node->value;
       lattice_.checkSolution(v, false, NOW, false, Membership::byConstruction);
-      if (v.deviation.kind != 2 || !better(v.deviation, bound_)) continue;
+      if (v.deviation.kind != KIND_INHOMOGENEOUS || !better(v.deviation, bound_)) continue;
       bound_ = v.deviation;
       best = &v;
     }
@@ -152,14 +152,13 @@ class Sieve {
 }  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::sieve() {
-  Sieve<T, F> sieve(*this);
-  const ProgressScope scope(verb() > 1, "Sieving ( " + std::to_string(sieve.size()) + " vectors ) ...");
+void sieve(Lattice<T, F>& lattice) {
+  Sieve<T, F> sieve(lattice);
+  const ProgressScope scope(lattice.verb() > 1,
+                            "Sieving ( " + std::to_string(sieve.size()) + " vectors ) ...");
   sieve.run();
 }
 
-#define LATBOX_INSTANTIATE(T) template void Lattice<T, dbl_t>::sieve();
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(sieve)
 
 }  // namespace latbox

@@ -1,6 +1,9 @@
-// Trimming: the coordinates in which a nearly feasible basis vector leaves its bounds get a larger weight or
-// a shift, so that the next reduction prefers vectors that behave there.
-#include "lattice/lattice.h"
+#include "heuristics/trimming.h"
+
+#include <string>
+
+#include "heuristics/carrier.h"
+#include "heuristics/scale_steps.h"
 #include "lib/progress.h"
 #include "numbers/number.h"
 
@@ -37,90 +40,67 @@ std::string listed(const std::string& text, const Set<long>& coordinates) {
   return line;
 }
 
-}  // namespace
-
-// The first basis vector that carries the inhomogeneous coordinate once; 0 if there is none.
 template <class T, class F>
-long Lattice<T, F>::carrierOfInhom() const {
-  for (long i = 1; i <= rank; ++i)
-    if (isZero(T(abs(inhomScaled) - abs(B[i][dim])))) return i;
-  return 0;
+void scaleCoordinates(Lattice<T, F>& l, const Set<long>& coordinates) {
+  const ProgressScope level(l.verb() > 1, listed("Scaling ...", coordinates));
+  for (const auto* node = coordinates.head; node != nullptr; node = node->next)
+    scaleStep(l, node->value, T(1));
+  l.reduce();
 }
 
 template <class T, class F>
-void Lattice<T, F>::reduceTrimmed() {
-  if (params.eenum.get())
-    enumerate(nullptr);
-  else
-    lll(1, 0, 0);
-}
-
-template <class T, class F>
-void Lattice<T, F>::scaleCoordinates(const Set<long>& coordinates) {
-  const ProgressScope level(verb() > 1, listed("Scaling ...", coordinates));
-  for (const auto* node = coordinates.head; node != nullptr; node = node->next) scaleStep(node->value, T(1));
-  reduceTrimmed();
-}
-
-template <class T, class F>
-void Lattice<T, F>::translateCoordinates(const Set<long>& coordinates) {
-  const ProgressScope level(verb() > 1, "Translating ...");
+void translateCoordinates(Lattice<T, F>& l, const Set<long>& coordinates) {
+  const ProgressScope level(l.verb() > 1, "Translating ...");
   for (const auto* node = coordinates.head; node != nullptr; node = node->next) {
     const long p = node->value;
-    const T old = p <= translation.MN ? translation[p] : T(0);
+    const T old = p <= l.translation.MN ? l.translation[p] : T(0);
     // Drawn before the coordinate is looked at: the sequence of draws is part of the run.
     const T shift = randomSign(old + (old < T(0) ? T(-1) : T(1)));
-    if (p == dim || abs(shift) >= T(TRANSLATION_LIMIT)) continue;
-    setTranslation(p, shift);
-    progressLine(verb() > 1,
+    if (p == l.dim || abs(shift) >= T(TRANSLATION_LIMIT)) continue;
+    l.setTranslation(p, shift);
+    progressLine(l.verb() > 1,
                  "Component index: " + std::to_string(p) + ", Translation value: " + toText(shift));
   }
-  reduceTrimmed();
+  l.reduce();
 }
 
-// A coordinate that is still out of bounds is tried again with fresh deviations. The sets can only shrink,
+// A coordinate that is still out of bounds is tried again with fresh l.deviations. The sets can only shrink,
 // which bounds the recursion.
 template <class T, class F>
-void Lattice<T, F>::trimAgainst(const Set<long>* previous) {
-  const long carrier = carrierOfInhom();
+void trimAgainst(Lattice<T, F>& l, const Set<long>* previous) {
+  const long carrier = carrierOfInhom(l);
   if (carrier == 0) {
-    const ProgressScope level(verb() > 1, "Inhomogenous component scaling");
-    scaleStep(dim, T(1));
-    reduceTrimmed();
+    const ProgressScope level(l.verb() > 1, "Inhomogenous component scaling");
+    scaleStep(l, l.dim, T(1));
+    l.reduce();
     return;
   }
-  const bool scaling = params.scale.get(), translating = params.translate.get();
+  const bool scaling = l.params.scale.get(), translating = l.params.translate.get();
   if (!scaling && !translating) return;
   Vector<T> x;
-  unscaledVector(B[carrier], x);
-  if ((x[dim] < T(0)) != (inhomBase < T(0))) x = -x;
-  const Set<long> missed = coordinatesOf(deviations(x, false, false));
-  if (missed.count == 0 && program.At.M > 0) fail("At least the target component should deviate ...");
+  l.unscaledVector(l.B[carrier], x);
+  if ((x[l.dim] < T(0)) != (l.inhomBase < T(0))) x = -x;
+  const Set<long> missed = coordinatesOf(l.deviations(x, false, false));
+  if (missed.count == 0 && l.program.At.M > 0) fail("At least the target component should deviate ...");
   Set<long> scaled;
   if (scaling) scaled = previous == nullptr ? missed : difference(*previous, missed);
-  if (scaled.count > 0) scaleCoordinates(scaled);
-  if (translating) translateCoordinates(missed);
+  if (scaled.count > 0) scaleCoordinates(l, scaled);
+  if (translating) translateCoordinates(l, missed);
   if (scaled.count >= missed.count) return;
   if (previous == nullptr)
-    trim(&missed);
+    trim(l, &missed);
   else if (previous->count > scaled.count)
-    trim(&scaled);
+    trim(l, &scaled);
 }
+
+}  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::trim(const Set<long>* previous) {
-  const ProgressScope level(verb() > 1 && previous == nullptr, "Trimming ...");
-  if (rank > 0) trimAgainst(previous);
+void trim(Lattice<T, F>& l, const Set<long>* previous) {
+  const ProgressScope level(l.verb() > 1 && previous == nullptr, "Trimming ...");
+  if (l.rank > 0) trimAgainst(l, previous);
 }
 
-#define LATBOX_INSTANTIATE(T)                                              \
-  template long Lattice<T, dbl_t>::carrierOfInhom() const;                 \
-  template void Lattice<T, dbl_t>::reduceTrimmed();                        \
-  template void Lattice<T, dbl_t>::scaleCoordinates(const Set<long>&);     \
-  template void Lattice<T, dbl_t>::translateCoordinates(const Set<long>&); \
-  template void Lattice<T, dbl_t>::trimAgainst(const Set<long>*);          \
-  template void Lattice<T, dbl_t>::trim(const Set<long>*);
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(trim)
 
 }  // namespace latbox

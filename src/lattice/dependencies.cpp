@@ -5,19 +5,13 @@ namespace latbox {
 
 template <class T, class F>
 long Lattice<T, F>::removeDependentVectors() {
-  Matrix<T> M = unscaled(B);
+  Matrix<T> M = this->unscaled(this->B);
   eliminateDependentRows(M);
-  const long removed = B.M - M.M;
+  const long removed = this->B.M - M.M;
   if (removed == 0) return 0;
   // The rest may have been rewritten, so it is the basis that all transformations start from again.
-  rank = M.M;
-  B_save = M;
-  B = rescaled(B_save);
-  coordSolver.dropSaved();
-  resizeWork(rank);
-  emptyCollections();
-  TT.clear();
-  newTransformation(false);
+  enterBasis(M);
+  this->emptyCollections();
   return removed;
 }
 

@@ -17,7 +17,8 @@ bool beats(const F& x, const F& y) {
 
 template <class F>
 void requireComparableKinds(const HeuristicDeviation<F>& a, const HeuristicDeviation<F>& b) {
-  if (a.kind != b.kind && (a.kind == 0 || b.kind == 0)) fail("Heuristic deviation is not initialized!");
+  if (a.kind != b.kind && (a.kind == KIND_NONE || b.kind == KIND_NONE))
+    fail("Heuristic deviation is not initialized!");
 }
 
 // Neither is feasible: the number of violations first, then their size, then the length.
@@ -45,8 +46,8 @@ template <class F>
 bool better(const HeuristicDeviation<F>& a, const HeuristicDeviation<F>& b) {
   if (&a == &b) return false;
   requireComparableKinds(a, b);
-  if (a.kind != b.kind) return a.kind == 2;
-  if (a.kind == 1) {
+  if (a.kind != b.kind) return a.kind == KIND_INHOMOGENEOUS;
+  if (a.kind == KIND_HOMOGENEOUS) {
     // Homogeneous vectors are first of all short.
     if (beats(a.len, b.len)) return true;
     if (beats(b.len, a.len)) return false;
@@ -86,7 +87,7 @@ HeuristicVector<T, F>& HeuristicVector<T, F>::operator=(const Vector<T>& v) {
 template <class T, class F>
 void HeuristicVector<T, F>::clear() {
   TimeVector<T>::clear();
-  deviation.kind = 0;
+  deviation.kind = KIND_NONE;
   targetNorm = infinity<T>();
   slackNorm = infinity<T>();
 }

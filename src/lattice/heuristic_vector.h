@@ -9,6 +9,11 @@
 
 namespace latbox {
 
+// Values of HeuristicDeviation::kind, a number in the design.
+inline constexpr unsigned char KIND_NONE = 0;  // not measured yet
+inline constexpr unsigned char KIND_HOMOGENEOUS = 1;
+inline constexpr unsigned char KIND_INHOMOGENEOUS = 2;
+
 // How far a vector misses the bounds. A fresh record is the worst that can exist.
 template <class F>
 class HeuristicDeviation {
@@ -20,7 +25,7 @@ class HeuristicDeviation {
   F tn = std::numeric_limits<F>::infinity();   // sum of all violations
   long worstIndex = 0;                         // coordinate of the largest violation
   F len = std::numeric_limits<F>::infinity();  // squared Euclidean length
-  unsigned char kind = 0;                      // 0 not initialised, 1 homogeneous, 2 inhomogeneous
+  unsigned char kind = KIND_NONE;
 
   HeuristicDeviation() = default;
   // false: the best record that can exist (kind 0 all the same); true: the worst.

@@ -39,35 +39,11 @@ bool isUnit(const T& x) {
   return abs(x) == T(1);
 }
 
-}  // namespace
-
-template <class T, class F>
-int Lattice<T, F>::trivialInsert(const Vector<T>& x, long first, long last) {
-  const long p = onlyPosition(x, first, last);
-  if (p < 0) return 0;
-  if (p == 0) {
-    if (rankOf(B) != rank) fail("lattice rank is too small!");
-    return 0;
-  }
-  // A multiple lies in the lattice, but the basis vector is shorter.
-  if (abs(x[p]) > T(1)) return -1;
-  for (long t = p; t >= first + 1; --t) swapBase(t - 1, t, first + 1 < t);
-  ++statisticsOf<T>().basisSubstitutionsTrivial;
-  return 1;
-}
-
-// b_i += q * b_j, recorded in TT.
-template <class T, class F>
-void Lattice<T, F>::addRow(long i, const T& q, long j) {
-  subtractMultiple(B.rows[i], T(-q), B.rows[j]);
-  if (consistencyOn()) subtractMultiple(TT[TT.MN].rows[i], T(-q), TT[TT.MN].rows[j]);
-}
-
 // Euclid's algorithm on the coefficients, carried out on the basis: ends with x[top] = +-1 and the same
 // vector.
 template <class T, class F>
-void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top) {
-  const bool exchanged = &x == &enumCoeffs;
+void reduceLeadingCoefficient(Lattice<T, F>& l, Vector<T>& x, long first, long top) {
+  const bool exchanged = &x == &l.enumCoeffs;
   long i = top - 1;
   while (abs(x[top]) > T(1)) {
     while (i > first && isExactZero(x[i])) --i;
@@ -82,32 +58,26 @@ void Lattice<T, F>::reduceLeadingCoefficient(Vector<T>& x, long first, long top)
     x[top] = a;
     // The exchange of positions below exchanges the entries of enumCoeffs once more.
     if (exchanged) x.swap(top, i);
-    exchangePositions(top, i);
-    addRow(top, q, i);
+    l.swapBase(top, i, false);
+    l.subtract(top, T(-q), i);
   }
 }
 
-// Row 0 of B, and of the transformation, := the combination. The coefficients are those of positions
-// first..last.
-template <class T, class F>
-void Lattice<T, F>::combineIntoScratch(const Vector<T>& x, long first, long last) {
-  Vector<T>& row = B.rows[0];
-  row.resize(dim, false);
-  row.setZero();
-  for (long i = first; i <= last; ++i) {
-    if (!isExactZero(x[i])) subtractMultiple(row, T(-x[i]), B.rows[i]);
-  }
-}
+}  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::combineTransformation(const Vector<T>& x, long first, long last) {
-  Matrix<T>& transformation = TT[TT.MN];
-  Vector<T>& row = transformation.rows[0];
-  row.resize(transformation.N, false);
-  row.setZero();
-  for (long i = first; i <= last; ++i) {
-    if (!isExactZero(x[i])) row.addMultiple(x[i], transformation.rows[i]);
+int Lattice<T, F>::trivialInsert(const Vector<T>& x, long first, long last) {
+  const long p = onlyPosition(x, first, last);
+  if (p < 0) return 0;
+  if (p == 0) {
+    if (rankOf(this->B) != this->rank) fail("lattice rank is too small!");
+    return 0;
   }
+  // A multiple lies in the lattice, but the basis vector is shorter.
+  if (abs(x[p]) > T(1)) return -1;
+  for (long t = p; t >= first + 1; --t) swapBase(t - 1, t, first + 1 < t);
+  ++statisticsOf<T>().basisSubstitutionsTrivial;
+  return 1;
 }
 
 template <class T, class F>
@@ -115,28 +85,15 @@ void Lattice<T, F>::insertCombination(Vector<T>& x, long first, long last) {
   long top = last;
   while (top > first && isExactZero(x[top])) --top;
   makePrimitive(x, first, top);
-  reduceLeadingCoefficient(x, first, top);
-  combineIntoScratch(x, first, top);
-  if (isZeroVector(B.rows[0])) fail("basis can't insert the zero vector!");
-  checkSolution(B.rows[0], true, NOW, false, Membership::byConstruction);
-  if (consistencyOn()) combineTransformation(x, first, top);
+  reduceLeadingCoefficient(*this, x, first, top);
+  const Vector<T>& vector = this->combine(x, first, top);
+  if (isZeroVector(vector)) fail("basis can't insert the zero vector!");
+  checkSolution(vector, true, NOW, false, Membership::byConstruction);
+  this->recordCombined(x, first, top);
   // The row at `top`, whose coefficient is a unit and which the new vector replaces, arrives at `first`.
-  for (long t = top; t >= first + 1; --t) exchangePositions(t, t - 1);
+  for (long t = top; t >= first + 1; --t) swapBase(t, t - 1, true);
   // Row 0 moves in; since the lower index of the exchange is 0, all of `status` is cleared.
   swapBase(first, 0, false);
-}
-
-// b_p := the combination, whose coefficient at p is a unit.
-template <class T, class F>
-void Lattice<T, F>::replaceRow(const Vector<T>& x, long first, long last, long p) {
-  if (x[p] == T(-1)) {
-    B.rows[p] *= T(-1);
-    if (consistencyOn()) TT[TT.MN].rows[p] *= T(-1);
-  }
-  for (long i = first; i <= last; ++i) {
-    if (i != p && !isExactZero(x[i])) addRow(p, x[i], i);
-  }
-  invalidateFrom(p);
 }
 
 template <class T, class F>
@@ -150,18 +107,16 @@ void Lattice<T, F>::replaceCombination(Vector<T>& x, long first, long last, long
     for (long t = first; t < pos; ++t) swapBase(t, t + 1, first < t);
     return;
   }
-  coordSolver.dropCurrent();
-  replaceRow(x, first, last, p);
+  this->replace(p, x, first, last);
   for (long t = p; t < pos; ++t) swapBase(t, t + 1, t > p);
   for (long t = p; t >= pos + 1; --t) swapBase(t, t - 1, pos + 1 < t);
   ++statisticsOf<T>().basisSubstitutionsNontrivial;
 }
 
-#define LATBOX_INSTANTIATE(T)                                                        \
-  template int Lattice<T, dbl_t>::trivialInsert(const Vector<T>&, long, long);       \
-  template void Lattice<T, dbl_t>::insertCombination(Vector<T>&, long, long);        \
-  template void Lattice<T, dbl_t>::replaceCombination(Vector<T>&, long, long, long); \
-  template void Lattice<T, dbl_t>::combineIntoScratch(const Vector<T>&, long, long);
+#define LATBOX_INSTANTIATE(T)                                                  \
+  template int Lattice<T, dbl_t>::trivialInsert(const Vector<T>&, long, long); \
+  template void Lattice<T, dbl_t>::insertCombination(Vector<T>&, long, long);  \
+  template void Lattice<T, dbl_t>::replaceCombination(Vector<T>&, long, long, long);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
 

@@ -45,7 +45,7 @@ class KernelReduction {
   // These exchanges happen behind the consistency check, so they are recorded whether transformations are
   // kept in step or not: the product of the recorded matrices has to give the final order.
   void exchange(long i, long j, bool keepStatus) {
-    if (!W_.consistencyOn() && i != j) W_.TT[W_.TT.MN].swapRows(i, j);
+    if (i != j) W_.recordSwap(i, j);
     W_.swapBase(i, j, keepStatus);
   }
 
@@ -74,7 +74,7 @@ SerializableArray<Matrix<T>> Lattice<T, F>::kernelReduce() {
   work->params.verb.set(0);
   KernelReduction<T>(*work, this->Ag.M).run();
   copyFrom(*work, true);
-  return TT;
+  return this->TT;
 }
 
 template SerializableArray<Matrix<dbl_t>> Lattice<dbl_t, dbl_t>::kernelReduce();

@@ -27,28 +27,17 @@ constexpr dbl_t LOVASZ_FACTOR = 1 - EPS;
 constexpr dbl_t SIZE_BOUND = 0.5L;
 constexpr long STATUS_INTERVAL = 3600;
 
-// target[1..n] -= q * source[1..n]; most multipliers are units.
-template <class F>
-void subtractCoefficients(F* target, F q, const F* source, long n) {
-  if (q == F(1)) {
-    for (long i = 1; i <= n; ++i) target[i] -= source[i];
-  } else if (q == F(-1)) {
-    for (long i = 1; i <= n; ++i) target[i] += source[i];
-  } else {
-    for (long i = 1; i <= n; ++i) target[i] -= q * source[i];
-  }
-}
-
 // `blended` holds during a sweep only, whatever way the sweep ends.
+template <class T>
 class BlendScope {
  public:
-  explicit BlendScope(bool& blended) : blended_(blended) {}
-  ~BlendScope() { blended_ = false; }
+  explicit BlendScope(Basis<T>& basis) : basis_(basis) {}
+  ~BlendScope() { basis_.setBlended(false); }
   BlendScope(const BlendScope&) = delete;
   BlendScope& operator=(const BlendScope&) = delete;
 
  private:
-  bool& blended_;
+  Basis<T>& basis_;
 };
 
 // Time limit and hourly status line of one sweep.
@@ -89,65 +78,90 @@ void tellPosition(long pos, long end) {
                "lll interval_tt status: k = " + std::to_string(pos) + " (m = " + std::to_string(end) + ")");
 }
 
-}  // namespace
+// b_k -= round(mu[k][j]) * b_j; false where nothing is to be done.
+template <class T, class F>
+bool reduceAgainst(Lattice<T, F>& l, long k, long j, bool guarded) {
+  const F m = l.mu.rows[k].data[j];
+  if (!(std::fabs(m) > SIZE_BOUND)) return false;
+  const F q = std::round(m);
+  // After a blend no reduction may let the largest entry grow.
+  if (guarded && supNormOfDifference(l.B.rows[k], wholeNumber<T>(q), l.B.rows[j]) > supNorm(l.B.rows[k]))
+    return false;
+  l.reduceRow(k, q, j);
+  return true;
+}
+
+// Moves the dependent vector k behind the last independent one of the range.
+template <class T, class F>
+void blend(Lattice<T, F>& l, long k, long m) {
+  long last = m;
+  while (last > k && l.status[last] == STATUS_DEPENDENT) --last;
+  if (last <= k) throw DependencyException("Blending is not possible");
+  for (long t = k; t < last; ++t) l.swapBase(t, t + 1, k < t);
+}
 
 template <class T, class F>
-void Lattice<T, F>::exchangePositions(long i, long j) {
-  B.swapRows(i, j);
-  if (consistencyOn()) TT[TT.MN].swapRows(i, j);
-  std::swap(enumCoeffs[i], enumCoeffs[j]);
-  stages[i].swap(stages[j]);
-  std::swap(status[i], status[j]);
-  coordSolver.dropCurrent();
+void judgeRow(Lattice<T, F>& l, long k) {
+  l.checkSolution(l.B[k], true, NOW, false, Membership::byConstruction);
 }
+
+// The recursion repeats a position after each dependent vector that it moved; there are at most `rank` of
+// them, so a deeper recursion goes in circles.
+template <class T, class F>
+bool stepAt(Lattice<T, F>& l, long k, long m, bool& guarded, long depth) {
+  if (depth > l.rank) return false;
+  l.setBlended(k > 1);
+  judgeRow(l, k);
+  if (l.sizeReduce(k, guarded)) judgeRow(l, k);
+  if (l.status[k] != STATUS_DEPENDENT) return true;
+  long t = isZeroVector(l.B[k]) ? k : l.deepInsert(k);
+  if (t >= k) {
+    blend(l, k, m);
+    guarded = true;
+    t = k;
+  }
+  for (long p = t; p <= k; ++p)
+    if (!stepAt(l, p, m, guarded, depth + 1)) return false;
+  return true;
+}
+
+// One move of the sweep at a size-reduced position: the next position. Marks what has been settled.
+template <class T, class F>
+long lovaszMove(Lattice<T, F>& l, long pos) {
+  long next = pos + 1;
+  long settled = pos;
+  if (l.params.deep.get()) {
+    next = l.deepInsert(pos);
+    settled = next - 1;
+  } else if (pos > 1) {
+    const F m = l.mu[pos][pos - 1];
+    if (l.bstarSq[pos] + m * m * l.bstarSq[pos - 1] < LOVASZ_FACTOR * l.bstarSq[pos - 1]) {
+      l.swapBase(pos, pos - 1, false);
+      next = pos - 1;
+      settled = pos - 2;
+    }
+  }
+  if (settled >= 1) l.setStatusBits(settled, STATUS_SWEPT);
+  return next;
+}
+
+}  // namespace
 
 template <class T, class F>
 void Lattice<T, F>::swapBase(long i, long j, bool keepStatus) {
   if (i == j) return;
-  exchangePositions(i, j);
-  if (!keepStatus) invalidateFrom(i == 0 ? j : std::min(i, j));
-}
-
-// Brings the Gram-Schmidt data of row k up to date, by the stable way where the cheap one meets a dependency.
-template <class T, class F>
-bool Lattice<T, F>::orthogonaliseRow(long k) {
-  if (updateGso(k, k)) return true;
-  const long last = k == 0 ? rank : k;
-  long p = 1;
-  while (p <= last && hasStatus(p, STATUS_LQ)) ++p;
-  if (p > last) return true;
-  return gsoByReduced(p, k, false) == 0 && bstarSq[k] > EPS;
-}
-
-// b_k -= round(mu[k][j]) * b_j with all that is kept in step; false where nothing is to be done.
-template <class T, class F>
-bool Lattice<T, F>::reduceAgainst(long k, long j, bool guarded) {
-  F* const muK = mu.rows[k].data;
-  const F m = muK[j];
-  if (!(std::fabs(m) > SIZE_BOUND)) return false;
-  const F q = std::round(m);
-  const T multiplier = wholeNumber<T>(q);
-  // After a blend no reduction may let the largest entry grow.
-  if (guarded && supNormOfDifference(B.rows[k], multiplier, B.rows[j]) > supNorm(B.rows[k])) return false;
-  subtractCoefficients(muK, q, mu.rows[j].data, j - 1);
-  muK[j] -= q;
-  subtractMultiple(B.rows[k], multiplier, B.rows[j]);
-  if (consistencyOn()) subtractMultiple(TT[TT.MN][k], multiplier, TT[TT.MN][j]);
-  return true;
+  this->swap(i, j, keepStatus);
+  this->exchangeStages(i, j);
 }
 
 template <class T, class F>
 bool Lattice<T, F>::sizeReduce(long k, bool& guarded) {
-  if (hasStatus(k, STATUS_REDUCED)) return false;
-  if (!orthogonaliseRow(k)) return false;
+  if (this->hasStatus(k, STATUS_REDUCED)) return false;
+  if (!this->orthogonaliseRow(k)) return false;
   bool changed = false;
   for (long j = k - 1; j >= 1; --j)
-    if (reduceAgainst(k, j, guarded)) changed = true;
-  if (changed) {
-    invalidateFrom(k);
-    coordSolver.dropCurrent();
-  }
-  setStatusBits(k, STATUS_REDUCED);
+    if (reduceAgainst(*this, k, j, guarded)) changed = true;
+  this->setStatusBits(k, STATUS_REDUCED);
   return changed;
 }
 
@@ -155,14 +169,14 @@ template <class T, class F>
 long Lattice<T, F>::deepInsert(long k) {
   if (k < 2) return k + 1;
   T square;
-  squaredLength(B[k], square);
+  squaredLength(this->B[k], square);
   F C = toDouble(square);
   // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target, by
   // design.
   long target = 0;
   for (long i = 2; i < k && target == 0; ++i) {
-    C -= mu[k][i - 1] * mu[k][i - 1] * bstarSq[i - 1];
-    if (C > EPS && C < LOVASZ_FACTOR * bstarSq[i]) target = i;
+    C -= this->mu[k][i - 1] * this->mu[k][i - 1] * this->bstarSq[i - 1];
+    if (C > EPS && C < LOVASZ_FACTOR * this->bstarSq[i]) target = i;
   }
   if (target == 0) return k + 1;
   ++statisticsOf<T>().deepInsertions;
@@ -170,69 +184,20 @@ long Lattice<T, F>::deepInsert(long k) {
   return target;
 }
 
-// Moves the dependent vector k behind the last independent one of the range.
-template <class T, class F>
-void Lattice<T, F>::blend(long k, long m) {
-  long last = m;
-  while (last > k && status[last] == STATUS_DEPENDENT) --last;
-  if (last <= k) throw DependencyException("Blending is not possible");
-  for (long t = k; t < last; ++t) swapBase(t, t + 1, k < t);
-}
-
-// The recursion repeats a position after each dependent vector that it moved; there are at most `rank` of
-// them, so a deeper recursion goes in circles.
-template <class T, class F>
-bool Lattice<T, F>::stepAt(long k, long m, bool& guarded, long depth) {
-  if (depth > rank) return false;
-  blended = k > 1;
-  checkSolution(B[k], true, NOW, false, Membership::byConstruction);
-  if (sizeReduce(k, guarded)) checkSolution(B[k], true, NOW, false, Membership::byConstruction);
-  if (status[k] != STATUS_DEPENDENT) return true;
-  long t = isZeroVector(B[k]) ? k : deepInsert(k);
-  if (t >= k) {
-    blend(k, m);
-    guarded = true;
-    t = k;
-  }
-  for (long p = t; p <= k; ++p)
-    if (!stepAt(p, m, guarded, depth + 1)) return false;
-  return true;
-}
-
 template <class T, class F>
 bool Lattice<T, F>::lllStep(long k, long m, bool& guarded) {
   try {
-    return stepAt(k, m, guarded, 0);
+    return stepAt(*this, k, m, guarded, 0);
   } catch (const DependencyException&) {
     return false;
   }
 }
 
-// One move of the sweep at a size-reduced position: the next position. Marks what has been settled.
 template <class T, class F>
-long Lattice<T, F>::lovaszMove(long pos) {
-  long next = pos + 1;
-  long settled = pos;
-  if (params.deep.get()) {
-    next = deepInsert(pos);
-    settled = next - 1;
-  } else if (pos > 1) {
-    const F m = mu[pos][pos - 1];
-    if (bstarSq[pos] + m * m * bstarSq[pos - 1] < LOVASZ_FACTOR * bstarSq[pos - 1]) {
-      swapBase(pos, pos - 1, false);
-      next = pos - 1;
-      settled = pos - 2;
-    }
-  }
-  if (settled >= 1) setStatusBits(settled, STATUS_SWEPT);
-  return next;
-}
-
-template <class T, class F>
-long Lattice<T, F>::lll(long k, long end, long m) {
-  if (end == 0) end = rank;
-  if (m == 0) m = rank;
-  const BlendScope scope(blended);
+long Lattice<T, F>::lll(long k, long end, long m, bool report) {
+  if (end == 0) end = this->rank;
+  if (m == 0) m = this->rank;
+  const BlendScope<T> scope(*this);
   SweepClock clock;
   SweepCount count;
   bool guarded = false;
@@ -242,7 +207,7 @@ long Lattice<T, F>::lll(long k, long end, long m) {
   // A range that is empty falls through: nothing skipped, so it lowers the budget by one and returns k.
   while (pos <= end) {
     low = std::min(low, pos);
-    if (hasStatus(pos, STATUS_SWEPT)) {
+    if (this->hasStatus(pos, STATUS_SWEPT)) {
       ++pos;
       continue;
     }
@@ -250,18 +215,18 @@ long Lattice<T, F>::lll(long k, long end, long m) {
       sweepStopped = true;
       break;
     }
-    if (verb() > 1 && !sweepSilent && clock.statusDue()) tellPosition(pos, end);
-    if (count.steps >= SweepCount::budget(interval_tt)) {
+    if (report && verb() > 1 && clock.statusDue()) tellPosition(pos, end);
+    if (count.steps >= SweepCount::budget(this->interval_tt)) {
       // The budget is used up: the position is size-reduced and stays untested.
       ++count.skipped;
       ++pos;
       continue;
     }
     ++count.steps;
-    pos = lovaszMove(pos);
+    pos = lovaszMove(*this, pos);
   }
   sweepSkipped = count.skipped;
-  count.adapt(interval_tt);
+  count.adapt(this->interval_tt);
   // Positions that the loop left behind get size-reduced at least, after a time-out too.
   for (long p = pos; p <= end && lllStep(p, m, guarded); ++p) {
   }
@@ -270,9 +235,9 @@ long Lattice<T, F>::lll(long k, long end, long m) {
 
 template <class T, class F>
 void Lattice<T, F>::sortBasis(long m) {
-  if (m == 0) m = rank;
+  if (m == 0) m = this->rank;
   Vector<T> length(m);
-  for (long i = 1; i <= m; ++i) squaredLength(B[i], length[i]);
+  for (long i = 1; i <= m; ++i) squaredLength(this->B[i], length[i]);
   heapsort(
       m, [&](long i, long j) { return length[i] < length[j]; },
       [&](long i, long j) {
@@ -281,13 +246,12 @@ void Lattice<T, F>::sortBasis(long m) {
       });
 }
 
-#define LATBOX_INSTANTIATE(T)                                     \
-  template void Lattice<T, dbl_t>::exchangePositions(long, long); \
-  template void Lattice<T, dbl_t>::swapBase(long, long, bool);    \
-  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);       \
-  template long Lattice<T, dbl_t>::deepInsert(long);              \
-  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&);    \
-  template long Lattice<T, dbl_t>::lll(long, long, long);         \
+#define LATBOX_INSTANTIATE(T)                                   \
+  template void Lattice<T, dbl_t>::swapBase(long, long, bool);  \
+  template bool Lattice<T, dbl_t>::sizeReduce(long, bool&);     \
+  template long Lattice<T, dbl_t>::deepInsert(long);            \
+  template bool Lattice<T, dbl_t>::lllStep(long, long, bool&);  \
+  template long Lattice<T, dbl_t>::lll(long, long, long, bool); \
   template void Lattice<T, dbl_t>::sortBasis(long);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "lattice/lattice.h"
+#include "lattice/orthogonal_factorisation.h"
 #include "numbers/number.h"
 
 namespace latbox {

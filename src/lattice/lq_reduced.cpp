@@ -1,6 +1,6 @@
 // Modified Gram-Schmidt factorisation with kept levels: level l holds the rows projected away from the first
 // l - 1 orthogonal directions. More stable than sums of inner products, at the cost of `end` matrices.
-#include "lattice/lattice.h"
+#include "lattice/orthogonal_factorisation.h"
 #include "numbers/number.h"
 
 namespace latbox {

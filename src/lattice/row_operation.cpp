@@ -21,7 +21,7 @@ constexpr dbl_t SAFE = 1e9L;
 }  // namespace
 
 template <>
-void subtractMultiple(Vector<dbl_t>& row, const dbl_t& q, const Vector<dbl_t>& other) {
+void subtractChecked(Vector<dbl_t>& row, const dbl_t& q, const Vector<dbl_t>& other) {
   if (row.MN != other.MN) fail("Vector: dimension mismatch2");
   dbl_t* const a = row.data;
   const dbl_t* const b = other.data;
@@ -36,7 +36,7 @@ void subtractMultiple(Vector<dbl_t>& row, const dbl_t& q, const Vector<dbl_t>& o
 }
 
 template <>
-void subtractMultiple(Vector<QQ>& row, const QQ& q, const Vector<QQ>& other) {
+void subtractChecked(Vector<QQ>& row, const QQ& q, const Vector<QQ>& other) {
   if (row.MN != other.MN) fail("Vector: dimension mismatch2");
   for (long i = 1; i <= row.MN; ++i)
     if (!other.data[i].isExactZero()) QQ::submul(row.data[i], q, other.data[i]);

@@ -24,7 +24,7 @@ inline dbl_t wholeNumber(dbl_t q) {
 // "vector precisison overflow", beyond 10^18 FatalPrecisionException. An entry that passes came from a
 // product below 2 * 10^9, so product and difference of whole numbers were exact.
 template <class T>
-void subtractMultiple(Vector<T>& row, const T& q, const Vector<T>& other);
+void subtractChecked(Vector<T>& row, const T& q, const Vector<T>& other);
 
 // True when no entry is beyond the tolerance.
 template <class T>

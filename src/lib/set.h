@@ -125,7 +125,8 @@ class SortedSet : public Set<T> {
       if (better->value.better(element)) break;
     }
     Node* node = link(element, better);
-    if (this->limit == 0 || this->count <= this->limit) return true;
+    // The first element stays, whatever the limit says.
+    if (this->limit == 0 || this->count <= this->limit || this->count == 1) return true;
     return this->popFront().get() != node;
   }
 

@@ -127,6 +127,12 @@ Vector<T> operator*(const T& factor, const Vector<T>& v) {
   return v * factor;
 }
 
+// Equal shape and elements; vectors of different lengths differ.
+template <class T>
+bool sameVector(const Vector<T>& a, const Vector<T>& b) {
+  return a.MN == b.MN && a == b;
+}
+
 // Each element rounded through the library's round at double width: a known narrowing of the value.
 Vector<dbl_t> round(const Vector<dbl_t>& v);
 

@@ -29,9 +29,15 @@ class SharedCounter {
   std::atomic<long long> value_{0};
 };
 
+// The counts of finds, which go back with a step that is taken back.
+struct FindCounts {
+  long long inhomogeneousImprovements = 0;
+  long long targetImprovements = 0;
+  long long solutionsFound = 0;
+};
+
 struct Statistics {
   SharedCounter iterations;
-  bool reinserting = false;  // kept vectors come back: their improvements and solutions aren't counted
   long long inhomogeneousImprovements = 0;
   long long targetImprovements = 0;
   long long solutionsFound = 0;
@@ -57,6 +63,12 @@ struct Statistics {
 
   // Copies the progress counters into the four snapshot fields.
   void takeSnapshot();
+  FindCounts findCounts() const { return {inhomogeneousImprovements, targetImprovements, solutionsFound}; }
+  void setFindCounts(const FindCounts& counts) {
+    inhomogeneousImprovements = counts.inhomogeneousImprovements;
+    targetImprovements = counts.targetImprovements;
+    solutionsFound = counts.solutionsFound;
+  }
   // Counts an iteration with or without primary progress since the last snapshot.
   void updateProgress();
 

@@ -1,23 +1,11 @@
 // The maps between lattice vectors (unit coordinates) and the variables of the program.
-#include "lattice/lattice.h"
-#include "numbers/number.h"
+#include "program/embedding.h"
+
+#include "numbers/tolerance.h"
 #include "program/exact_product.h"
 
 namespace latbox {
 namespace {
-
-template <class T>
-void toNearWhole(T& x) {
-  if (isInteger(x)) return;
-  const T nearest = roundNearest(x);
-  if (isZero(T(x - nearest))) x = nearest;
-}
-
-// What should be whole by its definition; exact arithmetic has nothing to mend there.
-inline void snapToWhole(dbl_t& x) {
-  toNearWhole(x);
-}
-inline void snapToWhole(QQ&) {}
 
 // Standard precision has a negative zero, which would show in files.
 template <class T>
@@ -66,7 +54,7 @@ T equationExcess(const Lattice<T, F>& l, const Vector<T>& x, long base, long col
 }
 
 // Appends the values of the slack and deviation variables that belong to x; false if one of them is no
-// non-negative integer. A negative slack is `negativeSlack` and stays as computed.
+// integer. A negative slack is told by `negativeSlack` and stays as computed.
 template <class T, class F>
 bool appendSlacks(const Lattice<T, F>& l, Vector<T>& x, bool& negativeSlack) {
   const long base = x.MN;
@@ -86,7 +74,7 @@ bool appendSlacks(const Lattice<T, F>& l, Vector<T>& x, bool& negativeSlack) {
       ++k;
     }
   }
-  return whole && !negativeSlack;
+  return whole;
 }
 
 template <class T, class F>
@@ -94,7 +82,7 @@ void embedPoint(const Lattice<T, F>& l, const Vector<T>& x, Vector<T>& latVec) {
   const long q = l.dim - 1 - x.MN;
   const long tu = l.generatedTu ? 1 : 0;
   latVec.resizeZero(l.dim);
-  if (l.checkMode == 1) {
+  if (l.checkMode == CHECK_MODE_EQUATIONS) {
     for (long i = 1; i <= q; ++i) latVec[i] = exactProduct(l.Ag[i], x) - l.bg[i];
   } else {
     if (tu == 1) latVec[1] = l.c[1] * (T(2) * exactProduct(l.atu, x) - (l.ltu() + l.rtu()));
@@ -119,17 +107,23 @@ bool keepsFixedValues(const Lattice<T, F>& l, const Vector<T>& optVec) {
 
 enum class Embedded { yes, negativeSlack, notIntegral, wrongDimension };
 
+// What may be wrong with a point that is embedded all the same.
+struct Passing {
+  bool fractions = false;
+  bool negativeSlacks = false;
+};
+
 template <class T, class F>
-Embedded embed(const Lattice<T, F>& l, const Vector<T>& optVec, Vector<T>& latVec, bool fractionsPass) {
-  if (l.checkMode == 0) fail("opt2lat called with uninitialized check vectors!");
+Embedded embed(const Lattice<T, F>& l, const Vector<T>& optVec, Vector<T>& latVec, Passing passing) {
+  if (l.checkMode == CHECK_MODE_NONE) fail("opt2lat called with uninitialized check vectors!");
   const long users = l.n() - l.slackCount - l.deviationCount;
   if (optVec.MN != users + l.fixedComponents.MN) return Embedded::wrongDimension;
   Vector<T> x(optVec);
   toLatticeVariables(l, x);
   bool negativeSlack = false;
   const bool integral = appendSlacks(l, x, negativeSlack);
-  if (negativeSlack) return Embedded::negativeSlack;
-  if (!integral && !fractionsPass) return Embedded::notIntegral;
+  if (negativeSlack && !passing.negativeSlacks) return Embedded::negativeSlack;
+  if (!integral && !passing.fractions) return Embedded::notIntegral;
   embedPoint(l, x, latVec);
   return Embedded::yes;
 }
@@ -138,18 +132,18 @@ Embedded embed(const Lattice<T, F>& l, const Vector<T>& optVec, Vector<T>& latVe
 
 template <class T, class F>
 int Lattice<T, F>::lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keepAll) const {
-  if (checkMode == 0) fail("lat2opt called with uninitialized check vectors!");
+  if (this->checkMode == CHECK_MODE_NONE) fail("lat2opt called with uninitialized check vectors!");
   if (latVec.MN == 0) fail("lat_vec == 0");
-  if (latVec.MN != dim) fail("lat_vec doesn't match lattice dimension");
+  if (latVec.MN != this->dim) fail("lat_vec doesn't match lattice dimension");
   // A zero inhomogeneous coordinate counts as positive.
-  const bool negated = (latVec[dim] < T(0)) != (inhomBase < T(0));
+  const bool negated = (latVec[this->dim] < T(0)) != (this->inhomBase < T(0));
   const long variables = this->n();
-  const long q = dim - 1 - variables;
-  const T last = negated ? T(-latVec[dim]) : latVec[dim];
+  const long q = this->dim - 1 - variables;
+  const T last = negated ? T(-latVec[this->dim]) : latVec[this->dim];
   optVec.resize(keepAll ? variables : variables - this->deviationCount - this->slackCount, false);
   for (long i = 1; i <= optVec.MN; ++i) {
-    T value = negated ? T(R - latVec[q + i]) : T(R + latVec[q + i]);
-    value /= T(2) * c[q + i];
+    T value = negated ? T(this->R - latVec[q + i]) : T(this->R + latVec[q + i]);
+    value /= T(2) * this->c[q + i];
     if (!isInfinite(this->lx[i])) value += this->lx[i];
     // A lattice vector gives whole numbers, but standard precision carries multipliers such as 4/3 rounded,
     // and exact arithmetic may have taken them over. Left as it comes out, the noise would show in solutions
@@ -167,12 +161,12 @@ int Lattice<T, F>::lat2opt(const Vector<T>& latVec, Vector<T>& optVec, bool keep
   plainZeros(optVec);
   for (long k = 1; k <= this->fixedComponents.MN; ++k)
     optVec.insertComponent(this->fixedComponents[k].left, this->fixedComponents[k].right);
-  return isZero(T(inhomBase - last)) ? 1 : -1;
+  return isZero(T(this->inhomBase - last)) ? 1 : -1;
 }
 
 template <class T, class F>
 void Lattice<T, F>::opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const {
-  switch (embed(*this, optVec, latVec, true)) {
+  switch (embed(*this, optVec, latVec, {.fractions = true})) {
     case Embedded::negativeSlack:
       fail("slack variable insonsistency, s should be >= 0");
     case Embedded::wrongDimension:
@@ -180,14 +174,20 @@ void Lattice<T, F>::opt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool tra
     default:
       break;
   }
-  if (transformed && !unweighted()) rescaledVector(Vector<T>(latVec), latVec);
+  if (transformed && !this->unweighted()) this->rescaledVector(Vector<T>(latVec), latVec);
 }
 
 template <class T, class F>
 bool Lattice<T, F>::tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool transformed) const {
-  if (embed(*this, optVec, latVec, false) != Embedded::yes || !keepsFixedValues(*this, optVec)) return false;
-  if (transformed && !unweighted()) rescaledVector(Vector<T>(latVec), latVec);
+  if (embed(*this, optVec, latVec, {}) != Embedded::yes || !keepsFixedValues(*this, optVec)) return false;
+  if (transformed && !this->unweighted()) this->rescaledVector(Vector<T>(latVec), latVec);
   return true;
+}
+
+template <class T, class F>
+bool embedNearMiss(const Lattice<T, F>& lattice, const Vector<T>& optVec, Vector<T>& latVec) {
+  return embed(lattice, optVec, latVec, {.negativeSlacks = true}) == Embedded::yes &&
+         keepsFixedValues(lattice, optVec);
 }
 
 #define LATBOX_INSTANTIATE(T)                                                         \
@@ -196,5 +196,6 @@ bool Lattice<T, F>::tryOpt2lat(const Vector<T>& optVec, Vector<T>& latVec, bool 
   template bool Lattice<T, dbl_t>::tryOpt2lat(const Vector<T>&, Vector<T>&, bool) const;
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(embedNearMiss)
 
 }  // namespace latbox

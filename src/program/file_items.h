@@ -35,12 +35,6 @@ void requireExact(const Vector<T>& v);
 void requireTextual(const Matrix<dbl_t>& basis, dbl_t range);
 inline void requireTextual(const Matrix<QQ>&, const QQ&) {}
 
-// Equal shape and elements; vectors of different lengths differ.
-template <class T>
-bool sameVector(const Vector<T>& a, const Vector<T>& b) {
-  return a.MN == b.MN && a == b;
-}
-
 // Replaces the file as a whole, held off from signals. Where that is not possible, "*** ", the path and the
 // reason go to standard error, unless the last write to the path failed too, and the result is false.
 bool writeOutput(const std::string& path, const std::string& text);

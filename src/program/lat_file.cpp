@@ -1,10 +1,8 @@
-// The saved lattice: the current basis in unit coordinates with its check vectors and scale, so that a later
-// run goes on from the reduced basis. Writer and reader agree item by item; the program itself stands in the
-// .opt file.
+#include "program/lat_file.h"
+
 #include <sstream>
 #include <tuple>
 
-#include "lattice/lattice.h"
 #include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "lib/os/file.h"
@@ -13,6 +11,8 @@
 #include "numbers/number.h"
 #include "params/statistics.h"
 #include "program/file_items.h"
+#include "program/generation.h"
+#include "program/widths.h"
 
 namespace latbox {
 namespace {
@@ -148,7 +148,7 @@ void prepareWith(Lattice<T, F>& l, const SavedLattice<T>& saved) {
   l.generatedRx = program.rx = saved.rx;
   program.tu = saved.tu;
   l.generatedLrtu = program.lrtu = saved.lrtu;
-  l.prepare(false, true);
+  prepare(l, false, true);
   l.generatedTu = l.tu;
   // A basis of another program would send the maps between the two out of range.
   if (l.dim != (l.tu ? 1 : 0) + l.Au.M + l.n() + 1) fail("check vector dimensions are incorrect");
@@ -167,33 +167,28 @@ void Lattice<T, F>::writeLatFile() {
 }
 
 template <class T, class F>
-void Lattice<T, F>::readLatFile() {
-  const ProgressScope level(verb() == 2, "Reading lat file ...");
+void readLatFile(Lattice<T, F>& l) {
+  const ProgressScope level(l.verb() == 2, "Reading lat file ...");
   std::string text;
-  if (!readFile(latFile, text)) fail("The lattice file [ " + latFile + " ] can't be opened!");
-  SavedLattice<T> saved = parseLatText<T>(text, program.dt.MN);
-  resizeLattice(saved.basis.M, saved.basis.N);
-  lbnd = saved.lbnd;
-  ubnd = saved.ubnd;
-  takeBounds(2);
-  c = saved.c;
-  R = saved.R;
-  savedSeconds = saved.seconds;
-  prepareWith(*this, saved);
-  lcmOfWidths(R, false);
-  if (this->tu) adjustWidth(R, this->rtu(), this->ltu());
-  this->printProgram(verb() == 2);
-  B_save = std::move(saved.basis);
-  B = B_save;
-  restoreMultipliers();
-  TT.resize(0, false);
-  newTransformation(false);
+  if (!readFile(l.latFile, text)) fail("The lattice file [ " + l.latFile + " ] can't be opened!");
+  const SavedLattice<T> saved = parseLatText<T>(text, l.program.dt.MN);
+  l.resizeLattice(saved.basis.M, saved.basis.N);
+  l.lbnd = saved.lbnd;
+  l.ubnd = saved.ubnd;
+  l.takeBounds(CHECK_MODE_FINAL);
+  l.c = saved.c;
+  l.R = saved.R;
+  l.savedSeconds = saved.seconds;
+  prepareWith(l, saved);
+  lcmOfWidths(l, l.R, false);
+  if (l.tu) adjustWidth(l.R, l.rtu(), l.ltu());
+  l.printProgram(l.verb() == 2);
+  l.enterBasis(saved.basis);
+  l.restoreMultipliers();
 }
 
-#define LATBOX_INSTANTIATE(T)                      \
-  template void Lattice<T, dbl_t>::writeLatFile(); \
-  template void Lattice<T, dbl_t>::readLatFile();
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+template void Lattice<dbl_t, dbl_t>::writeLatFile();
+template void Lattice<QQ, dbl_t>::writeLatFile();
+LATBOX_BOTH_TYPES(readLatFile)
 
 }  // namespace latbox

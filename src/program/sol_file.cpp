@@ -1,23 +1,21 @@
-// Solutions as the .sol file shows them: one line per star, written as a whole, read back when a run resumes.
+#include "program/sol_file.h"
+
 #include <algorithm>
 #include <sstream>
 #include <utility>
 
-#include "driver/report.h"
-#include "lattice/lattice.h"
 #include "lib/heapsort.h"
-#include "lib/immortal.h"
 #include "lib/os/file.h"
 #include "lib/os/signals.h"
 #include "lib/progress.h"
 #include "lib/scanner.h"
 #include "lib/scope_value.h"
 #include "lib/text.h"
+#include "lib/time_text.h"
 #include "numbers/number.h"
 #include "params/statistics.h"
 #include "program/exact_product.h"
 #include "program/file_items.h"
-#include "program/results_version.h"
 #include "program/unsaved.h"
 
 namespace latbox {
@@ -121,32 +119,14 @@ std::string solText(const ConversionArray<Star<T>>& stars) {
   return out.str();
 }
 
-// What the process wrote last, and from what. It is the process's and not a lattice's: a lattice is put back
-// to a former state when a step fails, the file is not.
-struct WrittenSol {
-  const void* owner = nullptr;
-  long version = -1;
-  long solutions = 0;
-  long stars = 0;
-  std::string parameters;
-  std::string path;
-  std::string text;
-  bool failed = false;  // the next call tries again, whether or not something is new
-};
-
-WrittenSol& writtenSol() {
-  static Immortal<WrittenSol> written;
-  return *written;
-}
-
 template <class T, class F>
-bool isCurrent(const Lattice<T, F>& l, const WrittenSol& w, const std::string& parameters) {
-  return w.owner == &l && w.version == resultsVersion() && w.solutions == l.solutions.MN &&
+bool isCurrent(const Lattice<T, F>& l, const std::string& parameters) {
+  const RunOutput::Written& w = l.output->sol;
+  return w.owner == &l && w.version == l.output->resultsVersion && w.solutions == l.solutions.MN &&
          w.stars == l.program.stars.MN && w.parameters == parameters;
 }
 
-void putSolFile(const std::string& path, std::string text) {
-  WrittenSol& written = writtenSol();
+void putSolFile(RunOutput::Written& written, const std::string& path, std::string text) {
   if (!text.empty() && written.path == path && written.text == text && canOpen(path)) return;
   const SignalHold hold;
   written.failed = !text.empty() && !writeOutput(path, text);
@@ -233,20 +213,6 @@ Admission admit(Lattice<T, F>& l, const Star<T>& star) {
   return result & CHECK_FEASIBLE ? Admission::admitted : Admission::infeasible;
 }
 
-// Holds `verb` at 0: what happens meanwhile concerns stars that the operator knows.
-class Silence {
- public:
-  explicit Silence(Param<long>& verb) : verb_(verb), before_(verb.get()) { verb_.set(0); }
-  ~Silence() { verb_.set(before_); }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-  long before() const { return before_; }
-
- private:
-  Param<long>& verb_;
-  long before_;
-};
-
 template <class T>
 void writeMark(std::ostream& out, const T& wanted) {
   if (!isInfinite(wanted)) {
@@ -276,13 +242,13 @@ void writeReport(std::ostream& out, const Star<T>& star, const Vector<T>& wanted
 }  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::sol2star() {
-  auto& list = program.stars;
-  std::string parameters = params.text();
+void sol2star(Lattice<T, F>& l) {
+  auto& list = l.program.stars;
+  std::string parameters = l.params.text();
   // A value from the command line may hold a line end; a star must not.
   std::replace(parameters.begin(), parameters.end(), '\n', ' ');
-  if (bestSlack.notEmpty()) list.append(starOf<T, F>(*this, bestSlack, parameters));
-  for (long i = 1; i <= solutions.MN; ++i) list.append(starOf<T, F>(*this, solutions[i], parameters));
+  if (l.bestSlack.notEmpty()) list.append(starOf<T, F>(l, l.bestSlack, parameters));
+  for (long i = 1; i <= l.solutions.MN; ++i) list.append(starOf<T, F>(l, l.solutions[i], parameters));
   heapsort(
       list.MN, [&](long i, long j) { return before(list.data[i], list.data[j]); },
       [&](long i, long j) { list.swap(i, j); });
@@ -290,47 +256,52 @@ void Lattice<T, F>::sol2star() {
 }
 
 template <class T, class F>
-void Lattice<T, F>::writeSolFile(bool keepStars) {
-  if (!this->writeEnabled) return;
-  WrittenSol& written = writtenSol();
-  const std::string parameters = params.text();
-  if (!keepStars && !written.failed && isCurrent(*this, written, parameters) &&
-      written.path == this->solFile && (written.text.empty() || canOpen(this->solFile)))
+void writeSolFile(Lattice<T, F>& l, bool keepStars) {
+  if (!l.writeEnabled || l.output->held) return;
+  RunOutput::Written& written = l.output->sol;
+  const std::string parameters = l.params.text();
+  if (!keepStars && !written.failed && isCurrent(l, parameters) && written.path == l.solFile &&
+      (written.text.empty() || canOpen(l.solFile)))
     return;
-  if (!keepStars) sol2star();
-  if (this->solFile.empty()) {
+  if (!keepStars) sol2star(l);
+  if (l.solFile.empty()) {
     warn("solFile is not set - solution write not possible");
     return;
   }
-  putSolFile(this->solFile, solText(program.stars));
-  written.owner = this;
-  written.version = keepStars ? -1 : resultsVersion();
-  written.solutions = solutions.MN;
-  written.stars = program.stars.MN;
+  putSolFile(written, l.solFile, solText(l.program.stars));
+  written.owner = &l;
+  written.version = keepStars ? -1 : l.output->resultsVersion;
+  written.solutions = l.solutions.MN;
+  written.stars = l.program.stars.MN;
   written.parameters = parameters;
 }
 
 template <class T, class F>
-void Lattice<T, F>::readStarsFromSolFile(bool, bool) {
-  if (isBenchmark(params.bench.get())) return;
-  const ProgressScope level(verb() == 2, "Reading sol file ...");
+void readStarsFromSolFile(Lattice<T, F>& l, bool, bool) {
+  if (isBenchmark(l.params.bench.get())) return;
+  const ProgressScope level(l.verb() == 2, "Reading sol file ...");
   std::string text;
-  if (!readFile(this->solFile, text)) return;
+  if (!readFile(l.solFile, text)) return;
   const ConversionArray<Star<T>> found = parseSolText<T>(text);
-  program.stars.clear();  // a step that is repeated reads the file again
-  const ScopeValue<bool> unwritten(this->writeEnabled, false);
-  const ScopeValue<bool> unfinished(this->finishEnabled, false);
-  readmitStars(found, true);
+  const ScopeValue<bool> unwritten(l.writeEnabled, false);
+  const ScopeValue<bool> unfinished(l.finishEnabled, false);
+  readmitStars(l, found, true);
 }
 
+// What happens meanwhile concerns stars that the operator knows, so nothing is traced but what becomes of
+// them.
 template <class T, class F>
-void Lattice<T, F>::readmitStars(const ConversionArray<Star<T>>& candidates, bool report) {
-  const Silence silence(params.verb);
-  const bool told = report && silence.before() >= 2;
+void readmitStars(Lattice<T, F>& l, const ConversionArray<Star<T>>& candidates, bool report) {
   for (long i = 1; i <= candidates.MN; ++i) {
-    switch (admit(*this, candidates[i])) {
+    Admission admission;
+    {
+      const Mute mute;
+      admission = admit(l, candidates[i]);
+    }
+    const bool told = report && l.verb() >= 2;
+    switch (admission) {
       case Admission::admitted:
-        program.stars.append(candidates[i]);
+        l.program.stars.append(candidates[i]);
         break;
       case Admission::foreign:
         progressLine(told, "Star-Vector is not part of the lattice");
@@ -340,27 +311,24 @@ void Lattice<T, F>::readmitStars(const ConversionArray<Star<T>>& candidates, boo
         break;
     }
   }
-  ++resultsVersion();
+  ++l.output->resultsVersion;
 }
 
 template <class T, class F>
-std::string Lattice<T, F>::starReport() const {
+std::string starReport(const Lattice<T, F>& l) {
   std::ostringstream out;
   setFullPrecision(out);
-  for (long i = 1; i <= program.stars.MN; ++i) {
+  for (long i = 1; i <= l.program.stars.MN; ++i) {
     if (i > 1) out << "\n---\n";
-    writeReport(out, program.stars[i], program.dt);
+    writeReport(out, l.program.stars[i], l.program.dt);
   }
   return out.str();
 }
 
-#define LATBOX_INSTANTIATE(T)                                                           \
-  template void Lattice<T, dbl_t>::sol2star();                                          \
-  template void Lattice<T, dbl_t>::writeSolFile(bool);                                  \
-  template void Lattice<T, dbl_t>::readStarsFromSolFile(bool, bool);                    \
-  template void Lattice<T, dbl_t>::readmitStars(const ConversionArray<Star<T>>&, bool); \
-  template std::string Lattice<T, dbl_t>::starReport() const;
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+LATBOX_BOTH_TYPES(sol2star)
+LATBOX_BOTH_TYPES(writeSolFile)
+LATBOX_BOTH_TYPES(readStarsFromSolFile)
+LATBOX_BOTH_TYPES(readmitStars)
+LATBOX_BOTH_TYPES(starReport)
 
 }  // namespace latbox

@@ -1,8 +1,9 @@
-// The corners and the centre of the box of the variable bounds: three candidates that cost nothing.
-#include "lattice/lattice.h"
+#include "program/trivial.h"
+
 #include "lib/progress.h"
 #include "lib/scope_value.h"
 #include "numbers/number.h"
+#include "program/generation.h"
 
 namespace latbox {
 namespace {
@@ -36,37 +37,37 @@ T centre(const T& low, const T& high, const T& digits) {
 }  // namespace
 
 template <class T, class F>
-void Lattice<T, F>::checkTrivialSolutions() {
-  const ProgressScope level(verb() == 2, "Checking trivial solutions ...");
-  Vector<T> a = program.lx, b = program.rx, m;
+void checkTrivialSolutions(Lattice<T, F>& l) {
+  const ProgressScope level(l.verb() == 2, "Checking trivial solutions ...");
+  Vector<T> a = l.program.lx, b = l.program.rx, m;
   m.resizeZero(a.MN);
   for (long i = 1; i <= a.MN; ++i) {
     makeFinite(a[i], b[i]);
-    m[i] = isFixed(program, i) ? a[i] : centre(a[i], b[i], program.dx[i]);
+    m[i] = isFixed(l.program, i) ? a[i] : centre(a[i], b[i], l.program.dx[i]);
   }
   unsigned results = 0;
   {
     // No candidate ends the run by itself.
-    const ScopeValue<bool> unfinished(this->finishEnabled, false);
-    const long added = program.prepared ? program.slackCount + program.deviationCount : 0;
+    const ScopeValue<bool> unfinished(l.finishEnabled, false);
+    const long added = l.program.prepared ? l.program.slackCount + l.program.deviationCount : 0;
     for (Vector<T>* x : {&a, &b, &m}) {
       Vector<T> v;
       x->resize(x->MN - added, false);
-      opt2lat(*x, v, true);
-      results |= checkSolution(v, true, NOW, false);
+      l.opt2lat(*x, v, true);
+      results |= l.checkSolution(v, true, NOW, false);
     }
   }
   // Stars that were read back may have moved a bound, too: the lattice must not be searched or saved behind
   // them.
-  if (programAhead()) results |= CHECK_BOUND;
+  if (programAhead(l)) results |= CHECK_BOUND;
+  if (l.events == nullptr) return;
   if (results & CHECK_LIMIT) {
-    restartHandling(true);
+    l.events->limitReached(l);
   } else if (results & CHECK_BOUND) {
-    restartHandling(false);
+    l.events->boundMoved(l);
   }
 }
 
-template void Lattice<dbl_t, dbl_t>::checkTrivialSolutions();
-template void Lattice<QQ, dbl_t>::checkTrivialSolutions();
+LATBOX_BOTH_TYPES(checkTrivialSolutions)
 
 }  // namespace latbox

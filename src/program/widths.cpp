@@ -1,6 +1,7 @@
 // The common range of the embedding: a common multiple of all widths. Widths that the user has not fixed grow
 // a little where that keeps the range small.
-#include "lattice/lattice.h"
+#include "program/widths.h"
+
 #include "numbers/number.h"
 #include "program/divisors.h"
 
@@ -32,31 +33,31 @@ T fittingWidth(const T& range, const T& width) {
 }  // namespace
 
 template <class T, class F>
-T Lattice<T, F>::computeRange(bool equations) {
-  T range = lcmOfWidths(T(1), true);
+T computeRange(Lattice<T, F>& l, bool equations) {
+  T range = lcmOfWidths(l, T(1), true);
   if (equations) return range;
-  for (long i = 1; i <= this->Au.M; ++i) {
-    const T width = this->ru[i] - this->lu[i];
+  for (long i = 1; i <= l.Au.M; ++i) {
+    const T width = l.ru[i] - l.lu[i];
     if (isZero(width)) fail("ineq bounds error1");
     range = commonMultiple(range, width);
   }
-  if (this->tu) {
-    const T width = adjustWidth(range, this->rtu(), this->ltu());
+  if (l.tu) {
+    const T width = adjustWidth(range, l.rtu(), l.ltu());
     if (!isZero(width)) range = commonMultiple(range, width);
   }
   return range;
 }
 
 template <class T, class F>
-T Lattice<T, F>::lcmOfWidths(T range, bool take) {
-  for (long i = 1; i <= this->n(); ++i) {
-    if (isInfinite(this->lx[i]) || isInfinite(this->rx[i])) continue;
-    if (this->fx[i] == FreedomDegree::noUpper || this->fx[i] == FreedomDegree::free) {
+T lcmOfWidths(Lattice<T, F>& l, T range, bool take) {
+  for (long i = 1; i <= l.n(); ++i) {
+    if (isInfinite(l.lx[i]) || isInfinite(l.rx[i])) continue;
+    if (l.fx[i] == FreedomDegree::noUpper || l.fx[i] == FreedomDegree::free) {
       T s(0);
-      adjustWidth(range, this->rx[i], s);
-      this->rx[i] -= s;
+      adjustWidth(range, l.rx[i], s);
+      l.rx[i] -= s;
     }
-    if (take && !isZero(this->rx[i])) range = commonMultiple(range, this->rx[i]);
+    if (take && !isZero(l.rx[i])) range = commonMultiple(range, l.rx[i]);
   }
   return range;
 }
@@ -66,8 +67,8 @@ T Lattice<T, F>::lcmOfWidths(T range, bool take) {
 // can't do better than the next multiple: a width d = k g, g a divisor of the range, has the common multiple
 // k times the range, and g at most half the range makes k larger than that multiple's. A width below the
 // range meets a divisor, the range itself at the latest, and no earlier width has a common multiple as small.
-template <class T, class F>
-T Lattice<T, F>::adjustWidth(const T& range, const T& b, T& s) {
+template <class T>
+T adjustWidth(const T& range, const T& b, T& s) {
   if (isZero(T(b - s))) return T(0);
   const T width = wholeWidth(T(b - s));
   const T fitting = fittingWidth(range, width);
@@ -75,11 +76,9 @@ T Lattice<T, F>::adjustWidth(const T& range, const T& b, T& s) {
   return fitting;
 }
 
-#define LATBOX_INSTANTIATE(T)                         \
-  template T Lattice<T, dbl_t>::computeRange(bool);   \
-  template T Lattice<T, dbl_t>::lcmOfWidths(T, bool); \
-  template T Lattice<T, dbl_t>::adjustWidth(const T&, const T&, T&);
-LATBOX_INSTANTIATE(dbl_t)
-LATBOX_INSTANTIATE(QQ)
+template dbl_t adjustWidth(const dbl_t&, const dbl_t&, dbl_t&);
+template QQ adjustWidth(const QQ&, const QQ&, QQ&);
+LATBOX_BOTH_TYPES(computeRange)
+LATBOX_BOTH_TYPES(lcmOfWidths)
 
 }  // namespace latbox

@@ -9,6 +9,7 @@
 #include "driver/iterate.h"
 #include "driver/signals.h"
 #include "driver/timer.h"
+#include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "lib/os/signals.h"
 #include "small_program.h"

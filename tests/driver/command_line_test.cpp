@@ -1,4 +1,5 @@
 #include "driver/command_line.h"
+#include "driver/ladder.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

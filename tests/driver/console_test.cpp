@@ -1,4 +1,5 @@
 #include "driver/console.h"
+#include "driver/ladder.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

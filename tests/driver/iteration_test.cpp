@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "driver/iterate.h"
+#include "driver/ladder.h"
 #include "driver/run_state.h"
 #include "lib/os/clock.h"
 #include "small_program.h"

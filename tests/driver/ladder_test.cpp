@@ -5,9 +5,13 @@
 #include <thread>
 
 #include "driver/command_line.h"
+#include "driver/ladder.h"
 #include "driver/run_state.h"
 #include "driver/ylattice.h"
+#include "lib/exceptions.h"
+#include "lib/progress.h"
 #include "small_program.h"
+#include "support/rows.h"
 
 namespace latbox {
 namespace {
@@ -28,7 +32,7 @@ struct FailsInStandard {
       lattice.R = T(-1);
       throw PrecisionException("lost");
     }
-    lattice.B[1][1] += T(1);
+    testing::rows(lattice).B[1][1] += T(1);
   }
 };
 
@@ -178,8 +182,8 @@ TEST(UseStandardPrecision, StaysForAThird) {
 TEST(UseStandardPrecision, StaysForAThirdInAnyExactMember) {
   using Spoil = void (*)(Lattice<QQ, dbl_t>&);
   const Spoil spoilers[] = {
-      [](Lattice<QQ, dbl_t>& lattice) { lattice.B[2][1] = QQ("1/3"); },
-      [](Lattice<QQ, dbl_t>& lattice) { lattice.B_save[2][1] = QQ("1/3"); },
+      [](Lattice<QQ, dbl_t>& lattice) { testing::rows(lattice).B[2][1] = QQ("1/3"); },
+      [](Lattice<QQ, dbl_t>& lattice) { testing::rows(lattice).B_save[2][1] = QQ("1/3"); },
       [](Lattice<QQ, dbl_t>& lattice) { lattice.c[1] = QQ("4/3"); },
       [](Lattice<QQ, dbl_t>& lattice) { lattice.lbnd[1] = QQ("1/3"); },
       [](Lattice<QQ, dbl_t>& lattice) { lattice.program.Au[1][1] = QQ("1/3"); },

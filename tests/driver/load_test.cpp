@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "driver/run.h"
+#include "lib/progress.h"
 #include "small_program.h"
 
 namespace latbox {

@@ -1,13 +1,15 @@
 #include "driver/report.h"
+#include "program/candidate_check.h"
+#include "support/rows.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <sstream>
 
-#include "driver/fixed_text.h"
 #include "lattice/lattice.h"
 #include "lib/os/clock.h"
+#include "lib/time_text.h"
 #include "params/statistics.h"
 
 namespace latbox {
@@ -100,24 +102,24 @@ TYPED_TEST(Report, BestTargetLineWithoutATarget) {
 }
 
 TYPED_TEST(Report, SummaryIsEmptyWithoutTargetsAndSolutions) {
-  EXPECT_EQ(this->lattice_.solutionSummary(), "");
+  EXPECT_EQ(solutionSummary(this->lattice_), "");
 }
 
 TYPED_TEST(Report, SummaryWithTargets) {
   this->addTarget();
-  EXPECT_EQ(this->lattice_.solutionSummary(), "\nT(bestTarget) = inf, S(bestTarget) = inf\n");
+  EXPECT_EQ(solutionSummary(this->lattice_), "\nT(bestTarget) = inf, S(bestTarget) = inf\n");
   this->setBest("12345678", "0", 5);
-  EXPECT_EQ(this->lattice_.solutionSummary(),
+  EXPECT_EQ(solutionSummary(this->lattice_),
             "\nT(bestTarget) = 12345678, S(bestTarget) = 0 -- { 5 sec(s) }\n");
 }
 
 TYPED_TEST(Report, SummaryWithSolutions) {
   this->addSolution(0);
-  EXPECT_EQ(this->lattice_.solutionSummary(),
+  EXPECT_EQ(solutionSummary(this->lattice_),
             "\nSolutions found: 1\n\n{ The first solution/s was/were found after: 0 sec(s) }\n");
   this->addSolution(60);
   this->addSolution(-1);
-  EXPECT_EQ(this->lattice_.solutionSummary(),
+  EXPECT_EQ(solutionSummary(this->lattice_),
             "\nSolutions found: 3\n\n{ The first solution/s was/were found after: 0 sec(s) "
             "1:00 min(s):sec(s) == 60 secs -1 sec(s) }\n");
 }
@@ -125,32 +127,32 @@ TYPED_TEST(Report, SummaryWithSolutions) {
 TYPED_TEST(Report, FourthSolutionAddsNoTime) {
   for (long i = 1; i <= 4; ++i) this->addSolution(i);
   EXPECT_EQ(
-      this->lattice_.solutionSummary(),
+      solutionSummary(this->lattice_),
       "\nSolutions found: 4\n\n{ The first solution/s was/were found after: 1 sec(s) 2 sec(s) 3 sec(s) }\n");
 }
 
 TYPED_TEST(Report, BenchmarkRunHidesTheNumberOfSolutions) {
   this->lattice_.params.bench.set(1);
   this->addSolution(7);
-  EXPECT_EQ(this->lattice_.solutionSummary(), "\n{ The first solution/s was/were found after: 7 sec(s) }\n");
+  EXPECT_EQ(solutionSummary(this->lattice_), "\n{ The first solution/s was/were found after: 7 sec(s) }\n");
 }
 
 TYPED_TEST(Report, Verb0PrintsNothingWithoutASummary) {
-  EXPECT_EQ(this->lattice_.iterationReport(), "");
+  EXPECT_EQ(iterationReport(this->lattice_), "");
 }
 
 TYPED_TEST(Report, Verb0PrintsASummaryOnce) {
   // The memory is that of the process, so each type needs times of its own.
   this->addSolution(std::is_same_v<TypeParam, QQ> ? 501 : 502);
-  const std::string summary = this->lattice_.solutionSummary();
-  EXPECT_EQ(this->lattice_.iterationReport(), summary);
-  EXPECT_EQ(this->lattice_.iterationReport(), "");
+  const std::string summary = solutionSummary(this->lattice_);
+  EXPECT_EQ(iterationReport(this->lattice_), summary);
+  EXPECT_EQ(iterationReport(this->lattice_), "");
   Lattice<TypeParam, dbl_t> other;
-  EXPECT_EQ(other.iterationReport(), "");
+  EXPECT_EQ(iterationReport(other), "");
   this->addSolution(9);
-  EXPECT_EQ(this->lattice_.iterationReport(), this->lattice_.solutionSummary());
+  EXPECT_EQ(iterationReport(this->lattice_), solutionSummary(this->lattice_));
   this->lattice_.solutions.resize(1, false);
-  EXPECT_EQ(this->lattice_.iterationReport(), summary);
+  EXPECT_EQ(iterationReport(this->lattice_), summary);
 }
 
 TYPED_TEST(Report, Verb1PrintsTheBlock) {
@@ -163,7 +165,7 @@ TYPED_TEST(Report, Verb1PrintsTheBlock) {
   statistics.nontrivialBasisExtensions = 6;
   statistics.pairwiseCollections = 7;
   statistics.inhomogeneousImprovements = 8;
-  EXPECT_EQ(lattice.iterationReport(),
+  EXPECT_EQ(iterationReport(lattice),
             "------------------------- Some statistics --------------------------\n\n"
             "Total iterations: 3\nTotal running time: 1:10 min(s):sec(s) == 70 secs\n\n"
             "Basis substitutions (triv / ntriv): ( 4 / 5 )\n"
@@ -186,11 +188,11 @@ TYPED_TEST(Report, Verb1PrintsWhatTheOptionsAskFor) {
   statistics.samplingCollections = 13;
   statistics.targetImprovements = 14;
   statistics.noPrimaryImprovement = 15;
-  lattice.TT.resize(2, false);
+  testing::rows(lattice).TT.resize(2, false);
   lattice.homogeneousVectors.append(HeuristicVector<TypeParam, dbl_t>());
   this->addTarget();
   this->addSolution(1);
-  EXPECT_EQ(lattice.iterationReport(),
+  EXPECT_EQ(iterationReport(lattice),
             "------------------------- Some statistics --------------------------\n\n"
             "Total iterations: 0\nTotal running time: 1:10 min(s):sec(s) == 70 secs\n\n"
             "Transformation matrices: 2\n\n"
@@ -210,9 +212,8 @@ TYPED_TEST(Report, Verb2PrintsTheVectors) {
   auto& lattice = this->lattice_;
   lattice.params.verb.set(2);
   lattice.params.scale.set(true);
-  lattice.rank = 1;
-  lattice.dim = 2;
-  lattice.B = Matrix<TypeParam>("[[5 123456789]]");
+  lattice.resizeLattice(1, 2);
+  lattice.enterBasis(Matrix<TypeParam>("[[5 123456789]]"));
   lattice.scaleFactor = Vector<TypeParam>("[ 1 2 ]");
   lattice.translation = Vector<TypeParam>("[ 0 3 ]");
   lattice.bestInhomogeneous = HeuristicVector<TypeParam, dbl_t>(Vector<TypeParam>("[ 7 8 ]"));
@@ -222,7 +223,7 @@ TYPED_TEST(Report, Verb2PrintsTheVectors) {
   lattice.bestInhomogeneous.deviation.fc = 1;
   lattice.bestInhomogeneous.deviation.tn = 1.5L;
   this->setBest("6", "0", 3);
-  const std::string text = lattice.iterationReport();
+  const std::string text = iterationReport(lattice);
   EXPECT_TRUE(text.starts_with("\n------------------------- Some statistics")) << text;
   EXPECT_NE(text.find("\nBest inhomogenous vector: \n[ 7 8 ] -- { 2 sec(s) } -- "
                       "{ [len,f,fs,fm,fc,tn] = 113 0 inf 1.5 1 1.5 }\n\n"
@@ -239,11 +240,10 @@ TYPED_TEST(Report, Verb2LeavesOutWhatIsNotThere) {
   auto& lattice = this->lattice_;
   lattice.params.verb.set(2);
   lattice.params.pair.set(false);
-  lattice.rank = 1;
-  lattice.dim = 2;
-  lattice.B = Matrix<TypeParam>("[[5 6]]");
+  lattice.resizeLattice(1, 2);
+  lattice.enterBasis(Matrix<TypeParam>("[[5 6]]"));
   EXPECT_NE(
-      lattice.iterationReport().find("extensions: 0\n\nB[1]: \n[ 5 6 ]\n\nInhomogenous improvements: 0\n"),
+      iterationReport(lattice).find("extensions: 0\n\nB[1]: \n[ 5 6 ]\n\nInhomogenous improvements: 0\n"),
       std::string::npos);
 }
 
@@ -253,7 +253,7 @@ TYPED_TEST(Report, TranslationAloneShowsTheTrimming) {
   lattice.params.translate.set(true);
   lattice.scaleFactor = Vector<TypeParam>("[ 1 1 ]");
   lattice.translation = Vector<TypeParam>("[ 4 0 ]");
-  EXPECT_NE(lattice.iterationReport().find(
+  EXPECT_NE(iterationReport(lattice).find(
                 "\nTrimming (scale / translation): \nscaling = [ 1 1 ]\ntranslation = [ 4 0 ]\n"),
             std::string::npos);
 }
@@ -264,7 +264,7 @@ TYPED_TEST(Report, OtherValuesOfVerb) {
   const std::string head = "------------------------- Some statistics --------------------------\n\n";
   for (const auto& [verb, vectors] : {std::pair(3L, true), std::pair(1000L, true), std::pair(-1L, false)}) {
     lattice.params.verb.set(verb);
-    const std::string text = lattice.iterationReport();
+    const std::string text = iterationReport(lattice);
     EXPECT_TRUE(text.starts_with(head)) << text;
     EXPECT_EQ(text.find("\nB[1]: \n") != std::string::npos, vectors) << verb;
   }
@@ -273,7 +273,7 @@ TYPED_TEST(Report, OtherValuesOfVerb) {
 TYPED_TEST(Report, GuiKeepsTheTextAndPrintsTheBlockAtVerb0) {
   auto& lattice = this->lattice_;
   lattice.params.gui.init("", "", true, lattice.params.keys, lattice.params.hash);
-  const std::string text = lattice.iterationReport();
+  const std::string text = iterationReport(lattice);
   EXPECT_TRUE(text.starts_with("------------------------- Some statistics")) << text;
   EXPECT_NE(text.find("B[1]: \n"), std::string::npos);
   EXPECT_EQ(lattice.mainVars[MainMutexVariable::reportText].get(), text);
@@ -283,7 +283,7 @@ TYPED_TEST(Report, PublishesSummaryAndPath) {
   this->addSolution(4);
   this->lattice_.solFile = "some.sol";
   publishSummary(this->lattice_);
-  EXPECT_EQ(publishedSummary().text, this->lattice_.solutionSummary());
+  EXPECT_EQ(publishedSummary().text, solutionSummary(this->lattice_));
   EXPECT_EQ(publishedSummary().solFile, "some.sol");
 }
 
@@ -291,7 +291,7 @@ TYPED_TEST(Report, PublishesNothingWhileVectorsComeBack) {
   this->addSolution(4);
   publishSummary(this->lattice_);
   const std::string before = publishedSummary().text;
-  statisticsOf<TypeParam>().reinserting = true;
+  this->lattice_.search.reinserting = true;
   this->lattice_.solutions.clear();
   publishSummary(this->lattice_);
   EXPECT_EQ(publishedSummary().text, before);

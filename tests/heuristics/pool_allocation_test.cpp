@@ -1,4 +1,6 @@
 // Candidates of recombination and sieving outnumber everything else: none may cost an allocation.
+#include "heuristics/recombination.h"
+#include "heuristics/sieving.h"
 #include "pools.h"
 #include "support/allocations.h"
 
@@ -42,7 +44,7 @@ TYPED_TEST(PoolAllocation, RecombinationAllocatesForItsPoolsAlone) {
   auto lattice = barrenLattice<T>(60);
   const long pools = lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count + lattice->rank;
   const long candidates = 2 * lattice->homogeneousVectors.count * lattice->inhomogeneousVectors.count;
-  const long allocated = this->allocatedBy(*lattice, [](auto& l) { l.pairwiseRecombination(); });
+  const long allocated = this->allocatedBy(*lattice, [](auto& l) { pairwiseRecombination(l); });
   EXPECT_GT(candidates, 20 * pools);
   EXPECT_LT(allocated, 4 * pools + 50);
 }
@@ -52,7 +54,7 @@ TYPED_TEST(PoolAllocation, SievingAllocatesForWhatGoesOnAlone) {
   auto lattice = barrenLattice<T>(60);
   const long pool = std::min(60L, lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count);
   // Each round enters each vector once at most, and its pool is a copy; the first round tries each with each.
-  const long allocated = this->allocatedBy(*lattice, [](auto& l) { l.sieve(); });
+  const long allocated = this->allocatedBy(*lattice, [](auto& l) { sieve(l); });
   EXPECT_GT(pool, 50);
   EXPECT_LT(allocated, 6 * pool * pool);
 }

@@ -4,9 +4,12 @@
 
 #include "driver/small_program.h"
 #include "heuristics/random_draw.h"
+#include "heuristics/recombination.h"
 #include "lib/exceptions.h"
+#include "lib/progress.h"
 #include "params/statistics.h"
 #include "pools.h"
+#include "support/rows.h"
 
 namespace latbox::testing {
 
@@ -18,7 +21,7 @@ class SelectRandomTest : public ::testing::Test {
 
   static HeuristicVector<T, dbl_t> candidate(long i) {
     HeuristicVector<T, dbl_t> h(vectorOf<T>({i, 1}));
-    h.deviation.kind = 2;
+    h.deviation.kind = KIND_INHOMOGENEOUS;
     h.deviation.fc = 1000 - i;
     return h;
   }
@@ -28,7 +31,7 @@ class SelectRandomTest : public ::testing::Test {
   void select(long pairLimit, unsigned seed = 42) {
     std::srand(seed);
     lattice.params.pairLimit.set(pairLimit);
-    lattice.selectRandom(source, destination);
+    selectRandom(lattice, source, destination);
   }
 };
 TYPED_TEST_SUITE(SelectRandomTest, NumberTypes);
@@ -175,8 +178,8 @@ TYPED_TEST(SelectRandomTest, DuplicatesEndWithTheLastPass) {
 template <class T>
 long recombineByDefinition(Lattice<T, dbl_t>& l) {
   Collection<T> homogeneous, inhomogeneous;
-  l.selectRandom(l.homogeneousVectors, homogeneous);
-  l.selectRandom(l.inhomogeneousVectors, inhomogeneous);
+  selectRandom(l, l.homogeneousVectors, homogeneous);
+  selectRandom(l, l.inhomogeneousVectors, inhomogeneous);
   homogeneous.limit = inhomogeneous.limit = 0;
   const Matrix<T> rows = l.unscaled(l.B);
   for (long i = 1; i <= l.rank; ++i) l.collect(rows[i], &homogeneous, &inhomogeneous);
@@ -204,7 +207,7 @@ class RecombinationTest : public ::testing::Test {
   static long counted() { return static_cast<long>(statisticsOf<T>().pairwiseCollections); }
   static void run(Lattice<T, dbl_t>& lattice, unsigned seed = 42) {
     std::srand(seed);
-    lattice.pairwiseRecombination();
+    pairwiseRecombination(lattice);
   }
 };
 TYPED_TEST_SUITE(RecombinationTest, NumberTypes);
@@ -252,7 +255,7 @@ TYPED_TEST(RecombinationTest, FindsSolutionsAsSums) {
   using T = TypeParam;
   auto lattice = latticeOf<T>(SMALL);
   lattice->params.sol.set(0);
-  lattice->B = matrixOf<T>({{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}});
+  rows(*lattice).B = matrixOf<T>({{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}});
   this->run(*lattice);
   std::vector<std::string> found;
   for (long i = 1; i <= lattice->solutions.MN; ++i) found.push_back(shown<T>(lattice->solutions[i]));
@@ -266,7 +269,7 @@ TYPED_TEST(RecombinationTest, CollectedVectorsTakePart) {
   using T = TypeParam;
   auto lattice = latticeOf<T>(SMALL);
   lattice->params.sol.set(0);
-  lattice->B = matrixOf<T>({{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}});
+  rows(*lattice).B = matrixOf<T>({{-8, -4, -4, 1}, {4, 2, 0, 0}, {4, 0, 2, 0}});
   lattice->params.pair.set(false);
   lattice->collect(vectorOf<T>({8, 2, 2, 0}), nullptr, nullptr);
   this->run(*lattice);
@@ -345,7 +348,7 @@ TYPED_TEST(RecombinationTest, ProgressLineAboveVerbosityOne) {
 
 TYPED_TEST(RecombinationTest, ProgressLineStandsBeforeTheLookAtThePools) {
   Lattice<TypeParam, dbl_t> empty;
-  EXPECT_EQ(printedAt(empty, 2, [&] { empty.pairwiseRecombination(); }), "|-> Pairwise recombination ... \n");
+  EXPECT_EQ(printedAt(empty, 2, [&] { pairwiseRecombination(empty); }), "|-> Pairwise recombination ... \n");
   EXPECT_EQ(progressDepth(), 0);
 }
 
@@ -363,13 +366,13 @@ TEST(RecombinationRestart, LeavesTheLatticeReadyForTheNextRun) {
   for (int i = 0; i < 20; ++i) {
     try {
       lattice.lll(1, 0, 0);
-      lattice.pairwiseRecombination();
+      pairwiseRecombination(lattice);
     } catch (const RestartException&) {
       ++restarts;
     }
     EXPECT_TRUE(lattice.finishEnabled);
     EXPECT_TRUE(lattice.writeEnabled);
-    EXPECT_FALSE(statisticsStandard().reinserting);
+    EXPECT_FALSE(lattice.search.reinserting);
     expectInOrder(lattice, lattice.homogeneousVectors, 1);
     expectInOrder(lattice, lattice.inhomogeneousVectors, 2);
   }

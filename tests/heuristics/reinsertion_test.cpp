@@ -1,5 +1,6 @@
 // Re-insertion of remembered vectors.
 #include "heuristics/reinsertion.h"
+#include "driver/ladder.h"
 
 #include <string>
 
@@ -23,7 +24,7 @@ class ReinsertionTest : public ::testing::Test {
     setBasis(lattice, matrixOf<T>(rows));
     lattice.params.verb.set(2);
   }
-  void insert(const std::vector<long>& v) { lattice.insertVector(vectorOf<T>(v)); }
+  void insert(const std::vector<long>& v) { insertVector(lattice, vectorOf<T>(v)); }
   void expectBasis(const Rows& rows) { EXPECT_TRUE(lattice.B == matrixOf<T>(rows)) << lattice.B; }
   void remember(const std::vector<long>& v) {
     TargetVector<T> solution;
@@ -32,15 +33,12 @@ class ReinsertionTest : public ::testing::Test {
   }
   std::string reinserted() {
     ::testing::internal::CaptureStdout();
-    lattice.reinsertBest();
+    reinsertBest(lattice);
     return ::testing::internal::GetCapturedStdout();
   }
 
  private:
-  static void reset() {
-    statisticsOf<T>() = Statistics();
-    reinsertIndex<T>() = 0;
-  }
+  static void reset() { statisticsOf<T>() = Statistics(); }
 };
 TYPED_TEST_SUITE(ReinsertionTest, NumberTypes);
 
@@ -184,12 +182,20 @@ TYPED_TEST(ReinsertionTest, SolutionsComeInTurnAndWrap) {
   EXPECT_EQ(progressDepth(), 0);
 }
 
-TYPED_TEST(ReinsertionTest, EachNumberTypeHasATurnOfItsOwn) {
-  reinsertIndex<dbl_t>() = 2;
-  reinsertIndex<QQ>() = 5;
-  EXPECT_EQ(reinsertIndex<dbl_t>(), 2);
-  EXPECT_EQ(reinsertIndex<QQ>(), 5);
-  reinsertIndex<dbl_t>() = reinsertIndex<QQ>() = 0;
+// A change of precision neither resets the turn nor shares it, and a step that is taken back keeps it.
+TEST(ReinsertionTurn, EachNumberTypeHasItsOwn) {
+  YLattice<dbl_t> y;
+  setBasis(y.standard, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
+  y.standard.search.reinsertIndex = 2;
+  y.extended.search.reinsertIndex = 5;
+  switchToExtended(y);
+  EXPECT_EQ(y.extended.search.reinsertIndex, 5);
+  useStandardPrecision(y);
+  EXPECT_EQ(y.standard.search.reinsertIndex, 2);
+  y.standardBackup = y.standard;
+  y.standard.search.reinsertIndex = 3;
+  y.standard = y.standardBackup;
+  EXPECT_EQ(y.standard.search.reinsertIndex, 3);
 }
 
 TYPED_TEST(ReinsertionTest, RememberedVectorsAreWeighted) {
@@ -237,7 +243,6 @@ class ReinsertLadder : public ::testing::Test {
  protected:
   ReinsertLadder() {
     statisticsStandard() = Statistics();
-    reinsertIndex<dbl_t>() = reinsertIndex<QQ>() = 0;
     setBasis(y_.standard, matrixOf<dbl_t>({{600000000, 0, 0}, {-600000000, 1, 0}, {600000000, -1, 7}}));
     y_.standard.params.verb.set(0);
     TargetVector<dbl_t> solution;
@@ -245,19 +250,16 @@ class ReinsertLadder : public ::testing::Test {
     y_.standard.solutions.append(solution);
     statisticsStandard().solutionsFound = 1;
   }
-  ~ReinsertLadder() override {
-    statisticsStandard() = statisticsExtended() = Statistics();
-    reinsertIndex<dbl_t>() = reinsertIndex<QQ>() = 0;
-  }
+  ~ReinsertLadder() override { statisticsStandard() = statisticsExtended() = Statistics(); }
 
   YLattice<dbl_t> y_;
 };
 
 TEST_F(ReinsertLadder, LossOfPrecisionIsRepeatedExactly) {
-  EXPECT_THROW(y_.standard.reinsertBest(), PrecisionException);
-  y_.standard.B = y_.standard.B_save;
+  EXPECT_THROW(reinsertBest(y_.standard), PrecisionException);
+  rows(y_.standard).B = y_.standard.B_save;
   y_.standard.clearStatus();
-  reinsertIndex<dbl_t>() = 0;
+  y_.standard.search.reinsertIndex = 0;
   reinsert(y_);
   EXPECT_FALSE(y_.extendedActive);
   EXPECT_TRUE(y_.standard.B == matrixOf<dbl_t>({{600000000, 0, 0}, {-600000000, 1, 0}, {600000000, 0, 7}}));

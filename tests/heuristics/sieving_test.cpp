@@ -1,6 +1,8 @@
 // Sieving of the collections.
+#include "heuristics/sieving.h"
 #include "driver/small_program.h"
 #include "lib/exceptions.h"
+#include "lib/progress.h"
 #include "params/statistics.h"
 #include "pools.h"
 #include "support/failure.h"
@@ -41,10 +43,10 @@ bool reduceByDefinition(Lattice<T, dbl_t>& l, const Vector<T>& v, const Vector<T
 template <class T>
 bool boundByDefinition(const Collection<T>& pool, HeuristicDeviation<dbl_t>& bound) {
   HeuristicDeviation<dbl_t> best(false);
-  best.kind = 2;
+  best.kind = KIND_INHOMOGENEOUS;
   bound = best;
   for (const auto* v = pool.head; v != nullptr; v = v->next)
-    if (v->value.deviation.kind == 2 &&
+    if (v->value.deviation.kind == KIND_INHOMOGENEOUS &&
         (better(bound, v->value.deviation) || sameDeviation(bound, v->value.deviation)))
       bound = v->value.deviation;
   return !sameDeviation(bound, best);
@@ -76,7 +78,7 @@ void sieveByDefinition(Lattice<T, dbl_t>& l) {
   const Candidate<T>* best = nullptr;
   for (const auto* v = pool.head; v != nullptr; v = v->next) {
     l.checkSolution(v->value, false, NOW, false);
-    if (v->value.deviation.kind != 2) continue;
+    if (v->value.deviation.kind != KIND_INHOMOGENEOUS) continue;
     if (best == nullptr || better(v->value.deviation, best->deviation)) best = &v->value;
   }
   if (best != nullptr) l.offerInhomogeneous(*best);
@@ -108,7 +110,7 @@ TYPED_TEST(SieveTest, AgreesWithTheDefinition) {
     const auto before = contents<T>(lattice->inhomogeneousVectors);
     Lattice<T, dbl_t> expected(*lattice);
     sieveByDefinition(expected);
-    lattice->sieve();
+    sieve(*lattice);
     expectSameResults(*lattice, expected);
     if (contents<T>(lattice->inhomogeneousVectors) != before) ++changed;
   }
@@ -119,8 +121,8 @@ TYPED_TEST(SieveTest, Repeats) {
   auto first = pooledLattice<TypeParam>(5, 60);
   Lattice<TypeParam, dbl_t> second(*first);
   for (int i = 0; i < 3; ++i) {
-    first->sieve();
-    second.sieve();
+    sieve(*first);
+    sieve(second);
   }
   expectSameResults(*first, second);
 }
@@ -128,14 +130,14 @@ TYPED_TEST(SieveTest, Repeats) {
 TYPED_TEST(SieveTest, CollectionsStayInOrderWithinTheirLimits) {
   auto lattice = pooledLattice<TypeParam>(3, 60);
   lattice->params.collectLimit.set(15);
-  lattice->sieve();
+  sieve(*lattice);
   expectInOrder(*lattice, lattice->homogeneousVectors, 1);
   expectInOrder(*lattice, lattice->inhomogeneousVectors, 2);
 }
 
 TYPED_TEST(SieveTest, EmptyCollections) {
   auto lattice = this->smallWith({});
-  EXPECT_EQ(printedAt(*lattice, 2, [&] { lattice->sieve(); }), "|-> Sieving ( 0 vectors ) ...\n");
+  EXPECT_EQ(printedAt(*lattice, 2, [&] { sieve(*lattice); }), "|-> Sieving ( 0 vectors ) ...\n");
   EXPECT_EQ(lattice->solutions.MN, 0);
   EXPECT_EQ(lattice->bestInhomogeneous.MN, 0);
 }
@@ -146,7 +148,7 @@ TYPED_TEST(SieveTest, HomogeneousVectorsAloneGoThroughTheCheck) {
   // The check offers them to the collections again, which have lost them meanwhile only in this test.
   Lattice<TypeParam, dbl_t> other(*lattice);
   other.params.sieve.set(true);
-  other.sieve();
+  sieve(other);
   EXPECT_EQ(contents<TypeParam>(other.homogeneousVectors), before);
   EXPECT_EQ(other.inhomogeneousVectors.count, 0);
   EXPECT_EQ(other.bestInhomogeneous.MN, 0);
@@ -162,14 +164,14 @@ TYPED_TEST(SieveTest, EachVectorOfThePoolIsChecked) {
     lattice->inhomogeneousVectors.append(v);
   }
   lattice->params.sieve.set(true);
-  lattice->sieve();
+  sieve(*lattice);
   EXPECT_EQ(contents<TypeParam>(lattice->homogeneousVectors),
             (std::vector<std::string>{"[ 4 2 0 0 ]", "[ 0 2 -2 0 ]"}));
 }
 
 TYPED_TEST(SieveTest, OneInhomogeneousVectorIsChecked) {
   auto lattice = this->smallWith({{0, -2, -2, 1}});
-  lattice->sieve();
+  sieve(*lattice);
   ASSERT_EQ(lattice->solutions.MN, 1);
   EXPECT_TRUE(lattice->solutions[1] == vectorOf<TypeParam>({0, -2, -2, 1}));
 }
@@ -179,7 +181,7 @@ TYPED_TEST(SieveTest, OneInhomogeneousVectorIsChecked) {
 TYPED_TEST(SieveTest, CentreLeadsToASolution) {
   for (const Rows& pool : {Rows{{4, 0, 2, 0}, {-8, -4, -4, 1}}, Rows{{-4, 0, -2, 0}, {-8, -4, -4, 1}}}) {
     auto lattice = this->smallWith(pool);
-    lattice->sieve();
+    sieve(*lattice);
     ASSERT_EQ(lattice->solutions.MN, 1);
     EXPECT_EQ(shown<TypeParam>(lattice->solutions[1]), "[ 0 -4 0 1 ]");
   }
@@ -195,8 +197,8 @@ TYPED_TEST(SieveTest, NegatedCombinationsNeedBoundsThatAreNotSymmetric) {
     lattice->symmetricBounds = false;
     symmetric.symmetricBounds = true;
     Lattice<T, dbl_t> expected(symmetric);
-    lattice->sieve();
-    symmetric.sieve();
+    sieve(*lattice);
+    sieve(symmetric);
     sieveByDefinition(expected);
     expectSameResults(symmetric, expected);
     if (contents<T>(symmetric.inhomogeneousVectors) != contents<T>(lattice->inhomogeneousVectors))
@@ -210,7 +212,7 @@ TYPED_TEST(SieveTest, VectorsThatAreEqualUpToSignLeaveNoZeroVector) {
   auto lattice = this->smallWith({{-8, -4, -4, 1}, {8, 4, 4, -1}});
   ASSERT_EQ(lattice->inhomogeneousVectors.count, 2);
   lattice->params.sieve.set(true);
-  lattice->sieve();
+  sieve(*lattice);
   EXPECT_EQ(lattice->homogeneousVectors.count, 0);
   EXPECT_EQ(lattice->solutions.MN, 0);
 }
@@ -218,7 +220,7 @@ TYPED_TEST(SieveTest, VectorsThatAreEqualUpToSignLeaveNoZeroVector) {
 // Both negated combinations of the first round are feasible; the one that comes first leads elsewhere.
 TYPED_TEST(SieveTest, DifferenceIsNegatedAfterTheSum) {
   auto lattice = this->smallWith({{0, 2, -2, 0}, {-4, 0, 2, -1}});
-  lattice->sieve();
+  sieve(*lattice);
   ASSERT_EQ(lattice->solutions.MN, 1);
   EXPECT_EQ(shown<TypeParam>(lattice->solutions[1]), "[ 4 -2 0 1 ]");
 }
@@ -229,7 +231,7 @@ TYPED_TEST(SieveTest, RemaindersAreDropped) {
   Vector<T> v = vectorOf<T>({4, 0, 2, 0});
   v[1] += T(1) / powerOfTen<T>(11);
   lattice->collect(v, nullptr, nullptr);
-  lattice->sieve();
+  sieve(*lattice);
   ASSERT_EQ(lattice->solutions.MN, 1);
   EXPECT_EQ(shown<T>(lattice->solutions[1]), "[ 0 -4 0 1 ]");
   EXPECT_TRUE(isExactZero(lattice->solutions[1][1]));
@@ -238,7 +240,7 @@ TYPED_TEST(SieveTest, RemaindersAreDropped) {
 TYPED_TEST(SieveTest, FirstOfEqualVectorsIsTheBest) {
   for (const Rows& pool : {Rows{{4, -2, 0, 1}, {4, 0, -2, 1}}, Rows{{4, 0, -2, 1}, {4, -2, 0, 1}}}) {
     auto lattice = this->smallWith(pool);
-    lattice->sieve();
+    sieve(*lattice);
     EXPECT_TRUE(lattice->bestInhomogeneous == vectorOf<TypeParam>(pool[0]));
   }
 }
@@ -250,14 +252,14 @@ TYPED_TEST(SieveTest, BoundIsTheLastOfTheWorst) {
   dbl_t largest = 0.5L;
   for (const auto& row : Rows{{4, -2, 0, 1}, {4, 0, -2, 1}, {0, -2, -2, 1}}) {
     Candidate<TypeParam> v(vectorOf<TypeParam>(row));
-    v.deviation.kind = 2;
+    v.deviation.kind = KIND_INHOMOGENEOUS;
     v.deviation.fc = 1;
     v.deviation.fm = largest;
     lattice->inhomogeneousVectors.append(v);
     largest -= 0.6L * EPS;
   }
   ASSERT_TRUE(lattice->inhomogeneousVectors.tail->value.better(lattice->inhomogeneousVectors.head->value));
-  lattice->sieve();  // nothing beats the bound: the pool stays as it is
+  sieve(*lattice);  // nothing beats the bound: the pool stays as it is
   EXPECT_EQ(lattice->solutions.MN, 3);
 }
 
@@ -266,23 +268,23 @@ TYPED_TEST(SieveTest, PoolHasTheLimitOfTheCollections) {
   lattice->params.pair.set(false);
   const long both = lattice->homogeneousVectors.count + lattice->inhomogeneousVectors.count;
   lattice->homogeneousVectors.limit = both;
-  EXPECT_EQ(printedAt(*lattice, 2, [&] { lattice->sieve(); }),
+  EXPECT_EQ(printedAt(*lattice, 2, [&] { sieve(*lattice); }),
             "|-> Sieving ( " + std::to_string(both) + " vectors ) ...\n");
   lattice->homogeneousVectors.limit = both - 5;
-  EXPECT_EQ(printedAt(*lattice, 2, [&] { lattice->sieve(); }),
+  EXPECT_EQ(printedAt(*lattice, 2, [&] { sieve(*lattice); }),
             "|-> Sieving ( " + std::to_string(both - 5) + " vectors ) ...\n");
   EXPECT_EQ(progressDepth(), 0);
 }
 
 TYPED_TEST(SieveTest, NoProgressLineAtVerbosityOne) {
   auto lattice = pooledLattice<TypeParam>(4, 20);
-  for (const long verb : {0, 1}) EXPECT_EQ(printedAt(*lattice, verb, [&] { lattice->sieve(); }), "");
+  for (const long verb : {0, 1}) EXPECT_EQ(printedAt(*lattice, verb, [&] { sieve(*lattice); }), "");
 }
 
 TYPED_TEST(SieveTest, BestOfThePoolIsOffered) {
   auto lattice = this->smallWith({{-8, -4, -4, 1}, {-12, -6, -4, 1}});
   lattice->bestInhomogeneous.clear();
-  lattice->sieve();
+  sieve(*lattice);
   EXPECT_EQ(shown<TypeParam>(lattice->bestInhomogeneous), "[ -8 -4 -4 1 ]");
 }
 
@@ -293,7 +295,7 @@ TYPED_TEST(SieveTest, BasisAndCollectionsAreLeftAlone) {
   const auto homogeneous = contents<TypeParam>(lattice->homogeneousVectors);
   const auto inhomogeneous = contents<TypeParam>(lattice->inhomogeneousVectors);
   const Matrix<TypeParam> basis = lattice->B;
-  lattice->sieve();
+  sieve(*lattice);
   EXPECT_EQ(contents<TypeParam>(lattice->homogeneousVectors), homogeneous);
   EXPECT_EQ(contents<TypeParam>(lattice->inhomogeneousVectors), inhomogeneous);
   EXPECT_TRUE(lattice->B == basis);
@@ -304,7 +306,7 @@ TEST(SieveDeathTest, VectorThatWasNotMeasured) {
   lattice->params.pair.set(false);
   lattice->collect(vectorOf<dbl_t>({-4, -2, -4, 1}), nullptr, nullptr);
   lattice->inhomogeneousVectors.append(HeuristicVector<dbl_t, dbl_t>(vectorOf<dbl_t>({-4, -4, -2, 1})));
-  EXPECT_FAILURE(lattice->sieve(), "Heuristic deviation is not initialized!");
+  EXPECT_FAILURE(sieve(*lattice), "Heuristic deviation is not initialized!");
 }
 
 // A new target regenerates the lattice under the pool.
@@ -318,14 +320,14 @@ TEST(SieveRestart, LeavesTheLatticeReadyForTheNextRun) {
   lattice.finishEnabled = lattice.writeEnabled = true;
   lattice.collect(latticeVector(lattice, "[ 1 1 ]"), nullptr, nullptr);
   ASSERT_EQ(lattice.inhomogeneousVectors.count, 1);
-  EXPECT_THROW(lattice.sieve(), RestartException);
+  EXPECT_THROW(sieve(lattice), RestartException);
   EXPECT_TRUE(lattice.finishEnabled);
   EXPECT_TRUE(lattice.writeEnabled);
-  EXPECT_FALSE(statisticsStandard().reinserting);
+  EXPECT_FALSE(lattice.search.reinserting);
   EXPECT_TRUE(lattice.bestSlack.notEmpty());
   expectInOrder(lattice, lattice.inhomogeneousVectors, 2);
   lattice.emptyCollections();
-  EXPECT_NO_THROW(lattice.sieve());
+  EXPECT_NO_THROW(sieve(lattice));
   statisticsStandard() = Statistics();
 }
 

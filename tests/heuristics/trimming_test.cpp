@@ -1,11 +1,13 @@
 // Trimming: the steps of a weight, and the metric bent towards feasibility.
 #include <cstdlib>
 
-#include "lattice/scale_limit.h"
+#include "heuristics/scale_steps.h"
+#include "heuristics/trimming.h"
 #include "lattice/support.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
 #include "params/statistics.h"
+#include "program/memory.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 
@@ -20,11 +22,9 @@ class Trimming : public ::testing::Test {
   void SetUp() override {
     std::srand(42);
     setProgressDepth(0);
-    scaleLimit<T>() = T(SCALE_LIMIT_START);
     setBasis(lattice, matrixOf<T>({{1, 2, 0}, {3, 4, 1}}));
     lattice.params.verb.set(0);
   }
-  void TearDown() override { scaleLimit<T>() = T(SCALE_LIMIT_START); }
 
   T weight(long p) const { return lattice.scaleFactor[p]; }
   T magnitude(long p) const { return abs(lattice.scaleFactor[p]); }
@@ -35,7 +35,7 @@ class Trimming : public ::testing::Test {
   std::string trimmed(L& l, long verb = 2) {
     l.params.verb.set(verb);
     ::testing::internal::CaptureStdout();
-    l.trim(nullptr);
+    trim(l, nullptr);
     return ::testing::internal::GetCapturedStdout();
   }
   static long occurrences(const std::string& text, const std::string& piece) {
@@ -56,7 +56,7 @@ TYPED_TEST(Trimming, SignIsDrawn) {
   using T = TypeParam;
   int negative = 0;
   for (int k = 0; k < 100; ++k) {
-    const T x = Lattice<T, dbl_t>::randomSign(T(7));
+    const T x = randomSign(T(7));
     EXPECT_EQ(abs(x), T(7));
     if (x < T(0)) ++negative;
   }
@@ -67,7 +67,7 @@ TYPED_TEST(Trimming, SignIsDrawn) {
 TYPED_TEST(Trimming, OneDrawPerSign) {
   using T = TypeParam;
   std::srand(5);
-  Lattice<T, dbl_t>::randomSign(T(1));
+  randomSign(T(1));
   const int next = std::rand();
   std::srand(5);
   std::rand();
@@ -85,18 +85,18 @@ TYPED_TEST(Trimming, MeanOfTheSteps) {
 }
 
 TYPED_TEST(Trimming, ZeroStepFails) {
-  EXPECT_FAILURE(this->lattice.scaleStep(1, TypeParam(0)), "zero step inconsistency");
+  EXPECT_FAILURE(scaleStep(this->lattice, 1, TypeParam(0)), "zero step inconsistency");
 }
 
 TYPED_TEST(Trimming, StepMovesTheWeightAwayFromZero) {
   using T = TypeParam;
   const Matrix<T> unit = this->lattice.unscaled(this->lattice.B);
-  this->lattice.scaleStep(1, T(1));
+  scaleStep(this->lattice, 1, T(1));
   EXPECT_EQ(this->magnitude(1), T(2));
   EXPECT_EQ(this->lattice.stepAverage[1], T(1));
   EXPECT_EQ(this->lattice.stepCount[1], 1);
   this->weights({-1, 1, 1});
-  this->lattice.scaleStep(1, T(1));
+  scaleStep(this->lattice, 1, T(1));
   EXPECT_EQ(this->magnitude(1), T(2));
   EXPECT_EQ(this->lattice.stepAverage[1], T(0));  // the step was -1
   EXPECT_TRUE(this->lattice.unscaled(this->lattice.B) == unit);
@@ -105,11 +105,11 @@ TYPED_TEST(Trimming, StepMovesTheWeightAwayFromZero) {
 
 TYPED_TEST(Trimming, WeightIsNeverZero) {
   using T = TypeParam;
-  this->lattice.scaleStep(1, T(-1));
+  scaleStep(this->lattice, 1, T(-1));
   EXPECT_EQ(this->magnitude(1), T(1));
   EXPECT_EQ(this->lattice.stepAverage[1], T(-2));
   this->weights({-1, 1, 1});
-  this->lattice.scaleStep(1, T(-1));  // outward of -1 that is +1
+  scaleStep(this->lattice, 1, T(-1));  // outward of -1 that is +1
   EXPECT_EQ(this->magnitude(1), T(1));
   EXPECT_EQ(this->lattice.stepAverage[1], T(0));  // -2 and 2
 }
@@ -118,10 +118,10 @@ TYPED_TEST(Trimming, SteppedWeightTakesADrawnSign) {
   using T = TypeParam;
   for (unsigned seed = 1; seed <= 20; ++seed) {
     std::srand(seed);
-    const T sign = Lattice<T, dbl_t>::randomSign(T(1));
+    const T sign = randomSign(T(1));
     this->weights({1, 1, 1});
     std::srand(seed);
-    this->lattice.scaleStep(3, T(1));
+    scaleStep(this->lattice, 3, T(1));
     EXPECT_EQ(this->weight(3), sign * T(2));
     EXPECT_EQ(this->lattice.inhomScaled, sign * T(2));
   }
@@ -130,12 +130,12 @@ TYPED_TEST(Trimming, SteppedWeightTakesADrawnSign) {
 TYPED_TEST(Trimming, StepIsCutToTheLimit) {
   using T = TypeParam;
   this->weights({990, 1, 1});
-  this->lattice.scaleStep(1, T(50));
+  scaleStep(this->lattice, 1, T(50));
   EXPECT_EQ(this->magnitude(1), T(1000));
   EXPECT_EQ(this->lattice.stepAverage[1], T(10));
-  EXPECT_EQ(scaleLimit<T>(), T(1000));
+  EXPECT_EQ(this->lattice.search.scaleLimit, T(1000));
   this->weights({-990, 1, 1});
-  this->lattice.scaleStep(1, T(50));
+  scaleStep(this->lattice, 1, T(50));
   EXPECT_EQ(this->magnitude(1), T(1000));
   EXPECT_EQ(this->lattice.stepAverage[1], T(0));
 }
@@ -144,12 +144,12 @@ TYPED_TEST(Trimming, AtTheLimitTheOthersFall) {
   using T = TypeParam;
   for (const long sign : {1, -1}) {
     this->weights({3, sign * 1000, 2});
-    this->lattice.scaleStep(2, T(1));
+    scaleStep(this->lattice, 2, T(1));
     EXPECT_EQ(this->weight(1), T(2));
     EXPECT_EQ(this->weight(2), T(sign * 1000));
     EXPECT_EQ(this->weight(3), T(1));
     EXPECT_EQ(this->lattice.inhomScaled, T(1));
-    EXPECT_EQ(scaleLimit<T>(), T(1000));
+    EXPECT_EQ(this->lattice.search.scaleLimit, T(1000));
   }
 }
 
@@ -157,7 +157,7 @@ TYPED_TEST(Trimming, AtTheLimitTheOthersFall) {
 TYPED_TEST(Trimming, NormalisationNotesItsStepsAtTheOne) {
   using T = TypeParam;
   this->weights({3, 1000, -4});
-  EXPECT_TRUE(this->lattice.normalizeScales(2));
+  EXPECT_TRUE(normalizeScales(this->lattice, 2));
   EXPECT_EQ(this->weight(1), T(2));
   EXPECT_EQ(this->weight(3), T(-3));
   EXPECT_EQ(this->lattice.inhomScaled, T(-3));
@@ -170,7 +170,7 @@ TYPED_TEST(Trimming, NormalisationNeedsRoomEverywhere) {
   using T = TypeParam;
   for (const long small : {1, -1}) {
     this->weights({7, 1000, small});
-    EXPECT_FALSE(this->lattice.normalizeScales(2));
+    EXPECT_FALSE(normalizeScales(this->lattice, 2));
     EXPECT_EQ(this->weight(1), T(7));
     EXPECT_EQ(this->lattice.stepCount[2], 0);
   }
@@ -179,9 +179,9 @@ TYPED_TEST(Trimming, NormalisationNeedsRoomEverywhere) {
 TYPED_TEST(Trimming, LimitGrowsWhereTheOthersAreSmall) {
   using T = TypeParam;
   this->weights({1, 1000, 1});
-  this->lattice.scaleStep(2, T(1));
+  scaleStep(this->lattice, 2, T(1));
   EXPECT_EQ(this->magnitude(2), T(1001));
-  EXPECT_EQ(scaleLimit<T>(), T(1001));
+  EXPECT_EQ(this->lattice.search.scaleLimit, T(1001));
   EXPECT_EQ(this->lattice.stepAverage[2], T(1));
 }
 
@@ -189,18 +189,18 @@ TYPED_TEST(Trimming, BeyondTheCeilingAllWeightsAreReset) {
   using T = TypeParam;
   this->lattice.setTranslation(1, T(6));
   this->weights({1, 999998, 1});
-  scaleLimit<T>() = T(999998);
-  this->lattice.scaleStep(2, T(1));
+  this->lattice.search.scaleLimit = T(999998);
+  scaleStep(this->lattice, 2, T(1));
   EXPECT_EQ(this->magnitude(2), T(999999));
-  EXPECT_EQ(scaleLimit<T>(), T(999999));
+  EXPECT_EQ(this->lattice.search.scaleLimit, T(999999));
   this->weights({1, 999999, -5});
   this->weights({1, 999999, 1});
-  this->lattice.scaleStep(2, T(1));
+  scaleStep(this->lattice, 2, T(1));
   for (long p = 1; p <= 3; ++p) {
     EXPECT_EQ(this->weight(p), T(1));
     EXPECT_EQ(this->lattice.stepCount[p], 0);
   }
-  EXPECT_EQ(scaleLimit<T>(), T(1000));
+  EXPECT_EQ(this->lattice.search.scaleLimit, T(1000));
   EXPECT_EQ(this->lattice.translation[1], T(6));  // stays
 }
 
@@ -307,7 +307,7 @@ TYPED_TEST(Trimming, PreviousCoordinatesThatRecovered) {
   for (const long p : {3, 2, 1}) previous.append(p);
   l.params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  l.trim(&previous);
+  trim(l, &previous);
   const std::string text = ::testing::internal::GetCapturedStdout();
   EXPECT_EQ(text.rfind("|-> Scaling ... 3 1\n", 0), 0u) << text;
   EXPECT_EQ(this->occurrences(text, "Trimming"), 0);
@@ -329,7 +329,7 @@ TYPED_TEST(Trimming, ShiftsGoToWhatIsOut) {
   l.ubnd = vectorOf<T>({900, 9, 9, 1});
   Set<long> previous;
   previous.append(1);
-  l.trim(&previous);
+  trim(l, &previous);
   EXPECT_EQ(this->magnitude(1), T(2));
   EXPECT_EQ(this->weight(2), T(1));
   EXPECT_EQ(l.translation[1], T(0));
@@ -362,7 +362,7 @@ TYPED_TEST(Trimming, SetsThatDoNotShrinkEndTheRecursion) {
   previous.append(1);
   l.params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  l.trim(&previous);
+  trim(l, &previous);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "|-> Scaling ... 1\n");
 }
 
@@ -380,10 +380,10 @@ TYPED_TEST(Trimming, ShiftsTakeADrawForEachCoordinate) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     std::srand(seed);
     T signs[4];
-    for (const int p : {2, 3, 1}) signs[p] = Lattice<T, dbl_t>::randomSign(T(1));
+    for (const int p : {2, 3, 1}) signs[p] = randomSign(T(1));
     l.resetScales(true, true);
     std::srand(seed);
-    l.trim(&none);
+    trim(l, &none);
     EXPECT_EQ(l.translation[1], signs[1]);
     EXPECT_EQ(l.translation[2], signs[2]);
     EXPECT_EQ(l.translation[3], T(0));
@@ -423,7 +423,7 @@ TYPED_TEST(Trimming, ShiftsGrowAwayFromZeroUpToTheirLimit) {
   l.params.translate.set(true);
   l.params.eenum.set(false);
   Set<long> none;
-  l.trim(&none);
+  trim(l, &none);
   EXPECT_EQ(abs(l.translation[1]), T(8));
   EXPECT_EQ(abs(l.translation[2]), T(999999));
   EXPECT_EQ(l.translation[3], T(-999999));  // a million is refused
@@ -444,10 +444,10 @@ TYPED_TEST(Trimming, NothingOutOfBoundsWithTargetsFails) {
     l->lbnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), -1000));
     l->ubnd = vectorOf<T>(std::vector<long>(static_cast<std::size_t>(l->dim), 1000));
     if (!scale && !translate) {
-      l->trim(nullptr);  // asks nothing
+      trim(*l, nullptr);  // asks nothing
       continue;
     }
-    EXPECT_FAILURE(l->trim(nullptr), "At least the target component should deviate ...");
+    EXPECT_FAILURE(trim(*l, nullptr), "At least the target component should deviate ...");
   }
 }
 
@@ -458,7 +458,7 @@ TYPED_TEST(Trimming, NothingOutOfBoundsWithoutTargets) {
   setBasis(l, matrixOf<T>({{5, 9, 1}}));
   l.lbnd = vectorOf<T>({0, 0, 1});
   l.ubnd = vectorOf<T>({9, 9, 1});
-  l.checkMode = 1;
+  l.checkMode = CHECK_MODE_EQUATIONS;
   l.params.eenum.set(true);
   l.params.scale.set(true);
   l.params.translate.set(true);
@@ -475,9 +475,9 @@ TYPED_TEST(Trimming, BoundedTargetIsScaled) {
   auto l = latticeOf<T>(SMALL_TARGET);
   l->params.eenum.set(false);
   l->checkSolution(latticeVector(*l, "[ 2 1 ]"), NOW, false);
-  l->regenerateLattice();
+  regenerateLattice(*l);
   l->params.scale.set(true);
-  l->B[1] = latticeVector(*l, "[ 2 1 ]");
+  rows(*l).B[1] = latticeVector(*l, "[ 2 1 ]");
   l->clearStatus();
   EXPECT_NE(this->trimmed(*l).find("Scaling ... 1\n"), std::string::npos);
 }
@@ -512,14 +512,13 @@ TYPED_TEST(Trimming, LatticeStaysTheSame) {
     for (int run = 0; run < 2; ++run) {
       auto l = latticeOf<T>(text);
       std::srand(42);
-      scaleLimit<T>() = T(SCALE_LIMIT_START);
       l->params.consistency.set(consistency);
       l->params.scale.set(true);
       l->params.translate.set(true);
       l->params.sol.set(0);
       for (int pass = 0; pass < 12; ++pass) {
         l->params.eenum.set(pass % 2 == 0);
-        l->trim(nullptr);
+        trim(*l, nullptr);
         this->expectSameLattice(*l);
       }
       EXPECT_FALSE(l->unweighted());
@@ -536,7 +535,7 @@ TYPED_TEST(Trimming, LatticeStaysTheSame) {
 TEST(TrimmingOverflow, WeightsBeyondTheGateThrow) {
   Lattice<dbl_t, dbl_t> l;
   setBasis(l, matrixOf<dbl_t>({{900000000, 4, 1}}));
-  EXPECT_THROW(l.scaleStep(1, 1), PrecisionException);
+  EXPECT_THROW(scaleStep(l, 1, dbl_t(1)), PrecisionException);
 }
 
 }  // namespace latbox::testing

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "heuristics/random_draw.h"
+#include "heuristics/variation.h"
 #include "lattice/support.h"
 #include "lib/progress.h"
 #include "params/statistics.h"
@@ -49,7 +50,7 @@ TYPED_TEST(VariationTest, ShuffleOfOnePrintsItsLineAndChangesNothing) {
     std::srand(5);
     const int first = std::rand();
     std::srand(5);
-    EXPECT_EQ(this->output([&] { this->lattice->shuffleBase(count); }),
+    EXPECT_EQ(this->output([&] { shuffleBase(*this->lattice, count); }),
               "|-> Shuffling base vectors ( " + std::to_string(count) + " shuffle(s) ) ...\n");
     EXPECT_TRUE(this->lattice->B == before);
     EXPECT_EQ(std::rand(), first);
@@ -67,7 +68,7 @@ TYPED_TEST(VariationTest, ShuffleExchangesWhatItDraws) {
     if (a != b) expected.swapRows(a, b);
   }
   std::srand(8);
-  EXPECT_EQ(this->output([&] { this->lattice->shuffleBase(6); }),
+  EXPECT_EQ(this->output([&] { shuffleBase(*this->lattice, 6); }),
             "|-> Shuffling base vectors ( 6 shuffle(s) ) ...\n");
   EXPECT_TRUE(this->lattice->B == expected);
   EXPECT_FALSE(this->lattice->B == before);
@@ -78,7 +79,7 @@ TYPED_TEST(VariationTest, ShuffleKeepsTheTransformationAndInvalidates) {
   this->lattice->params.consistency.set(true);
   this->lattice->updateGso(1, 0);
   std::srand(8);
-  this->output([&] { this->lattice->shuffleBase(20); });
+  this->output([&] { shuffleBase(*this->lattice, 20); });
   EXPECT_TRUE(this->lattice->TT[this->lattice->TT.MN] * this->lattice->B_save ==
               this->lattice->unscaled(this->lattice->B));
   EXPECT_EQ(this->lattice->status[this->lattice->rank], 0);
@@ -86,19 +87,19 @@ TYPED_TEST(VariationTest, ShuffleKeepsTheTransformationAndInvalidates) {
 
 TYPED_TEST(VariationTest, ShuffleIsSilentBelowVerbosityTwo) {
   this->lattice->params.verb.set(1);
-  EXPECT_EQ(this->output([&] { this->lattice->shuffleBase(3); }), "");
+  EXPECT_EQ(this->output([&] { shuffleBase(*this->lattice, 3); }), "");
 }
 
 TYPED_TEST(VariationTest, ShuffleOfAnEmptyBasisChangesNothing) {
   this->lattice->resizeLattice(0, 3);
-  EXPECT_EQ(this->output([&] { this->lattice->shuffleBase(3); }),
+  EXPECT_EQ(this->output([&] { shuffleBase(*this->lattice, 3); }),
             "|-> Shuffling base vectors ( 3 shuffle(s) ) ...\n");
 }
 
 TYPED_TEST(VariationTest, SortBringsTheBestToTheFront) {
   const Matrix<TypeParam> before = this->lattice->B;
   this->lattice->params.consistency.set(true);
-  EXPECT_EQ(this->output([&] { this->lattice->heuristicSort(); }), "|-> Heuristic Sorting ... \n");
+  EXPECT_EQ(this->output([&] { heuristicSort(*this->lattice); }), "|-> Heuristic Sorting ... \n");
   this->expectPermuted(before);
   // An inhomogeneous vector is better than any homogeneous one, and homogeneous ones are first of all short.
   const Matrix<TypeParam>& B = this->lattice->B;
@@ -113,12 +114,12 @@ TYPED_TEST(VariationTest, SortBringsTheBestToTheFront) {
 }
 
 TYPED_TEST(VariationTest, SortMeasuresUnscaledRows) {
-  this->output([&] { this->lattice->heuristicSort(); });
+  this->output([&] { heuristicSort(*this->lattice); });
   const Matrix<TypeParam> sorted = this->lattice->B;
-  this->lattice->B.swapRows(2, this->lattice->rank);
+  this->lattice->swapBase(2, this->lattice->rank, false);
   this->lattice->clearStatus();
   for (long p = 1; p < this->lattice->dim; ++p) this->lattice->setScale(p, TypeParam(p % 2 == 0 ? 16 : 1));
-  this->output([&] { this->lattice->heuristicSort(); });
+  this->output([&] { heuristicSort(*this->lattice); });
   EXPECT_TRUE(this->lattice->unscaled(this->lattice->B) == sorted);
 }
 
@@ -127,7 +128,7 @@ TYPED_TEST(VariationTest, NothingIsVariedWithoutAStall) {
   std::srand(5);
   const int first = std::rand();
   std::srand(5);
-  EXPECT_EQ(this->output([&] { this->lattice->variateBase(); }), "");
+  EXPECT_EQ(this->output([&] { variateBase(*this->lattice); }), "");
   EXPECT_EQ(std::rand(), first);
   EXPECT_TRUE(this->lattice->B == before);
 }
@@ -136,10 +137,9 @@ TYPED_TEST(VariationTest, SortingNeedsAStallLongerThanTheRank) {
   const long rank = this->lattice->rank;
   std::srand(1);
   statisticsOf<TypeParam>().noPrimaryImprovement = rank;
-  EXPECT_EQ(this->output([&] { this->lattice->variateBase(); }).find("Heuristic Sorting"), std::string::npos);
+  EXPECT_EQ(this->output([&] { variateBase(*this->lattice); }).find("Heuristic Sorting"), std::string::npos);
   statisticsOf<TypeParam>().noPrimaryImprovement = rank + 1;
-  EXPECT_TRUE(
-      this->output([&] { this->lattice->variateBase(); }).starts_with("|-> Heuristic Sorting ... \n"));
+  EXPECT_TRUE(this->output([&] { variateBase(*this->lattice); }).starts_with("|-> Heuristic Sorting ... \n"));
 }
 
 TYPED_TEST(VariationTest, OneDrawDecidesOnShuffling) {
@@ -149,7 +149,7 @@ TYPED_TEST(VariationTest, OneDrawDecidesOnShuffling) {
     std::srand(seed);
     const bool expected = rand_eq(0L, 1L) != 0;
     std::srand(seed);
-    const std::string text = this->output([&] { this->lattice->variateBase(); });
+    const std::string text = this->output([&] { variateBase(*this->lattice); });
     EXPECT_EQ(text, expected ? "|-> Shuffling base vectors ( 2 shuffle(s) ) ...\n" : "");
     shuffled += expected ? 1 : 0;
   }

@@ -45,8 +45,8 @@ TYPED_TEST(ConsistencyTest, WithConsistencyTheTransformationRepairsARow) {
   l.params.consistency.set(true);
   l.lll(1, 0, 0);
   const Matrix<TypeParam> before = l.B;
-  l.B[2][1] += TypeParam(1);
-  l.B[0] = vectorOf<TypeParam>({7, 8, 9});
+  rows(l).B[2][1] += TypeParam(1);
+  rows(l).B[0] = vectorOf<TypeParam>({7, 8, 9});
   l.checkConsistency(false, true);
   EXPECT_TRUE(l.B == before);
   EXPECT_TRUE(l.B[0] == vectorOf<TypeParam>({7, 8, 9}));
@@ -55,7 +55,7 @@ TYPED_TEST(ConsistencyTest, WithConsistencyTheTransformationRepairsARow) {
 
 TYPED_TEST(ConsistencyTest, WithoutConsistencyALatticeRowStays) {
   auto& l = this->lattice;
-  l.B[2] += l.B[1];
+  rows(l).B[2] += l.B[1];
   const Matrix<TypeParam> before = l.B;
   l.checkConsistency(false, true);
   EXPECT_TRUE(l.B == before);
@@ -65,8 +65,8 @@ TYPED_TEST(ConsistencyTest, WithoutConsistencyALatticeRowStays) {
 TYPED_TEST(ConsistencyTest, WithoutConsistencyAForeignRowRestoresTheOrigin) {
   auto& l = this->lattice;
   l.setScale(1, TypeParam(5));
-  l.B[2][1] += TypeParam(1);
-  l.status[1] = STATUS_GSO;
+  rows(l).B[2][1] += TypeParam(1);
+  setWord(l, 1, STATUS_GSO);
   l.checkConsistency(false, true);
   EXPECT_TRUE(l.unscaled(l.B) == l.B_save);
   EXPECT_TRUE(l.TT[1] == Matrix<TypeParam>::unit(3));
@@ -75,7 +75,7 @@ TYPED_TEST(ConsistencyTest, WithoutConsistencyAForeignRowRestoresTheOrigin) {
 
 TYPED_TEST(ConsistencyTest, BasisOfASublatticeRestoresTheOrigin) {
   auto& l = this->lattice;
-  l.B[2] *= TypeParam(2);
+  rows(l).B[2] *= TypeParam(2);
   l.checkConsistency(false, true);
   EXPECT_TRUE(l.B == l.B_save);
 }
@@ -83,7 +83,7 @@ TYPED_TEST(ConsistencyTest, BasisOfASublatticeRestoresTheOrigin) {
 TYPED_TEST(ConsistencyTest, KeptTransformationThatIsNotUnimodularThrows) {
   auto& l = this->lattice;
   l.params.consistency.set(true);
-  l.TT[1][2][2] = TypeParam(2);
+  rows(l).TT[1][2][2] = TypeParam(2);
   try {
     l.checkConsistency(false, true);
     FAIL() << "no exception";
@@ -95,7 +95,7 @@ TYPED_TEST(ConsistencyTest, KeptTransformationThatIsNotUnimodularThrows) {
 TYPED_TEST(ConsistencyTest, NearZerosBecomeZero) {
   auto& l = this->lattice;
   l.params.consistency.set(true);
-  l.TT[1][2][1] = TypeParam(1) / TypeParam(2000000000L);
+  rows(l).TT[1][2][1] = TypeParam(1) / TypeParam(2000000000L);
   l.checkConsistency(false, true);
   EXPECT_TRUE(isExactZero(l.TT[1][2][1]));
 }
@@ -103,7 +103,7 @@ TYPED_TEST(ConsistencyTest, NearZerosBecomeZero) {
 TYPED_TEST(ConsistencyTest, NearZerosOfTheBasisDoNotEnterTheOrigin) {
   auto& l = this->lattice;
   l.params.consistency.set(true);
-  l.B_save[1][3] = l.B[1][3] = TypeParam(1) / TypeParam(2000000000L);
+  rows(l).B_save[1][3] = rows(l).B[1][3] = TypeParam(1) / TypeParam(2000000000L);
   l.checkConsistency(true, true);
   EXPECT_TRUE(isExactZero(l.B_save[1][3]));
 }
@@ -114,7 +114,7 @@ TYPED_TEST(ConsistencyTest, CacheOfTheBasisFollowsTheRepair) {
   for (const bool kept : {false, true}) {
     this->SetUp();
     l.params.consistency.set(kept);
-    l.B[2][1] += TypeParam(1);
+    rows(l).B[2][1] += TypeParam(1);
     Vector<TypeParam> x;
     ASSERT_TRUE(l.coordinates(l.B[2], x, false));
     l.checkConsistency(false, true);
@@ -133,7 +133,7 @@ TYPED_TEST(ConsistencyTest, SeveralTransformationsAreRefused) {
 TYPED_TEST(ConsistencyTest, RectangularTransformationIsRefused) {
   auto& l = this->lattice;
   l.params.consistency.set(true);
-  l.TT[1].resize(2, 3);
+  rows(l).TT[1].resize(2, 3);
   EXPECT_FAILURE(l.checkConsistency(false, true),
                  "Matrix: a non-quadratic matrix determinant is not defined");
 }
@@ -170,8 +170,8 @@ TEST(ConsistencyOverflow, OriginBeyondTheGateIsRefused) {
   } catch (const PrecisionException& e) {
     EXPECT_STREQ(e.what(), "base matrix overflow");
   }
-  l.B[1][1] = l.B_save[1][1] = 2e18L;
-  l.coordSolver.clear();
+  rows(l).B[1][1] = rows(l).B_save[1][1] = 2e18L;
+  rows(l).coordSolver.clear();
   try {
     l.checkConsistency(true, true);
     FAIL() << "no exception";
@@ -194,8 +194,8 @@ TEST(ConsistencyOverflow, AProductThatMayBeRoundedIsLeftToExactArithmetic) {
   for (const bool kept : {false, true}) {
     Lattice<dbl_t, dbl_t> l;
     setBasis(l, matrixOf<dbl_t>(scrambledRows()));
-    l.B = Matrix<dbl_t>::unit(3);
-    for (long i = 1; i <= 3; ++i) ASSERT_TRUE(l.coordinates(l.B[i], l.TT[1][i], true));
+    rows(l).B = Matrix<dbl_t>::unit(3);
+    for (long i = 1; i <= 3; ++i) ASSERT_TRUE(l.coordinates(l.B[i], rows(l).TT[1][i], true));
     l.params.consistency.set(kept);
     try {
       l.checkConsistency(false, true);
@@ -212,9 +212,9 @@ TEST(ConsistencyOverflow, SumsBelowTheMantissaAreExact) {
   Lattice<dbl_t, dbl_t> l;
   setBasis(l, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
   l.params.consistency.set(true);
-  l.B[1][1] = l.B_save[1][1] = 0x1p62L;
+  rows(l).B[1][1] = rows(l).B_save[1][1] = 0x1p62L;
   EXPECT_NO_THROW(l.checkConsistency(false, true));
-  l.B[1][1] = l.B_save[1][1] = 0x1p63L;
+  rows(l).B[1][1] = rows(l).B_save[1][1] = 0x1p63L;
   EXPECT_THROW(l.checkConsistency(false, true), PrecisionException);
 }
 
@@ -224,7 +224,7 @@ TEST(ConsistencyOverflow, HugeCoordinatesRestoreTheOrigin) {
   Lattice<dbl_t, dbl_t> l;
   setBasis(l,
            matrixOf<dbl_t>({{1, q, 0, 0}, {q, q * q + 1, q, 0}, {0, q, q * q + 1, q}, {0, 0, q, q * q + 1}}));
-  l.B = Matrix<dbl_t>::unit(4);
+  rows(l).B = Matrix<dbl_t>::unit(4);
   EXPECT_NO_THROW(l.checkConsistency(false, true));
   EXPECT_TRUE(l.B == l.B_save);
   EXPECT_TRUE(l.TT[1] == Matrix<dbl_t>::unit(4));
@@ -233,7 +233,7 @@ TEST(ConsistencyOverflow, HugeCoordinatesRestoreTheOrigin) {
 TEST(ConsistencyOverflow, ExactArithmeticHoldsTheProduct) {
   Lattice<QQ, dbl_t> l;
   setBasis(l, matrixOf<QQ>(scrambledRows()));
-  l.B = Matrix<QQ>::unit(3);
+  rows(l).B = Matrix<QQ>::unit(3);
   l.checkConsistency(false, true);
   EXPECT_TRUE(l.B == Matrix<QQ>::unit(3));
   EXPECT_TRUE(l.TT[1] * l.B_save == l.B);
@@ -278,7 +278,7 @@ TYPED_TEST(ConsistencyTest, CacheOfTheBasisFollowsRowOperations) {
 
 TYPED_TEST(ConsistencyTest, TransformationCoordinates) {
   auto& l = this->lattice;
-  l.B[2] += l.B[1];
+  rows(l).B[2] += l.B[1];
   Vector<TypeParam> x;
   l.transformationCoordinates(l.B_save[2] - l.B_save[3], x, false, false);
   EXPECT_TRUE(x == vectorOf<TypeParam>({0, 1, -1}));
@@ -299,7 +299,7 @@ TYPED_TEST(ConsistencyTest, TransformationCoordinates) {
     }
   };
   expectError(vectorOf<TypeParam>({1, 0, 0}), false);
-  l.B[1][1] += TypeParam(1);
+  rows(l).B[1][1] += TypeParam(1);
   expectError(l.B_save[1], true);
 }
 
@@ -319,7 +319,7 @@ TYPED_TEST(ConsistencyTest, NewTransformationAppendsAndWarns) {
   auto& l = this->lattice;
   l.newTransformation(true);
   EXPECT_EQ(l.TT.MN, 1);
-  l.TT[1][1][2] = TypeParam(1);
+  rows(l).TT[1][1][2] = TypeParam(1);
   l.newTransformation(true);
   EXPECT_EQ(l.TT.MN, 2);
   while (l.TT.MN < T_MAT_NBR) l.newTransformation(false);

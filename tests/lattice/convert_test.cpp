@@ -43,7 +43,7 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
   standard.generatedRx = vectorOf<dbl_t>({3, 4});
   standard.generatedLrtu = SerializablePair<dbl_t, dbl_t>(-7, infinity<dbl_t>());
   standard.c = vectorOf<dbl_t>({1, 1, 2, 3, 5, 8});
-  standard.blended = true;
+  standard.setBlended(true);
   standard.enumBound = 6.5L;
   standard.params.beta.set(9);
   standard.mainVars[MainMutexVariable::inputLoaded].set("here");
@@ -51,7 +51,7 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
   standard.updateGso(1, 2);
   HeuristicVector<dbl_t, dbl_t> h(vectorOf<dbl_t>({1, 2, 3, 4, 5, 6}));
   h.secondsUntilDiscovered = 5;
-  h.deviation.kind = 2;
+  h.deviation.kind = KIND_INHOMOGENEOUS;
   h.deviation.tn = 1.5L;
   h.targetNorm = 8;
   h.combinedTarget = 3;
@@ -92,7 +92,7 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
   EXPECT_TRUE(back.c == standard.c);
   EXPECT_TRUE(back.blended);
   EXPECT_EQ(back.enumBound, 6.5L);
-  EXPECT_EQ(back.checkMode, 2);
+  EXPECT_EQ(back.checkMode, CHECK_MODE_FINAL);
   EXPECT_EQ(back.normBound, infinity<dbl_t>());
   EXPECT_EQ(back.params.beta.get(), 9);
   EXPECT_EQ(back.mainVars[MainMutexVariable::inputLoaded].get(), "here");
@@ -116,7 +116,7 @@ TEST_F(ConvertTest, EveryMemberCrossesBothWays) {
 
 TEST_F(ConvertTest, AThirdKeepsTheRunInExtendedPrecision) {
   extended.convertFrom(standard);
-  extended.B[1][1] = QQ(1) / QQ(3);
+  rows(extended).B[1][1] = QQ(1) / QQ(3);
   expectLost();
 }
 

@@ -51,12 +51,12 @@ class EnumerationTest : public ::testing::Test {
   void keepNoNearSolutions() {
     lattice.bestInhomogeneous = lattice.B[1];
     lattice.bestInhomogeneous.deviation = HeuristicDeviation<dbl_t>(false);
-    lattice.bestInhomogeneous.deviation.kind = 2;
+    lattice.bestInhomogeneous.deviation.kind = KIND_INHOMOGENEOUS;
   }
   // Keeps the sweeps from touching the basis, so that a block has something to find.
   void markSwept() {
     lattice.updateGso(1, 0);
-    for (long i = 1; i <= lattice.rank; ++i) lattice.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+    for (long i = 1; i <= lattice.rank; ++i) setWord(lattice, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
   }
   void expectSameLattice() {
     EXPECT_TRUE(lattice.TT[lattice.TT.MN] * lattice.B_save == lattice.unscaled(lattice.B));
@@ -331,10 +331,10 @@ void expectMinimumIsCandidate(long weight) {
   ASSERT_TRUE(l->coordinates(latticeVector(*l, "[ 1 1 ]"), x, false));
   l->insertCombination(x, 1, l->rank);
   l->solutions.resize(0, false);
-  for (long i = 2; i <= l->rank; ++i) l->B[i] += l->B[1] * T(50);
+  for (long i = 2; i <= l->rank; ++i) rows(*l).B[i] += l->B[1] * T(50);
   for (long i = 1; i < l->rank; ++i) l->swapBase(i, i + 1, false);
   l->updateGso(1, 0);
-  for (long i = 1; i <= l->rank; ++i) l->status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+  for (long i = 1; i <= l->rank; ++i) setWord(*l, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
   l->enumerate(nullptr);
   EXPECT_GE(l->solutions.MN, 1) << weight;
 }

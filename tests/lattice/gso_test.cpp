@@ -1,4 +1,5 @@
 // Gram-Schmidt data: the update, the two factorisations and their wrappers.
+#include "lattice/orthogonal_factorisation.h"
 #include "lattice/support.h"
 
 #include <cmath>
@@ -86,7 +87,7 @@ TYPED_TEST(GsoTest, UpdateMarksTheSecondOfTwoEqualRows) {
 
 TYPED_TEST(GsoTest, ValidBitReplacesTheDependentWord) {
   setBasis(this->lattice, matrixOf<TypeParam>(mixedRows()));
-  this->lattice.status[1] = STATUS_DEPENDENT;
+  setWord(this->lattice, 1, STATUS_DEPENDENT);
   EXPECT_TRUE(this->lattice.updateGso(1, 1));
   EXPECT_EQ(this->lattice.status[1], STATUS_GSO);
 }
@@ -94,7 +95,7 @@ TYPED_TEST(GsoTest, ValidBitReplacesTheDependentWord) {
 TEST(GsoNoNumber, CountsAsDependent) {
   Lattice<dbl_t, dbl_t> l;
   setBasis(l, matrixOf<dbl_t>({{1, 0}, {0, 1}}));
-  l.B[2][1] = std::numeric_limits<dbl_t>::quiet_NaN();
+  rows(l).B[2][1] = std::numeric_limits<dbl_t>::quiet_NaN();
   EXPECT_FALSE(l.updateGso(1, 0));
   EXPECT_EQ(l.status[2], STATUS_DEPENDENT);
 }
@@ -141,7 +142,7 @@ TYPED_TEST(GsoTest, WrappersRedoOnlyTheInvalidTail) {
     const auto run = [&] { return full ? l.gsoByFull(1, 0, true) : l.gsoByReduced(1, 0, true); };
     run();
     l.mu[1][1] = 5;  // valid rows are not looked at
-    l.B[3] = vectorOf<TypeParam>({4, 4, 4, 4, 1});
+    rows(l).B[3] = vectorOf<TypeParam>({4, 4, 4, 4, 1});
     l.invalidateFrom(3);
     EXPECT_EQ(run(), 0);
     EXPECT_EQ(l.mu[1][1], 5);

@@ -1,5 +1,6 @@
 // The kernel of the equations, and the transformations that lead there.
 #include "lattice/support.h"
+#include "program/extraction.h"
 
 #include "lib/exceptions.h"
 
@@ -24,7 +25,7 @@ void setEquations(Lattice<T, dbl_t>& l, const Rows& equations, const std::vector
   setBasis(l, basis);
   l.Ag = matrixOf<T>(equations);
   l.bg = vectorOf<T>(right);
-  l.checkMode = 1;
+  l.checkMode = CHECK_MODE_EQUATIONS;
 }
 
 template <class T>
@@ -72,7 +73,7 @@ TYPED_TEST(KernelTest, ProductOfTheTransformationsGivesTheKernelInFront) {
       EXPECT_EQ(l.rank, 10);
       EXPECT_TRUE(l.TT[l.TT.MN] * l.B_save == kernel);
       // The particular solution stands among the kernel rows.
-      const Vector<TypeParam> particular = l.extractInhom();
+      const Vector<TypeParam> particular = extractInhom(l);
       ASSERT_EQ(particular.MN, l.dim);
       EXPECT_EQ(abs(particular[l.dim]), TypeParam(1));
       for (long j = 1; j <= e; ++j) EXPECT_TRUE(isExactZero(particular[j]));
@@ -161,13 +162,13 @@ TYPED_TEST(KernelTest, NoRowIsLeftOverWhenNothingIsInTheKernel) {
   const auto TT = l.kernelReduce();
   EXPECT_EQ(l.rank, 2);
   EXPECT_TRUE(product(TT, l.B_save) == l.B);
-  EXPECT_EQ(l.extractInhom().MN, 0);
+  EXPECT_EQ(extractInhom(l).MN, 0);
 }
 
 TYPED_TEST(KernelTest, UnsolvableEquationHasNoParticularSolution) {
   setEquations(this->lattice, {{2}}, {1});
   this->lattice.kernelReduce();
-  EXPECT_EQ(this->lattice.extractInhom().MN, 0);
+  EXPECT_EQ(extractInhom(this->lattice).MN, 0);
 }
 
 TEST(KernelBothTypes, SameKernel) {

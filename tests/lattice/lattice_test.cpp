@@ -19,7 +19,7 @@ TYPED_TEST(LatticeTest, FreshObjectIsEmpty) {
   EXPECT_EQ(l.c.MN, 0);
   EXPECT_EQ(l.TT.MN, 0);
   EXPECT_EQ(l.inhomBase, TypeParam(1));
-  EXPECT_EQ(l.checkMode, 0);
+  EXPECT_EQ(l.checkMode, CHECK_MODE_NONE);
   EXPECT_FALSE(l.blended);
 }
 
@@ -28,7 +28,7 @@ TYPED_TEST(LatticeTest, ResizingWritesZerosAndUnitWeights) {
   setBasis(l, matrixOf<TypeParam>({{1, 2}, {3, 4}}));
   l.setTranslation(1, TypeParam(3));
   l.setScale(2, TypeParam(8));
-  l.status[1] = STATUS_GSO;
+  setWord(l, 1, STATUS_GSO);
   l.mu[2][1] = 5;
   l.resizeLattice(3, 4);
   EXPECT_EQ(l.rank, 3);
@@ -50,7 +50,7 @@ TYPED_TEST(LatticeTest, WorkDataShrinkWithTheRank) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<TypeParam>({{1, 0, 2}, {0, 1, 4}, {0, 0, 3}}));
   l.gsoByFull(1, 0, true);
-  l.resizeWork(2);
+  l.enterBasis(matrixOf<TypeParam>({{1, 0, 2}, {0, 1, 4}}));
   EXPECT_EQ(l.rank, 2);
   EXPECT_EQ(l.mu.M, 2);
   EXPECT_EQ(l.status.MN, 2);
@@ -63,14 +63,14 @@ TYPED_TEST(LatticeTest, InvalidationKeepsDependentWordsWhileBlended) {
   auto& l = this->lattice;
   l.resizeLattice(4, 4);
   const auto fill = [&l] {
-    for (long i = 1; i <= 4; ++i) l.status[i] = i % 2 == 1 ? STATUS_DEPENDENT : STATUS_LQ;
+    for (long i = 1; i <= 4; ++i) setWord(l, i, i % 2 == 1 ? STATUS_DEPENDENT : STATUS_LQ);
   };
   fill();
   l.invalidateFrom(2);
   EXPECT_EQ(l.status[1], STATUS_DEPENDENT);
   for (long i = 2; i <= 4; ++i) EXPECT_EQ(l.status[i], 0);
   fill();
-  l.blended = true;
+  l.setBlended(true);
   l.invalidateFrom(0);
   EXPECT_EQ(l.status[1], 0);
   EXPECT_EQ(l.status[2], 0);
@@ -85,11 +85,11 @@ TYPED_TEST(LatticeTest, CopyIsDeepAndCarriesParametersAndVariables) {
   l.mainVars[MainMutexVariable::inputLoaded].set("here");
   l.lll(1, 0, 0);
   HeuristicVector<TypeParam, dbl_t> kept(vectorOf<TypeParam>({1, 2, 3, 4, 5, 6}));
-  kept.deviation.kind = 1;
+  kept.deviation.kind = KIND_HOMOGENEOUS;
   l.homogeneousVectors.insert(kept);
   this->other = l;
   const Matrix<TypeParam> before = l.B;
-  l.B[1][1] = TypeParam(999);
+  rows(l).B[1][1] = TypeParam(999);
   l.scaleFactor[1] = TypeParam(3);
   l.program.lx.resizeZero(2);
   EXPECT_TRUE(this->other.B == before);
@@ -142,141 +142,116 @@ TYPED_TEST(LatticeTest, CopiedFactorisationsResume) {
   }
 }
 
-// A value of its own in each member that is no matter of the basis.
-template <class T>
-void fillResults(Lattice<T, dbl_t>& l) {
-  const HeuristicVector<T, dbl_t> found(vectorOf<T>({1, 2}));
-  l.savedSeconds = 77;
-  l.latFile = "x.lat";
-  l.bestInhomogeneous = l.bestSlack = found;
-  l.bestInhomogeneous[1] = T(9);
-  l.solutions.append(TargetVector<T>(vectorOf<T>({3, 4})));
-  l.homogeneousVectors.append(found);
-  l.inhomogeneousVectors.append(found);
-  l.inhomogeneousVectors.append(found);
-  l.R = T(12);
-  l.lbnd = vectorOf<T>({1, 1});
-  l.ubnd = vectorOf<T>({2, 2});
-  l.lbndSaved = vectorOf<T>({3, 3});
-  l.ubndSaved = vectorOf<T>({4, 4});
-  l.symmetricBounds = true;
-  l.checkMode = 1;
-  l.normBound = T(13);
-  l.generatedTu = true;
-  l.generatedLx = vectorOf<T>({5});
-  l.generatedRx = vectorOf<T>({6});
-  l.generatedLrtu = SerializablePair<T, T>(T(7), T(8));
-  l.interval_tt = 14;
-  l.inhomBase = T(15);
-  l.inhomScaled = T(16);
-  l.c = vectorOf<T>({17, 18});
-  l.translation = vectorOf<T>({19, 0});
-  l.stepAverage = vectorOf<T>({20, 21});
-  l.stepCount[1] = 22;
-  l.enumBound = 23;
-  l.blended = true;
-  l.optFile = "x.opt";
-  l.solFile = "x.sol";
-  l.dt = vectorOf<T>({24});
-  l.program.optFile = "p.opt";
-  l.program.kt = vectorOf<T>({25});
-  l.program.stars.append(Star<T>(vectorOf<T>({26})));
-}
-
-TYPED_TEST(LatticeTest, CopyCarriesEveryMember) {
+// The state is copied as a whole; what stays is what is no state.
+TYPED_TEST(LatticeTest, CopyTakesTheStateAndLeavesTheSearch) {
   using T = TypeParam;
   auto& l = this->lattice;
-  const auto& o = this->other;
   setBasis(l, matrixOf<T>({{1, 2}, {3, 4}}));
-  l.B_save[1][1] = T(5);
-  l.TT[1][1][2] = T(6);
-  l.B[0] = vectorOf<T>({27, 28});
-  l.updateGso(1, 0);
-  fillResults(l);
+  rows(l).TT[1][1][2] = T(6);
+  rows(l).B[0] = vectorOf<T>({27, 28});
+  l.latFile = "x.lat";
+  l.optFile = "x.opt";
+  l.program.kt = vectorOf<T>({25});
+  l.R = T(12);
+  l.stepCount[1] = 22;
+  l.enumBound = 23;
+  l.setBlended(true);
+  l.solutions.append(TargetVector<T>(vectorOf<T>({3, 4})));
+  l.inhomogeneousVectors.append(HeuristicVector<T, dbl_t>(vectorOf<T>({1, 2})));
+  l.search.reinsertIndex = 3;
+  this->other.search.scaleLimit = T(77);
+  const auto output = this->other.output;
   this->other.copyFrom(l, true);
-  EXPECT_EQ(o.rank, 2);
-  EXPECT_EQ(o.dim, 2);
-  EXPECT_EQ(o.savedSeconds, 77);
-  EXPECT_EQ(o.latFile, "x.lat");
-  EXPECT_TRUE(o.bestInhomogeneous == vectorOf<T>({9, 2}));
-  EXPECT_TRUE(o.bestSlack == vectorOf<T>({1, 2}));
-  ASSERT_EQ(o.solutions.MN, 1);
-  EXPECT_TRUE(o.solutions[1] == vectorOf<T>({3, 4}));
-  EXPECT_EQ(o.homogeneousVectors.count, 1);
-  EXPECT_EQ(o.inhomogeneousVectors.count, 2);
-  EXPECT_EQ(o.R, T(12));
-  EXPECT_TRUE(o.lbnd == l.lbnd);
-  EXPECT_TRUE(o.ubnd == l.ubnd);
-  EXPECT_TRUE(o.lbndSaved == l.lbndSaved);
-  EXPECT_TRUE(o.ubndSaved == l.ubndSaved);
-  EXPECT_TRUE(o.symmetricBounds);
-  EXPECT_EQ(o.checkMode, 1);
-  EXPECT_EQ(o.normBound, T(13));
-  EXPECT_TRUE(o.generatedTu);
-  EXPECT_TRUE(o.generatedLx == l.generatedLx);
-  EXPECT_TRUE(o.generatedRx == l.generatedRx);
-  EXPECT_EQ(o.generatedLrtu.left, T(7));
-  EXPECT_EQ(o.generatedLrtu.right, T(8));
+  const auto& o = this->other;
+  EXPECT_EQ(o.latFile + o.optFile, "x.latx.opt");
+  EXPECT_TRUE(o.program.kt == l.program.kt);
   EXPECT_TRUE(o.B == l.B);
   EXPECT_TRUE(o.B[0] == l.B[0]);
-  EXPECT_TRUE(o.B_save == l.B_save);
-  ASSERT_EQ(o.TT.MN, 1);
   EXPECT_TRUE(o.TT[1] == l.TT[1]);
-  EXPECT_TRUE(o.mu == l.mu);
-  EXPECT_TRUE(o.bstarSq == l.bstarSq);
-  EXPECT_TRUE(o.bNormSq == l.bNormSq);
-  ASSERT_EQ(o.status.MN, 2);
-  EXPECT_EQ(o.status[2], STATUS_GSO);
-  EXPECT_EQ(o.enumCoeffs.MN, 2);
-  EXPECT_EQ(o.stages.MN, 3);
-  EXPECT_EQ(o.interval_tt, 14);
-  EXPECT_EQ(o.inhomBase, T(15));
-  EXPECT_EQ(o.inhomScaled, T(16));
-  EXPECT_TRUE(o.c == l.c);
-  EXPECT_TRUE(o.scaleFactor == l.scaleFactor);
-  EXPECT_TRUE(o.translation == l.translation);
-  EXPECT_TRUE(o.stepAverage == l.stepAverage);
+  EXPECT_EQ(o.R, T(12));
   EXPECT_EQ(o.stepCount[1], 22);
   EXPECT_EQ(o.enumBound, 23);
   EXPECT_TRUE(o.blended);
-  EXPECT_EQ(o.optFile, "x.opt");
-  EXPECT_TRUE(o.dt == l.dt);
-  EXPECT_EQ(o.program.optFile, "p.opt");
-  EXPECT_TRUE(o.program.kt == l.program.kt);
-  EXPECT_EQ(o.program.stars.MN, 1);
+  EXPECT_EQ(o.solutions.MN, 1);
+  EXPECT_EQ(o.inhomogeneousVectors.count, 1);
+  EXPECT_EQ(o.events, l.events);
+  EXPECT_EQ(o.search.reinsertIndex, 0);
+  EXPECT_EQ(o.search.scaleLimit, T(77));
+  EXPECT_EQ(o.output, output);
 }
 
-TYPED_TEST(LatticeTest, ReinitialisedObjectKeepsParametersAndVariablesAlone) {
+// The views of the rows must be those of the copy, and stay so when the source is gone.
+TYPED_TEST(LatticeTest, ACopyShowsItsOwnRows) {
+  using T = TypeParam;
+  Lattice<T, dbl_t> copy;
+  {
+    Lattice<T, dbl_t> source;
+    setBasis(source, matrixOf<T>({{1, 2}, {3, 4}}));
+    Lattice<T, dbl_t> constructed(source);
+    source.swapBase(1, 2, false);
+    EXPECT_EQ(constructed.B[1][1], T(1));
+    copy = constructed;
+  }
+  EXPECT_EQ(copy.rank, 2);
+  EXPECT_EQ(copy.B[2][2], T(4));
+  EXPECT_EQ(copy.B_save[2][1], T(3));
+  EXPECT_EQ(copy.TT.MN, 1);
+  EXPECT_EQ(copy.status.MN, 2);
+}
+
+// The words and the transformation follow each operation on rows by themselves.
+TYPED_TEST(LatticeTest, OperationsOnRowsKeepMarksAndTransformation) {
+  using T = TypeParam;
+  auto& l = this->lattice;
+  setBasis(l, matrixOf<T>(knapsackRows(5, 100, 3)));
+  l.params.consistency.set(true);
+  const Vector<T> x = vectorOf<T>({2, -1, 0, 3, 0});
+  const auto inStep = [&](long lowest) {
+    for (long i = 1; i < lowest; ++i) EXPECT_EQ(l.status[i], STATUS_GSO) << i;
+    for (long i = std::max(lowest, 1L); i <= 5; ++i) EXPECT_EQ(l.status[i], 0) << i;
+    EXPECT_TRUE(l.TT[1] * l.B_save == l.B);
+    Vector<T> coordinates;
+    EXPECT_TRUE(l.coordinates(l.B[2], coordinates, false));
+    EXPECT_TRUE(coordinates == vectorOf<T>({0, 1, 0, 0, 0}));
+    l.clearStatus();
+    EXPECT_TRUE(l.updateGso(1, 0));
+  };
+  inStep(0);
+  l.subtract(3, T(2), 1);
+  inStep(3);
+  l.swap(4, 2);
+  inStep(2);
+  l.replace(2, x, 1, 4);
+  inStep(2);
+  l.combine(x, 1, 4);
+  l.recordCombined(x, 1, 4);
+  inStep(6);
+  l.swap(2, 0);
+  inStep(0);
+}
+
+TYPED_TEST(LatticeTest, ReinitialisedObjectIsAsNewButForItsParameters) {
   using T = TypeParam;
   auto& l = this->lattice;
   setBasis(l, matrixOf<T>({{1, 2}, {3, 4}}));
-  fillResults(l);
+  l.latFile = l.optFile = l.program.optFile = "x";
+  l.inhomBase = T(15);
+  l.interval_tt = 14;
+  l.bestSlack = HeuristicVector<T, dbl_t>(vectorOf<T>({1, 2}));
+  l.solutions.append(TargetVector<T>(vectorOf<T>({3, 4})));
   l.params.beta.set(17);
   l.mainVars[MainMutexVariable::inputLoaded].set("here");
   l.reinitialise();
-  EXPECT_EQ(l.rank, 0);
-  EXPECT_EQ(l.dim, 0);
-  EXPECT_EQ(l.B.M + l.B_save.M + l.TT.MN + l.mu.M + l.status.MN, 0);
-  EXPECT_EQ(l.savedSeconds, 0);
-  EXPECT_EQ(l.latFile + l.optFile + l.solFile + l.program.optFile, "");
-  EXPECT_EQ(l.bestInhomogeneous.MN + l.bestSlack.MN + l.solutions.MN, 0);
-  EXPECT_EQ(l.homogeneousVectors.count + l.inhomogeneousVectors.count, 0);
-  EXPECT_EQ(l.R, T(0));
-  EXPECT_EQ(l.lbnd.MN + l.ubnd.MN + l.lbndSaved.MN + l.ubndSaved.MN, 0);
-  EXPECT_FALSE(l.symmetricBounds);
-  EXPECT_EQ(l.checkMode, 0);
-  EXPECT_EQ(l.normBound, T(0));
-  EXPECT_FALSE(l.generatedTu);
-  EXPECT_EQ(l.generatedLx.MN + l.generatedRx.MN, 0);
+  EXPECT_EQ(l.rank + l.dim, 0);
+  EXPECT_EQ(l.B.M + l.B_save.M + l.TT.MN + l.mu.M + l.status.MN + l.lbnd.MN + l.scaleFactor.MN, 0);
+  EXPECT_EQ(l.latFile + l.optFile + l.program.optFile, "");
+  EXPECT_EQ(l.bestSlack.MN + l.solutions.MN, 0);
+  EXPECT_EQ(l.checkMode, CHECK_MODE_NONE);
   EXPECT_TRUE(l.generatedLrtu.left == -infinity<T>());
   EXPECT_TRUE(l.generatedLrtu.right == infinity<T>());
   EXPECT_EQ(l.interval_tt, 100);
   EXPECT_EQ(l.inhomBase, T(1));
-  EXPECT_EQ(l.inhomScaled, T(1));
-  EXPECT_EQ(l.c.MN + l.scaleFactor.MN + l.translation.MN + l.stepAverage.MN + l.stepCount.MN, 0);
-  EXPECT_EQ(l.enumBound, 0);
-  EXPECT_FALSE(l.blended);
-  EXPECT_EQ(l.dt.MN + l.program.kt.MN + l.program.stars.MN, 0);
+  EXPECT_EQ(l.homogeneousVectors.limit, 100);
   EXPECT_EQ(l.params.beta.get(), 17);
   EXPECT_EQ(l.mainVars[MainMutexVariable::inputLoaded].get(), "here");
 }

@@ -122,7 +122,7 @@ TYPED_TEST(LllTest, ReturnsTheSmallestPositionVisited) {
 TYPED_TEST(LllTest, SweptPositionsAreLeftAlone) {
   setBasis(this->lattice, matrixOf<TypeParam>({{1, 0}, {0, 1}}));
   this->lattice.lll(1, 0, 0);
-  this->lattice.B[2][1] = TypeParam(5);
+  rows(this->lattice).B[2][1] = TypeParam(5);
   this->lattice.lll(1, 0, 0);
   EXPECT_EQ(this->lattice.B[2][1], TypeParam(5));
 }
@@ -155,7 +155,7 @@ TYPED_TEST(LllTest, SizeReductionRoundsHalfAwayFromZero) {
 
 TYPED_TEST(LllTest, ReducedRowIsLeftAlone) {
   setBasis(this->lattice, matrixOf<TypeParam>({{2, 0}, {7, 9}}));
-  this->lattice.status[2] = STATUS_REDUCED;
+  setWord(this->lattice, 2, STATUS_REDUCED);
   bool guarded = false;
   EXPECT_FALSE(this->lattice.sizeReduce(2, guarded));
   EXPECT_EQ(this->lattice.B[2][1], TypeParam(7));
@@ -198,9 +198,9 @@ TYPED_TEST(LllTest, GuardKeepsTheLargestEntryFromGrowing) {
   this->lattice.sizeReduce(2, guarded);
   EXPECT_EQ(this->lattice.B[2][3], TypeParam(-3));  // from 6 to 4: done
   setBasis(this->lattice, matrixOf<TypeParam>({{9, 4, 0}, {6, 0, 3}}));
-  this->lattice.B[1][2] = TypeParam(7);
-  this->lattice.B[2][1] = TypeParam(6);
-  this->lattice.B[2][2] = TypeParam(3);
+  rows(this->lattice).B[1][2] = TypeParam(7);
+  rows(this->lattice).B[2][1] = TypeParam(6);
+  rows(this->lattice).B[2][2] = TypeParam(3);
   this->lattice.sizeReduce(2, guarded);
   EXPECT_EQ(this->lattice.B[2][1], TypeParam(-3));  // from 6 to 4
 }
@@ -251,7 +251,7 @@ TYPED_TEST(LllTest, DependentVectorGoesBehindTheLastIndependentOneOfItsRange) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 0, 0}, {0, 0, 3}, {0, 0, 0}, {0, 5, 0}}));
   l.params.consistency.set(true);
-  l.status[4] = STATUS_DEPENDENT;
+  setWord(l, 4, STATUS_DEPENDENT);
   bool guarded = false;
   EXPECT_TRUE(l.lllStep(1, 4, guarded));
   EXPECT_FALSE(guarded);
@@ -515,7 +515,7 @@ TYPED_TEST(LllTest, SwapExchangesAllThatBelongsToARow) {
   l.enumCoeffs[1] = TypeParam(7);
   l.stages[1].u = TypeParam(5);
   l.stages[1].w.resizeZero(4);
-  l.status[1] = STATUS_GSO;
+  setWord(l, 1, STATUS_GSO);
   l.swapBase(1, 3, true);
   EXPECT_EQ(l.B[1][3], TypeParam(3));
   EXPECT_EQ(l.TT[1][1][3], TypeParam(1));
@@ -529,7 +529,7 @@ TYPED_TEST(LllTest, SwapExchangesAllThatBelongsToARow) {
 TYPED_TEST(LllTest, SwapClearsFromTheLowerPosition) {
   auto& l = this->lattice;
   setBasis(l, matrixOf<TypeParam>({{1, 0, 0}, {0, 2, 0}, {0, 0, 3}}));
-  for (long i = 1; i <= 3; ++i) l.status[i] = STATUS_GSO;
+  for (long i = 1; i <= 3; ++i) setWord(l, i, STATUS_GSO);
   l.swapBase(3, 2, false);
   EXPECT_EQ(l.status[1], STATUS_GSO);
   EXPECT_EQ(l.status[2], 0);
@@ -537,13 +537,13 @@ TYPED_TEST(LllTest, SwapClearsFromTheLowerPosition) {
   l.swapBase(2, 2, false);
   EXPECT_EQ(l.status[1], STATUS_GSO);
   // Position 0 counts as the other one's place.
-  for (long i = 1; i <= 3; ++i) l.status[i] = STATUS_GSO;
+  for (long i = 1; i <= 3; ++i) setWord(l, i, STATUS_GSO);
   l.swapBase(0, 2, false);
   EXPECT_EQ(l.status[1], STATUS_GSO);
   EXPECT_EQ(l.status[2], 0);
   // A dependent word stays while blended is set, but not at position 1.
-  for (long i = 1; i <= 3; ++i) l.status[i] = STATUS_DEPENDENT;
-  l.blended = true;
+  for (long i = 1; i <= 3; ++i) setWord(l, i, STATUS_DEPENDENT);
+  l.setBlended(true);
   l.swapBase(1, 3, false);
   EXPECT_EQ(l.status[1], 0);
   EXPECT_EQ(l.status[2], STATUS_DEPENDENT);
@@ -556,7 +556,7 @@ TYPED_TEST(LllTest, ARestartOutOfTheSweepPutsBlendedBack) {
   const auto l = latticeOf<TypeParam>(SMALL_TARGET);
   l->finishEnabled = true;
   l->swapBase(1, 2, false);
-  l->B[2] = l->B[1] + l->B[2] + l->B[3];
+  rows(*l).B[2] = l->B[1] + l->B[2] + l->B[3];
   ASSERT_EQ(l->B[2], latticeVector(*l, "[ 1 1 ]"));
   EXPECT_THROW(l->lll(1, 0, 0), RestartException);
   EXPECT_FALSE(l->blended);
@@ -610,14 +610,14 @@ TEST(LllOverflow, ExactTypeDoesNotOverflow) {
 
 TEST(RowOperation, ChecksEveryNewEntry) {
   Vector<dbl_t> row = vectorOf<dbl_t>({1, 2});
-  subtractMultiple(row, dbl_t(-1), vectorOf<dbl_t>({999999999, 0}));
+  subtractChecked(row, dbl_t(-1), vectorOf<dbl_t>({999999999, 0}));
   EXPECT_EQ(row[1], 1e9L);  // the limit itself is held
-  EXPECT_THROW(subtractMultiple(row, dbl_t(-1), vectorOf<dbl_t>({1, 0})), PrecisionException);
+  EXPECT_THROW(subtractChecked(row, dbl_t(-1), vectorOf<dbl_t>({1, 0})), PrecisionException);
   row = vectorOf<dbl_t>({1, 2});
-  EXPECT_THROW(subtractMultiple(row, dbl_t(1e10L), vectorOf<dbl_t>({0, 999999999})), FatalPrecisionException);
+  EXPECT_THROW(subtractChecked(row, dbl_t(1e10L), vectorOf<dbl_t>({0, 999999999})), FatalPrecisionException);
   row = vectorOf<dbl_t>({1, 2});
-  EXPECT_THROW(subtractMultiple(row, infinity<dbl_t>(), vectorOf<dbl_t>({0, 1})), PrecisionException);
-  EXPECT_FAILURE(subtractMultiple(row, dbl_t(1), vectorOf<dbl_t>({1})), "Vector: dimension mismatch2");
+  EXPECT_THROW(subtractChecked(row, infinity<dbl_t>(), vectorOf<dbl_t>({0, 1})), PrecisionException);
+  EXPECT_FAILURE(subtractChecked(row, dbl_t(1), vectorOf<dbl_t>({1})), "Vector: dimension mismatch2");
 }
 
 }  // namespace latbox::testing

@@ -35,11 +35,11 @@ TYPED_TEST(ReductionAllocation, NodesOfABlock) {
   lattice.params.btime.set(0);
   lattice.lll(1, 0, 0);
   lattice.updateGso(1, 0);
-  for (long i = 1; i <= 14; ++i) lattice.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+  for (long i = 1; i <= 14; ++i) setWord(lattice, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
   // A first run makes room for the block.
   lattice.enumerate(nullptr);
   lattice.updateGso(1, 0);
-  for (long i = 1; i <= 14; ++i) lattice.status[i] = STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT;
+  for (long i = 1; i <= 14; ++i) setWord(lattice, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
   NodeWatch::nodes = 0;
   setClock(NodeWatch::read);
   lattice.enumerate(nullptr);
@@ -60,7 +60,7 @@ TYPED_TEST(ReductionAllocation, SweepOfABasisThatFitsTheScratch) {
     lattice.params.btime.set(0);
     lattice.params.deep.set(deep);
     lattice.lll(1, 0, 0);
-    lattice.B = raw;
+    rows(lattice).B = raw;
     lattice.clearStatus();
     const long before = allocations;
     lattice.lll(1, 0, 0);

@@ -8,9 +8,11 @@
 #include <initializer_list>
 #include <vector>
 
+#include "driver/events.h"
 #include "lattice/lattice.h"
 #include "numbers/number.h"
 #include "support/draws.h"
+#include "support/rows.h"
 
 namespace latbox::testing {
 
@@ -37,11 +39,10 @@ Vector<T> vectorOf(const std::vector<long>& entries) {
 // the reduction touches becomes a solution.
 template <class T>
 void setBasis(Lattice<T, dbl_t>& lattice, const Matrix<T>& basis) {
+  lattice.events = &runEvents<T>();
   lattice.resizeLattice(basis.M, basis.N);
-  lattice.B_save = basis;
-  lattice.B = basis;
-  lattice.newTransformation(false);
-  lattice.checkMode = 2;
+  lattice.enterBasis(basis);
+  lattice.checkMode = CHECK_MODE_FINAL;
   lattice.lbnd[lattice.dim] = T(1);
   lattice.ubnd[lattice.dim] = T(-1);
   lattice.params.pair.set(false);

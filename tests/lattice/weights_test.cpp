@@ -1,7 +1,6 @@
 // The weight map and the rule for a weight or a shift.
 #include "lattice/support.h"
 
-#include "lattice/scale_limit.h"
 #include "lib/exceptions.h"
 #include "support/failure.h"
 
@@ -13,7 +12,7 @@ class WeightsTest : public ::testing::Test {
   Lattice<T, dbl_t> lattice;
   void SetUp() override { setBasis(lattice, matrixOf<T>({{1, 2, 1}, {3, 4, 0}, {0, 5, -2}})); }
   void markAll() {
-    for (long i = 1; i <= lattice.rank; ++i) lattice.status[i] = STATUS_GSO;
+    for (long i = 1; i <= lattice.rank; ++i) setWord(lattice, i, STATUS_GSO);
   }
 };
 TYPED_TEST_SUITE(WeightsTest, NumberTypes);
@@ -50,7 +49,7 @@ TYPED_TEST(WeightsTest, SameWeightChangesNothing) {
 
 TYPED_TEST(WeightsTest, ChangeOfWeightVoidsTheStatus) {
   this->markAll();
-  this->lattice.status[2] = STATUS_DEPENDENT;
+  setWord(this->lattice, 2, STATUS_DEPENDENT);
   this->lattice.setScale(2, TypeParam(2));
   for (long i = 1; i <= 3; ++i) EXPECT_EQ(this->lattice.status[i], 0);
   this->markAll();
@@ -78,7 +77,7 @@ TYPED_TEST(WeightsTest, OriginAndTransformationsStay) {
 }
 
 TYPED_TEST(WeightsTest, ScratchRowSurvivesAWeight) {
-  this->lattice.B[0] = vectorOf<TypeParam>({7, 7, 7});
+  rows(this->lattice).B[0] = vectorOf<TypeParam>({7, 7, 7});
   this->lattice.setScale(1, TypeParam(9));
   EXPECT_EQ(this->lattice.B[0][1], TypeParam(7));
 }
@@ -90,13 +89,13 @@ TYPED_TEST(WeightsTest, ResetPutsWeightsAndLimitBack) {
   l.setTranslation(2, TypeParam(4));
   l.stepAverage[1] = TypeParam(5);
   l.stepCount[1] = 2;
-  scaleLimit<TypeParam>() = TypeParam(5000);
+  l.search.scaleLimit = TypeParam(5000);
   l.resetScales(true, false);
   EXPECT_TRUE(l.scaleFactor == vectorOf<TypeParam>({1, 1, 1}));
   EXPECT_EQ(l.inhomScaled, l.inhomBase);
   EXPECT_EQ(l.stepAverage[1], TypeParam(0));
   EXPECT_EQ(l.stepCount[1], 0);
-  EXPECT_EQ(scaleLimit<TypeParam>(), TypeParam(1000));
+  EXPECT_EQ(l.search.scaleLimit, TypeParam(1000));
   EXPECT_EQ(l.translation[2], TypeParam(4));
   EXPECT_EQ(l.B[1][2], TypeParam(6));
   l.setScale(1, TypeParam(2));

@@ -1,4 +1,5 @@
 #include "lib/modular.h"
+#include "support/rows.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #include "model/conversion.h"
+#include "lib/exceptions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #include "model/dependent_rows.h"
+#include "lib/exceptions.h"
 
 #include <gtest/gtest.h>
 

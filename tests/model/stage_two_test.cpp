@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "lib/exceptions.h"
 #include "support/failure.h"
 #include "support/program.h"
 

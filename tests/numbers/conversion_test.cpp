@@ -1,4 +1,5 @@
 #include "numbers/conversion.h"
+#include "lib/exceptions.h"
 
 #include <gtest/gtest.h>
 

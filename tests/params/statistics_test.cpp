@@ -107,7 +107,6 @@ TEST(Statistics, StartsWithZerosAndTheTime) {
   const long before = now();
   const Statistics statistics;
   EXPECT_EQ(statistics.iterations, 0);
-  EXPECT_FALSE(statistics.reinserting);
   EXPECT_EQ(statistics.noPrimaryImprovement, 0);
   EXPECT_EQ(statistics.samplingCollections, 0);
   EXPECT_GE(statistics.startTime.get(), before);
@@ -128,18 +127,31 @@ TEST(Statistics, SnapshotTakesTheFourCounters) {
   EXPECT_EQ(statistics.samplingBasisExtensionsBefore, 4);
 }
 
+TEST(Statistics, CountsOfFindsGoBackAlone) {
+  Statistics statistics;
+  statistics.inhomogeneousImprovements = 1;
+  statistics.targetImprovements = 2;
+  statistics.solutionsFound = 3;
+  const FindCounts before = statistics.findCounts();
+  statistics.inhomogeneousImprovements = statistics.targetImprovements = statistics.solutionsFound = 9;
+  statistics.deepInsertions = 9;
+  statistics.setFindCounts(before);
+  EXPECT_EQ(statistics.inhomogeneousImprovements, 1);
+  EXPECT_EQ(statistics.targetImprovements, 2);
+  EXPECT_EQ(statistics.solutionsFound, 3);
+  EXPECT_EQ(statistics.deepInsertions, 9);
+}
+
 TEST(Statistics, CopyTakesEverything) {
   Statistics source;
   ++source.iterations;
   ++source.iterations;
-  source.reinserting = true;
   source.noPrimaryImprovement = 5;
   source.discoveryStart = 17;
   source.startTime.set(23);
   Statistics target;
   target = source;
   EXPECT_EQ(target.iterations, 2);
-  EXPECT_TRUE(target.reinserting);
   EXPECT_EQ(target.noPrimaryImprovement, 5);
   EXPECT_EQ(target.discoveryStart, 17);
   EXPECT_EQ(target.startTime.get(), 23);

@@ -24,7 +24,7 @@ TYPED_TEST(CheckAllocation, VectorsThatFail) {
       const long before = allocations;
       for (int k = 0; k < 100; ++k)
         for (const auto& row : rows)
-          ASSERT_EQ(l->checkSolution(row, true, NOW, false, Membership::byConstruction), 0u);
+          ASSERT_EQ(l->checkSolution(row, true, NOW, false, Membership::byConstruction), 0U);
       EXPECT_EQ(allocations, before);
     }
   }

@@ -1,4 +1,5 @@
 #include "program/exact_product.h"
+#include "lib/exceptions.h"
 
 #include "support/program.h"
 

@@ -1,3 +1,5 @@
+#include "program/generation.h"
+#include "lib/exceptions.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 
@@ -26,7 +28,7 @@ TYPED_TEST(Generation, SmallExample) {
   EXPECT_EQ(l->R, T(4));
   EXPECT_EQ(l->rank, 3);
   EXPECT_EQ(l->dim, 4);
-  EXPECT_EQ(l->checkMode, 2);
+  EXPECT_EQ(l->checkMode, CHECK_MODE_FINAL);
   EXPECT_EQ(l->TT.MN, 1);
   EXPECT_EQ(l->normBound, T(3 * 49));
   EXPECT_FALSE(l->symmetricBounds);  // the inhomogeneous coordinate is 1 on both sides
@@ -54,7 +56,7 @@ TYPED_TEST(Generation, CombinedTargetIsTheFirstCoordinate) {
   l->tu = l->program.tu = true;
   l->ltu() = T(-4);
   l->rtu() = T(0);
-  l->generateLattice(false);
+  generateLattice(*l, false);
   EXPECT_TRUE(l->generatedTu);
   EXPECT_EQ(shown(l->B_save), "[ 4 -8 -4 -4 1 ][ 2 4 2 0 0 ][ -2 4 0 2 0 ]");
   EXPECT_EQ(shown(l->lbnd), "[ 0 -4 -4 -4 1 ]");
@@ -67,7 +69,7 @@ TYPED_TEST(Generation, TargetWithoutWidthTakesTheRange) {
   auto l = preparedLattice<T>(testing::SMALL_TARGET);
   l->tu = true;
   l->ltu() = l->rtu() = T(-1);
-  l->generateLattice(false);
+  generateLattice(*l, false);
   EXPECT_EQ(l->c[1], T(4));
   EXPECT_EQ(l->B_save[1][1], T(8));
 }
@@ -77,7 +79,7 @@ TYPED_TEST(Generation, LayoutIsTheBaseParts) {
   auto l = latticeOf<TypeParam>(testing::SMALL_TARGET);
   l->program.tu = true;
   EXPECT_FALSE(l->generatedTu);
-  EXPECT_TRUE(l->programAhead());
+  EXPECT_TRUE(programAhead(*l));
   EXPECT_EQ(l->dim, 4);
   EXPECT_EQ(shown(testing::latticeVector(*l, "[ 1 1 ]")), "[ 0 -2 -2 1 ]");
 }
@@ -95,13 +97,13 @@ TYPED_TEST(Generation, WidthTakesTheUntranslatedLowerBound) {
 
 TYPED_TEST(Generation, NoWidthAgainstTheUntranslatedLowerBoundFails) {
   auto l = preparedLattice<TypeParam>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 7 ] [ 0 0 ] [ 2 0 ] [ 4 3 ]");
-  EXPECT_FAILURE(l->prepareLattice(), "sol bounds error");
+  EXPECT_FAILURE(prepareLattice(*l), "sol bounds error");
 }
 
 TYPED_TEST(Generation, RowWithoutWidthFails) {
   auto l = latticeOf<TypeParam>(testing::SMALL);
   l->lu[1] = l->ru[1];
-  EXPECT_FAILURE(l->generateLattice(false), "ineq bounds error1");
+  EXPECT_FAILURE(generateLattice(*l, false), "ineq bounds error1");
 }
 
 TYPED_TEST(Generation, FreeAndHalfFreeVariables) {
@@ -117,7 +119,7 @@ TYPED_TEST(Generation, FreeAndHalfFreeVariables) {
 TYPED_TEST(Generation, DeviationVariablesTakeTheRangeAsMultiplier) {
   using T = TypeParam;
   auto l = preparedLattice<T>("[ 3 ] [ [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 4 6 ]");
-  l->generateLattice(true);
+  generateLattice(*l, true);
   ASSERT_EQ(l->deviationCount, 2);
   EXPECT_EQ(l->c[l->dim - 2], T(12));
   EXPECT_EQ(l->c[l->dim - 1], T(12));
@@ -127,8 +129,8 @@ TYPED_TEST(Generation, DeviationVariablesTakeTheRangeAsMultiplier) {
 TYPED_TEST(Generation, EquationLattice) {
   using T = TypeParam;
   auto l = preparedLattice<T>("[ ] [ ] [ [ 1 2 ] ] [ 7 ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 10 10 ]");
-  l->generateLattice(true);
-  EXPECT_EQ(l->checkMode, 1);
+  generateLattice(*l, true);
+  EXPECT_EQ(l->checkMode, CHECK_MODE_EQUATIONS);
   EXPECT_EQ(shown(l->B_save), "[ -7 -10 -10 1 ][ 1 2 0 0 ][ 2 0 2 0 ]");
   EXPECT_EQ(shown(l->lbnd), "[ 0 -10 -10 1 ]");
   EXPECT_EQ(shown(l->ubnd), "[ 0 10 10 1 ]");
@@ -178,7 +180,7 @@ TYPED_TEST(Generation, ProgramLineAtVerbosityTwo) {
   auto l = preparedLattice<TypeParam>(testing::SMALL);
   l->params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  l->prepareLattice();
+  prepareLattice(*l);
   EXPECT_NE(::testing::internal::GetCapturedStdout().find(
                 "Optimization program: Targets = 0, Equations = 0, Inequations = 1, Variables = 2"),
             std::string::npos);
@@ -189,8 +191,8 @@ TYPED_TEST(Generation, SecondGenerationStartsAnew) {
   const std::string rows = shown(l->B_save);
   l->setScale(1, TypeParam(3));
   l->swapBase(1, 2, false);
-  l->prepare(false, false);
-  l->prepareLattice();
+  prepare(*l, false, false);
+  prepareLattice(*l);
   EXPECT_EQ(shown(l->B), rows);
   EXPECT_EQ(l->TT.MN, 1);
   EXPECT_TRUE(l->unweighted());
@@ -206,7 +208,7 @@ TYPED_TEST(Generation, StarsAreJudgedAgain) {
   bad = Vector<T>("[ 4 4 ]");
   l->program.stars.append(good);
   l->program.stars.append(bad);
-  l->prepareLattice();
+  prepareLattice(*l);
   ASSERT_EQ(l->program.stars.MN, 1);
   EXPECT_EQ(shown<T>(l->program.stars[1]), "[ 1 1 ]");
   ASSERT_EQ(l->solutions.MN, 1);
@@ -215,7 +217,7 @@ TYPED_TEST(Generation, StarsAreJudgedAgain) {
 
 TEST(GenerationStandard, BasisBeyondTheLimitAsksForExactArithmetic) {
   auto l = preparedLattice<dbl_t>("[ ] [ ] [ ] [ ] [ [ 300000000 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 3 3 ]");
-  testing::expectPrecisionException([&] { l->prepareLattice(); }, "B_save overflow");
+  testing::expectPrecisionException([&] { prepareLattice(*l); }, "B_save overflow");
 }
 
 // Symptom: the saved lattice of such a program did not hold its solutions when it was read back, for 17
@@ -223,7 +225,7 @@ TEST(GenerationStandard, BasisBeyondTheLimitAsksForExactArithmetic) {
 TEST(GenerationStandard, FractionsOfAWideRangeAskForExactArithmetic) {
   const std::string rows = "[ ] [ ] [ ] [ ] [ [ 1 1 0 ] ] [ 7 ] [ 12 ] [ 0 0 0 ] ";
   auto wide = preparedLattice<dbl_t>(rows + "[ -1 0 0 ] [ 4 9973 499 ]");
-  testing::expectPrecisionException([&] { wide->prepareLattice(); }, "B_save overflow");
+  testing::expectPrecisionException([&] { prepareLattice(*wide); }, "B_save overflow");
   auto narrow = latticeOf<dbl_t>(rows + "[ -1 0 0 ] [ 4 9973 19 ]");
   EXPECT_EQ(narrow->R, 5 * 9973 * 19);
   auto few = latticeOf<dbl_t>(rows + "[ -3 0 0 ] [ 4 9973 499 ]");  // tenths
@@ -234,7 +236,7 @@ TEST(GenerationStandard, FractionsOfAWideRangeAskForExactArithmetic) {
 TEST(GenerationStandard, TransformedBasisBeyondTheLimitAsksForExactArithmetic) {
   auto l = preparedLattice<dbl_t>(
       "[ ] [ ] [ [ 1009 1013 ] ] [ 2022 ] [ [ 9000001 1 ] ] [ 1 ] [ 9000003 ] [ 0 0 ] [ 0 0 ] [ 1 7 ]");
-  testing::expectPrecisionException([&] { l->prepareLattice(); }, "Overflow when applying transformation");
+  testing::expectPrecisionException([&] { prepareLattice(*l); }, "Overflow when applying transformation");
 }
 
 }  // namespace

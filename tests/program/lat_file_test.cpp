@@ -5,8 +5,11 @@
 #include "lib/os/clock.h"
 #include "lib/os/file.h"
 #include "params/statistics.h"
+#include "program/generation.h"
+#include "program/lat_file.h"
 #include "support/failure.h"
 #include "support/lattice.h"
+#include "support/rows.h"
 
 namespace latbox {
 namespace {
@@ -58,7 +61,7 @@ class LatFile : public ::testing::Test {
   }
   std::unique_ptr<L> restored(const std::string& program) {
     auto l = fresh(program);
-    l->readLatFile();
+    readLatFile(*l);
     return l;
   }
   std::string content() const {
@@ -74,7 +77,7 @@ class LatFile : public ::testing::Test {
     EXPECT_EQ(a.R, b.R);
     EXPECT_EQ(a.rank, b.rank);
     EXPECT_EQ(a.dim, b.dim);
-    EXPECT_EQ(a.checkMode, 2);
+    EXPECT_EQ(a.checkMode, CHECK_MODE_FINAL);
     EXPECT_EQ(a.generatedTu, b.generatedTu);
     EXPECT_EQ(a.TT.MN, 1);
     EXPECT_EQ(a.lx, b.lx);
@@ -125,16 +128,17 @@ TYPED_TEST(LatFile, ReadsBackTheSmallLattice) {
   auto again = this->restored(testing::SMALL);
   this->expectSame(*again, *l);
   EXPECT_EQ(again->savedSeconds, 60);
-  EXPECT_FALSE(again->programAhead());
+  EXPECT_FALSE(programAhead(*again));
   again->params.sol.set(0);
-  EXPECT_EQ(again->checkSolution(latticeVector(*again, "[ 1 1 ]"), NOW, false), 14u);
+  EXPECT_EQ(again->checkSolution(latticeVector(*again, "[ 1 1 ]"), NOW, false),
+            CHECK_FEASIBLE | CHECK_LOOKED | CHECK_NEW);
 }
 
 TYPED_TEST(LatFile, ReducedAndWeightedBasis) {
   using T = TypeParam;
   auto l = this->generated(testing::SMALL);
   l->swapBase(1, 3, false);
-  l->B[2] += l->B[1];
+  testing::rows(*l).B[2] += l->B[1];
   l->setScale(2, T(5));
   l->setTranslation(1, T(2));
   l->writeLatFile();
@@ -191,9 +195,9 @@ TYPED_TEST(LatFile, ProgramAheadOfItsLattice) {
 
 TYPED_TEST(LatFile, MissingFileFails) {
   auto l = this->fresh(testing::SMALL);
-  EXPECT_FAILURE(l->readLatFile(), "The lattice file [ " + l->latFile + " ] can't be opened!");
+  EXPECT_FAILURE(readLatFile(*l), "The lattice file [ " + l->latFile + " ] can't be opened!");
   std::filesystem::create_directory(l->latFile);
-  EXPECT_FAILURE(l->readLatFile(), "The lattice file [ " + l->latFile + " ] can't be opened!");
+  EXPECT_FAILURE(readLatFile(*l), "The lattice file [ " + l->latFile + " ] can't be opened!");
 }
 
 TYPED_TEST(LatFile, LogLines) {
@@ -201,7 +205,7 @@ TYPED_TEST(LatFile, LogLines) {
   auto l = this->fresh(testing::SMALL);
   l->params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  l->readLatFile();
+  readLatFile(*l);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
             "|-> Reading lat file ...\n"
             "|    |-> Optimization program: Targets = 0, Equations = 0, Inequations = 1, Variables = 2\n");
@@ -234,7 +238,7 @@ TYPED_TEST(LatFile, EveryTruncationEndsTheRun) {
     EXPECT_EXIT(
         {
           try {
-            l->readLatFile();
+            readLatFile(*l);
           } catch (const ReadException& e) {
             fail(e.what());
           }
@@ -292,7 +296,7 @@ TYPED_TEST(LatFile, DamagedTextsEndTheRun) {
   for (const auto& [text, message] : rows) {
     auto l = this->fresh(testing::SMALL);
     this->put(text);
-    EXPECT_FAILURE(l->readLatFile(), message) << text;
+    EXPECT_FAILURE(readLatFile(*l), message) << text;
     EXPECT_EQ(this->content(), text);
   }
 }
@@ -302,20 +306,20 @@ TYPED_TEST(LatFile, StreamThatEndedBeforeThrows) {
     auto l = this->fresh("[ ] [ ] [ ] [ ] [ [ 1 ] ] [ 1 ] [ 3 ] [ 0 ] [ 0 ] [ 4 ]");
     this->put(text);
     try {
-      l->readLatFile();
+      readLatFile(*l);
       ADD_FAILURE() << text;
     } catch (const ReadException& e) {
       EXPECT_STREQ(e.what(), "Vector: bad stream");
     }
     EXPECT_EQ(l->rank, 0);
-    EXPECT_EQ(l->checkMode, 0);
+    EXPECT_EQ(l->checkMode, CHECK_MODE_NONE);
   }
 }
 
 TYPED_TEST(LatFile, MoreTargetsThanColumns) {
   auto l = this->fresh("[ -inf -inf ] [ [ 1 ] [ 2 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 ] [ 0 ] [ 4 ]");
   this->put("[ [ 1 ] ]");
-  EXPECT_FAILURE(l->readLatFile(), "target dimension > lattice dimension");
+  EXPECT_FAILURE(readLatFile(*l), "target dimension > lattice dimension");
 }
 
 TEST(LatFileStandard, ValuesBeyondTheLimitAskForExactArithmetic) {
@@ -330,7 +334,7 @@ TEST(LatFileStandard, ValuesBeyondTheLimitAskForExactArithmetic) {
     auto l = testing::unpreparedLattice<dbl_t>("[ ] [ ] [ ] [ ] [ [ 1 ] ] [ 1 ] [ 3 ] [ 0 ] [ 0 ] [ 4 ]");
     folder.write("a.lat", text);
     l->latFile = folder.path("a.lat");
-    testing::expectPrecisionException([&] { l->readLatFile(); }, message);
+    testing::expectPrecisionException([&] { readLatFile(*l); }, message);
     EXPECT_EQ(l->rank, 0);
   }
 }
@@ -345,11 +349,11 @@ TEST(LatFileStandard, FractionsOfAWideRangeAskForExactArithmetic) {
   exact->writeLatFile();
   auto standard = testing::unpreparedLattice<dbl_t>(program);
   standard->latFile = folder.path("a.lat");
-  testing::expectPrecisionException([&] { standard->readLatFile(); }, "B_save overflow");
+  testing::expectPrecisionException([&] { readLatFile(*standard); }, "B_save overflow");
   EXPECT_EQ(standard->rank, 0);
   auto again = testing::unpreparedLattice<QQ>(program);
   again->latFile = folder.path("a.lat");
-  again->readLatFile();
+  readLatFile(*again);
   EXPECT_EQ(again->B_save, exact->B_save);
 }
 
@@ -364,12 +368,13 @@ void readAcross() {
   source->latFile = target->latFile = folder.path("a.lat");
   source->writeEnabled = true;
   source->writeLatFile();
-  target->readLatFile();
+  readLatFile(*target);
   for (long i = 1; i <= source->rank; ++i)
     for (long j = 1; j <= source->dim; ++j)
       EXPECT_TRUE(isZero(toDouble(source->B[i][j]) - toDouble(target->B[i][j])));
   target->params.sol.set(0);
-  EXPECT_EQ(target->checkSolution(latticeVector(*target, "[ 1 3 ]"), NOW, false), 14u);
+  EXPECT_EQ(target->checkSolution(latticeVector(*target, "[ 1 3 ]"), NOW, false),
+            CHECK_FEASIBLE | CHECK_LOOKED | CHECK_NEW);
 }
 
 TEST(LatFileAcross, StandardToExtended) {

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "lattice/lattice.h"
+#include "program/generation.h"
 #include "support/program.h"
 
 namespace latbox {
@@ -27,7 +28,7 @@ std::unique_ptr<Lattice<T, dbl_t>> latticeOf(const std::string& text) {
 
 TYPED_TEST(Preparation, StageOneWritesTheProgramAndStageTwoTheBasePart) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
-  lattice->prepare(true, false);
+  prepare(*lattice, true, false);
   EXPECT_TRUE(lattice->program.prepared);
   EXPECT_TRUE(lattice->prepared);
   EXPECT_EQ(lattice->program.slackCount, 1);
@@ -44,11 +45,11 @@ TYPED_TEST(Preparation, StageOneWritesTheProgramAndStageTwoTheBasePart) {
 
 TYPED_TEST(Preparation, APreparedProgramKeepsItsStageOne) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
-  lattice->prepare(true, false);
+  prepare(*lattice, true, false);
   const std::string once = shown(lattice->program.Ag) + shown(lattice->Ag) + shown(lattice->bg);
   for (const bool full : {false, true})
     for (const bool force : {false, true}) {
-      lattice->prepare(full, force);
+      prepare(*lattice, full, force);
       EXPECT_EQ(shown(lattice->program.Ag) + shown(lattice->Ag) + shown(lattice->bg), once);
       EXPECT_EQ(lattice->program.n(), 3);
     }
@@ -56,7 +57,7 @@ TYPED_TEST(Preparation, APreparedProgramKeepsItsStageOne) {
 
 TYPED_TEST(Preparation, NeitherFullNorForcedSkipsStageOne) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
-  lattice->prepare(false, false);
+  prepare(*lattice, false, false);
   EXPECT_FALSE(lattice->program.prepared);
   EXPECT_EQ(lattice->program.n(), 2);
 }
@@ -65,7 +66,7 @@ TYPED_TEST(Preparation, NeitherFullNorForcedSkipsStageOne) {
 TYPED_TEST(Preparation, ABoundTargetWithoutItsRowRunsStageOne) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
   lattice->tu = true;
-  lattice->prepare(false, false);
+  prepare(*lattice, false, false);
   EXPECT_TRUE(lattice->program.prepared);
   EXPECT_EQ(shown(lattice->program.atu), "[ 1 1 0 ]");
 }
@@ -74,13 +75,13 @@ TYPED_TEST(Preparation, ABoundTargetWithItsRowSkipsStageOne) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
   lattice->tu = true;
   lattice->atu = Vector<TypeParam>("[ 1 1 ]");
-  lattice->prepare(false, false);
+  prepare(*lattice, false, false);
   EXPECT_FALSE(lattice->program.prepared);
 }
 
 TYPED_TEST(Preparation, ForcedStageOneLeavesThresholdsAlone) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
-  lattice->prepare(false, true);
+  prepare(*lattice, false, true);
   EXPECT_TRUE(lattice->program.prepared);
   EXPECT_FALSE(lattice->program.tu);
   EXPECT_EQ(shown(lattice->program.lrtu), "-inf .. inf");
@@ -90,11 +91,11 @@ TYPED_TEST(Preparation, FileNamesStayConsistent) {
   const auto lattice = latticeOf<TypeParam>(TEXT);
   lattice->program.optFile = "p.opt";
   lattice->program.solFile = "p.sol";
-  lattice->prepare(true, false);
+  prepare(*lattice, true, false);
   EXPECT_EQ(lattice->optFile, "p.opt");
   EXPECT_EQ(lattice->solFile, "p.sol");
   lattice->optFile = "own.opt";
-  lattice->prepare(true, false);
+  prepare(*lattice, true, false);
   EXPECT_EQ(lattice->optFile, "own.opt");
   EXPECT_EQ(lattice->solFile, "p.sol");
 }
@@ -105,7 +106,7 @@ TYPED_TEST(Preparation, TellsWhatItDoesAtVerbosity2) {
     const auto lattice = latticeOf<TypeParam>("[][][][][[1 1 1][2 2 2]][3 6][3 6][0 0 0][0 -inf 1][9 4 2]");
     lattice->params.verb.set(verbosity);
     ::testing::internal::CaptureStdout();
-    lattice->prepare(true, false);
+    prepare(*lattice, true, false);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), verbosity == 1
                                                             ? ""
                                                             : "|-> Fake inequation detected and transfered\n"

@@ -3,6 +3,7 @@
 #include "driver/temporary_folder.h"
 #include "lib/exceptions.h"
 #include "lib/os/file.h"
+#include "program/sol_file.h"
 #include "support/failure.h"
 #include "support/lattice.h"
 
@@ -51,7 +52,7 @@ class SolFile : public ::testing::Test {
     put(text);
     l.params.verb.set(2);
     ::testing::internal::CaptureStdout();
-    l.readStarsFromSolFile(false, false);
+    readStarsFromSolFile(l, false, false);
     log = ::testing::internal::GetCapturedStdout();
     std::string stars;
     for (long i = 1; i <= l.program.stars.MN; ++i) stars += shown<T>(l.program.stars[i]);
@@ -72,7 +73,7 @@ TYPED_TEST(SolFile, LineOfAFeasiblePoint) {
 TYPED_TEST(SolFile, LineOfATarget) {
   auto l = this->lattice(testing::SMALL_TARGET);
   this->check(*l, "[ 0 3 ]", foundAfter(-1));
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(this->heads(*l), "[ 0 3 ] | -3 | [ -3 ] | 0 | -1;");
 }
 
@@ -80,7 +81,7 @@ TYPED_TEST(SolFile, VectorThatStandsForNoPointFails) {
   auto l = this->lattice(testing::SMALL);
   this->check(*l, "[ 1 1 ]");
   l->solutions[1][l->dim] = TypeParam(0);  // no longer inhomogeneous
-  EXPECT_FAILURE(l->sol2star(), "sol2star: lat2opt can not compute x_opt");
+  EXPECT_FAILURE(sol2star(*l), "sol2star: lat2opt can not compute x_opt");
 }
 
 TYPED_TEST(SolFile, SlacksDeviationsAndFixedVariables) {
@@ -89,7 +90,7 @@ TYPED_TEST(SolFile, SlacksDeviationsAndFixedVariables) {
   l->bestSlack.clear();  // what the preparation came across
   l->solutions.clear();
   this->check(*l, "[ 2 1 7 ]");
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   // The slack norm takes the equation with the number of the target, here that of the slack: x1 - x2 = 1.
   EXPECT_EQ(this->heads(*l), "[ 2 1 7 ] | 8 | [ 8 ] | 1 | 1;");
   EXPECT_EQ(l->program.stars[1].MN, 3);
@@ -117,7 +118,7 @@ TYPED_TEST(SolFile, OrderOfTheLines) {
   add("[ 3 ]", 1, -1, 9, "2", "b");
   add("[ 2 ]", 0, 9, 9, "2", "b");
   add("[ 1 ]", -4, 9, 9, "", "b");
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(this->content(),
             "[ 1 ] | -4 | [ ] | 9 | 9 | b\n"
             "[ 2 ] | 0 | [ ] | 9 | 9 | b | 2\n"
@@ -143,7 +144,7 @@ TYPED_TEST(SolFile, DuplicatesAreMerged) {
     star.targetValues = Vector<T>(time == 4 ? "[ 1 ]" : "[ ]");
     l->program.stars.append(star);
   }
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(
       this->content(),
       "[ 1 1 ] | 0 | [ ] | -1 | 2 | \n[ 1 2 ] | 0 | [ ] | -1 | 2 | b\n[ 1 2 ] | 0 | [ 1 ] | -1 | 4 | b\n");
@@ -160,7 +161,7 @@ TYPED_TEST(SolFile, ManyDuplicates) {
     star.secondsUntilDiscovered = draws.next(0, 1000);
     l->program.stars.append(star);
   }
-  l->sol2star();
+  sol2star(*l);
   EXPECT_EQ(l->program.stars.MN, 100);
 }
 
@@ -168,7 +169,7 @@ TYPED_TEST(SolFile, NothingWithoutPermission) {
   auto l = this->lattice(testing::SMALL);
   l->writeEnabled = false;
   this->check(*l, "[ 1 1 ]");
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(this->content(), "none");
 }
 
@@ -176,7 +177,7 @@ TYPED_TEST(SolFile, UnsetNameWarns) {
   auto l = this->lattice(testing::SMALL);
   l->solFile.clear();
   ::testing::internal::CaptureStderr();
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "*** solFile is not set - solution write not possible\n");
 }
@@ -184,7 +185,7 @@ TYPED_TEST(SolFile, UnsetNameWarns) {
 TYPED_TEST(SolFile, FileWithoutLinesIsRemoved) {
   auto l = this->lattice(testing::SMALL);
   this->put("stale\n");
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   EXPECT_EQ(this->content(), "none");
 }
 
@@ -218,7 +219,7 @@ TYPED_TEST(SolFile, ParametersFieldFollowsTheParameters) {
   this->check(*l, "[ 1 1 ]");
   const std::string before = this->content();
   l->params.beta.setText("20");
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   // Of the two stars of the point the one with the lesser parameters stays.
   EXPECT_NE(this->content(), before);
   EXPECT_NE(this->content().find("--beta=20"), std::string::npos);
@@ -227,8 +228,8 @@ TYPED_TEST(SolFile, ParametersFieldFollowsTheParameters) {
 TYPED_TEST(SolFile, TwoVectorsOfOnePointGiveOneLine) {
   auto l = this->lattice("[ 3 ] [ [ 1 2 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
   this->check(*l, "[ 1 1 ]");
-  l->writeSolFile(false);
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
+  writeSolFile(*l, false);
   EXPECT_EQ(this->heads(*l), "[ 1 1 ] | 0 | [ 0 ] | 0 | 1;");
 }
 
@@ -236,7 +237,7 @@ TYPED_TEST(SolFile, ReadsBackWhatItWrote) {
   auto l = this->lattice(testing::SMALL_TARGET);
   this->check(*l, "[ 2 1 ]", foundAfter(7));
   this->check(*l, "[ 0 3 ]", foundAfter(0));
-  l->writeSolFile(false);
+  writeSolFile(*l, false);
   const std::string text = this->content();
   auto other = this->lattice(testing::SMALL_TARGET);
   EXPECT_EQ(this->read(*other, text), "[ 0 3 ][ 2 1 ]");
@@ -247,7 +248,7 @@ TYPED_TEST(SolFile, ReadsBackWhatItWrote) {
   EXPECT_EQ(this->content(), text);
   other->params.verb.set(0);
   l->params.verb.set(0);
-  other->writeSolFile(false);
+  writeSolFile(*other, false);
   EXPECT_EQ(this->content(), text);
 }
 
@@ -320,16 +321,16 @@ TYPED_TEST(SolFile, DamagedLinesEndTheRun) {
   for (const auto& [text, message] : rows) {
     auto l = this->lattice(testing::SMALL);
     this->put(text);
-    EXPECT_FAILURE(l->readStarsFromSolFile(false, false), message) << text;
+    EXPECT_FAILURE(readStarsFromSolFile(*l, false, false), message) << text;
     EXPECT_EQ(this->content(), text);
   }
 }
 
 TYPED_TEST(SolFile, MissingFileAndFolderAreEmpty) {
   auto l = this->lattice(testing::SMALL);
-  EXPECT_NO_THROW(l->readStarsFromSolFile(false, false));
+  EXPECT_NO_THROW(readStarsFromSolFile(*l, false, false));
   std::filesystem::create_directory(this->folder.path("a.sol"));
-  EXPECT_NO_THROW(l->readStarsFromSolFile(false, false));
+  EXPECT_NO_THROW(readStarsFromSolFile(*l, false, false));
   EXPECT_EQ(l->program.stars.MN, 0);
 }
 
@@ -370,7 +371,7 @@ TYPED_TEST(SolFile, QuietBelowVerbosityTwo) {
   this->put("[ 4 4 ] | 0 | [ ] | 0 | 3\n");
   l->params.verb.set(1);
   ::testing::internal::CaptureStdout();
-  l->readStarsFromSolFile(false, false);
+  readStarsFromSolFile(*l, false, false);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(l->params.verb.get(), 1);
 }
@@ -391,7 +392,7 @@ TYPED_TEST(SolFile, ReportOfTheStars) {
   Star<T> star;
   star = Vector<T>("[ 2 1 ]");
   l->program.stars.append(star);
-  EXPECT_EQ(l->starReport(), "x = [ 2 1 ]");
+  EXPECT_EQ(starReport(*l), "x = [ 2 1 ]");
   star.slackNorm = T(0);
   star.targetNorm = T(2);
   star.targetValues = Vector<T>("[ 3 1 ]");
@@ -401,10 +402,10 @@ TYPED_TEST(SolFile, ReportOfTheStars) {
   l->program.dt[2] = T(5);
   const std::string block =
       "x = [ 2 1 ]\n\nTarget values: [ 3\u2193 1\u21925 ]\nTarget Norm: 2\nSlack Norm: 0";
-  EXPECT_EQ(l->starReport(), "x = [ 2 1 ]\n---\n" + block + "\n---\n" + block +
-                                 "\nFound after: 1:01 min(s):sec(s) == 61 secs");
+  EXPECT_EQ(starReport(*l), "x = [ 2 1 ]\n---\n" + block + "\n---\n" + block +
+                                "\nFound after: 1:01 min(s):sec(s) == 61 secs");
   l->program.dt[2] = infinity<T>();
-  EXPECT_NE(l->starReport().find("[ 3\u2193 1\u2191 ]"), std::string::npos);
+  EXPECT_NE(starReport(*l).find("[ 3\u2193 1\u2191 ]"), std::string::npos);
 }
 
 // What one precision wrote, the other reads.
@@ -417,15 +418,15 @@ TEST(SolFileAcross, MixedFormAndSeventeenDigits) {
   exact->solFile = standard->solFile = path;
   exact->writeEnabled = standard->writeEnabled = true;
   exact->checkSolution(latticeVector(*exact, "[ 0.4 1 ]"), foundAfter(5), false);
-  exact->writeSolFile(false);
+  writeSolFile(*exact, false);
   EXPECT_EQ(exact->program.stars[1].targetNorm, QQ("1:1/10"));
-  standard->readStarsFromSolFile(false, false);
+  readStarsFromSolFile(*standard, false, false);
   ASSERT_EQ(standard->program.stars.MN, 1);
   EXPECT_TRUE(isZero(standard->program.stars[1].targetNorm - 1.1L));
-  standard->writeSolFile(false);
+  writeSolFile(*standard, false);
   auto again = latticeOf<QQ>(program);
   again->solFile = path;
-  again->readStarsFromSolFile(false, false);
+  readStarsFromSolFile(*again, false, false);
   EXPECT_EQ(again->program.stars.MN, 1);
 }
 
@@ -434,7 +435,7 @@ TEST(SolFileStandard, DigitsThatWouldBeLostAskForExactArithmetic) {
   folder.write("a.sol", "[ 1 1 ] | 10000000000000000000001 | [ ] | 0 | 3\n");
   auto l = latticeOf<dbl_t>(testing::SMALL);
   l->solFile = folder.path("a.sol");
-  EXPECT_THROW(l->readStarsFromSolFile(false, false), FatalPrecisionException);
+  EXPECT_THROW(readStarsFromSolFile(*l, false, false), FatalPrecisionException);
   EXPECT_EQ(l->program.stars.MN, 0);
 }
 

@@ -1,3 +1,4 @@
+#include "program/trivial.h"
 #include "lib/exceptions.h"
 #include "support/failure.h"
 #include "support/lattice.h"
@@ -25,7 +26,7 @@ class Trivial : public ::testing::Test {
     auto l = latticeOf<T>(program);
     l->params.sol.set(0);
     l->solutions.clear();  // what the preparation came across
-    l->checkTrivialSolutions();
+    checkTrivialSolutions(*l);
     return found(*l);
   }
 };
@@ -42,7 +43,7 @@ TYPED_TEST(Trivial, CentreIsRoundedAtItsDigits) {
             this->tried("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ 1 0 ] [ 0 0 ] [ 1/2 2 ]"));
   auto l = latticeOf<TypeParam>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ 1 0 ] [ 0 0 ] [ 0.5 2 ]");
   l->params.sol.set(0);
-  l->checkTrivialSolutions();
+  checkTrivialSolutions(*l);
   ASSERT_EQ(l->solutions.MN, 3);
   Vector<TypeParam> x;
   l->lat2opt(l->solutions[3], x, false);
@@ -102,7 +103,7 @@ TYPED_TEST(Trivial, LineAtVerbosityTwo) {
   auto l = latticeOf<TypeParam>(testing::SMALL);
   l->params.verb.set(2);
   ::testing::internal::CaptureStdout();
-  l->checkTrivialSolutions();
+  checkTrivialSolutions(*l);
   EXPECT_NE(::testing::internal::GetCapturedStdout().find("-> Checking trivial solutions ...\n"),
             std::string::npos);
 }
@@ -112,7 +113,7 @@ TYPED_TEST(Trivial, BetterTargetRegeneratesOnce) {
   using T = TypeParam;
   auto l = latticeOf<T>("[ -inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 1 ] ] [ 0 ] [ 9 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
   l->finishEnabled = true;
-  EXPECT_THROW(l->checkTrivialSolutions(), RestartException);
+  EXPECT_THROW(checkTrivialSolutions(*l), RestartException);
   EXPECT_TRUE(l->finishEnabled);
   EXPECT_EQ(l->program.rtu(), T(-1));
   EXPECT_TRUE(l->generatedTu);
@@ -124,15 +125,15 @@ TYPED_TEST(Trivial, BoundsMovedBeforeCountToo) {
   auto l = latticeOf<T>("[ -inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]");
   l->checkSolution(testing::latticeVector(*l, "[ 1 0 ]"), foundAfter(3), false);
   l->finishEnabled = true;
-  EXPECT_THROW(l->checkTrivialSolutions(), RestartException);
-  EXPECT_NO_THROW(l->checkTrivialSolutions());
+  EXPECT_THROW(checkTrivialSolutions(*l), RestartException);
+  EXPECT_NO_THROW(checkTrivialSolutions(*l));
 }
 
 TEST(TrivialStandard, FlagComesBackWhenAnExceptionFlies) {
   auto l = latticeOf<dbl_t>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
   l->finishEnabled = true;
   l->program.rx[2] = 4e9L;
-  EXPECT_THROW(l->checkTrivialSolutions(), PrecisionException);
+  EXPECT_THROW(checkTrivialSolutions(*l), PrecisionException);
   EXPECT_TRUE(l->finishEnabled);
 }
 

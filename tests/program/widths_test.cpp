@@ -1,3 +1,5 @@
+#include "program/widths.h"
+#include "lib/exceptions.h"
 #include "program/divisors.h"
 #include "support/failure.h"
 #include "support/lattice.h"
@@ -43,7 +45,7 @@ TYPED_TEST(Widths, SteppingAndArithmeticAgree) {
     const T b(draws.next(-50, 6000));
     T s = b - T(draws.next(0, k % 2 == 0 ? 80 : 6000)), t = s;
     const T expected = this->steppedWidth(range, b, s);
-    const T width = this->lattice.adjustWidth(range, b, t);
+    const T width = adjustWidth(range, b, t);
     ASSERT_EQ(width, expected) << range << ' ' << b;
     ASSERT_EQ(t, s);
   }
@@ -51,20 +53,20 @@ TYPED_TEST(Widths, SteppingAndArithmeticAgree) {
 
 TYPED_TEST(Widths, ZeroWidthStays) {
   TypeParam s(5);
-  EXPECT_EQ(this->lattice.adjustWidth(TypeParam(12), TypeParam(5), s), TypeParam(0));
+  EXPECT_EQ(adjustWidth(TypeParam(12), TypeParam(5), s), TypeParam(0));
   EXPECT_EQ(s, TypeParam(5));
 }
 
 TYPED_TEST(Widths, AboveTheRangeTheNextMultipleIsTaken) {
   TypeParam s(0);
-  EXPECT_EQ(this->lattice.adjustWidth(TypeParam(4), TypeParam(9), s), TypeParam(12));
+  EXPECT_EQ(adjustWidth(TypeParam(4), TypeParam(9), s), TypeParam(12));
   EXPECT_EQ(s, TypeParam(-3));
 }
 
 TYPED_TEST(Widths, FractionalWidthIsRoundedOutwardFirst) {
   using T = TypeParam;
   T s = T(1) / T(2);
-  EXPECT_EQ(this->lattice.adjustWidth(T(12), T(4), s), T(4));  // 7/2 grows to 4, which divides 12
+  EXPECT_EQ(adjustWidth(T(12), T(4), s), T(4));  // 7/2 grows to 4, which divides 12
   EXPECT_EQ(s, T(0));
 }
 
@@ -72,12 +74,12 @@ TYPED_TEST(Widths, WideWidthsNeedNoSteps) {
   using T = TypeParam;
   T s(0);
   // One step of the rule for each of these widths would take minutes.
-  EXPECT_EQ(this->lattice.adjustWidth(T(999999937), T(2), s), T(999999937));  // a prime
+  EXPECT_EQ(adjustWidth(T(999999937), T(2), s), T(999999937));  // a prime
   s = T(0);
-  EXPECT_EQ(this->lattice.adjustWidth(T(2), T(999999999), s), T(1000000000));
+  EXPECT_EQ(adjustWidth(T(2), T(999999999), s), T(1000000000));
   for (long k = 0; k < 2000; ++k) {
     s = T(0);
-    ASSERT_EQ(this->lattice.adjustWidth(T(1000000000), T(500000001 + k), s), T(1000000000));
+    ASSERT_EQ(adjustWidth(T(1000000000), T(500000001 + k), s), T(1000000000));
   }
 }
 
@@ -114,14 +116,14 @@ TYPED_TEST(Widths, RangeIsTheMultipleOfAllWidths) {
   using T = TypeParam;
   auto l = testing::preparedLattice<T>(
       "[ ] [ ] [ ] [ ] [ [ 1 1 ] [ 1 2 ] ] [ 0 2 ] [ 5 9 ] [ 0 0 ] [ 0 0 ] [ 4 6 ]");
-  EXPECT_EQ(l->computeRange(true), T(12));
-  EXPECT_EQ(l->computeRange(false), T(420));  // 4, 6, 5, 7
+  EXPECT_EQ(computeRange(*l, true), T(12));
+  EXPECT_EQ(computeRange(*l, false), T(420));  // 4, 6, 5, 7
 }
 
 TYPED_TEST(Widths, RowWithoutWidthFails) {
   auto l = testing::preparedLattice<TypeParam>(testing::SMALL);
   l->lu[1] = l->ru[1];
-  EXPECT_FAILURE(l->computeRange(false), "ineq bounds error1");
+  EXPECT_FAILURE(computeRange(*l, false), "ineq bounds error1");
 }
 
 TYPED_TEST(Widths, TargetWidthMayGrow) {
@@ -130,7 +132,7 @@ TYPED_TEST(Widths, TargetWidthMayGrow) {
   l->tu = true;
   l->ltu() = T(0);
   l->rtu() = T(3);
-  EXPECT_EQ(l->computeRange(false), T(4));
+  EXPECT_EQ(computeRange(*l, false), T(4));
   EXPECT_EQ(l->ltu(), T(-1));
 }
 
@@ -138,7 +140,7 @@ TYPED_TEST(Widths, OnlyUpperBoundsThatNobodyGaveMove) {
   using T = TypeParam;
   auto l = testing::preparedLattice<T>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 6 inf ]");
   l->rx[2] = T(5);
-  EXPECT_EQ(l->lcmOfWidths(T(12), false), T(12));
+  EXPECT_EQ(lcmOfWidths(*l, T(12), false), T(12));
   EXPECT_EQ(l->rx[1], T(6));
   EXPECT_EQ(l->rx[2], T(6));
 }
@@ -146,13 +148,13 @@ TYPED_TEST(Widths, OnlyUpperBoundsThatNobodyGaveMove) {
 TEST(WidthsStandard, LargeRangeAsksForExactArithmetic) {
   auto l = testing::preparedLattice<dbl_t>(
       "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 99991 99989 ]");
-  testing::expectPrecisionException([&] { l->computeRange(false); }, "R overflow");
+  testing::expectPrecisionException([&] { computeRange(*l, false); }, "R overflow");
 }
 
 TEST(WidthsExact, LargeRangeIsHeld) {
   auto l =
       testing::preparedLattice<QQ>("[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 99991 99989 ]");
-  EXPECT_EQ(l->computeRange(false), QQ("19996000198"));
+  EXPECT_EQ(computeRange(*l, false), QQ("19996000198"));
 }
 
 }  // namespace

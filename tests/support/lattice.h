@@ -4,7 +4,9 @@
 #include <memory>
 #include <string>
 
+#include "driver/events.h"
 #include "lattice/lattice.h"
+#include "program/generation.h"
 #include "support/draws.h"
 #include "support/program.h"
 
@@ -17,6 +19,7 @@ using LatticePointer = std::unique_ptr<Lattice<T, dbl_t>>;
 template <class T>
 LatticePointer<T> unpreparedLattice(const std::string& text) {
   auto lattice = std::make_unique<Lattice<T, dbl_t>>();
+  lattice->events = &runEvents<T>();
   lattice->program = programOf<T>(text);
   lattice->params.verb.set(0);
   lattice->program.optFile.clear();
@@ -27,7 +30,7 @@ LatticePointer<T> unpreparedLattice(const std::string& text) {
 template <class T>
 LatticePointer<T> preparedLattice(const std::string& text) {
   auto lattice = unpreparedLattice<T>(text);
-  lattice->prepare(true, false);
+  prepare(*lattice, true, false);
   return lattice;
 }
 
@@ -35,7 +38,7 @@ LatticePointer<T> preparedLattice(const std::string& text) {
 template <class T>
 LatticePointer<T> latticeOf(const std::string& text) {
   auto lattice = preparedLattice<T>(text);
-  lattice->prepareLattice();
+  prepareLattice(*lattice);
   return lattice;
 }
 

@@ -1,6 +1,7 @@
 #include "lib/os/file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace latbox {
 namespace {
@@ -19,7 +21,7 @@ class Descriptor {
   ~Descriptor() {
     if (fd_ >= 0) ::close(fd_);
   }
-  Descriptor(const Descriptor&) = delete;
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
   Descriptor& operator=(const Descriptor&) = delete;
   int get() const { return fd_; }
   bool open() const { return fd_ >= 0; }
@@ -88,12 +90,35 @@ std::string linkTarget(const std::string& path) {
 
 enum class Replaced { yes, no, notPossible };
 
+bool isFile(int fd, const std::string& path) {
+  struct stat opened, named;
+  return ::fstat(fd, &opened) == 0 && ::stat(path.c_str(), &named) == 0 && opened.st_ino == named.st_ino &&
+         opened.st_dev == named.st_dev;
+}
+
+// The second file, empty and of this process alone, with its name in `fresh`. What a killed process has left
+// is taken over; where another process writes at this very moment, the name carries the process id. The lock
+// goes with the descriptor; a file system without locks has the plain name.
+Descriptor openFresh(const std::string& path, std::string& fresh) {
+  constexpr int FLAGS = O_WRONLY | O_CREAT | O_CLOEXEC;
+  fresh = path + ".tmp";
+  Descriptor file(::open(fresh.c_str(), FLAGS, 0666));
+  if (!file.open()) return file;
+  const bool taken = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+  if (!taken && isFile(file.get(), fresh))
+    return ::ftruncate(file.get(), 0) == 0 ? std::move(file) : Descriptor(-1);
+  fresh = path + "." + std::to_string(::getpid()) + ".tmp";
+  return Descriptor(::open(fresh.c_str(), FLAGS | O_TRUNC, 0666));
+}
+
 // Writes a second file beside the first and puts it in the first one's place. `notPossible` if the folder
-// takes no second file.
+// takes no second file. Two runs of one program replace the file in turn, each as a whole.
 Replaced replaceFile(const std::string& path, const std::string& text, const struct stat* old) {
-  const std::string fresh = path + ".tmp";
-  Descriptor file(::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+  std::string fresh;
+  Descriptor file = openFresh(path, fresh);
   if (!file.open()) return Replaced::notPossible;
+  // Holds the lock until the name is free again, while `file` is closed for its verdict.
+  const Descriptor lock(::dup(file.get()));
   if (old != nullptr && ::fchmod(file.get(), old->st_mode & 07777) != 0) errno = 0;
   if (writeAll(file.get(), text) && file.close() && ::rename(fresh.c_str(), path.c_str()) == 0)
     return Replaced::yes;

@@ -1,0 +1,29 @@
+// What the run does when its search tells of something.
+#pragma once
+
+#include "lattice/lattice.h"
+
+namespace latbox {
+
+// found: the summary that the final report prints follows. boundMoved, limitReached: restartHandling. One
+// object per number type, never destroyed, without a state.
+template <class T>
+SearchEvents<T, dbl_t>& runEvents();
+
+// What was found is written. Then, if `finishEnabled`: with `terminate`, or in the last iteration that
+// `iters` allows, the run ends; otherwise the lattice is regenerated, and RestartException leaves the step.
+// Returns only while `finishEnabled` is off, and under a front end, where the end stops the run instead.
+template <class T, class F>
+void restartHandling(Lattice<T, F>& lattice, bool terminate);
+
+// The final report and the end of the process, by SIGTERM; under a front end the run state "stopped".
+template <class T, class F>
+void terminateRun(Lattice<T, F>& lattice);
+
+// Has the finds judged that wait in search.pending, by the road that every candidate takes, and then lets the
+// run act on what they changed. At the latest before anything of the lattice is written or the lattice is
+// regenerated.
+template <class T, class F>
+void settleFinds(Lattice<T, F>& lattice);
+
+}  // namespace latbox

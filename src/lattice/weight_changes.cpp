@@ -1,0 +1,51 @@
+// The one rule for a weight or a shift: the basis keeps its unit coordinates, whatever was derived is void.
+#include "lattice/lattice.h"
+#include "numbers/number.h"
+
+namespace latbox {
+
+namespace {
+
+template <class T, class F, class Change>
+void changeWeights(Lattice<T, F>& lattice, Change change) {
+  const Matrix<T> U = lattice.unscaled(lattice.B);
+  change();
+  lattice.reweigh(lattice.rescaled(U));
+}
+
+}  // namespace
+
+template <class T, class F>
+void Lattice<T, F>::setScale(long p, const T& value) {
+  if (this->scaleFactor[p] == value) return;
+  const T wanted(value);  // `value` may be an element of what changes
+  changeWeights(*this, [&] { this->setWeight(p, wanted); });
+}
+
+template <class T, class F>
+void Lattice<T, F>::setTranslation(long p, const T& value) {
+  // A guard: the routine that translates leaves this coordinate out.
+  if (p == this->dim) fail("The inhomogenous component can not get translated!");
+  const T wanted(value);
+  changeWeights(*this, [&] { this->setShift(p, wanted); });
+}
+
+template <class T, class F>
+void Lattice<T, F>::resetScales(bool resetFactors, bool resetTranslation) {
+  changeWeights(*this, [&] {
+    if (resetFactors) {
+      this->resetWeights();
+      search.scaleLimit = T(SCALE_LIMIT_START);
+    }
+    if (resetTranslation) this->translation.clear();
+  });
+}
+
+#define LATBOX_INSTANTIATE(T)                                      \
+  template void Lattice<T, dbl_t>::setScale(long, const T&);       \
+  template void Lattice<T, dbl_t>::setTranslation(long, const T&); \
+  template void Lattice<T, dbl_t>::resetScales(bool, bool);
+LATBOX_INSTANTIATE(dbl_t)
+LATBOX_INSTANTIATE(QQ)
+
+}  // namespace latbox
