@@ -1,3 +1,18 @@
+// Pairwise recombination: all sums and differences of a homogeneous and an inhomogeneous vector. A
+// homogeneous vector leads from a point to a point, so each combination is one step away from a point that is
+// nearly good. No source: it is the plain search of a neighbourhood, in which lattice vectors are the steps.
+//
+// The rows of the basis are in the pools, all that could be part of a solution: after a reduction they are
+// the shortest steps that are known. Of the collections a sample is taken, spread over the order of their
+// measures, and not the best of them: in an iteration that has brought nothing new these would make the same
+// pairs as before.
+//
+// It pays where reduction ends with several rows that carry the inhomogeneous coordinate. On five packing
+// rows it made the difference between a target of -642 and one of -393 (docs/search.md). It does not pay
+// where a point has to change by several steps at once, none of which improves it alone.
+//
+// Cost: the product of the two pools, two combinations a pair with their measures and a check, all of `dim`
+// coordinates; so the square of `pairLimit`. On a lattice of rank 100 with default options: 8 ms.
 #include "heuristics/recombination.h"
 
 #include <algorithm>

@@ -1,3 +1,21 @@
+// Random sampling after C. P. Schnorr, "Lattice reduction by random sampling and birthday methods", 2003;
+// without the birthday methods. A sample is a row of the basis, size-reduced against the rows before it, but
+// with a wider choice of coefficients at the last u of them. Behind, where the orthogonal parts of a reduced
+// basis are short, the choice costs little length and gives 2^u samples. sample_bounds.h finds the least u
+// that can be expected to give one short enough.
+//
+// Two things differ from the source. The row that is varied is the first that carries the inhomogeneous
+// coordinate: each sample carries it too, so it may be a solution and is judged. And a sample is compared
+// with every position up to that row, not with the first alone, and enters where it is shorter. Where the
+// sampled range begins is drawn anew in each call, so that iterations differ.
+//
+// It pays where the block enumeration has nothing left to improve and the rank is far beyond `beta`. It does
+// not pay on small ranks, which enumeration searches whole, nor where the orthogonal lengths hardly fall off:
+// there u goes to its limit, and `sampleLimit` samples are drawn of which hardly one is shorter.
+//
+// Cost: a sweep over the rows up to the one that is varied, m of them; then at most `sampleLimit` samples of
+// up to m row operations of `dim` entries each. 200 iterations on five packing rows took 4.1 s with it and
+// 1.0 s without, for a target of -651 and one of -650 (docs/search.md).
 #include "heuristics/sampling.h"
 
 #include <algorithm>

@@ -1,3 +1,17 @@
+// Trimming bends the metric of the reduction towards the box. Reduction knows lengths alone, but a point is
+// feasible coordinate by coordinate: a vector may be short and leave its bounds in two places all the same.
+// So the first row that carries the inhomogeneous coordinate is looked at, and the coordinates in which it
+// leaves its bounds get a larger weight (`scale`, scale_steps.h) or another centre (`translate`); the
+// reduction that follows avoids vectors that are large there. Where no row carries the coordinate, its own
+// weight moves instead, whatever the options say. The signs of weights and shifts are drawn, so that a second
+// try is another one. No source.
+//
+// It pays where the same few coordinates are violated again and again, as with few, wide rows: on five
+// packing rows `scale` gave the best target of all settings that were tried (docs/search.md). It does not pay
+// where violations are spread evenly: all weights then grow in turn, which weighs nothing.
+//
+// Cost: a reduction for each pass and kind, on a basis of which no Gram-Schmidt data hold any more; all else
+// is small beside it. With `scale` there is one pass, with `translate` alone there are at most three.
 #include "heuristics/trimming.h"
 
 #include <string>
@@ -64,8 +78,8 @@ void translateCoordinates(Lattice<T, F>& l, const Set<long>& coordinates) {
   l.reduce();
 }
 
-// A coordinate that is still out of bounds is tried again with fresh l.deviations. The sets can only shrink,
-// which bounds the recursion.
+// What is still out of bounds is tried again, with the deviations of the basis as it is then. The sets can
+// only shrink, which bounds the recursion.
 template <class T, class F>
 void trimAgainst(Lattice<T, F>& l, const Set<long>* previous) {
   const long carrier = carrierOfInhom(l);
