@@ -27,7 +27,7 @@ void parseCommandLine(int argc, char** argv, YLattice<dbl_t>& y);
 std::string liveOptionTable(YLattice<dbl_t>& y);
 
 // The text without its last extension: everything from the last "." on is dropped, a "/" behind it too, so
-// that "dir.d/prob" becomes "dir". A rule of this design.
+// that "dir.d/prob" becomes "dir". By another rule a run would not find the files of the runs before it.
 std::string withoutExtension(const std::string& path);
 
 }  // namespace latbox

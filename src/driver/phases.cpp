@@ -100,7 +100,8 @@ void reportAndReduce(YLattice<dbl_t>& y, bool report) {
 }
 
 // "RUN" resumes where "STOP" halted, with all state intact. An input that has asked for another one while it
-// loaded enters the iterations all the same, and they count one before they see it: a rule of this design.
+// loaded enters the iterations all the same, and they count one before they see it: the total is printed, and
+// `iters` ends a run by it.
 void iterateUntilNewInput(YLattice<dbl_t>& y) {
   do {
     iterate(y);

@@ -22,7 +22,7 @@ void buildLattice(YLattice<dbl_t>& y);
 
 // The names of the three files from `input`, whose last extension is dropped once more: "a.b" gives a.opt.
 // A "/" ends the search for it, unlike on the command line; where nothing would be left, nothing is dropped.
-// A rule of this design.
+// By another rule a run would not find the files of the runs before it.
 template <class T, class F>
 void deriveFileNames(Lattice<T, F>& lattice, const std::string& input);
 

@@ -50,7 +50,9 @@ long positionFor(const Lattice<T, F>& lattice, const T& length, const Vector<F>&
 
 }  // namespace
 
-// The totals choose, and not which vector is better: a rule of this design.
+// The totals of the run choose, and not which vector is better now. So the choice moves on, from near misses
+// to targets and to solutions, and does not fall back where a regeneration has emptied the lattice; by
+// quality it would change with each find, and every run would take another path.
 template <class T, class F>
 void reinsertBest(Lattice<T, F>& l) {
   const Statistics& totals = statisticsOf<T>();

@@ -34,7 +34,8 @@ bool normalizeScales(Lattice<T, F>& l, long p) {
     if (i == p) continue;
     const T step = l.scaleFactor[i] > one ? T(-one) : one;
     l.setScale(i, l.scaleFactor[i] + step);
-    // The steps count for p, whose relative weight they move: a rule of this design.
+    // Against all others it is the weight of p that moves, so its mean takes the step. Only the state shows
+    // it: nothing is decided by the mean.
     l.noteStep(p, step);
   }
   return true;

@@ -101,7 +101,7 @@ T targetExcess(const Lattice<T, F>& l, const Vector<T>& v) {
 }
 
 // A vector without a violation counts as feasible only in a program with targets: without them it is a
-// solution already, and no search has to prefer it. A rule of this design.
+// solution already, no search has to prefer it, and its zeros put it first in any case.
 template <class T, class F>
 void rateFeasible(const Lattice<T, F>& l, const Vector<T>& v, HeuristicDeviation<F>& d) {
   if (d.fc != 0 || l.program.At.M == 0) return;

@@ -204,7 +204,7 @@ class Enumeration {
     writeBackStages();
   }
 
-  // The stages as the design shows them, for whoever reads or exchanges them next.
+  // The stages in T again, for whoever reads or exchanges them next.
   void writeBackStages() const {
     for (long t = block_.j; t <= block_.k; ++t) {
       const TreeNode<F>& node = l_.tree.nodes.data()[t];

@@ -55,7 +55,8 @@ struct EnumerationTree {
 
   // Sets stage t - 1 up at the centre that the stages t..s give it. The sum runs upward from t, so that
   // results repeat; above s all coefficients are 0. `shift` is null, or the target's coordinates: v is
-  // rounded from the lattice part only, the target is not folded into the rounding, by design.
+  // rounded from the lattice part only. With the target in the rounding the zigzag would begin elsewhere and
+  // other nodes would come first.
   void descend(long t, long s, const F* shift) {
     const F* const row = muT.data() + (t - 1) * stride;
     const F* const coefficient = u.data();

@@ -53,7 +53,8 @@ bool better(const HeuristicDeviation<F>& a, const HeuristicDeviation<F>& b) {
     if (beats(b.len, a.len)) return false;
   }
   if (a.f != b.f) return a.f;
-  // The target ends the comparison of feasible vectors: their length decides nothing, by design.
+  // The target ends the comparison of feasible vectors: it is what is asked for, and a shorter point with the
+  // same target is no better one.
   if (a.f) return beats(a.fs, b.fs);
   return betterInfeasible(a, b);
 }

@@ -171,8 +171,8 @@ long Lattice<T, F>::deepInsert(long k) {
   T square;
   squaredLength(this->B[k], square);
   F C = toDouble(square);
-  // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target, by
-  // design.
+  // C is the squared length of b_k orthogonal to the first i - 1 vectors. Position 1 is never a target: the
+  // first vector changes by a plain exchange or by enumeration, and an insertion there would void all rows.
   long target = 0;
   for (long i = 2; i < k && target == 0; ++i) {
     C -= this->mu[k][i - 1] * this->mu[k][i - 1] * this->bstarSq[i - 1];

@@ -7,7 +7,7 @@
 
 namespace latbox {
 
-// The standard exception is not a public base, by design: a handler names the condition that it can act on,
+// The standard exception is not a public base: a handler names the condition that it can act on,
 // and a catch of std::exception never swallows one of these.
 class GeneralException : private std::exception {
  public:

@@ -10,7 +10,7 @@
 
 namespace latbox {
 
-// Values of checkMode, which is a number in the design.
+// Values of checkMode.
 inline constexpr long CHECK_MODE_NONE = 0;       // no check vectors: nothing can be judged
 inline constexpr long CHECK_MODE_EQUATIONS = 1;  // the lattice of the equations
 inline constexpr long CHECK_MODE_FINAL = 2;      // the lattice that is searched

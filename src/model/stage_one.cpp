@@ -28,8 +28,10 @@ void appendEquation(Tessik<T>& p, Vector<T> row, const T& side) {
   p.bg.append(side);
 }
 
-// Inequation i becomes an equation. By a rule of this design it takes the place of the equation with its own
-// number i, and the new last row stays zero; only where i lies beyond the grown Ag is the last row used.
+// Inequation i becomes an equation. It takes the place of the equation with its own number i, and the new
+// last row stays zero; only where i lies beyond the grown Ag is the last row used. This is what such a
+// program means: with both rows kept it would have fewer points, and files of earlier runs would not fit it.
+// latbox-check warns of it.
 template <class T>
 void moveToEquations(Tessik<T>& p, long i) {
   appendEquation(p, Vector<T>::zeros(p.Au.N), T(0));
@@ -77,8 +79,9 @@ void padTargets(Tessik<T>& p) {
   if (p.At.M > 0 && p.At.N < p.rx.MN) widen(p.At, p.rx.MN);
 }
 
-// A finite threshold ends as -inf: a - b is formed from the direction that has just replaced the asked value,
-// by a rule of this design, so thresholds of finite targets bound nothing.
+// A finite threshold ends as -inf: it is formed from the direction that has just replaced the asked value, so
+// thresholds of finite targets bound nothing. Formed from the asked value they would cut off points that such
+// a program has.
 template <class T>
 void replaceThreshold(Tessik<T>& p, long i) {
   if (isInfinite(p.kt[i])) return;

@@ -79,9 +79,11 @@ T Tessik<T>::targetNorm(const Vector<T>& t) const {
 
 namespace {
 
-// The row of Ag whose residual counts for place i, one of the last places among the targets. By a rule of
-// this design that is row i as it stands; only where Ag is too short is it the deviation's own equation. The
-// k-th deviation, from 0, has gone to place dt.MN - k, or has stayed where it was and counts there.
+// The row of Ag whose residual counts for place i, one of the last places among the targets. That is row i as
+// it stands; only where Ag is too short is it the deviation's own equation. With the own equation throughout,
+// slack norms would differ from those in the files of earlier runs, by which solutions are sorted, and runs
+// with `snorm` would end elsewhere. The k-th deviation, from 0, has gone to place dt.MN - k, or has stayed
+// where it was and counts there.
 template <class T>
 long residualRow(const Tessik<T>& program, long i) {
   if (i <= program.Ag.M) return i;
@@ -125,7 +127,7 @@ SerializablePair<T, T> Tessik<T>::targetNorms(const Vector<T>& t, const Vector<T
 
 template <class T>
 void Tessik<T>::printProgram(bool verbose) const {
-  // The plus before deviationCount is a rule of this design; nothing reads the figure.
+  // The plus before deviationCount stays: the line is an interface, and nothing computes with the figure.
   progressLine(verbose, "Optimization program: Targets = " + std::to_string(At.M) +
                             ", Equations = " + std::to_string(Ag.M - slackCount - deviationCount / 2) +
                             ", Inequations = " + std::to_string(slackCount + Au.M) +

@@ -1,4 +1,4 @@
-// Conversions between QQ and dbl_t. Both ways go through decimal text by design: 0.1 is 1/10 and not its
+// Conversions between QQ and dbl_t. Both ways go through decimal text: 0.1 is 1/10 and not its
 // binary expansion, and what a dbl_t shows is what a QQ keeps. The short cuts give the number that the text
 // would give.
 #include <algorithm>

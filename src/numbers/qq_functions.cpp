@@ -108,7 +108,8 @@ QQ log2(const QQ& x) {
 
 QQ log(const QQ& x) {
   if (x.isInf && !x.sign) fail("log(-inf) is not implemented / defined");
-  static const QQ log2OfE = log2(QQ(2.718281828459045));  // of double width, by design
+  // 16 digits of e: the bounds of sampling, which ask for this, need no more, and would move with more.
+  static const QQ log2OfE = log2(QQ(2.718281828459045));
   return x.isInf ? x : log2OfFraction(x) / log2OfE;
 }
 

@@ -109,8 +109,8 @@ void Param<T>::set(const Value& v) {
   std::ostringstream out;
   out << v;
   const std::string text = out.str();
-  // The text is stored before the listener hears of it: a listener that compares the two finds them equal. A
-  // rule of this design.
+  // The text is stored before the listener hears of it, so that one that compares the two finds them equal.
+  // In the other order a switch that the program turns off would rewrite the lattice from within the setting.
   setText(text);
   listener_(text);
 }

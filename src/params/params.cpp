@@ -123,8 +123,8 @@ ExtendedParams<T>::ExtendedParams(ParamOwner* owner) {
 }
 
 // A switch that goes off refreshes what it left behind. It never comes to that: `set` has stored the text by
-// the time it calls, and neither the command line nor the console goes through `set`. This order is a rule of
-// the design: the reporting phase refreshes the lattice instead.
+// the time it calls, and neither the command line nor the console goes through `set`. The console could not:
+// it has a thread of its own, and the lattice is the solver's. The reporting phase refreshes it instead.
 template <class T>
 template <class Action>
 void ExtendedParams<T>::listen(Param<bool>& param, Action action) {

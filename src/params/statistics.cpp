@@ -22,7 +22,8 @@ void Statistics::updateProgress() {
 
 // What counts depends on how far the search has come: first better inhomogeneous vectors, then better
 // targets, then new solutions, and these only until sampling has extended the basis. With sampling at work an
-// iteration that did not extend the basis never counts. The asymmetry is a rule of this design.
+// iteration that did not extend the basis never counts. Variation shakes the basis by this figure: a rule
+// without the asymmetry would draw in other iterations, and every run would take another path.
 bool Statistics::madeProgress() const {
   if (inhomogeneousImprovements == 0) return false;
   if (targetImprovements == 0) {

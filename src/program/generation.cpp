@@ -56,7 +56,9 @@ void embedVariable(Lattice<T, F>& l, Matrix<T>& M, long i, long k) {
     l.ubnd[k] = infinity<T>();
     l.c[k] = T(1);
   } else {
-    // A rule of this design: the translated upper bound against the untranslated lower one.
+    // The translated upper bound against the untranslated lower one. Range and multipliers of every saved
+    // lattice rest on this width. A variable whose lower bound is not 0 is searched in another box by it, of
+    // which latbox-check warns.
     const T width = l.rx[i] - l.lx[i];
     if (isZero(width)) fail("sol bounds error");
     l.ubnd[k] = l.R;

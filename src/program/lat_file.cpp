@@ -17,7 +17,8 @@
 namespace latbox {
 namespace {
 
-// Names more than the file holds, and is never read: a rule of this design.
+// Names more than the file holds, and is never read. It stays as it is: the text of a file is an interface,
+// and the same lattice gives the same bytes as ever.
 constexpr const char* CLOSING_COMMENT = "\n// B -- l, r -- c, R -- lx, rx, fx -- tu, At, dt, lrtu\n";
 
 // A row operation in standard precision may leave a negative zero.

@@ -1,7 +1,7 @@
 // What survives a regeneration of the lattice. Lattice coordinates lose their meaning with the lattice, so
 // vectors are kept in the variables of the program; slack and deviation variables are left out, as in the
-// .sol file: they follow from the others. The collection of homogeneous vectors isn't kept, by design: their
-// coordinates were differences of the old embedding.
+// .sol file: they follow from the others. The collection of homogeneous vectors isn't kept: a difference of
+// two points is no point, and the variables of the program hold points alone.
 #pragma once
 
 #include <vector>
@@ -37,7 +37,7 @@ class Memory {
 template <class T, class F>
 void forget(Lattice<T, F>& lattice);
 
-// In which form the vectors of `reinstate` come, a number in the design.
+// In which form the vectors of `reinstate` come.
 inline constexpr int MODE_COEFFICIENTS = 2;  // of the rows of B
 inline constexpr int MODE_PROGRAM = 3;       // the variables of the .opt file; any other: unit coordinates
 
