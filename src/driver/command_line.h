@@ -15,9 +15,10 @@ enum class OnBadNumber { failure, zero };
 // False if no parameter of this key is registered.
 bool setParameter(YLattice<dbl_t>& y, const std::string& key, const std::string& text, OnBadNumber onBad);
 
-// Options "--key=value" and one input; a later input replaces an earlier one. Fails with "Malformed
-// parameter: " and "No such parameter: ". Ends the process after printing the usage for `help` and for an
-// empty input. On return extendedActive is false unless some value can't be held in standard precision.
+// Options "--key=value" and one input; a later input replaces an earlier one. Ends the process after printing
+// the usage for `help` and for an empty input.
+// Ensures: extendedActive is false unless some value can't be held in standard precision.
+// Fails with: "Malformed parameter: " and "No such parameter: ".
 void parseCommandLine(int argc, char** argv, YLattice<dbl_t>& y);
 
 // The usage on standard output, with all options explained if `full`, and exit(0).

@@ -11,8 +11,9 @@ template <class T>
 SearchEvents<T, dbl_t>& runEvents();
 
 // What was found is written. Then, if `finishEnabled`: with `terminate`, or in the last iteration that
-// `iters` allows, the run ends; otherwise the lattice is regenerated, and RestartException leaves the step.
-// Returns only while `finishEnabled` is off, and under a front end, where the end stops the run instead.
+// `iters` allows, the run ends; otherwise the lattice is regenerated. Returns only while `finishEnabled` is
+// off, and under a front end, where the end stops the run instead.
+// Throws: RestartException with "Lattice was regenerated", by which the step is left.
 template <class T, class F>
 void restartHandling(Lattice<T, F>& lattice, bool terminate);
 
@@ -21,8 +22,9 @@ template <class T, class F>
 void terminateRun(Lattice<T, F>& lattice);
 
 // Has the finds judged that wait in search.pending, by the road that every candidate takes, and then lets the
-// run act on what they changed. At the latest before anything of the lattice is written or the lattice is
-// regenerated.
+// run act on what they changed.
+// Requires: comes before anything of the lattice is written or the lattice is regenerated.
+// Throws: as restartHandling.
 template <class T, class F>
 void settleFinds(Lattice<T, F>& lattice);
 

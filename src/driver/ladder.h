@@ -8,12 +8,13 @@
 namespace latbox {
 
 // To the exact side, from `standard`, unless it is live already. Prints "Switching to extended precision" at
-// verb above 1. Throws PrecisionException with "Precision lost during conversion".
+// verb above 1.
+// Throws: PrecisionException with "Precision lost during conversion".
 void switchToExtended(YLattice<dbl_t>& y);
 
-// To the fast side, unless it is live already. Throws PrecisionException with "Precision lost during
-// conversion" where a value does not convert and come back; extended stays live then. Prints "Using standard
-// precision".
+// To the fast side, unless it is live already. Prints "Using standard precision".
+// Throws: PrecisionException with "Precision lost during conversion" where a value does not convert and come
+// back; extended stays live then.
 void useStandardPrecision(YLattice<dbl_t>& y);
 
 // As useStandardPrecision, the exception swallowed: the run stays in extended precision.
@@ -38,7 +39,8 @@ class StandardStep {
 
 // The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException takes
 // the step back, converts the lattice and repeats the step in exact arithmetic; after every extended step the
-// way back is tried. RestartException and all others pass.
+// way back is tried.
+// Throws: RestartException, and whatever else comes out of the step.
 template <class Step>
 void oneStep(YLattice<dbl_t>& y, Step&& step) {
   if (!y.extendedActive) {

@@ -25,12 +25,14 @@ std::string iterationReport(Lattice<T, F>& lattice);
 // Makes the summary of solutions, and the path of the .sol file, what the final report will print. A signal
 // can end the run at any moment, and its handler may not look at a lattice that the solver is changing: so
 // the solver publishes after every change of the solutions, of the best vectors and of the file names, and
-// once per iteration. Solver thread only.
+// once per iteration.
+// Requires: the solver thread.
 template <class T, class F>
 void publishSummary(const Lattice<T, F>& lattice);
 
-// What was published last. May be read only by the solver thread, and by the handler once it has closed the
-// signal holds: the texts are exchanged within one.
+// What was published last.
+// Requires: the solver thread, or the handler once it has closed the signal holds: the texts are exchanged
+// within one.
 struct PublishedSummary {
   std::string text;     // the summary, empty when there is nothing to tell
   std::string solFile;  // path of the .sol file

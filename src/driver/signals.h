@@ -11,7 +11,8 @@ namespace latbox {
 void signalReport(YLattice<dbl_t>& y, int signal);
 
 // Both signals lead to signalReport for as long as the object lives; then the previous handlers are back, in
-// the reverse order. One at a time.
+// the reverse order.
+// Requires: one at a time.
 class SignalHandlers {
  public:
   explicit SignalHandlers(YLattice<dbl_t>& y);

@@ -5,11 +5,12 @@
 
 namespace latbox {
 
-// A uniformly distributed integer in a..b. Equal bounds draw nothing. Any range that a long can hold. Fails
-// with "invalid input for rand_eq" when b < a.
+// A uniformly distributed integer in a..b. Equal bounds draw nothing. Any range that a long can hold.
+// Fails with: "invalid input for rand_eq" when b < a.
 long rand_eq(long a, long b);
 
-// The same for bounds that are whole numbers of type dbl_t or QQ: one draw for a range of any size.
+// The same for bounds of type dbl_t or QQ: one draw for a range of any size.
+// Requires: the bounds are whole numbers.
 template <class T>
 requires(!std::integral<T>) T rand_eq(const T& a, const T& b);
 

@@ -6,8 +6,8 @@
 
 namespace latbox {
 
-// Judges all candidates. They are combinations of lattice vectors: solutions are recorded, and
-// RestartException and PrecisionException pass.
+// Judges all candidates. They are combinations of lattice vectors: solutions are recorded.
+// Throws: RestartException, PrecisionException.
 template <class T, class F>
 void pairwiseRecombination(Lattice<T, F>& lattice);
 

@@ -7,8 +7,8 @@
 namespace latbox {
 
 // Puts what the search remembers back into the basis: with solutions found, the next of them in turn;
-// otherwise the best slack vector, or before there was one the best inhomogeneous vector. Throws as insertion
-// does.
+// otherwise the best slack vector, or before there was one the best inhomogeneous vector.
+// Throws: as insertion does.
 template <class T, class F>
 void reinsertBest(Lattice<T, F>& lattice);
 

@@ -16,7 +16,8 @@ struct Sample {
 
 // Draws a vector b_m - sum of c_j b_j over the positions j from m - 1 down to k: with coefficients within
 // about 1 for the last u of them and within about 1/2 for the others. Positions below k keep those of b_m.
-// The Gram-Schmidt coefficients of rows k..m must be valid. Throws PrecisionException as row operations do.
+// Requires: the Gram-Schmidt coefficients of rows k..m are valid.
+// Throws: PrecisionException as row operations do.
 template <class T, class F>
 void sampleVector(const Lattice<T, F>& lattice, Sample<T>& result, long k, long m, long u);
 

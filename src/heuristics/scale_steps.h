@@ -6,7 +6,8 @@
 
 namespace latbox {
 
-// One step of the weight of coordinate p away from or towards 0. Fails with "zero step inconsistency".
+// One step of the weight of coordinate p away from or towards 0.
+// Fails with: "zero step inconsistency".
 template <class T, class F>
 void scaleStep(Lattice<T, F>& lattice, long p, const T& step);
 

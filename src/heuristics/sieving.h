@@ -7,7 +7,8 @@
 namespace latbox {
 
 // The collections are read alone; what the rounds end with is judged, and the best inhomogeneous vector of it
-// offered. RestartException and PrecisionException pass.
+// offered.
+// Throws: RestartException, PrecisionException.
 template <class T, class F>
 void sieve(Lattice<T, F>& lattice);
 

@@ -7,7 +7,8 @@
 namespace latbox {
 
 // One pass, and further ones while they pay. `previous` holds the coordinates of the pass before; null for
-// the driver. The reduction checks what it touches, so that RestartException and PrecisionException pass.
+// the driver. The reduction checks what it touches.
+// Throws: RestartException, PrecisionException.
 template <class T, class F>
 void trim(Lattice<T, F>& lattice, const Set<long>* previous);
 

@@ -59,44 +59,51 @@ class Basis {
     return *this;
   }
   ~Basis() = default;
-  // Every value from the other number type; caches are dropped. Throws PrecisionException with "Precision
-  // lost during conversion".
+  // Every value from the other number type; caches are dropped.
+  // Throws: PrecisionException with "Precision lost during conversion".
   template <class U>
   void convertFrom(const Basis<U>& other);
 
-  // Whether TT follows each row operation: read at each of them, for the operator may change it. `option`
-  // outlives the object; without one nothing is recorded.
+  // Whether TT follows each row operation: read at each of them, for the operator may change it. Without an
+  // option nothing is recorded.
+  // Requires: `option` outlives the object.
   void recordBy(const Param<bool>& option) { recording_ = &option; }
   bool recording() const { return recording_ != nullptr && recording_->get(); }
 
   // Shape rank x dim, all zero, no transformation, no marks.
   void resize(long newRank, long newDim);
   // A new origin: B_save, and in weighted coordinates B; one unit transformation, no marks.
+  // Requires: both have one shape.
   void setOrigin(const Matrix<T>& unit, const Matrix<T>& weighted);
 
   // --- the operations on rows ---
 
   // Exchanges two positions with their words; what lies from the lower one on is invalidated (from j on for i
-  // = 0, the scratch row), unless keepMarks, by which the caller promises an exchange behind this one that
-  // does it.
+  // = 0, the scratch row), unless keepMarks.
+  // Requires: with keepMarks an exchange behind this one that invalidates.
   void swap(long i, long j, bool keepMarks = false);
   // The same for the recorded transformation alone, while none is recorded otherwise.
   void recordSwap(long i, long j);
-  // b_i -= q b_j. In dbl_t an entry beyond the precision gate throws PrecisionException and leaves row i half
-  // done.
+  // b_i -= q b_j.
+  // Throws: in dbl_t, PrecisionException where an entry is beyond the precision gate; row i is half done
+  // then.
   void subtract(long i, const T& q, long j);
-  // b_p := sum of x[i] b_i over first..last, where x[p] is 1 or -1. Throws as `subtract`.
+  // b_p := sum of x[i] b_i over first..last.
+  // Requires: x[p] is 1 or -1.
+  // Throws: as `subtract`.
   void replace(long p, const Vector<T>& x, long first, long last);
-  // Row 0 := that sum for any x, and returns it; recorded too once `recordCombined` is called. Throws as
-  // `subtract`.
+  // Row 0 := that sum for any x, and returns it; recorded too once `recordCombined` is called.
+  // Throws: as `subtract`.
   const Vector<T>& combine(const Vector<T>& x, long first, long last);
   void recordCombined(const Vector<T>& x, long first, long last);
-  // Other rows in weighted coordinates, of which TT[TT.MN] already tells how they come from B_save.
+  // Other rows in weighted coordinates.
+  // Requires: TT[TT.MN] already tells how they come from B_save.
   void assignAll(const Matrix<T>& weighted);
   // The same rows under other weights: what is in unit coordinates stays.
+  // Requires: the shape of the basis.
   void reweigh(const Matrix<T>& weighted);
-  // Origin and rows without the roundings that they carried, which lie below what marks and transformation
-  // tell.
+  // Origin and rows without the roundings that they carried.
+  // Requires: these lie below what marks and transformation tell.
   void restoreDigits(const Matrix<T>& unit, const Matrix<T>& weighted);
 
   // --- marks ---
@@ -115,27 +122,30 @@ class Basis {
 
   // --- coordinates and transformations (transformation.cpp) ---
 
-  // Integer coordinates of v (unit coordinates) with respect to B_save; of `rows`, which must be unscaled(B),
-  // in currentCoordinates. False where there are none. Throws PrecisionException with "transformation coord
-  // error" where T can't hold one.
+  // Integer coordinates of v (unit coordinates) with respect to B_save; to `rows` in currentCoordinates.
+  // False where there are none.
+  // Requires: `rows` is unscaled(B).
+  // Throws: PrecisionException with "transformation coord error" where T can't hold one.
   bool savedCoordinates(const Vector<T>& v, Vector<T>& result);
   bool currentCoordinates(const Vector<T>& v, const Matrix<T>& rows, Vector<T>& result);
   // Appends a unit matrix to TT, or with reuseIdentity keeps a last one that is a unit matrix. Warns above
   // T_MAT_NBR.
   void newTransformation(bool reuseIdentity);
-  // TT[TT.MN] from `unit`, the basis in unit coordinates. False, and TT in part, where a row is not in the
-  // lattice.
+  // TT[TT.MN] from `unit`. False, and TT in part, where a row is not in the lattice.
+  // Requires: `unit` is the basis in unit coordinates.
   bool deriveTransformation(const Matrix<T>& unit);
-  // Entries of TT[TT.MN] that are zero by the tolerance become 0; then whether it is unimodular. Fails with
-  // "Matrix: a non-quadratic matrix determinant is not defined".
+  // Entries of TT[TT.MN] that are zero by the tolerance become 0; then whether it is unimodular.
+  // Fails with: "Matrix: a non-quadratic matrix determinant is not defined".
   bool isTransformationUnimodular();
-  // TT[TT.MN] * B_save. Throws PrecisionException with "transformation overflow" where a dbl_t would round
-  // it.
+  // TT[TT.MN] * B_save.
+  // Throws: PrecisionException with "transformation overflow" where a dbl_t would round it.
   Matrix<T> transformedOrigin() const;
-  // `unit`, which is the basis, becomes the origin, and what follows is recorded in a matrix of its own.
-  // Throws PrecisionException with "base matrix overflow" and "transformation overflow".
+  // `unit` becomes the origin, and what follows is recorded in a matrix of its own.
+  // Requires: `unit` is the basis in unit coordinates.
+  // Throws: PrecisionException with "base matrix overflow" and "transformation overflow".
   void rebase(const Matrix<T>& unit);
-  // Back to the origin, which is `weighted` in weighted coordinates.
+  // Back to the origin.
+  // Requires: `weighted` is B_save in weighted coordinates.
   void restoreOrigin(const Matrix<T>& weighted);
 
  private:

@@ -15,8 +15,9 @@ struct Finds {
   SortedSet<HeuristicVector<T, F>> homogeneousVectors;
   SortedSet<HeuristicVector<T, F>> inhomogeneousVectors;
 
-  // Throws PrecisionException with "Precision lost during conversion" where a value, put back into its own
-  // type, is another one: a find must change neither its place nor its norms on the way.
+  // A find must change neither its place nor its norms on the way.
+  // Throws: PrecisionException with "Precision lost during conversion" where a value, put back into its own
+  // type, is another one.
   template <class U>
   void convertFrom(const Finds<U, F>& other);
 

@@ -41,20 +41,23 @@ class GramSchmidt : public Basis<T> {
   // `last` 0 means rank; rows that are marked valid are left alone, the others get mu, bNormSq, bstarSq and
   // their mark.
   //
-  // From inner products. False at the first dependent row, whose word becomes STATUS_DEPENDENT. The rows
-  // before `first` are right in value.
+  // From inner products. False at the first dependent row, whose word becomes STATUS_DEPENDENT.
+  // Requires: the rows before `first` are right in value.
   bool updateGso(long first, long last);
-  // By lq_reduced and lq_full, which go on from the rows before `first`: these have to come from the same
-  // factorisation. Bstar holds the Gram-Schmidt vectors behind the former, their directions behind the
-  // latter. Return the first dependent row, whose word they leave alone, or 0; with failOnDependency such a
-  // row fails with "Linear dependency detected - remove these first!" and "Linear dependency detected -
-  // remove first!".
+  // By lq_reduced and lq_full, which go on from the rows before `first`. Bstar holds the Gram-Schmidt vectors
+  // behind the former, their directions behind the latter. Return the first dependent row, whose word they
+  // leave alone, or 0.
+  // Requires: the rows before `first` come from the same factorisation.
+  // Fails with: under failOnDependency, at such a row, "Linear dependency detected - remove these first!" and
+  // "Linear dependency detected - remove first!".
   long gsoByReduced(long first, long last, bool failOnDependency);
   long gsoByFull(long first, long last, bool failOnDependency);
   // updateGso for row k, and where that meets a dependency the factorisation. False where k is dependent.
   bool orthogonaliseRow(long k);
 
-  // b_k -= q b_j with mu row k in step; q is a whole number, j < k. Throws as Basis::subtract.
+  // b_k -= q b_j with mu row k in step.
+  // Requires: q is a whole number, j < k.
+  // Throws: as Basis::subtract.
   void reduceRow(long k, F q, long j);
 
  private:

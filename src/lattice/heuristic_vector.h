@@ -33,7 +33,7 @@ class HeuristicDeviation {
 };
 
 // True if a is strictly better than b, with EPS as margin of every test of two F values.
-// Fails with "Heuristic deviation is not initialized!" when exactly one kind is 0.
+// Fails with: "Heuristic deviation is not initialized!" when exactly one kind is 0.
 template <class F>
 bool better(const HeuristicDeviation<F>& a, const HeuristicDeviation<F>& b);
 

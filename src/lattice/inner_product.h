@@ -6,7 +6,8 @@
 
 namespace latbox {
 
-// result[j] = <b_j, b_i> for j = 1..i-1; `result` has room for element i - 1.
+// result[j] = <b_j, b_i> for j = 1..i-1.
+// Requires: `result` has room for element i - 1.
 template <class T, class F>
 void innerProducts(const Matrix<T>& B, long i, F* result);
 

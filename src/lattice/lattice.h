@@ -74,9 +74,9 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   Lattice& operator=(const Lattice& other);
   // The state; the parameters too unless keepParameters. mainVars, search and output stay in either case.
   void copyFrom(const Lattice& source, bool keepParameters);
-  // State, parameters and mainVars from the lattice of the other precision. Throws PrecisionException with
-  // "Precision lost during conversion" where a value does not convert and come back; what can be recomputed
-  // is dropped.
+  // State, parameters and mainVars from the lattice of the other precision, but for what can be recomputed.
+  // Throws: PrecisionException with "Precision lost during conversion" where a value does not convert and
+  // come back.
   template <class U>
   void convertFrom(const Lattice<U, F>& other);
   // Back to the state of no file; parameters, mainVars, search and output stay.
@@ -101,29 +101,29 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
 
   // lattice/consistency.cpp
   // Coordinates of a vector in unit coordinates with respect to the rows of B_save or of B; throughTT takes
-  // those of B on to B_save. False where there are none or they are not all integers. Throws
-  // PrecisionException with "transformation coord error" where T can't hold one.
+  // those of B on to B_save. False where there are none or they are not all integers.
+  // Throws: PrecisionException with "transformation coord error" where T can't hold one.
   bool coordinates(const Vector<T>& unitVector, Vector<T>& result, bool useSaved, bool throughTT = false);
   // Coordinates of v (unit coordinates) with respect to B_save; with `check` TT follows from B first, and
   // with `positive` -v is meant where the inhomogeneous coordinate of v is against the sign of inhomBase.
-  // Throws PrecisionException with "rt overflow" and, where there are no coordinates, "transformation coord
-  // error".
+  // Throws: PrecisionException with "rt overflow" and, where there are none, "transformation coord error".
   void transformationCoordinates(const Vector<T>& v, Vector<T>& result, bool check, bool positive);
   // Makes sure that B is a basis of the lattice of B_save. With `consistency` what TT makes of B_save takes
   // the place of a basis that differs; without it TT follows from B, and where that fails B goes back to
   // B_save and nothing else is done. Then, with `rebase`, B becomes B_save and a unit matrix the last
   // transformation; the .lat file is written unless keepFile.
-  // Throws PrecisionException with "unimodular error", "transformation overflow", "base matrix overflow".
-  // Fails with "In the non-aardal case TT.MN should always be == 1", and on a rectangular transformation.
+  // Throws: PrecisionException with "unimodular error", "transformation overflow", "base matrix overflow".
+  // Fails with: "In the non-aardal case TT.MN should always be == 1", and on a rectangular transformation.
   void checkConsistency(bool rebase, bool keepFile);
   // True when v (unit coordinates) is an integer combination of the rows of B_save: the real membership test.
   bool isMember(const Vector<T>& v);
 
   void orthogonalisationRefresh() override;  // all Gram-Schmidt data anew
 
-  // lattice/lll.cpp. The rows before the first position of a call must be right in mu and bstarSq, marked or
-  // not. Each row that a sweep touches is judged as a solution, so that RestartException passes; in dbl_t a
-  // row operation beyond the precision gate throws PrecisionException and leaves that row half done.
+  // lattice/lll.cpp. Each row that a sweep touches is judged as a solution.
+  // Requires: the rows before the first position of a call are right in mu and bstarSq, marked or not.
+  // Throws: RestartException; in dbl_t, PrecisionException where a row operation is beyond the precision
+  // gate: that row is half done then.
   //
   // One sweep over the positions k..end (0: rank), which is no fixed point: sweepSkipped and sweepStopped
   // tell what it left. Dependent vectors are parked at the end of the range up to m (0: rank). Returns the
@@ -147,13 +147,13 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   // lattice/insertion.cpp: a combination of basis vectors, coefficients x on positions first..last, enters
   // the basis by unimodular steps.
   // 1: x had one unit coefficient and that vector now stands at `first`; -1: x is a true multiple of a basis
-  // vector and nothing moved; 0: the caller must go on. Fails with "lattice rank is too small!" where x is
-  // zero and the rows of B are dependent.
+  // vector and nothing moved; 0: the caller must go on.
+  // Fails with: "lattice rank is too small!" where x is zero and the rows of B are dependent.
   int trivialInsert(const Vector<T>& x, long first, long last);
   // The primitive vector of x stands at `first` afterwards, the rest of the block one up; all of `status` is
-  // clear. x is used up, and may be enumCoeffs. The vector is judged as a solution on the way. Fails with
-  // "basis can't insert the zero vector!"; in dbl_t a coefficient beyond the precision gate throws
-  // PrecisionException with "coefficient overflow" before anything moves.
+  // clear. x is used up, and may be enumCoeffs. The vector is judged as a solution on the way.
+  // Throws: in dbl_t, PrecisionException with "coefficient overflow" beyond the gate, before anything moves.
+  // Fails with: "basis can't insert the zero vector!".
   void insertCombination(Vector<T>& x, long first, long last);
   // The vector stands at `pos` afterwards, but for one that trivialInsert takes: at `first`, or dropped.
   void replaceCombination(Vector<T>& x, long first, long last, long pos);

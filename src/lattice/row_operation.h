@@ -20,9 +20,10 @@ inline dbl_t wholeNumber(dbl_t q) {
   return q;
 }
 
-// row -= q * other. In dbl_t every new entry passes the precision gate: beyond 10^9 PrecisionException with
-// "vector precisison overflow", beyond 10^18 FatalPrecisionException. An entry that passes came from a
-// product below 2 * 10^9, so product and difference of whole numbers were exact.
+// row -= q * other. In dbl_t every new entry passes the precision gate. One that passes came from a product
+// below 2 * 10^9, so product and difference of whole numbers were exact.
+// Throws: in dbl_t, PrecisionException with "vector precisison overflow" beyond 10^9,
+// FatalPrecisionException beyond 10^18.
 template <class T>
 void subtractChecked(Vector<T>& row, const T& q, const Vector<T>& other);
 

@@ -21,7 +21,7 @@ class WeightMap {
   Vector<T> stepAverage;   // running mean of the scale steps per coordinate
   Vector<long> stepCount;  // how many there were
 
-  // Throws PrecisionException with "Precision lost during conversion".
+  // Throws: PrecisionException with "Precision lost during conversion".
   template <class U>
   void convertFrom(const WeightMap<U>& other);
 
@@ -34,8 +34,9 @@ class WeightMap {
   void noteStep(long p, const T& step);
 
   bool unweighted() const;  // all weights 1 and no shift: both maps are the identity
-  // `dim` coordinates; both arguments may be one object. To weighted coordinates: throws PrecisionException
-  // with "vector precisison overflow".
+  // Both arguments may be one object.
+  // Requires: `dim` coordinates.
+  // Throws: to weighted coordinates, PrecisionException with "vector precisison overflow".
   void unscaledVector(const Vector<T>& weighted, Vector<T>& unit) const;
   void rescaledVector(const Vector<T>& unit, Vector<T>& weighted) const;
   // Row by row; row 0, which is scratch, is copied.

@@ -15,14 +15,16 @@ class CandidateCheck {
 
   explicit CandidateCheck(Lattice<T, dbl_t>& lattice) : l_(lattice) {}
 
-  // As Lattice::checkSolution; `vec` has dim coordinates, and `keepBounds` is its `flag`.
+  // As Lattice::checkSolution; `keepBounds` is its `flag`.
+  // Requires: `vec` has dim coordinates.
   unsigned check(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool keepBounds,
                  Membership membership);
 
-  // The part of it that looks at targets, for a feasible w: h becomes w with its norms and its time, and
-  // bestSlack where it is better. CHECK_FEASIBLE alone: no better than what is known. With keepBounds fails
-  // with "This case should not happen between a backup / restore!" where the bound on the target does not lie
-  // below the best one.
+  // The part of it that looks at targets: h becomes w with its norms and its time, and bestSlack where it is
+  // better. CHECK_FEASIBLE alone: no better than what is known.
+  // Requires: w is feasible.
+  // Fails with: under keepBounds, "This case should not happen between a backup / restore!" where the bound
+  // on the target does not lie below the best one.
   unsigned judgeVector(const Vector<T>& w, Candidate& h, DiscoveryTime time, bool keepBounds);
   // Bounds of free variables of `program` follow the point x; true when one moved.
   bool updateBounds(const Vector<T>& x);

@@ -7,7 +7,8 @@
 namespace latbox {
 
 // For a partial sum: standard precision holds whole numbers up to 10^18 as they are, others only up to 10^9
-// with the places behind the point that the tolerance needs. Throws PrecisionException beyond that.
+// with the places behind the point that the tolerance needs.
+// Throws: PrecisionException with "sum overflow" beyond that.
 inline void requireAllDigits(dbl_t sum) {
   if (precisionCheck(sum) && sum != roundNearest(sum)) throwPrecision("sum overflow");
 }

@@ -6,8 +6,8 @@
 namespace latbox {
 
 // Such a vector of the lattice, in unit coordinates; empty where there is none. In the equation lattice only
-// the kernel's rows count. What is met on the way is judged, so that RestartException passes; throws
-// PrecisionException as row operations do.
+// the kernel's rows count. What is met on the way is judged.
+// Throws: RestartException; PrecisionException as row operations do.
 template <class T, class F>
 Vector<T> extractInhom(Lattice<T, F>& lattice);
 

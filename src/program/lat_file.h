@@ -8,8 +8,8 @@
 namespace latbox {
 
 // Lattice::writeLatFile writes the file. Reading prepares the program by the bounds of the file; the lattice
-// is touched only when all of it could be read. A file that is damaged or of another program ends the run;
-// throws PrecisionException with "B_save overflow", "lbnd overflow", "ubnd overflow" and "c overflow".
+// is touched only when all of it could be read. A file that is damaged or of another program ends the run.
+// Throws: PrecisionException with "B_save overflow", "lbnd overflow", "ubnd overflow" and "c overflow".
 template <class T, class F>
 void readLatFile(Lattice<T, F>& lattice);
 

@@ -48,8 +48,8 @@ void reinstate(Lattice<T, F>& lattice, const ConversionArray<Star<T>>& records,
                const SortedSet<HeuristicVector<T, F>>& setB, int mode);
 
 // The lattice of `program` as it stands now, with what is remembered of the old one, and its .lat file. The
-// basis starts anew: no index, coordinate or weight of before holds. Throws PrecisionException; the rest is
-// not to be used then.
+// basis starts anew: no index, coordinate or weight of before holds.
+// Throws: PrecisionException; the lattice is not to be used then.
 template <class T, class F>
 void regenerateLattice(Lattice<T, F>& lattice);
 

@@ -7,8 +7,9 @@
 
 namespace latbox {
 
-// The best point and the solutions join program.stars, which are sorted, best first, without duplicates.
-// Fails with "sol2star: lat2opt can not compute x_opt".
+// The best point and the solutions join program.stars.
+// Ensures: the stars are sorted, best first, without duplicates.
+// Fails with: "sol2star: lat2opt can not compute x_opt".
 template <class T, class F>
 void sol2star(Lattice<T, F>& lattice);
 

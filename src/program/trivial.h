@@ -6,7 +6,8 @@
 namespace latbox {
 
 // Judges them. None of them ends the run by itself; what they found is told afterwards, and so is a bound
-// that has moved since the lattice was made. RestartException passes.
+// that has moved since the lattice was made.
+// Throws: RestartException.
 template <class T, class F>
 void checkTrivialSolutions(Lattice<T, F>& lattice);
 

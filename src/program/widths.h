@@ -5,9 +5,11 @@
 
 namespace latbox {
 
-// The common multiple of all widths of the prepared base part: of its variables, and without `equations` of
-// its rows and its bounded target. Fails with "ineq bounds error1" where a row has none; throws
-// PrecisionException with "R overflow".
+// The common multiple of all widths of the base part: of its variables, and without `equations` of its rows
+// and its bounded target.
+// Requires: the base part is prepared.
+// Throws: PrecisionException with "R overflow".
+// Fails with: "ineq bounds error1" where a row has no width.
 template <class T, class F>
 T computeRange(Lattice<T, F>& lattice, bool equations);
 

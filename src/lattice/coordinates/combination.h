@@ -22,8 +22,9 @@ class SparseRows {
   explicit SparseRows(const Matrix<T>& rows);
   long count() const { return static_cast<long>(row_.size()) - 1; }
 
-  // Whether x * rows gives v, by the system's tolerance; x has an element a row, v one a column. In dbl_t
-  // sums that may have been rounded decide nothing: `unsure`.
+  // Whether x * rows gives v, by the system's tolerance. In dbl_t sums that may have been rounded decide
+  // nothing: `unsure`.
+  // Requires: x has an element a row, v one a column.
   Answer confirm(const Vector<T>& x, const Vector<T>& v) const;
 
  private:

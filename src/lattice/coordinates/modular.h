@@ -21,9 +21,10 @@ class ModularForm {
   // False where an entry has no residue or the rows are dependent modulo a prime.
   bool exists() const { return exists_; }
 
-  // `no`: v has no coordinates, by proof. `yes`: x holds the integers of least magnitude with the residues
-  // found, which the caller has to confirm; they are right up to half the product of the primes. `unsure`: v
-  // has no residues.
+  // `yes`: x holds the integers of least magnitude with the residues found, which the caller has to confirm.
+  // `unsure`: v has no residues.
+  // Ensures: with `no`, that v has no coordinates; with `yes`, right ones up to half the product of the
+  // primes.
   template <class T>
   Answer solve(const Vector<T>& v, Vector<QQ>& x);
 

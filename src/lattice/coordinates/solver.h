@@ -26,10 +26,11 @@ class CoordSolver {
 
   enum class Which { saved, current };
 
-  // Solves result * rows = v; the combination that is returned gives v back, by the system's tolerance. False
-  // when v has no coordinates or they are not all integers. `rows` is the matrix that the cache `which`
-  // belongs to and is factorised if the cache is not valid. Throws PrecisionException with "transformation
-  // coord error" where a dbl_t can't hold a coordinate.
+  // Solves result * rows = v. False when v has no coordinates or they are not all integers. `rows` is
+  // factorised if the cache is not valid.
+  // Requires: `rows` is the matrix that the cache `which` belongs to.
+  // Ensures: the combination that is returned gives v back, by the system's tolerance.
+  // Throws: PrecisionException with "transformation coord error" where a dbl_t can't hold a coordinate.
   bool coordinates(Which which, const Matrix<T>& rows, const Vector<T>& v, Vector<T>& result);
 
   // The basis changed. Inline, for every row operation calls it.
