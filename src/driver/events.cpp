@@ -21,7 +21,7 @@ namespace {
 template <class T>
 class RunEvents : public SearchEvents<T, dbl_t> {
  public:
-  void found(Lattice<T, dbl_t>& lattice) override { publishSummary(lattice); }
+  void found(Lattice<T, dbl_t>& lattice) override { tellFinds(lattice); }
   void boundMoved(Lattice<T, dbl_t>& lattice) override { restartHandling(lattice, false); }
   void limitReached(Lattice<T, dbl_t>& lattice) override { restartHandling(lattice, true); }
 };
@@ -46,7 +46,7 @@ unsigned judgePending(Lattice<T, F>& lattice) {
       results |= lattice.checkSolution(v, false, foundAfter(find.secondsUntilDiscovered), false);
   }
   lattice.output->held = false;
-  publishSummary(lattice);
+  tellFinds(lattice);
   return results;
 }
 
@@ -59,6 +59,15 @@ SearchEvents<T, dbl_t>& runEvents() {
 }
 
 template <class T, class F>
+void tellFinds(Lattice<T, F>& lattice) {
+  if (!lattice.writeEnabled) return;
+  const bool known = lattice.program.stars.MN > 0 || lattice.solutions.MN > 0 || lattice.bestSlack.notEmpty();
+  const SignalHold hold;
+  if (known && !lattice.search.reinserting) writeSolFile(lattice, false);
+  publishSummary(lattice);
+}
+
+template <class T, class F>
 void settleFinds(Lattice<T, F>& lattice) {
   if (lattice.search.pending.empty()) return;
   const unsigned results = judgePending(lattice);
@@ -66,8 +75,6 @@ void settleFinds(Lattice<T, F>& lattice) {
     restartHandling(lattice, true);
   else if (results & CHECK_BOUND)
     restartHandling(lattice, false);
-  else
-    writeSolFile(lattice, false);
 }
 
 template <class T, class F>
@@ -107,6 +114,7 @@ template SearchEvents<dbl_t, dbl_t>& runEvents();
 template SearchEvents<QQ, dbl_t>& runEvents();
 LATBOX_BOTH_TYPES(restartHandling)
 LATBOX_BOTH_TYPES(terminateRun)
+LATBOX_BOTH_TYPES(tellFinds)
 LATBOX_BOTH_TYPES(settleFinds)
 
 }  // namespace latbox

@@ -5,8 +5,8 @@
 
 namespace latbox {
 
-// found: the summary that the final report prints follows. boundMoved, limitReached: restartHandling. One
-// object per number type, never destroyed, without a state.
+// found: tellFinds. boundMoved, limitReached: restartHandling. One object per number type, never destroyed,
+// without a state.
 template <class T>
 SearchEvents<T, dbl_t>& runEvents();
 
@@ -20,6 +20,13 @@ void restartHandling(Lattice<T, F>& lattice, bool terminate);
 // The final report and the end of the process, by SIGTERM; under a front end the run state "stopped".
 template <class T, class F>
 void terminateRun(Lattice<T, F>& lattice);
+
+// What is known goes to the .sol file and into the summary that the final report prints, in one go: a signal
+// in between would end the run with a report that knows of more than the file, or of less. Where nothing is
+// known the file stays as it is. Nothing while writing is off: at the start the file of the run before stands
+// until all of it has been read.
+template <class T, class F>
+void tellFinds(Lattice<T, F>& lattice);
 
 // Has the finds judged that wait in search.pending, by the road that every candidate takes, and then lets the
 // run act on what they changed.

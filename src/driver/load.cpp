@@ -1,7 +1,6 @@
 // From the files to the lattice.
 #include "driver/command_line.h"
 #include "driver/ladder.h"
-#include "driver/report.h"
 #include "driver/run.h"
 #include "driver/run_state.h"
 #include "lib/os/file.h"
@@ -77,7 +76,6 @@ void readFiles(YLattice<dbl_t>& y, const std::string& input) {
   oneStep(y, [](auto& lattice) { readStarsFromSolFile(lattice, false, false); });
   const std::string latFile = y.live([](auto& lattice) { return lattice.latFile; });
   setMainValue(y, MainMutexVariable::inputRequested, withoutExtension(latFile));
-  y.live([](auto& lattice) { publishSummary(lattice); });
 }
 
 }  // namespace latbox

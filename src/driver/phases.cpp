@@ -68,6 +68,7 @@ void load(YLattice<dbl_t>& y) {
   setMainValue(y, MainMutexVariable::inputLoaded, input);
   // A run of no iterations only prepares the files.
   if (y.live([](auto& lattice) { return lattice.params.iters.get(); }) == 0) std::exit(0);
+  oneStep(y, [](auto& lattice) { tellFinds(lattice); });
   waitUntilRunning(y);
 }
 

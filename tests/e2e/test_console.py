@@ -79,6 +79,22 @@ class PipeTest(harness.Case):
         session.ask("SET verb=1\n", "> Setting: verb = 1\n")
         session.ask("RUN\n", "- Some statistics -")
 
+    def test_set_while_stars_are_read(self):
+        # Symptom: the setting was answered, and gone when the stars had been read.
+        points = [(a, b, c) for a in range(31) for b in range(31) for c in range(31) if 20 <= a + b + c <= 60]
+        self.write("prog.opt", programs.opt(au=[[1, 1, 1]], lu=[20], ru=[60], rx=[30] * 3))
+        # The first is no solution, which is told while thousands are still to come.
+        self.write("prog.sol", "".join("[ %d %d %d ] | 0 | [ ] | 0 | 1 | p | 2.2.2\n" % point
+                                       for point in [(0, 0, 0)] + points[:12000]))
+        session = self.start("--sol=0", "--verb=2", "prog.opt")
+        session.wait_for("Star-Vector is neither a solution nor a feasible vector\n")
+        at = session.ask("SET verb=1\n", "> Setting: verb = 1\n")
+        session.wait_for("- Some statistics -", after=at)
+        at = session.wait_for("\nNo primary improvement since|\nTotal iterations: 2\n", after=at)
+        # With verb 2 there would be progress lines, and the vectors would stand in the block.
+        self.assertNotIn("B[1]: ", session.out)
+        self.assertTrue(session.running())
+
     def test_a_line_without_an_end_and_garbage(self):
         session = self.running_session()
         before = len(session.out)

@@ -73,6 +73,19 @@ class ResumeTest(harness.Case):
         self.assert_ends_well(result)
         self.assertLessEqual({(1, 1), (1, 2)}, points(self.stars()))
 
+    def test_the_better_of_two_points_that_hardly_differ(self):
+        # Symptom: a difference within the tolerance of standard precision was none, so that the first point stayed.
+        self.write("prog.opt", programs.opt(dt=["-inf"], at=[[1, "1.0000000005", 2]], ag=[[1, 1, 1]], bg=[1], rx=[1] * 3))
+        points = ("[ 0 1 0 ] | 1.0000000005 | [ 1.0000000005 ] | 0 | 5 | p | 2.2.2\n",
+                  "[ 1 0 0 ] | 1 | [ 1 ] | 0 | 6 | p | 2.2.2\n")
+        for lines in (points, points[::-1]):
+            self.write("prog.sol", "".join(lines))
+            result = self.run_solver("--sol=0", "--iters=2", "prog.opt")
+            self.assert_ends_well(result)
+            report = result.out[result.out.rindex("* Terminated *"):]
+            self.assertIn("\nT(bestTarget) = 1, S(bestTarget) = 0 -- { 6 sec(s) }\n", report)
+            self.assertEqual([star.target_norm for star in self.stars()][0], 1)
+
     def test_what_is_written_reads_back(self):
         for program in (programs.SMALL, programs.TARGET):
             self.write("prog.opt", program)

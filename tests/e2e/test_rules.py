@@ -103,5 +103,17 @@ class EndTest(harness.Case):
         self.assertIn("Solutions found: 1\n", result.out)
 
 
+
+class CollectionsTest(harness.Case):
+    def test_a_negative_limit_leaves_one_vector_of_each_kind(self):
+        # Symptom: a limit below 0 kept nothing, so that sieving had nothing to work with.
+        self.write("prog.opt", programs.ENDLESS)
+        result = self.run_solver("--sol=0", "--iters=2", "--collectLimit=-1", "--sieve=1", "--verb=1", "prog.opt")
+        self.assert_ends_well(result)
+        counts = re.findall(r"^Sieveable in/homogenous vectors: (.*)$", result.out, re.MULTILINE)
+        self.assertEqual(counts, ["(1, 1)", "(1, 1)"])
+        self.assertTrue(self.stars())
+
+
 if __name__ == "__main__":
     harness.main()

@@ -2,8 +2,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -490,6 +492,67 @@ TEST_F(Files, ReplacingKeepsModeAndLinks) {
   struct stat status;
   ASSERT_EQ(stat(path("target").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640u);
+}
+
+// What a killed process has left beside the file, longer than what is written now.
+TEST_F(Files, ALeftOverSecondFileIsTakenOver) {
+  std::ofstream(path("a.tmp")) << std::string(5000, 'k');
+  std::string reason;
+  EXPECT_TRUE(writeFile(path("a"), "new", reason)) << reason;
+  EXPECT_EQ(contentOf(path("a")), "new");
+  EXPECT_EQ(entries(), 1);
+}
+
+// Another process is in the middle of its second file: its text must not be touched, nor its name taken away.
+TEST_F(Files, TheSecondFileOfAnotherProcessIsLeftAlone) {
+  const std::string theirs(3000, 't');
+  const int other = open(path("a.tmp").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+  ASSERT_EQ(write(other, theirs.data(), theirs.size()), static_cast<ssize_t>(theirs.size()));
+  std::string reason;
+  EXPECT_TRUE(writeFile(path("a"), "mine", reason)) << reason;
+  EXPECT_EQ(contentOf(path("a")), "mine");
+  EXPECT_EQ(contentOf(path("a.tmp")), theirs);
+  EXPECT_EQ(entries(), 2);
+  ASSERT_EQ(rename(path("a.tmp").c_str(), path("a").c_str()), 0);
+  close(other);
+  EXPECT_EQ(contentOf(path("a")), theirs);
+  EXPECT_TRUE(writeFile(path("a"), "again", reason)) << reason;
+  EXPECT_EQ(contentOf(path("a")), "again");
+  EXPECT_EQ(entries(), 1);
+}
+
+// A name that no second file may have, while the first choice is taken.
+TEST_F(Files, TheSecondFileOfAnotherProcessIsLeftAloneWhereTheFolderTakesNone) {
+  const std::string name(251, 'n');  // with ".tmp" as long as a name may be, and too long with a process id
+  const int other = open(path(name + ".tmp").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+  std::string reason;
+  EXPECT_TRUE(writeFile(path(name), "mine", reason)) << reason;
+  EXPECT_EQ(contentOf(path(name)), "mine");
+  EXPECT_TRUE(std::filesystem::exists(path(name + ".tmp")));
+  close(other);
+}
+
+// Symptom: of two processes that wrote one file, one reported "No such file or directory".
+TEST_F(Files, TwoProcessesReplaceAFileInTurn) {
+  constexpr int ROUNDS = 400;
+  const auto writeOften = [this](char letter) {
+    const std::string text(20'000, letter);
+    std::string why;
+    for (int i = 0; i < ROUNDS; ++i)
+      if (!writeFile(path("a"), text, why)) return false;
+    return true;
+  };
+  const pid_t other = fork();
+  if (other == 0) _exit(writeOften('b') ? 0 : 1);
+  EXPECT_TRUE(writeOften('a'));
+  int status = -1;
+  ASSERT_EQ(waitpid(other, &status, 0), other);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the other process could not write";
+  const std::string text = contentOf(path("a"));
+  EXPECT_TRUE(text == std::string(20'000, 'a') || text == std::string(20'000, 'b'));
+  EXPECT_EQ(entries(), 1);
 }
 
 TEST_F(Files, DevicesAreWrittenInPlace) {

@@ -92,6 +92,20 @@ TEST(SortedSet, AFullSetKeepsTheBest) {
   EXPECT_EQ(listed(set), "2 3 ");
 }
 
+// A limit that leaves no room leaves room for one all the same: it goes when another takes its place.
+TEST(SortedSet, AnEmptySetKeepsItsFirstElementWhateverTheLimit) {
+  SortedSet<Graded> set;
+  set.limit = -1;
+  EXPECT_TRUE(set.insert(Graded{2}));
+  EXPECT_EQ(listed(set), "2 ");
+  EXPECT_FALSE(set.insert(Graded{1}));
+  EXPECT_EQ(listed(set), "2 ");
+  EXPECT_TRUE(set.insert(Graded{3}));
+  EXPECT_EQ(listed(set), "3 ");
+  EXPECT_FALSE(set.insert(Graded{3}));
+  EXPECT_EQ(listed(set), "3 ");
+}
+
 // Equal vectors whose measures differ can't be, but the walk does stop at the first better element.
 struct Oddity {
   long id;

@@ -171,5 +171,100 @@ TYPED_TEST(Reinstate, RegeneratedLatticeRemembers) {
   EXPECT_FALSE(programAhead(*l));
 }
 
+// The best vector with an inhomogeneous coordinate, by its point of the program.
+template <class T>
+std::string bestPoint(const Lattice<T, dbl_t>& l) {
+  if (!l.bestInhomogeneous.notEmpty()) return "none";
+  Vector<T> x;
+  EXPECT_EQ(l.lat2opt(l.bestInhomogeneous, x, false), 1);
+  return shown(x);
+}
+
+// One row is bounded on one side, so that it becomes an equation with a slack; the second variable has no
+// upper bound, the third none at all, and a find moves the bounds that they work with.
+constexpr const char* ONE_SIDED =
+    "[ ] [ ] [ ] [ ] [ [ 1 1 0 ] [ 1 1 1 ] ] [ 3 -2 ] [ inf 5 ] [ 0 0 0 ] [ 0 0 -inf ] [ 4 inf inf ]";
+
+// A vector in unit coordinates that stands for the point, and breaks the one-sided row by so much.
+template <class T>
+Vector<T> nearMiss(const Lattice<T, dbl_t>& l, const char* feasible, const Vector<T>& step, long times) {
+  Vector<T> v = latticeVector(l, feasible);
+  for (long k = 0; k < times; ++k) v = v + step;
+  return v;
+}
+
+TYPED_TEST(Reinstate, TheBestNearMissIsKnownInTheNewLattice) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(ONE_SIDED);
+  l->params.sol.set(0);
+  l->params.pair.set(false);
+  l->forgetFinds();
+  const Vector<T> step = latticeVector(*l, "[ 3 1 0 ]") - latticeVector(*l, "[ 4 1 0 ]");
+  const Vector<T> v = nearMiss<T>(*l, "[ 4 1 0 ]", step, 3);  // (1, 1, 0): the row's value is 2, not 3
+  ASSERT_TRUE(l->isMember(v));
+  ASSERT_EQ(l->checkSolution(v, foundAfter(17), false) & CHECK_FEASIBLE, 0u);
+  ASSERT_EQ(bestPoint(*l), "[ 1 1 0 ]");
+  const Vector<T> before = l->bestInhomogeneous;
+  // The bounds move, so that the new lattice has other coordinates for the same point.
+  l->checkSolution(latticeVector(*l, "[ 2 7 -6 ]"), foundAfter(20), false);
+  regenerateLattice(*l);
+  EXPECT_EQ(bestPoint(*l), "[ 1 1 0 ]");
+  EXPECT_EQ(l->bestInhomogeneous.secondsUntilDiscovered, 17);
+  EXPECT_EQ(l->bestInhomogeneous.MN, l->dim);
+  EXPECT_NE(shown<T>(l->bestInhomogeneous), shown(before));
+  EXPECT_TRUE(l->isMember(l->bestInhomogeneous));
+}
+
+// The way through the lattice of the equations has improvements of its own, with a known vector or without.
+TYPED_TEST(Reinstate, AKnownNearMissIsNoImprovement) {
+  using T = TypeParam;
+  const auto improvements = [](bool known) {
+    auto l = latticeOf<T>(ONE_SIDED);
+    l->params.pair.set(false);
+    l->forgetFinds();
+    const Vector<T> step = latticeVector(*l, "[ 3 1 0 ]") - latticeVector(*l, "[ 4 1 0 ]");
+    if (known) l->checkSolution(nearMiss<T>(*l, "[ 4 1 0 ]", step, 3), foundAfter(17), false);
+    const long long before = statisticsOf<T>().inhomogeneousImprovements;
+    regenerateLattice(*l);
+    EXPECT_EQ(bestPoint(*l) == "[ 1 1 0 ]", known);
+    return statisticsOf<T>().inhomogeneousImprovements - before;
+  };
+  EXPECT_EQ(improvements(true), improvements(false));
+}
+
+// It is measured anew: what is better in the new lattice takes its place, what is worse does not.
+TYPED_TEST(Reinstate, TheBestNearMissIsMeasuredAnew) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(ONE_SIDED);
+  l->params.sol.set(0);
+  l->params.pair.set(false);
+  l->forgetFinds();
+  const Vector<T> step = latticeVector(*l, "[ 3 1 0 ]") - latticeVector(*l, "[ 4 1 0 ]");
+  l->checkSolution(nearMiss<T>(*l, "[ 4 1 0 ]", step, 3), foundAfter(17), false);
+  regenerateLattice(*l);
+  ASSERT_EQ(bestPoint(*l), "[ 1 1 0 ]");
+  const auto measure = l->computeDeviation(l->bestInhomogeneous);
+  EXPECT_FALSE(better(measure, l->bestInhomogeneous.deviation));
+  EXPECT_FALSE(better(l->bestInhomogeneous.deviation, measure));
+  const Vector<T> again = latticeVector(*l, "[ 3 1 0 ]") - latticeVector(*l, "[ 4 1 0 ]");
+  l->checkSolution(nearMiss<T>(*l, "[ 4 1 0 ]", again, 5), foundAfter(20), false);
+  EXPECT_EQ(bestPoint(*l), "[ 1 1 0 ]");
+}
+
+// A vector of a lattice that is gone and that the new one does not hold: its slack would be a fraction, or a
+// variable that is fixed by now has another value.
+TYPED_TEST(Reinstate, ANearMissThatIsNoVectorOfTheNewLatticeIsDropped) {
+  using T = TypeParam;
+  auto l = latticeOf<T>(testing::SMALL);
+  l->params.pair.set(false);
+  l->forgetFinds();
+  l->checkSolution(latticeVector(*l, "[ 4 0 ]"), foundAfter(17), false);
+  ASSERT_EQ(bestPoint(*l), "[ 4 0 ]");
+  l->program.lx[2] = l->program.rx[2] = T(1);
+  regenerateLattice(*l);
+  EXPECT_NE(bestPoint(*l), "[ 4 0 ]");
+  EXPECT_TRUE(!l->bestInhomogeneous.notEmpty() || l->isMember(l->bestInhomogeneous));
+}
+
 }  // namespace
 }  // namespace latbox

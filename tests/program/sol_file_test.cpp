@@ -439,5 +439,30 @@ TEST(SolFileStandard, DigitsThatWouldBeLostAskForExactArithmetic) {
   EXPECT_EQ(l->program.stars.MN, 0);
 }
 
+// Stands for the console, whose commands come while stars are read.
+template <class T>
+class SettingArrives : public SearchEvents<T, dbl_t> {
+ public:
+  void found(Lattice<T, dbl_t>& l) override { l.params.verb.set(1); }
+  void boundMoved(Lattice<T, dbl_t>&) override {}
+  void limitReached(Lattice<T, dbl_t>&) override {}
+};
+
+// Symptom: a SET verb=1 that had been answered while a long .sol file was read was lost.
+TYPED_TEST(SolFile, ASettingThatComesWhileStarsAreReadStays) {
+  using T = TypeParam;
+  auto l = this->lattice(testing::SMALL);
+  SettingArrives<T> events;
+  l->events = &events;
+  this->read(*l, "[ 1 1 ] | 0 | [ ] | 0 | 3\n[ 2 1 ] | 0 | [ ] | 0 | 4\n[ 9 9 ] | 0 | [ ] | 0 | 4\n");
+  EXPECT_EQ(l->program.stars.MN, 2);
+  EXPECT_EQ(l->verb(), 1);
+  EXPECT_EQ(l->params.verb.value.get(), "1");
+  l->params.verb.set(0);
+  l->forgetFinds();
+  readmitStars(*l, ConversionArray<Star<T>>(l->program.stars), false);
+  EXPECT_EQ(l->verb(), 1);
+}
+
 }  // namespace
 }  // namespace latbox
