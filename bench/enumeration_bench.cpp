@@ -60,10 +60,10 @@ std::unique_ptr<Plain<T>> reducedKnapsack(long n) {
   auto lattice = std::make_unique<Plain<T>>();
   lattice->resizeLattice(n, n + 1);
   for (long i = 1; i <= n; ++i) {
-    rows(*lattice).B[i][i] = T(1);
-    rows(*lattice).B[i][n + 1] = T(static_cast<long>(random() % 10000000));
+    testing::rows(*lattice).B[i][i] = T(1);
+    testing::rows(*lattice).B[i][n + 1] = T(static_cast<long>(random() % 10000000));
   }
-  rows(*lattice).B_save = lattice->B;
+  testing::rows(*lattice).B_save = lattice->B;
   lattice->newTransformation(false);
   lattice->checkMode = CHECK_MODE_FINAL;
   lattice->lbnd[n + 1] = T(1);
@@ -89,7 +89,7 @@ void BM_Nodes(benchmark::State& state) {
   for (auto _ : state) {
     work = *source;
     work.updateGso(1, 0);
-    for (long i = 1; i <= n; ++i) setWord(work, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
+    for (long i = 1; i <= n; ++i) testing::setWord(work, i, STATUS_GSO | STATUS_REDUCED | STATUS_SWEPT);
     NodeCount::nodes = 0;
     setClock(NodeCount::read);
     const double start = seconds();

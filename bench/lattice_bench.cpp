@@ -221,7 +221,7 @@ void BM_GsoRow(benchmark::State& state) {
   work.updateGso(1, 0);
   const long i = work.rank / 2;
   for (auto _ : state) {
-    setWord(work, i, 0);
+    testing::setWord(work, i, 0);
     benchmark::DoNotOptimize(work.updateGso(i, i));
   }
 }
@@ -241,10 +241,11 @@ std::unique_ptr<Plain<T>> denseLattice(long n) {
   auto lattice = std::make_unique<Plain<T>>();
   lattice->resizeLattice(n, 2 * n);
   for (long i = 1; i <= n; ++i) {
-    for (long j = 1; j <= 2 * n; ++j) rows(*lattice).B[i][j] = T(static_cast<long>(random() % 21) - 10);
-    rows(*lattice).B[i][i] += T(100);
+    for (long j = 1; j <= 2 * n; ++j)
+      testing::rows(*lattice).B[i][j] = T(static_cast<long>(random() % 21) - 10);
+    testing::rows(*lattice).B[i][i] += T(100);
   }
-  rows(*lattice).B_save = lattice->B;
+  testing::rows(*lattice).B_save = lattice->B;
   lattice->newTransformation(false);
   return lattice;
 }

@@ -59,9 +59,8 @@ class Recombination {
  private:
   using Candidate = HeuristicVector<T, F>;
   // A combination with the measures of itself and of its negation, which one pass over it gives.
-  struct Measured {
+  struct Measured : BothDeviations<F> {
     Vector<T> vector;
-    HeuristicDeviation<F> plus, minus;
   };
 
   Lattice<T, F>& lattice_;
@@ -88,9 +87,7 @@ class Recombination {
 
   void measure(Measured& c) { lattice_.computeDeviations(c.vector, c.plus, c.minus); }
 
-  void check(const Measured& c) {
-    lattice_.checkSolution(c.vector, false, NOW, false, Membership::byConstruction);
-  }
+  void check(const Measured& c) { lattice_.checkMeasured(c.vector, c, NOW); }
 
   // A candidate that beats the inhomogeneous vector that it was made of counts, or its negation for it: with
   // symmetric bounds that one tells nothing new. Nothing else is kept of it.

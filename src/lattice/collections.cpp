@@ -30,8 +30,13 @@ void followLimit(SortedSet<HeuristicVector<T, F>>& set, long limit) {
 template <class T, class F>
 void Lattice<T, F>::collect(const Vector<T>& w, SortedSet<HeuristicVector<T, F>>* homogeneous,
                             SortedSet<HeuristicVector<T, F>>* inhomogeneous, DiscoveryTime time) {
-  if (w * w > this->normBound) return;
-  const HeuristicDeviation<F> deviation = computeDeviation(w);
+  if (!isTooLong(w)) collectMeasured(w, computeDeviation(w), homogeneous, inhomogeneous, time);
+}
+
+template <class T, class F>
+void Lattice<T, F>::collectMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation,
+                                    SortedSet<HeuristicVector<T, F>>* homogeneous,
+                                    SortedSet<HeuristicVector<T, F>>* inhomogeneous, DiscoveryTime time) {
   const bool isHomogeneous = deviation.kind == KIND_HOMOGENEOUS;
   auto* set = isHomogeneous ? homogeneous : inhomogeneous;
   if (set == nullptr) {
@@ -60,14 +65,18 @@ bool Lattice<T, F>::collectIfBetter(const HeuristicDeviation<F>& bound, Heuristi
 // the iteration shows this vector, so there is nothing to publish.
 template <class T, class F>
 void Lattice<T, F>::offerInhomogeneous(const Vector<T>& w, DiscoveryTime time) {
-  if (!isZero(T(abs(w[this->dim]) - abs(this->inhomBase)))) return;
+  if (!carriesBase(w)) return;
   const bool negated = (w[this->dim] < T(0)) != (this->inhomBase < T(0));
-  HeuristicDeviation<F> deviation, opposite;
-  computeDeviations(w, deviation, opposite);
-  if (negated) std::swap(deviation, opposite);
+  if (negated) return offerInhomogeneous(-w, time);
+  offerMeasured(w, computeDeviation(w), time);
+}
+
+template <class T, class F>
+void Lattice<T, F>::offerMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation,
+                                  DiscoveryTime time) {
   // An empty vector was never measured and compares with none.
   if (this->bestInhomogeneous.notEmpty() && !better(deviation, this->bestInhomogeneous.deviation)) return;
-  this->bestInhomogeneous = negated ? -w : w;
+  this->bestInhomogeneous = w;
   this->bestInhomogeneous.deviation = deviation;
   this->bestInhomogeneous.secondsUntilDiscovered = stamp(time);
   if (!search.reinserting && !isBenchmark(params.bench.get())) ++statisticsOf<T>().inhomogeneousImprovements;
@@ -79,6 +88,11 @@ void Lattice<T, F>::offerInhomogeneous(const Vector<T>& w, DiscoveryTime time) {
   template bool Lattice<T, dbl_t>::collectIfBetter(                                                        \
       const HeuristicDeviation<dbl_t>&, HeuristicVector<T, dbl_t>&, SortedSet<HeuristicVector<T, dbl_t>>&) \
       const;                                                                                               \
+  template void Lattice<T, dbl_t>::collectMeasured(const Vector<T>&, const HeuristicDeviation<dbl_t>&,     \
+                                                   SortedSet<HeuristicVector<T, dbl_t>>*,                  \
+                                                   SortedSet<HeuristicVector<T, dbl_t>>*, DiscoveryTime);  \
+  template void Lattice<T, dbl_t>::offerMeasured(const Vector<T>&, const HeuristicDeviation<dbl_t>&,       \
+                                                 DiscoveryTime);                                           \
   template void Lattice<T, dbl_t>::offerInhomogeneous(const Vector<T>&, DiscoveryTime);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

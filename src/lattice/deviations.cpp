@@ -1,6 +1,9 @@
 // How far a lattice vector is from feasible: coordinate by coordinate as a list, and in one pass as the
 // record that every collection is ordered by. The record is the unit of cost of all searches that work on
 // pools.
+#include <algorithm>
+#include <cmath>
+
 #include "lattice/lattice.h"
 #include "lib/heapsort.h"
 #include "numbers/number.h"
@@ -44,6 +47,16 @@ inline void negate(dbl_t& x) {
 }
 inline void negate(QQ& x) {
   x.negate();
+}
+
+// The same against a range [-high, high], of which `low` is the lower end, for x and -x at once: both miss it
+// by the same.
+inline bool leaves(dbl_t x, dbl_t, dbl_t high, dbl_t& d) {
+  d = std::fabs(x) - high;
+  return d > EPS;
+}
+inline bool leaves(const QQ& x, const QQ& low, const QQ& high, QQ& d) {
+  return misses(x, &low, &high, d);
 }
 
 // The violations of one vector. They are added in the order of the coordinates: sorting them first would
@@ -111,6 +124,54 @@ void rateFeasible(const Lattice<T, F>& l, const Vector<T>& v, HeuristicDeviation
   d.fs = toDouble(l.program.targetNorms(l.program.At * x, x).left);
 }
 
+template <class T, class F>
+HeuristicDeviation<F> rated(const Lattice<T, F>& l, const Vector<T>& v, const Tally<F>& tally,
+                            const F& length) {
+  HeuristicDeviation<F> result;
+  result.kind = isZero(v.data[l.dim]) ? KIND_HOMOGENEOUS : KIND_INHOMOGENEOUS;
+  result.len = length;
+  take(tally, result);
+  rateFeasible(l, v, result);
+  return result;
+}
+
+// Whether the even part of the bounds covers all coordinates but a bounded target and the last: the case of
+// programs without free variables, and thus the common one.
+template <class T, class F>
+bool isEven(const Lattice<T, F>& l) {
+  if (l.evenFrom > targetCoordinates(l) + 1) return false;
+  const FreedomDegree* freedom = l.fx.data;
+  return std::all_of(freedom + 1, freedom + l.fx.MN + 1,
+                     [](FreedomDegree f) { return f == FreedomDegree::bounded; });
+}
+
+// Then one pass gives the violations of v and of -v, which differ in the last coordinate alone, and the
+// squared length, which is returned.
+template <class T, class F>
+F tallyEven(const Lattice<T, F>& l, const Vector<T>& v, Tally<F>& ofPlus, Tally<F>& ofMinus) {
+  const long targets = targetCoordinates(l);
+  const long dim = l.dim;
+  T squares{}, d{};
+  Tally<F> tally;
+  for (long i = 1; i <= targets; ++i) addProduct(squares, v.data[i], v.data[i]);
+  if (dim > targets + 1) {
+    const T& low = l.lbnd.data[dim - 1];
+    const T& high = l.ubnd.data[dim - 1];
+    for (long i = targets + 1; i < dim; ++i) {
+      addProduct(squares, v.data[i], v.data[i]);
+      if (leaves(v.data[i], low, high, d)) tally.add(i - targets, toDouble(d));
+    }
+  }
+  const T& last = v.data[dim];
+  addProduct(squares, last, last);
+  ofPlus = ofMinus = tally;
+  T opposite = last;
+  negate(opposite);
+  if (misses(last, &l.lbnd.data[dim], &l.ubnd.data[dim], d)) ofPlus.add(dim - targets, toDouble(d));
+  if (misses(opposite, &l.lbnd.data[dim], &l.ubnd.data[dim], d)) ofMinus.add(dim - targets, toDouble(d));
+  return toDouble(squares);
+}
+
 }  // namespace
 
 template <class T, class F>
@@ -134,24 +195,32 @@ DeviationList<T> Lattice<T, F>::deviations(const Vector<T>& vector, bool skipTar
 
 template <class T, class F>
 HeuristicDeviation<F> Lattice<T, F>::computeDeviation(const Vector<T>& v) const {
+  if (isEven(*this)) {
+    Tally<F> tally, unused;
+    const F length = tallyEven(*this, v, tally, unused);
+    return rated(*this, v, tally, length);
+  }
   Tally<F> tally;
   const long targets = targetCoordinates(*this);
   T d{};
   forEachBound(*this, targets + 1, [&](long i, const T* low, const T* high) {
     if (misses(v.data[i], low, high, d)) tally.add(i - targets, toDouble(d));
   });
-  HeuristicDeviation<F> result;
-  result.kind = isZero(v.data[this->dim]) ? KIND_HOMOGENEOUS : KIND_INHOMOGENEOUS;
-  result.len = toDouble(v * v);
-  take(tally, result);
-  rateFeasible(*this, v, result);
-  return result;
+  return rated(*this, v, tally, toDouble(v * v));
 }
 
 template <class T, class F>
 void Lattice<T, F>::computeDeviations(const Vector<T>& v, HeuristicDeviation<F>& plus,
                                       HeuristicDeviation<F>& minus) const {
   Tally<F> ofPlus, ofMinus;
+  // Only a vector that carries inhomBase is feasible, and that one and its negation are mapped to the same
+  // point.
+  if (isEven(*this)) {
+    const F length = tallyEven(*this, v, ofPlus, ofMinus);
+    plus = rated(*this, v, ofPlus, length);
+    minus = rated(*this, v, ofMinus, length);
+    return;
+  }
   const long targets = targetCoordinates(*this);
   T d{}, opposite{};
   forEachBound(*this, targets + 1, [&](long i, const T* low, const T* high) {
@@ -161,14 +230,9 @@ void Lattice<T, F>::computeDeviations(const Vector<T>& v, HeuristicDeviation<F>&
     if (misses(x, low, high, d)) ofPlus.add(i - targets, toDouble(d));
     if (misses(opposite, low, high, d)) ofMinus.add(i - targets, toDouble(d));
   });
-  plus.kind = minus.kind = isZero(v.data[this->dim]) ? KIND_HOMOGENEOUS : KIND_INHOMOGENEOUS;
-  plus.len = minus.len = toDouble(v * v);
-  take(ofPlus, plus);
-  take(ofMinus, minus);
-  // Only a vector that carries inhomBase is feasible, and that one and its negation are mapped to the same
-  // point.
-  rateFeasible(*this, v, plus);
-  rateFeasible(*this, v, minus);
+  const F length = toDouble(v * v);
+  plus = rated(*this, v, ofPlus, length);
+  minus = rated(*this, v, ofMinus, length);
 }
 
 #define LATBOX_INSTANTIATE(T)                                                                      \

@@ -170,7 +170,7 @@ class Enumeration {
 
   // The hourly line, and whether the block has had its time. The operator may change both parameters
   // meanwhile.
-  bool blockEnded(long t) {
+  [[gnu::noinline]] bool blockEnded(long t) {
     const long time = now();
     if (time - run_.lastLine >= STATUS_INTERVAL && l_.verb() > 1) {
       progressLine(true, std::to_string(t) + "/" + std::to_string(block_.k) + " ");
@@ -180,8 +180,9 @@ class Enumeration {
     return btime != 0 && time - block_.start >= btime;
   }
 
-  // The walk. The clock is read once per node; nothing else in a node costs a call.
-  void searchBlock() {
+  // The walk. The clock is read once per node; nothing else in a node costs a call. Inlined into its caller
+  // it would keep its sums in memory, and a node would take half as long again.
+  [[gnu::noinline]] void searchBlock() {
     assert(block_.j >= 1 && block_.j <= block_.k && block_.k <= l_.rank && block_.end <= block_.k + 1);
     const F* const norms = l_.bstarSq.data;
     const F* const shift = run_.shift();

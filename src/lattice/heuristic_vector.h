@@ -32,6 +32,12 @@ class HeuristicDeviation {
   explicit HeuristicDeviation(bool worst);
 };
 
+// The measures of a vector and of its negation.
+template <class F>
+struct BothDeviations {
+  HeuristicDeviation<F> plus, minus;
+};
+
 // True if a is strictly better than b, with EPS as margin of every test of two F values.
 // Fails with: "Heuristic deviation is not initialized!" when exactly one kind is 0.
 template <class F>

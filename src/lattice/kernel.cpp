@@ -16,10 +16,12 @@ class KernelReduction {
   KernelReduction(Lattice<T, dbl_t>& work, long equations) : W_(work), e_(equations), m_(work.rank) {}
 
   void run() {
-    const Vector<T> weights = W_.scaleFactor;
+    Vector<T> before(e_), heavy(e_);
+    for (long i = 1; i <= e_; ++i) before[i] = W_.scaleFactor[i];
     T scale(10 * e_);
     while (m_ > e_) {
-      for (long i = 1; i <= e_; ++i) W_.setScale(i, scale);
+      for (long i = 1; i <= e_; ++i) heavy[i] = scale;
+      W_.setFirstScales(heavy);
       W_.sortBasis(m_);
       W_.lll(1, m_, m_);
       W_.sortBasis(m_);
@@ -28,7 +30,7 @@ class KernelReduction {
       scale *= T(10);
     }
     bringKernelForward();
-    for (long i = 1; i <= e_; ++i) W_.setScale(i, weights[i]);
+    W_.setFirstScales(before);
   }
 
  private:

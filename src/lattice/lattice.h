@@ -31,6 +31,7 @@
 #include "lattice/weights.h"
 #include "model/check_vectors.h"
 #include "model/tessik.h"
+#include "numbers/number.h"
 #include "params/mutex_vars.h"
 #include "params/params.h"
 
@@ -96,6 +97,7 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   // inhomogenous component can not get translated!". resetFactors: weights 1, their steps forgotten, the
   // limit of trimming put back.
   void setScale(long p, const T& value);
+  void setFirstScales(const Vector<T>& values);  // of as many coordinates, at once
   void setTranslation(long p, const T& value);
   void resetScales(bool resetFactors, bool resetTranslation) override;
 
@@ -193,6 +195,11 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   // that is longer than normBound is refused. The lattice's own sets follow `collectLimit` here.
   void collect(const Vector<T>& w, SortedSet<HeuristicVector<T, F>>* homogeneous = nullptr,
                SortedSet<HeuristicVector<T, F>>* inhomogeneous = nullptr, DiscoveryTime time = NOW);
+  // The same for a vector that has been measured and is not too long.
+  bool isTooLong(const Vector<T>& w) const { return w * w > this->normBound; }
+  void collectMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation,
+                       SortedSet<HeuristicVector<T, F>>* homogeneous = nullptr,
+                       SortedSet<HeuristicVector<T, F>>* inhomogeneous = nullptr, DiscoveryTime time = NOW);
   // Measures and stamps v, and enters it in `set` if it beats `bound`, which is then the result. A zero
   // vector is passed over.
   bool collectIfBetter(const HeuristicDeviation<F>& bound, HeuristicVector<T, F>& v,
@@ -200,6 +207,10 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   // Keeps w if its inhomogeneous coordinate is +-inhomBase and, with the sign of inhomBase there, its measure
   // is better than that of the best such vector so far.
   void offerInhomogeneous(const Vector<T>& w, DiscoveryTime time = NOW);
+  // Its parts, for a caller that has a measure: whether w carries +-inhomBase, and the rest where it has the
+  // sign of inhomBase there.
+  bool carriesBase(const Vector<T>& w) const { return isZero(T(abs(w[this->dim]) - abs(this->inhomBase))); }
+  void offerMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation, DiscoveryTime time);
 
   // program/candidate_check.cpp: the one road from search to results. `scaled` says that the coordinates are
   // weighted; the sign of the vector does not matter. With `flag` no bound may move. Returns CHECK_ bits.
@@ -209,6 +220,8 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
                          Membership membership = Membership::unknown);
   unsigned checkSolution(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool flag,
                          Membership membership = Membership::unknown);
+  // The same for a combination in unit coordinates that has been measured: nothing is measured again.
+  unsigned checkMeasured(const Vector<T>& vec, const BothDeviations<F>& measures, DiscoveryTime time);
 
   // program/embedding.cpp: the maps between lattice vectors (unit coordinates) and variable vectors
   // A vector with the sign of inhomBase reversed is read as its negative. With keepAll the slack and

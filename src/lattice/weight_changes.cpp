@@ -23,6 +23,16 @@ void Lattice<T, F>::setScale(long p, const T& value) {
 }
 
 template <class T, class F>
+void Lattice<T, F>::setFirstScales(const Vector<T>& values) {
+  long p = 1;
+  while (p <= values.MN && values[p] == this->scaleFactor[p]) ++p;
+  if (p > values.MN) return;
+  changeWeights(*this, [&] {
+    for (; p <= values.MN; ++p) this->setWeight(p, values[p]);
+  });
+}
+
+template <class T, class F>
 void Lattice<T, F>::setTranslation(long p, const T& value) {
   // A guard: the routine that translates leaves this coordinate out.
   if (p == this->dim) fail("The inhomogenous component can not get translated!");
@@ -41,9 +51,10 @@ void Lattice<T, F>::resetScales(bool resetFactors, bool resetTranslation) {
   });
 }
 
-#define LATBOX_INSTANTIATE(T)                                      \
-  template void Lattice<T, dbl_t>::setScale(long, const T&);       \
-  template void Lattice<T, dbl_t>::setTranslation(long, const T&); \
+#define LATBOX_INSTANTIATE(T)                                        \
+  template void Lattice<T, dbl_t>::setScale(long, const T&);         \
+  template void Lattice<T, dbl_t>::setFirstScales(const Vector<T>&); \
+  template void Lattice<T, dbl_t>::setTranslation(long, const T&);   \
   template void Lattice<T, dbl_t>::resetScales(bool, bool);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)

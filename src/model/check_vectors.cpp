@@ -31,6 +31,7 @@ void CheckVectors<T>::convertFrom(const CheckVectors<U>& other) {
   convertVector(other.lbndSaved, lbndSaved);
   convertVector(other.ubndSaved, ubndSaved);
   symmetricBounds = other.symmetricBounds;
+  evenFrom = other.evenFrom;
   checkMode = other.checkMode;
   convertLoosely(other.normBound, normBound);
   convertVector(other.c, c);
@@ -56,6 +57,16 @@ void CheckVectors<T>::takeBounds(long mode) {
     if (lbnd[i] != T(-ubnd[i])) symmetricBounds = false;
   checkMode = mode;
   computeNormBound();
+  findEvenPart();
+}
+
+template <class T>
+void CheckVectors<T>::findEvenPart() {
+  evenFrom = lbnd.MN;
+  const auto isEven = [this](long i) {
+    return !isInfinite(ubnd[i]) && lbnd[i] == T(-ubnd[i]) && ubnd[i] == ubnd[ubnd.MN - 1];
+  };
+  while (evenFrom > 1 && isEven(evenFrom - 1)) --evenFrom;
 }
 
 template <class T>

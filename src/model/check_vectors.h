@@ -5,6 +5,8 @@
 // component for each.
 #pragma once
 
+#include <limits>
+
 #include "numbers/pair.h"
 #include "numbers/vector.h"
 
@@ -21,6 +23,8 @@ struct CheckVectors {
   Vector<T> lbnd, ubnd;            // allowed range per coordinate
   Vector<T> lbndSaved, ubndSaved;  // as generated
   bool symmetricBounds = false;    // lbnd == -ubnd
+  // From here to dim - 1 all bounds are finite and the same, with lbnd == -ubnd; dim where there are none.
+  long evenFrom = std::numeric_limits<long>::max();
   long checkMode = CHECK_MODE_NONE;
   T normBound = T(0);        // 3 * max squared length of lbnd, ubnd; infinite where a bound is
   Vector<T> c;               // multiplier per coordinate of the embedding
@@ -37,9 +41,11 @@ struct CheckVectors {
 
   // lbnd, ubnd and c for `dim` coordinates, all zero.
   void resizeCheckVectors(long dim);
-  // lbnd and ubnd are final: their copies, symmetry and norm bound, and the mode.
+  // lbnd and ubnd are final: their copies, symmetry, even part and norm bound, and the mode. Whoever changes
+  // them behind this has to call it again.
   void takeBounds(long mode);
   void computeNormBound();
+  void findEvenPart();
 };
 
 }  // namespace latbox

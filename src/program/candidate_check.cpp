@@ -37,17 +37,18 @@ bool CandidateCheck<T>::isRuledOut(const Vector<T>& vec, bool scaled) const {
 
 // Copies `vec` into the lattice's scratch, in unit coordinates and with the sign of inhomBase in the last
 // one: a consistency check further down may rewrite the row of B that it came from. A zero there counts as
-// positive.
+// positive. True when the sign was changed.
 template <class T>
-void CandidateCheck<T>::takeCandidate(const Vector<T>& vec, bool scaled) {
+bool CandidateCheck<T>::takeCandidate(const Vector<T>& vec, bool scaled) {
   const bool negated = (vec[l_.dim] < T(0)) != ((scaled ? l_.inhomScaled : l_.inhomBase) < T(0));
   Vector<T>& w = l_.candidate_;
   if (scaled && !l_.unweighted())
     l_.unscaledVector(vec, w);
   else
     w = vec;
-  if (!negated) return;
+  if (!negated) return false;
   for (long i = 1; i <= l_.dim; ++i) w.data[i] = T(0) - w.data[i];
+  return true;
 }
 
 template <class T>
@@ -71,6 +72,23 @@ bool CandidateCheck<T>::isFeasible(const Vector<T>& w) const {
   return true;
 }
 
+// A near miss may be worth a place in the collections and be the best that carries the inhomogeneous
+// coordinate. Both go by the measure, which is taken once, and not at all where neither asks.
+template <class T>
+void CandidateCheck<T>::remember(const Vector<T>& w, bool collecting, bool feasible,
+                                 const HeuristicDeviation<dbl_t>* measure, DiscoveryTime time) {
+  const bool collected = collecting && !l_.isTooLong(w);
+  const bool offered = !feasible && l_.carriesBase(w);
+  if (!collected && !offered) return;
+  HeuristicDeviation<dbl_t> own;
+  if (measure == nullptr) {
+    own = l_.computeDeviation(w);
+    measure = &own;
+  }
+  if (collected) l_.collectMeasured(w, *measure, nullptr, nullptr, time);
+  if (offered) l_.offerMeasured(w, *measure, time);
+}
+
 // What is recorded has always taken the real test: a vector that has been recorded in this lattice took it
 // then.
 template <class T>
@@ -80,20 +98,19 @@ bool CandidateCheck<T>::isForeign(const Vector<T>& w, Membership membership) {
 
 template <class T>
 unsigned CandidateCheck<T>::check(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool keepBounds,
-                                  Membership membership) {
+                                  Membership membership, const BothDeviations<dbl_t>* measures) {
   if (l_.checkMode == CHECK_MODE_NONE) fail("checkSolution: You should set the check vectors!");
   if (vec.MN == 0) return 0;
   assert(vec.MN == l_.dim && l_.lbnd.MN == l_.dim && l_.ubnd.MN == l_.dim);
   const bool collecting = l_.params.pair.get() || l_.params.sieve.get();
   if (membership == Membership::byConstruction && !collecting && isRuledOut(vec, scaled)) return 0;
-  takeCandidate(vec, scaled);
+  const bool negated = takeCandidate(vec, scaled);
   const Vector<T>& w = l_.candidate_;
   if (membership == Membership::unknown && !l_.isMember(w)) return CHECK_FOREIGN;
-  if (collecting) l_.collect(w, nullptr, nullptr, time);
-  if (!isFeasible(w)) {
-    l_.offerInhomogeneous(w, time);
-    return 0;
-  }
+  const bool feasible = isFeasible(w);
+  const auto* const measure = measures == nullptr ? nullptr : negated ? &measures->minus : &measures->plus;
+  remember(w, collecting, feasible, measure, time);
+  if (!feasible) return 0;
   if (isForeign(w, membership)) return CHECK_FOREIGN;
   Candidate h;
   const unsigned judged = judge(w, h, time, keepBounds);
@@ -269,10 +286,19 @@ unsigned Lattice<T, F>::checkSolution(const Vector<T>& vec, bool scaled, Discove
   return CandidateCheck<T>(*this).check(vec, scaled, time, flag, membership);
 }
 
+template <class T, class F>
+unsigned Lattice<T, F>::checkMeasured(const Vector<T>& vec, const BothDeviations<F>& measures,
+                                      DiscoveryTime time) {
+  return CandidateCheck<T>(*this).check(vec, false, time, false, Membership::byConstruction, &measures);
+}
+
 #define LATBOX_INSTANTIATE(T)                                                                            \
   template class CandidateCheck<T>;                                                                      \
   template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, DiscoveryTime, bool, Membership); \
-  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, bool, DiscoveryTime, bool, Membership);
+  template unsigned Lattice<T, dbl_t>::checkSolution(const Vector<T>&, bool, DiscoveryTime, bool,        \
+                                                     Membership);                                        \
+  template unsigned Lattice<T, dbl_t>::checkMeasured(const Vector<T>&, const BothDeviations<dbl_t>&,     \
+                                                     DiscoveryTime);
 LATBOX_INSTANTIATE(dbl_t)
 LATBOX_INSTANTIATE(QQ)
 

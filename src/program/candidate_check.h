@@ -15,10 +15,10 @@ class CandidateCheck {
 
   explicit CandidateCheck(Lattice<T, dbl_t>& lattice) : l_(lattice) {}
 
-  // As Lattice::checkSolution; `keepBounds` is its `flag`.
-  // Requires: `vec` has dim coordinates.
+  // As Lattice::checkSolution; `keepBounds` is its `flag`. `measures` are those of vec and -vec where they
+  // are known already. Requires: `vec` has dim coordinates.
   unsigned check(const Vector<T>& vec, bool scaled, DiscoveryTime time, bool keepBounds,
-                 Membership membership);
+                 Membership membership, const BothDeviations<dbl_t>* measures = nullptr);
 
   // The part of it that looks at targets: h becomes w with its norms and its time, and bestSlack where it is
   // better. CHECK_FEASIBLE alone: no better than what is known.
@@ -37,8 +37,10 @@ class CandidateCheck {
   Lattice<T, dbl_t>& l_;
 
   bool isRuledOut(const Vector<T>& vec, bool scaled) const;
-  void takeCandidate(const Vector<T>& vec, bool scaled);
+  bool takeCandidate(const Vector<T>& vec, bool scaled);
   bool isFeasible(const Vector<T>& w) const;
+  void remember(const Vector<T>& w, bool collecting, bool feasible, const HeuristicDeviation<dbl_t>* measure,
+                DiscoveryTime time);
   bool isForeign(const Vector<T>& w, Membership membership);
   unsigned judge(const Vector<T>& w, Candidate& h, DiscoveryTime time, bool keepBounds);
   unsigned record(const Candidate& h, DiscoveryTime time, unsigned result);
