@@ -33,21 +33,39 @@ void writeAndCheck(Lattice<T, F>& lattice) {
   lattice.checkConsistency(false, false);
 }
 
-// What the finds of a failed step bring, as CHECK_ bits; the run does not act on it yet. One that does not
-// fit the lattice any more stays what it was, a star.
+// Output is held no longer, whatever way the judgement ends.
+class Release {
+ public:
+  explicit Release(RunOutput& output) : output_(output) {}
+  ~Release() { output_.held = false; }
+  Release(const Release&) = delete;
+  Release& operator=(const Release&) = delete;
+
+ private:
+  RunOutput& output_;
+};
+
+// Has the finds of a failed step judged, as if they came now; the run acts on what they bring later
+// (`settled`). One that does not fit the lattice any more, or is no longer good enough to be kept, stays what
+// it was in the file: a star.
 template <class T, class F>
-unsigned judgePending(Lattice<T, F>& lattice) {
-  const std::vector<Star<T>> pending = std::exchange(lattice.search.pending, {});
-  const ScopeValue finishing(lattice.finishEnabled, false);
-  unsigned results = 0;
-  for (const Star<T>& find : pending) {
-    Vector<T> v;
-    if (lattice.tryOpt2lat(find, v, false))
-      results |= lattice.checkSolution(v, false, foundAfter(find.secondsUntilDiscovered), false);
+void judgePending(Lattice<T, F>& lattice) {
+  auto& pending = lattice.search.pending;
+  {
+    const ScopeValue finishing(lattice.finishEnabled, false);
+    const Release release(*lattice.output);
+    while (!pending.empty()) {
+      const Star<T> find = std::move(pending.front());
+      pending.erase(pending.begin());
+      Vector<T> v;
+      const bool fits = lattice.tryOpt2lat(find, v, false);
+      if (fits)
+        lattice.search.settled |=
+            lattice.checkSolution(v, false, foundAfter(find.secondsUntilDiscovered), false);
+      if (!fits || !lattice.isKnown(v)) lattice.program.stars.append(find);
+    }
   }
-  lattice.output->held = false;
   tellFinds(lattice);
-  return results;
 }
 
 }  // namespace
@@ -60,6 +78,12 @@ SearchEvents<T, dbl_t>& runEvents() {
 
 template <class T, class F>
 void tellFinds(Lattice<T, F>& lattice) {
+  // The exact step has found something, and may go on for hours: what waits is judged now, so that all of it
+  // can be told.
+  if (lattice.output->held && lattice.finishEnabled && !lattice.search.pending.empty()) {
+    judgePending(lattice);
+    return;
+  }
   if (!lattice.writeEnabled) return;
   const bool known = lattice.program.stars.MN > 0 || lattice.solutions.MN > 0 || lattice.bestSlack.notEmpty();
   const SignalHold hold;
@@ -69,8 +93,10 @@ void tellFinds(Lattice<T, F>& lattice) {
 
 template <class T, class F>
 void settleFinds(Lattice<T, F>& lattice) {
-  if (lattice.search.pending.empty()) return;
-  const unsigned results = judgePending(lattice);
+  // A step in this precision is never taken back.
+  lattice.search.journal.clear();
+  if (!lattice.search.pending.empty()) judgePending(lattice);
+  const unsigned results = std::exchange(lattice.search.settled, 0U);
   if (results & CHECK_LIMIT)
     restartHandling(lattice, true);
   else if (results & CHECK_BOUND)
@@ -84,6 +110,7 @@ void restartHandling(Lattice<T, F>& lattice, bool terminate) {
     if (!lattice.search.pending.empty() && lattice.finishEnabled) judgePending(lattice);
     writeAndCheck(lattice);
     if (!lattice.finishEnabled) return;
+    if (std::exchange(lattice.search.settled, 0U) & CHECK_LIMIT) terminate = true;
     if (lattice.verb() == 2 || terminate) std::cout << solutionSummary(lattice) << '\n' << std::flush;
     if (terminate || statisticsOf<T>().iterations == lattice.params.iters.get()) {
       terminateRun(lattice);

@@ -3,6 +3,7 @@
 
 #include <cassert>
 #include <string>
+#include <utility>
 
 #include "model/conversion.h"
 
@@ -51,10 +52,16 @@ void StandardStep::takeBack() {
   y_.standard.copyFrom(y_.standardBackup, true);
   statisticsStandard().setFindCounts(before_);
   ++y_.output->resultsVersion;
+  finds_ = std::exchange(y_.standard.search.journal, {});
   auto& pending = y_.extended.search.pending;
-  for (const Star<dbl_t>& find : y_.standard.search.journal) pending.push_back(convertedStar<QQ>(find));
-  y_.standard.search.journal.clear();
+  for (const Star<dbl_t>& find : finds_) pending.push_back(convertedStar<QQ>(find));
   y_.output->held = !pending.empty();
+}
+
+void StandardStep::settleInStandard() {
+  y_.extended.search.pending.clear();
+  y_.standard.search.pending = std::exchange(finds_, {});
+  settleFinds(y_.standard);
 }
 
 void tryStandardPrecision(YLattice<dbl_t>& y) {

@@ -1,6 +1,8 @@
 // The two conversions between the precisions, and the step that is taken back and repeated exactly.
 #pragma once
 
+#include <vector>
+
 #include "driver/ylattice.h"
 #include "lib/exceptions.h"
 #include "lib/progress.h"
@@ -31,10 +33,14 @@ class StandardStep {
  public:
   explicit StandardStep(YLattice<dbl_t>& y);  // copies the lattice
   void takeBack();
+  // Behind takeBack, where the exact side can't be reached: the finds are judged in standard precision, which
+  // stays live.
+  void settleInStandard();
 
  private:
   YLattice<dbl_t>& y_;
   FindCounts before_;
+  std::vector<Star<dbl_t>> finds_;
 };
 
 // The ladder around a step. In standard precision a whole copy is taken first, and a PrecisionException takes

@@ -6,16 +6,25 @@
 namespace latbox {
 namespace {
 
-// False when precision was lost; the standard lattice is as before then.
+// False when precision was lost: the exact side is live then, and the standard lattice as before.
 bool reinsertStandard(YLattice<dbl_t>& y) {
   StandardStep step(y);
+  const int depth = progressDepth();
   try {
     reinsertBest(y.standard);
     return true;
   } catch (const PrecisionException&) {
     step.takeBack();
-    return false;
   }
+  setProgressDepth(depth);
+  try {
+    switchToExtended(y);
+  } catch (const PrecisionException&) {
+    // The caller goes on without the re-insertion, in standard precision.
+    step.settleInStandard();
+    throw;
+  }
+  return false;
 }
 
 void reinsertExtended(YLattice<dbl_t>& y) {
@@ -34,12 +43,7 @@ void reinsertExtended(YLattice<dbl_t>& y) {
 }  // namespace
 
 void reinsert(YLattice<dbl_t>& y) {
-  const int depth = progressDepth();
-  if (!y.extendedActive) {
-    if (reinsertStandard(y)) return;
-    setProgressDepth(depth);
-    switchToExtended(y);
-  }
+  if (!y.extendedActive && reinsertStandard(y)) return;
   reinsertExtended(y);
   useStandardPrecision(y);
 }

@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "lattice/regula_falsi.h"
-#include "numbers/number.h"
+#include "numbers/tolerance.h"
 
 namespace latbox {
 namespace {
@@ -16,13 +16,6 @@ constexpr dbl_t LN2 = 0.693147180559945309417232121458176568L;
 
 // Margin within which floating point does not decide for the exact type.
 constexpr dbl_t SCREEN_MARGIN = 1e-6L;
-
-// Exact powers of a fraction double in length with every factor; the lengths that go in have 17 digits.
-inline void shorten(dbl_t&) {}
-inline void shorten(QQ& x) {
-  roundDigits(x, PRECISION_DIGITS);
-  x.normalize();
-}
 
 // The sum of x^(j - t) a[t] over t < j, by Horner's rule.
 template <class T>

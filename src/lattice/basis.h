@@ -1,9 +1,11 @@
 // The basis of the lattice and what must never lag behind it: the marks of its rows, the transformation that
 // leads to it from the basis as generated, and the factorisation that coordinates are solved by.
 //
-// Everyone may read the members; only the operations of this class change them, and each of them keeps all in
-// step: no caller has anything to remember. B is in weighted coordinates, B_save and TT in unit coordinates
-// (weights.h). Rows and coordinates are numbered from 1; row 0 of B, and of a transformation, is scratch.
+// Everyone may read the members; only the operations of this class change them, and each of them keeps marks,
+// transformation and cache in step, but for what its contract asks of the caller. (`rows` and `data` of a
+// container reach through const: they are for reading, too.) B is in weighted coordinates, B_save and TT in
+// unit coordinates (weights.h). Rows and coordinates are numbered from 1; row 0 of B, and of a
+// transformation, is scratch.
 #pragma once
 
 #include "lattice/coordinates/solver.h"
@@ -80,7 +82,7 @@ class Basis {
 
   // Exchanges two positions with their words; what lies from the lower one on is invalidated (from j on for i
   // = 0, the scratch row), unless keepMarks.
-  // Requires: with keepMarks an exchange behind this one that invalidates.
+  // Requires: with keepMarks, one without it that covers the positions, before a mark is read.
   void swap(long i, long j, bool keepMarks = false);
   // The same for the recorded transformation alone, while none is recorded otherwise.
   void recordSwap(long i, long j);

@@ -30,7 +30,7 @@ void followLimit(SortedSet<HeuristicVector<T, F>>& set, long limit) {
 template <class T, class F>
 void Lattice<T, F>::collect(const Vector<T>& w, SortedSet<HeuristicVector<T, F>>* homogeneous,
                             SortedSet<HeuristicVector<T, F>>* inhomogeneous, DiscoveryTime time) {
-  if (!isTooLong(w)) collectMeasured(w, computeDeviation(w), homogeneous, inhomogeneous, time);
+  if (!this->isTooLong(w)) collectMeasured(w, computeDeviation(w), homogeneous, inhomogeneous, time);
 }
 
 template <class T, class F>
@@ -65,7 +65,7 @@ bool Lattice<T, F>::collectIfBetter(const HeuristicDeviation<F>& bound, Heuristi
 // the iteration shows this vector, so there is nothing to publish.
 template <class T, class F>
 void Lattice<T, F>::offerInhomogeneous(const Vector<T>& w, DiscoveryTime time) {
-  if (!carriesBase(w)) return;
+  if (!this->carriesBase(w)) return;
   const bool negated = (w[this->dim] < T(0)) != (this->inhomBase < T(0));
   if (negated) return offerInhomogeneous(-w, time);
   offerMeasured(w, computeDeviation(w), time);

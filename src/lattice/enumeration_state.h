@@ -1,5 +1,5 @@
-// The scratch of block enumeration that travels with the positions of the basis. Between steps it means
-// nothing: a copy takes its shape alone.
+// The scratch of block enumeration. Between steps it means nothing: a copy takes its shape, and the bound,
+// alone.
 #pragma once
 
 #include <utility>
@@ -23,6 +23,12 @@ struct EnumerationState {
     enumBound = other.enumBound;
     stages.resize(other.stages.MN, false);
     return *this;
+  }
+
+  template <class U>
+  void convertFrom(const EnumerationState<U, F>& other) {
+    resizeStages(other.enumCoeffs.MN);
+    enumBound = other.enumBound;
   }
 
   void resizeStages(long rank) {

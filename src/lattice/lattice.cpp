@@ -38,20 +38,25 @@ void Lattice<T, F>::copyFrom(const Lattice& source, bool keepParameters) {
 
 template <class T, class F>
 template <class U>
-void Lattice<T, F>::convertFrom(const Lattice<U, F>& other) {
-  mainVars = other.mainVars;
-  params.convertFrom(other.params);
+void LatticeState<T, F>::convertFrom(const LatticeState<U, F>& other) {
   Tessik<T>::convertFrom(other);
   CheckVectors<T>::convertFrom(other);
   Finds<T, F>::convertFrom(other);
   WeightMap<T>::convertFrom(other);
   GramSchmidt<T, F>::convertFrom(other);
-  this->resizeStages(this->rank);
-  this->enumBound = other.enumBound;
-  this->savedSeconds = other.savedSeconds;
+  EnumerationState<T, F>::convertFrom(other);
+  savedSeconds = other.savedSeconds;
   latFile = other.latFile;
   program.convertFrom(other.program);
-  this->interval_tt = other.interval_tt;
+  interval_tt = other.interval_tt;
+}
+
+template <class T, class F>
+template <class U>
+void Lattice<T, F>::convertFrom(const Lattice<U, F>& other) {
+  mainVars = other.mainVars;
+  params.convertFrom(other.params);
+  LatticeState<T, F>::convertFrom(other);
   if constexpr (std::is_same_v<T, QQ>) restoreMultipliers();
   this->measureRows();
 }

@@ -22,15 +22,10 @@
 #include <string>
 
 #include "lattice/both_types.h"
-#include "lattice/enumeration_state.h"
-#include "lattice/finds.h"
-#include "lattice/gram_schmidt.h"
 #include "lattice/judgement.h"
+#include "lattice/lattice_state.h"
 #include "lattice/search_events.h"
 #include "lattice/search_state.h"
-#include "lattice/weights.h"
-#include "model/check_vectors.h"
-#include "model/tessik.h"
 #include "numbers/number.h"
 #include "params/mutex_vars.h"
 #include "params/params.h"
@@ -39,20 +34,6 @@ namespace latbox {
 
 template <class T>
 class CandidateCheck;
-
-// The mathematical state, whole: what a step may change and a restore puts back. Copies are memberwise.
-template <class T, class F>
-struct LatticeState : Tessik<T>,
-                      CheckVectors<T>,
-                      Finds<T, F>,
-                      WeightMap<T>,
-                      GramSchmidt<T, F>,
-                      EnumerationState<T, F> {
-  long savedSeconds = 0;  // seconds read from a .lat file
-  std::string latFile;
-  Tessik<T> program;       // as read; prepared by stage one
-  long interval_tt = 100;  // adaptive swap budget of a sweep
-};
 
 template <class T, class F>
 class Lattice : public LatticeState<T, F>, public ParamOwner {
@@ -73,7 +54,8 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   Lattice(const Lattice& other);
   // State, parameters and mainVars by value, deep; the storage of this object is reused.
   Lattice& operator=(const Lattice& other);
-  // The state; the parameters too unless keepParameters. mainVars, search and output stay in either case.
+  // The state; the parameters too unless keepParameters. mainVars, search and output stay in either case;
+  // `events` follows the source in a copy, not in a conversion.
   void copyFrom(const Lattice& source, bool keepParameters);
   // State, parameters and mainVars from the lattice of the other precision, but for what can be recomputed.
   // Throws: PrecisionException with "Precision lost during conversion" where a value does not convert and
@@ -196,7 +178,6 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   void collect(const Vector<T>& w, SortedSet<HeuristicVector<T, F>>* homogeneous = nullptr,
                SortedSet<HeuristicVector<T, F>>* inhomogeneous = nullptr, DiscoveryTime time = NOW);
   // The same for a vector that has been measured and is not too long.
-  bool isTooLong(const Vector<T>& w) const { return w * w > this->normBound; }
   void collectMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation,
                        SortedSet<HeuristicVector<T, F>>* homogeneous = nullptr,
                        SortedSet<HeuristicVector<T, F>>* inhomogeneous = nullptr, DiscoveryTime time = NOW);
@@ -209,7 +190,6 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   void offerInhomogeneous(const Vector<T>& w, DiscoveryTime time = NOW);
   // Its parts, for a caller that has a measure: whether w carries +-inhomBase, and the rest where it has the
   // sign of inhomBase there.
-  bool carriesBase(const Vector<T>& w) const { return isZero(T(abs(w[this->dim]) - abs(this->inhomBase))); }
   void offerMeasured(const Vector<T>& w, const HeuristicDeviation<F>& deviation, DiscoveryTime time);
 
   // program/candidate_check.cpp: the one road from search to results. `scaled` says that the coordinates are
@@ -243,6 +223,16 @@ class Lattice : public LatticeState<T, F>, public ParamOwner {
   Vector<T> candidate_;  // program/candidate_check.cpp: scratch of the check, which sees every vector
   friend class CandidateCheck<T>;
 
+  // What concerns one part of a position or a weight alone; swapBase, setScale and the like concern all.
+  using LatticeState<T, F>::swap;
+  using LatticeState<T, F>::resize;
+  using LatticeState<T, F>::setOrigin;
+  using LatticeState<T, F>::setWeight;
+  using LatticeState<T, F>::setShift;
+  using LatticeState<T, F>::resetWeights;
+  using LatticeState<T, F>::resizeWeights;
+  using LatticeState<T, F>::resizeStages;
+  using LatticeState<T, F>::exchangeStages;
   void resizeWork();
 };
 

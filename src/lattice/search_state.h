@@ -22,6 +22,7 @@ struct SearchState {
   // had found that was taken back, for the check to judge again.
   std::vector<Star<T>> journal;
   std::vector<Star<T>> pending;
+  unsigned settled = 0;  // CHECK_ bits of what has been judged again, on which the run has not acted yet
 };
 
 // What a run has put out; both number types share one, since the file and the terminal do not ask who writes.

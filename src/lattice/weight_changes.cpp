@@ -1,4 +1,6 @@
 // The one rule for a weight or a shift: the basis keeps its unit coordinates, whatever was derived is void.
+#include <utility>
+
 #include "lattice/lattice.h"
 #include "numbers/number.h"
 
@@ -6,11 +8,15 @@ namespace latbox {
 
 namespace {
 
+// The map is replaced once the rows are known under the new one: what does not fit the number type changes
+// nothing.
 template <class T, class F, class Change>
 void changeWeights(Lattice<T, F>& lattice, Change change) {
-  const Matrix<T> U = lattice.unscaled(lattice.B);
-  change();
-  lattice.reweigh(lattice.rescaled(U));
+  WeightMap<T> weights = lattice;
+  change(weights);
+  const Matrix<T> rows = weights.rescaled(lattice.unscaled(lattice.B));
+  static_cast<WeightMap<T>&>(lattice) = std::move(weights);
+  lattice.reweigh(rows);
 }
 
 }  // namespace
@@ -19,7 +25,7 @@ template <class T, class F>
 void Lattice<T, F>::setScale(long p, const T& value) {
   if (this->scaleFactor[p] == value) return;
   const T wanted(value);  // `value` may be an element of what changes
-  changeWeights(*this, [&] { this->setWeight(p, wanted); });
+  changeWeights(*this, [&](WeightMap<T>& weights) { weights.setWeight(p, wanted); });
 }
 
 template <class T, class F>
@@ -27,8 +33,8 @@ void Lattice<T, F>::setFirstScales(const Vector<T>& values) {
   long p = 1;
   while (p <= values.MN && values[p] == this->scaleFactor[p]) ++p;
   if (p > values.MN) return;
-  changeWeights(*this, [&] {
-    for (; p <= values.MN; ++p) this->setWeight(p, values[p]);
+  changeWeights(*this, [&](WeightMap<T>& weights) {
+    for (; p <= values.MN; ++p) weights.setWeight(p, values[p]);
   });
 }
 
@@ -37,18 +43,16 @@ void Lattice<T, F>::setTranslation(long p, const T& value) {
   // A guard: the routine that translates leaves this coordinate out.
   if (p == this->dim) fail("The inhomogenous component can not get translated!");
   const T wanted(value);
-  changeWeights(*this, [&] { this->setShift(p, wanted); });
+  changeWeights(*this, [&](WeightMap<T>& weights) { weights.setShift(p, wanted); });
 }
 
 template <class T, class F>
 void Lattice<T, F>::resetScales(bool resetFactors, bool resetTranslation) {
-  changeWeights(*this, [&] {
-    if (resetFactors) {
-      this->resetWeights();
-      search.scaleLimit = T(SCALE_LIMIT_START);
-    }
-    if (resetTranslation) this->translation.clear();
+  changeWeights(*this, [&](WeightMap<T>& weights) {
+    if (resetFactors) weights.resetWeights();
+    if (resetTranslation) weights.translation.clear();
   });
+  if (resetFactors) search.scaleLimit = T(SCALE_LIMIT_START);
 }
 
 #define LATBOX_INSTANTIATE(T)                                        \

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "numbers/matrix.h"
+#include "numbers/number.h"
 
 namespace latbox {
 
@@ -33,6 +34,8 @@ class WeightMap {
   // A step of weight p joins its mean.
   void noteStep(long p, const T& step);
 
+  // Whether w, in unit coordinates, has inhomBase in its last one, with either sign.
+  bool carriesBase(const Vector<T>& w) const { return isZero(T(abs(w[w.MN]) - abs(inhomBase))); }
   bool unweighted() const;  // all weights 1 and no shift: both maps are the identity
   // Both arguments may be one object.
   // Requires: `dim` coordinates.

@@ -19,7 +19,11 @@ struct Trace {
 };
 constinit Trace trace;
 
-int mutes = 0;  // within how many scopes of Mute, since the last Unmute
+int mutes = 0;  // within how many scopes of Mute
+
+bool muted() {
+  return mutes > 0;
+}
 
 }  // namespace
 
@@ -77,15 +81,6 @@ Mute::Mute() {
 }
 Mute::~Mute() {
   --mutes;
-}
-
-Unmute::Unmute() : before_(std::exchange(mutes, 0)) {}
-Unmute::~Unmute() {
-  mutes = before_;
-}
-
-bool muted() {
-  return mutes > 0;
 }
 
 ProgressScope::ProgressScope(bool active, const std::string& text)

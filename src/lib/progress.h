@@ -34,20 +34,6 @@ class Mute {
   Mute& operator=(const Mute&) = delete;
 };
 
-// Lifts every Mute around it for its own length: for the one thing that is told all the same.
-class Unmute {
- public:
-  Unmute();
-  ~Unmute();
-  Unmute(const Unmute&) = delete;
-  Unmute& operator=(const Unmute&) = delete;
-
- private:
-  int before_;
-};
-
-bool muted();
-
 // A level for as long as a routine runs, printed and closed on every normal way out, early returns included.
 // It remembers whether it opened a line, so a change of the verbosity, or the beginning or end of a Mute, in
 // between does no harm. When an exception passes it prints and closes nothing: whoever catches puts the depth

@@ -1,6 +1,7 @@
 #include "model/check_vectors.h"
 
 #include <cassert>
+#include <limits>
 
 #include "numbers/conversion.h"
 #include "numbers/number.h"
@@ -45,6 +46,7 @@ void CheckVectors<T>::convertFrom(const CheckVectors<U>& other) {
 template <class T>
 void CheckVectors<T>::resizeCheckVectors(long dim) {
   for (Vector<T>* v : {&lbnd, &ubnd, &c}) v->resizeZero(dim);
+  evenFrom = std::numeric_limits<long>::max();
 }
 
 template <class T>

@@ -45,6 +45,8 @@ struct CheckVectors {
   // them behind this has to call it again.
   void takeBounds(long mode);
   void computeNormBound();
+  // Longer than any vector that is kept.
+  bool isTooLong(const Vector<T>& w) const { return w * w > normBound; }
   void findEvenPart();
 };
 

@@ -9,7 +9,8 @@
 
 namespace latbox {
 
-// Whether a dbl_t that is no whole number has a residue: that of the QQ it converts to. A QQ always has one.
+// Whether a dbl_t that is no whole number has a residue: that of the QQ it converts to. A QQ has one unless
+// it is infinite or p divides its denominator.
 enum class Fractions { refused, allowed };
 
 // Every entry by `modulo` of number.h. False, and `residues` in part, where one has no residue. Elements are

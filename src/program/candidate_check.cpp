@@ -210,10 +210,10 @@ unsigned CandidateCheck<T>::judgeVector(const Vector<T>& w, Candidate& h, Discov
 template <class T>
 void CandidateCheck<T>::noteFind(const Vector<T>& w, long seconds) {
   ++l_.output->resultsVersion;
-  Star<T> point;
-  if (!l_.search.reinserting && l_.lat2opt(w, point, false) == 1) {
-    point.secondsUntilDiscovered = seconds;
-    l_.search.journal.push_back(point);
+  if (!l_.search.reinserting) {
+    TimeVector<T> found(w);
+    found.secondsUntilDiscovered = seconds;
+    l_.search.journal.push_back(starOf(l_, found));
   }
   if (l_.events != nullptr) l_.events->found(l_);
 }

@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include "lib/exceptions.h"
 #include "lib/progress.h"
 #include "lib/scope_value.h"
 #include "program/embedding.h"
@@ -95,13 +96,17 @@ void regenerateLattice(Lattice<T, F>& l) {
   const ProgressScope level(l.verb() == 2, "Regenerating lattice ...");
   const Memory<T, F> memory(l, Memory<T, F>::Vectors::all);
   forget(l);
-  {
+  try {
     const ScopeValue writing(l.writeEnabled, false);
     const ScopeValue finishing(l.finishEnabled, false);
     prepare(l, false, false);
     prepareLattice(l);
     for (long i = 1; i <= memory.stars().MN; ++i) l.program.stars.append(memory.stars()[i]);
     memory.reinstate(l);
+  } catch (const PrecisionException&) {
+    // On the exact side there is no copy to go back to, and the file follows the stars.
+    l.program.stars = memory.stars();
+    throw;
   }
   if (l.events != nullptr) l.events->found(l);
   l.writeLatFile();

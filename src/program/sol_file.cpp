@@ -82,25 +82,6 @@ void removeDuplicates(ConversionArray<Star<T>>& stars) {
   stars.resize(kept, false);
 }
 
-// The star of a vector of the lattice.
-template <class T, class F>
-Star<T> starOf(const Lattice<T, F>& l, const TimeVector<T>& v, const std::string& parameters) {
-  Star<T> star;
-  if (l.lat2opt(v, star, true) != 1) fail("sol2star: lat2opt can not compute x_opt");
-  star.targetNorm = star.slackNorm = T(0);
-  if (l.program.At.M > 0) {
-    star.targetValues = exactProduct<T>(l.program.At, star);
-    const auto norms = l.program.targetNorms(star.targetValues, star);
-    star.targetNorm = norms.left;
-    star.slackNorm = norms.right;
-  }
-  star.resize(star.MN - l.deviationCount - l.slackCount, false);
-  star.parameters = parameters;
-  star.version = VERSION;
-  star.secondsUntilDiscovered = v.secondsUntilDiscovered;
-  return star;
-}
-
 template <class T>
 void writeStar(std::ostream& out, const Star<T>& star) {
   star.Vector<T>::write(out);
@@ -242,13 +223,30 @@ void writeReport(std::ostream& out, const Star<T>& star, const Vector<T>& wanted
 }  // namespace
 
 template <class T, class F>
+Star<T> starOf(const Lattice<T, F>& l, const TimeVector<T>& v) {
+  Star<T> star;
+  if (l.lat2opt(v, star, true) != 1) fail("sol2star: lat2opt can not compute x_opt");
+  star.targetNorm = star.slackNorm = T(0);
+  if (l.program.At.M > 0) {
+    star.targetValues = exactProduct<T>(l.program.At, star);
+    const auto norms = l.program.targetNorms(star.targetValues, star);
+    star.targetNorm = norms.left;
+    star.slackNorm = norms.right;
+  }
+  star.resize(star.MN - l.deviationCount - l.slackCount, false);
+  star.parameters = l.params.text();
+  // A value from the command line may hold a line end; a star must not.
+  std::replace(star.parameters.begin(), star.parameters.end(), '\n', ' ');
+  star.version = VERSION;
+  star.secondsUntilDiscovered = v.secondsUntilDiscovered;
+  return star;
+}
+
+template <class T, class F>
 void sol2star(Lattice<T, F>& l) {
   auto& list = l.program.stars;
-  std::string parameters = l.params.text();
-  // A value from the command line may hold a line end; a star must not.
-  std::replace(parameters.begin(), parameters.end(), '\n', ' ');
-  if (l.bestSlack.notEmpty()) list.append(starOf<T, F>(l, l.bestSlack, parameters));
-  for (long i = 1; i <= l.solutions.MN; ++i) list.append(starOf<T, F>(l, l.solutions[i], parameters));
+  if (l.bestSlack.notEmpty()) list.append(starOf(l, l.bestSlack));
+  for (long i = 1; i <= l.solutions.MN; ++i) list.append(starOf(l, l.solutions[i]));
   heapsort(
       list.MN, [&](long i, long j) { return before(list.data[i], list.data[j]); },
       [&](long i, long j) { list.swap(i, j); });
@@ -325,6 +323,7 @@ std::string starReport(const Lattice<T, F>& l) {
   return out.str();
 }
 
+LATBOX_BOTH_TYPES(starOf)
 LATBOX_BOTH_TYPES(sol2star)
 LATBOX_BOTH_TYPES(writeSolFile)
 LATBOX_BOTH_TYPES(readStarsFromSolFile)

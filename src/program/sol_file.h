@@ -7,6 +7,11 @@
 
 namespace latbox {
 
+// The star of a vector of the lattice, with its norms, its time and the parameters of this run.
+// Fails with: "sol2star: lat2opt can not compute x_opt".
+template <class T, class F>
+Star<T> starOf(const Lattice<T, F>& lattice, const TimeVector<T>& v);
+
 // The best point and the solutions join program.stars.
 // Ensures: the stars are sorted, best first, without duplicates.
 // Fails with: "sol2star: lat2opt can not compute x_opt".

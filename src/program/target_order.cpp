@@ -35,8 +35,9 @@ bool exactTargetNorm(const Tessik<dbl_t>& program, const Vector<dbl_t>& x, QQ& n
     for (long i = 1; i <= program.At.M; ++i)
       if (program.At[i][j] != 0) weight += QQ(program.targetSign(i) * program.At[i][j]);
     if (weight.isExactZero()) continue;
-    // A fixed variable has the value that was read; its digits may be anything.
-    if (program.lx[j] == program.rx[j])
+    // A fixed variable has the value that was read; its digits may be anything. Bounds that finds have moved
+    // may meet, too, and fix nothing.
+    if (program.fx[j] == FreedomDegree::bounded && program.lx[j] == program.rx[j])
       value = QQ(program.lx[j]);
     else if (!onGrid(x[j], program.dx[j], value))
       return false;

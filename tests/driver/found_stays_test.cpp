@@ -86,8 +86,9 @@ TEST_F(FoundStays, WhereTheRepetitionFindsNothing) {
 }
 
 // The repetition stands where the failed step stood, so that it does not know what that one had found; and it
-// writes and tells nothing, for it knows less than the file.
-TEST_F(FoundStays, TheRepetitionStartsWithoutItAndTellsNothing) {
+// writes and tells nothing, for it knows less than the file, until it finds something itself: it may go on
+// for hours then, and all of both has to be told.
+TEST_F(FoundStays, TheRepetitionStartsWithoutItAndTellsAllWithItsFirstFind) {
   SmallRun run;
   prepare(run);
   std::string inFile, summary;
@@ -101,11 +102,13 @@ TEST_F(FoundStays, TheRepetitionStartsWithoutItAndTellsNothing) {
     EXPECT_EQ(l.solutions.MN, 0);
     EXPECT_EQ(l.program.stars.MN, 0);
     EXPECT_EQ(statisticsExtended().solutionsFound, 0);
-    EXPECT_EQ(offer(l, "[ 2 1 ]", 18) & CHECK_NEW, CHECK_NEW);
     writeSolFile(l, false);
     publishSummary(l);
     EXPECT_EQ(run.folder.read("small.sol"), inFile);
     EXPECT_EQ(publishedSummary().text, summary);
+    EXPECT_EQ(offer(l, "[ 2 1 ]", 18) & CHECK_NEW, CHECK_NEW);
+    EXPECT_EQ(written(run), "[ 1 1 ][ 2 1 ]");
+    EXPECT_NE(publishedSummary().text.find("Solutions found: 2\n"), std::string::npos);
   });
   EXPECT_EQ(standardSolutions(run), "[ 2 1 ]@18 [ 1 1 ]@17 ");
   EXPECT_EQ(written(run), "[ 1 1 ][ 2 1 ]");
@@ -315,6 +318,53 @@ TEST_F(FoundStays, TheLimitIsReachedByTheFindThatIsJudgedAgain) {
   EXPECT_EQ(runState(run.y), RUN_STOPPED);
   EXPECT_EQ(standardSolutions(run), "[ 1 1 ]@17 ");
   EXPECT_EQ(written(run), "[ 1 1 ]");
+}
+
+// The exact step moves a bound and would go on with the new lattice, but the find that waited is the last one
+// wanted.
+TEST_F(FoundStays, TheLimitIsReachedOnTheWayToARegeneration) {
+  SmallRun run(OPEN_PROGRAM);
+  prepare(run);
+  run.y.standard.params.sol.set(2);
+  run.y.standard.params.gui.set(true);
+  ::testing::internal::CaptureStdout();
+  oneStep(run.y, []<class T, class F>(Lattice<T, F>& l) {
+    const ScopeValue unfinished(l.finishEnabled, false);
+    offer(l, isStandard<T> ? "[ 1 1 ]" : "[ 1 2 ]", 17);
+    if (isStandard<T>) throw PrecisionException("lost");
+    l.finishEnabled = true;
+    restartHandling(l, false);
+  });
+  ::testing::internal::GetCapturedStdout();
+  EXPECT_EQ(runState(run.y), RUN_STOPPED);
+  EXPECT_EQ(run.y.standard.solutions.MN, 2);
+}
+
+// A line that stood in the file stays, also where the repetition has found something better before.
+TEST_F(FoundStays, WhatIsNoLongerTheBestStaysInTheFile) {
+  SmallRun run(TARGET_PROGRAM);
+  prepare(run);
+  try {
+    oneStep(run.y, []<class T, class F>(Lattice<T, F>& l) {
+      const ScopeValue unfinished(l.finishEnabled, false);
+      offer(l, isStandard<T> ? "[ 2 1 ]" : "[ 0 3 ]", 17);
+      if (isStandard<T>) throw PrecisionException("lost");
+    });
+  } catch (const RestartException&) {
+  }
+  oneStep(run.y, [](auto&) {});
+  run.y.standard.output->sol = {};
+  writeSolFile(run.y.standard, false);
+  EXPECT_EQ(written(run), "[ 0 3 ][ 2 1 ]");
+}
+
+// The exact journal is nobody's matter: it must not grow for a week.
+TEST_F(FoundStays, TheExactSideKeepsNoJournal) {
+  SmallRun run;
+  prepare(run);
+  switchToExtended(run.y);
+  oneStep(run.y, [](auto& l) { offer(l, "[ 1 1 ]", 17); });
+  EXPECT_TRUE(run.y.extended.search.journal.empty());
 }
 
 // Loses precision as soon as a solution is recorded, and finds another one before.

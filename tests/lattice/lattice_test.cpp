@@ -219,14 +219,14 @@ TYPED_TEST(LatticeTest, OperationsOnRowsKeepMarksAndTransformation) {
   inStep(0);
   l.subtract(3, T(2), 1);
   inStep(3);
-  l.swap(4, 2);
+  static_cast<Basis<T>&>(l).swap(4, 2);
   inStep(2);
   l.replace(2, x, 1, 4);
   inStep(2);
   l.combine(x, 1, 4);
   l.recordCombined(x, 1, 4);
   inStep(6);
-  l.swap(2, 0);
+  static_cast<Basis<T>&>(l).swap(2, 0);
   inStep(0);
 }
 

@@ -57,6 +57,20 @@ TYPED_TEST(WeightsTest, ChangeOfWeightVoidsTheStatus) {
   for (long i = 1; i <= 3; ++i) EXPECT_EQ(this->lattice.status[i], 0);
 }
 
+// The rows do not fit the number type under the new weight: nothing has changed then, the marks included.
+TEST(WeightsOverflow, AWeightThatDoesNotFitChangesNothing) {
+  Lattice<dbl_t, dbl_t> l;
+  setBasis(l, matrixOf<dbl_t>({{1, 2000, 3}, {0, 1, 1}}));
+  const Matrix<dbl_t> before = l.B;
+  l.updateGso(1, 0);
+  EXPECT_THROW(l.setScale(2, 1e9L), PrecisionException);
+  EXPECT_EQ(l.scaleFactor[2], 1);
+  EXPECT_TRUE(l.B == before);
+  EXPECT_EQ(l.status[1], STATUS_GSO);
+  EXPECT_THROW(l.setTranslation(1, 1e9L), PrecisionException);
+  EXPECT_TRUE(l.unweighted());
+}
+
 TYPED_TEST(WeightsTest, FirstTranslationBringsTheZeros) {
   EXPECT_EQ(this->lattice.translation.MN, 0);
   this->lattice.setTranslation(2, TypeParam(5));

@@ -94,6 +94,15 @@ TYPED_TEST(TargetOrder, AFixedVariableNeedsNoGrid) {
   EXPECT_EQ(this->order(program, "[ 0 1 0.5 ]", "[ 0 1 0.5 ]"), 0);
 }
 
+// Bounds that finds have moved may meet; the variable is no more fixed by that than before.
+TYPED_TEST(TargetOrder, BoundsThatFindsHaveMovedFixNothing) {
+  auto program = testing::programOf<TypeParam>(
+      "[ -inf ] [ [ 1 1.0000000005 ] ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 inf ]");
+  program.rx[2] = TypeParam(0);
+  EXPECT_EQ(this->order(program, "[ 1 0 ]", "[ 0 1 ]"), -1);
+  EXPECT_EQ(this->order(program, "[ 0 1 ]", "[ 1 0 ]"), 1);
+}
+
 // A variable without weight may lie off its grid.
 TYPED_TEST(TargetOrder, AVariableWithoutWeightNeedsNoGrid) {
   const auto program = testing::programOf<TypeParam>(
