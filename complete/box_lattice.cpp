@@ -1,0 +1,233 @@
+#include "complete/box_lattice.h"
+
+#include <algorithm>
+
+#include "complete/elimination.h"
+#include "complete/kernel.h"
+#include "complete/presolve.h"
+#include "complete/reduction.h"
+
+namespace latbox::complete {
+namespace {
+
+// Blocks of this size are reduced in less time than the search then takes, where it takes any.
+constexpr int SMALL_BLOCK = 20;
+constexpr int LARGE_BLOCK = 30;
+constexpr std::size_t LARGE_RANK = 40;
+
+class Builder {
+ public:
+  explicit Builder(IntegerProgram& program) : p_(program) {}
+
+  std::optional<BoxLattice> result() {
+    do {
+      lattice_ = {};
+      if (!tighten(p_)) return std::nullopt;
+      listCoordinates();
+      if (!solveEquations()) return std::nullopt;
+      addRows();
+      if (!useResidues()) return std::nullopt;
+    } while (again_);
+    reduce();
+    return std::move(lattice_);
+  }
+
+ private:
+  void listCoordinates() {
+    lattice_.fixed.resize(p_.box.size());
+    for (std::size_t j = 0; j < p_.box.size(); ++j)
+      if (p_.box[j].isFixed())
+        lattice_.fixed[j] = *p_.box[j].low;
+      else
+        lattice_.variables.push_back(j);
+  }
+
+  IntegerVector free(const Row& row) const {
+    IntegerVector part;
+    for (const std::size_t j : lattice_.variables) part.push_back(row.a[j]);
+    return part;
+  }
+
+  bool solveEquations() {
+    IntegerMatrix rows;
+    IntegerVector sides;
+    for (const Row& row : p_.rows)
+      if (row.range.isFixed()) {
+        rows.push_back(free(row));
+        sides.push_back(*row.range.low);
+      }
+    const auto independent = independentRows(rows, sides);
+    if (!independent) return false;
+    equations_.clear();
+    IntegerVector side;
+    for (const std::size_t i : *independent) {
+      equations_.push_back(rows[i]);
+      side.push_back(sides[i]);
+    }
+    auto solutions = wholeSolutions(equations_, side, lattice_.variables.size());
+    if (!solutions) return false;
+    lattice_.point = std::move(solutions->point);
+    lattice_.basis = std::move(solutions->basis);
+    return true;
+  }
+
+  // The values of inequations become coordinates; an open side is closed by what the variables can reach.
+  void addRows() {
+    rowIndices_.clear();
+    const IntegerVector point = lattice_.point;
+    const IntegerMatrix basis = lattice_.basis;
+    for (const std::size_t j : lattice_.variables) addRange(p_.box[j]);
+    for (std::size_t i = 0; i < p_.rows.size(); ++i) {
+      Row& row = p_.rows[i];
+      if (row.range.isFixed()) continue;
+      const IntegerVector a = free(row);
+      close(row.range, a);
+      rowIndices_.push_back(i);
+      addRange(row.range);
+      lattice_.point.push_back(innerProduct(a, point));
+      for (std::size_t k = 0; k < basis.size(); ++k) lattice_.basis[k].push_back(innerProduct(a, basis[k]));
+    }
+  }
+
+  void addRange(const Range& range) {
+    lattice_.low.push_back(*range.low);
+    lattice_.high.push_back(*range.high);
+  }
+
+  void close(Range& range, const IntegerVector& a) const {
+    Integer least = 0;
+    Integer most = 0;
+    for (std::size_t k = 0; k < a.size(); ++k) {
+      const Range& box = p_.box[lattice_.variables[k]];
+      least += a[k] * (a[k] > 0 ? *box.low : *box.high);
+      most += a[k] * (a[k] > 0 ? *box.high : *box.low);
+    }
+    if (!range.low || *range.low < least) range.low = least;
+    if (!range.high || *range.high > most) range.high = most;
+  }
+
+  // In the lattice a coordinate takes values of one residue class only. Where one value is left, the program
+  // gets a fixed variable or an equation more, and all begins again; a constant coordinate is dropped. False:
+  // no value is left.
+  bool useResidues() {
+    again_ = false;
+    std::vector<std::size_t> constants;
+    for (std::size_t j = 0; j < lattice_.coordinates(); ++j) {
+      Integer step = 0;
+      for (const IntegerVector& row : lattice_.basis) step = gcd(step, row[j]);
+      if (!narrow(j, step)) return false;
+      if (step == 0) constants.push_back(j);
+    }
+    if (again_) return true;
+    for (std::size_t c = constants.size(); c-- > 0;) dropRow(constants[c]);
+    for (const std::size_t i : rowIndices_) lattice_.rows.push_back(p_.rows[i]);
+    return true;
+  }
+
+  bool narrow(std::size_t j, const Integer& step) {
+    Integer& low = lattice_.low[j];
+    Integer& high = lattice_.high[j];
+    const Integer& value = lattice_.point[j];
+    if (step == 0) {
+      if (value < low || value > high) return false;
+      // A variable that is the same in all points; of a row nothing is left to ask.
+      if (j < lattice_.variables.size()) fix(j, value, value);
+      return true;
+    }
+    low += floorMod(value - low, step);
+    high -= floorMod(high - value, step);
+    if (low > high) return false;
+    if (low == high) fix(j, low, high);
+    return true;
+  }
+
+  static Integer floorMod(const Integer& value, const Integer& step) {
+    Integer rest;
+    mpz_fdiv_r(rest.get_mpz_t(), value.get_mpz_t(), step.get_mpz_t());
+    return rest;
+  }
+
+  void fix(std::size_t j, const Integer& low, const Integer& high) {
+    const std::size_t n = lattice_.variables.size();
+    (j < n ? p_.box[lattice_.variables[j]] : p_.rows[rowIndices_[j - n]].range) = {low, high};
+    again_ = true;
+  }
+
+  void dropRow(std::size_t j) {
+    const auto at = static_cast<std::ptrdiff_t>(j);
+    for (IntegerVector* vector : {&lattice_.point, &lattice_.low, &lattice_.high})
+      vector->erase(vector->begin() + at);
+    for (IntegerVector& row : lattice_.basis) row.erase(row.begin() + at);
+    rowIndices_.erase(rowIndices_.begin() + (at - static_cast<std::ptrdiff_t>(lattice_.variables.size())));
+  }
+
+  // Reduced where the box is a cube, as far as whole multipliers make it one.
+  void reduce() {
+    const std::size_t n = lattice_.variables.size();
+    const IntegerMatrix before = variablePart(lattice_.basis, n);
+    const IntegerVector multipliers = cubeMultipliers();
+    for (IntegerVector& row : lattice_.basis)
+      for (std::size_t j = 0; j < row.size(); ++j) row[j] *= multipliers[j];
+    reduceBlocks(lattice_.basis, SMALL_BLOCK);
+    if (lattice_.rank() >= LARGE_RANK) reduceBlocks(lattice_.basis, LARGE_BLOCK);
+    for (IntegerVector& row : lattice_.basis)
+      for (std::size_t j = 0; j < row.size(); ++j) divideBack(row[j], multipliers[j]);
+    if (!isSameKernel(equations_, before, variablePart(lattice_.basis, n)) || !rowsFollow())
+      throw ReductionFailure("the reduced basis is another lattice's");
+  }
+
+  IntegerVector cubeMultipliers() const {
+    constexpr int PLACES = 6;
+    Integer widest = 0;
+    for (std::size_t j = 0; j < lattice_.coordinates(); ++j)
+      widest = std::max(widest, Integer(lattice_.high[j] - lattice_.low[j]));
+    IntegerVector multipliers;
+    for (std::size_t j = 0; j < lattice_.coordinates(); ++j)
+      multipliers.push_back((widest << PLACES) / (lattice_.high[j] - lattice_.low[j]));
+    return multipliers;
+  }
+
+  static void divideBack(Integer& value, const Integer& multiplier) {
+    if (!mpz_divisible_p(value.get_mpz_t(), multiplier.get_mpz_t()))
+      throw ReductionFailure("the reduced basis is another lattice's");
+    value /= multiplier;
+  }
+
+  static IntegerMatrix variablePart(IntegerMatrix rows, std::size_t n) {
+    for (IntegerVector& row : rows) row.resize(n);
+    return rows;
+  }
+
+  // Whether the coordinates of the rows are still those of the variables.
+  bool rowsFollow() const {
+    const std::size_t n = lattice_.variables.size();
+    for (std::size_t r = 0; r < lattice_.rows.size(); ++r) {
+      IntegerVector a = free(lattice_.rows[r]);
+      a.resize(lattice_.coordinates());
+      for (const IntegerVector& row : lattice_.basis)
+        if (innerProduct(a, row) != row[n + r]) return false;
+    }
+    return true;
+  }
+
+  IntegerProgram& p_;
+  BoxLattice lattice_;
+  IntegerMatrix equations_;
+  // The row of each coordinate behind the variables.
+  std::vector<std::size_t> rowIndices_;
+  bool again_ = false;
+};
+
+}  // namespace
+
+IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
+  IntegerVector z = fixed;
+  for (std::size_t j = 0; j < variables.size(); ++j) z[variables[j]] = v[j];
+  return z;
+}
+
+std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {
+  return Builder(program).result();
+}
+
+}  // namespace latbox::complete

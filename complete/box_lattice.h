@@ -1,0 +1,35 @@
+// The program as a lattice in a box: the points are point + whole combinations of basis that keep low <= v <=
+// high.
+#pragma once
+
+#include "complete/integer_program.h"
+
+namespace latbox::complete {
+
+// Coordinates are first the variables that are not fixed, then the values of rows with different sides. A
+// point of the lattice in the box is a point of the program, and each point of the program is one in the
+// lattice, once.
+struct BoxLattice {
+  // All variables: the fixed ones have their values here, the others 0.
+  IntegerVector fixed;
+  // The variable of each coordinate; rows stand behind them.
+  std::vector<std::size_t> variables;
+  // The row of each coordinate behind the variables.
+  std::vector<Row> rows;
+  IntegerVector point;
+  IntegerMatrix basis;
+  // low < high everywhere, and no coordinate is the same in all points.
+  IntegerVector low;
+  IntegerVector high;
+
+  std::size_t coordinates() const { return point.size(); }
+  std::size_t rank() const { return basis.size(); }
+  // All variables of the point with these coordinates.
+  IntegerVector allVariables(const IntegerVector& v) const;
+};
+
+// The lattice of a program, its basis reduced for the search. Nothing: the program has no point, by proof.
+// Requires finite ranges of all variables. Throws ReductionFailure.
+std::optional<BoxLattice> boxLatticeOf(IntegerProgram program);
+
+}  // namespace latbox::complete

@@ -1,0 +1,144 @@
+#include "complete/command.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <sstream>
+
+#include "complete/options.h"
+#include "complete/watch.h"
+
+namespace latbox::complete {
+namespace {
+
+std::string readFile(const std::string& path) {
+  errno = std::filesystem::is_directory(path) ? EISDIR : 0;
+  std::ifstream file;
+  if (errno == 0) file.open(path, std::ios::binary);
+  std::ostringstream text;
+  if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
+  if (!file.is_open() || file.bad() || text.bad())
+    throw BadInput(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read"));
+  return std::move(text).str();
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::weakly_canonical(a, error) == std::filesystem::weakly_canonical(b, error) ||
+         std::filesystem::equivalent(a, b, error);
+}
+
+// Files that the solver or the user keeps are not written over.
+std::string outputPath(const Options& options) {
+  if (options.out.empty()) return std::filesystem::path(options.file).replace_extension(".all").string();
+  const std::string extension = std::filesystem::path(options.out).extension().string();
+  if (extension == ".opt" || extension == ".sol" || extension == ".lat" ||
+      isSameFile(options.out, options.file))
+    throw BadInput("--out=" + options.out +
+                   ": points are not written over a program or a file of the solver");
+  if (std::filesystem::is_directory(options.out)) throw BadInput("--out=" + options.out + ": is a folder");
+  return options.out;
+}
+
+void print(const std::string& text) {
+  if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) == EOF)
+    throw WriteFailure("standard output cannot be written");
+}
+
+int printVerdict(const std::string& text, int status) {
+  print("verdict: " + text + "\n");
+  return status;
+}
+
+class Run {
+ public:
+  explicit Run(const Options& options)
+      : options_(options),
+        program_(readProgram(readFile(options.file), options.file)),
+        results_(program_, options.count ? "" : outputPath(options), options.text) {}
+
+  int result() {
+    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
+    const Outcome outcome = solve(program_, task(), results_, control_);
+    if (!results_.close()) waitForEnd();
+    return tell(outcome);
+  }
+
+ private:
+  bool listsAll() const { return options_.all || program_.targets.empty(); }
+
+  Task task() const { return {options_.all, options_.ties, options_.first, options_.limit}; }
+
+  int tell(Outcome outcome) const {
+    if (outcome == Outcome::STOPPED) return tellStopped();
+    if (outcome == Outcome::NONE) return printVerdict("none", NONE);
+    if (listsAll()) return printVerdict("all " + std::to_string(results_.count()), PROVEN);
+    if (options_.ties) print("best points: " + std::to_string(results_.count()) + "\n");
+    const Norms norms = *results_.best();
+    return printVerdict(
+        "optimum " + toText(norms.target) + (norms.slack == 0 ? "" : " " + toText(norms.slack)), PROVEN);
+  }
+
+  int tellStopped() const {
+    const unsigned long count = results_.count();
+    return count > 0 ? printVerdict("found " + std::to_string(count), FOUND)
+                     : printVerdict("unknown", UNKNOWN);
+  }
+
+  // On the watch's thread: the search does not answer, and what is known is told without it.
+  void endNow() {
+    if (!results_.close()) return;
+    int status = FAILURE;
+    try {
+      status = tellStopped();
+    } catch (const std::exception& e) {
+      std::fprintf(stderr, "latbox-all: %s\n", e.what());
+    }
+    _exit(status);
+  }
+
+  [[noreturn]] static void waitForEnd() {
+    while (true) pause();
+  }
+
+  Options options_;
+  Program program_;
+  SearchControl control_;
+  Results results_;
+};
+
+int run(const std::vector<std::string>& arguments) {
+  const Options options = parseOptions(arguments);
+  if (options.help) {
+    print(helpText());
+    return 0;
+  }
+  if (options.version) {
+    print(std::string("latbox-all v") + VERSION + "\n");
+    return 0;
+  }
+  return Run(options).result();
+}
+
+int fail(const std::exception& e, int status) {
+  std::fprintf(stderr, "latbox-all: %s\n", e.what());
+  return status;
+}
+
+}  // namespace
+
+int runCommand(const std::vector<std::string>& arguments) {
+  Watch::takeSignals();
+  try {
+    return run(arguments);
+  } catch (const BadInput& e) {
+    return fail(e, BAD_INPUT);
+  } catch (const std::exception& e) {
+    return fail(e, FAILURE);
+  }
+}
+
+}  // namespace latbox::complete

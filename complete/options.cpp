@@ -1,0 +1,159 @@
+#include "complete/options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <set>
+
+namespace latbox::complete {
+namespace {
+
+[[noreturn]] void refuseValue(const std::string& key, const std::string& value, const char* wanted) {
+  throw BadInput("--" + key + "=" + value + ": " + wanted + " is wanted");
+}
+
+bool switchOf(const std::string& key, const std::string& value) {
+  if (value != "0" && value != "1") refuseValue(key, value, "0 or 1");
+  return value == "1";
+}
+
+unsigned long countOf(const std::string& key, const std::string& value) {
+  unsigned long number = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+  if (error != std::errc() || end != value.data() + value.size())
+    refuseValue(key, value, "a whole number, 0 or more,");
+  return number;
+}
+
+// Digits with at most one point among them.
+double secondsOf(const std::string& key, const std::string& value) {
+  const bool digits = !value.empty() && value.find_first_not_of("0123456789.") == std::string::npos &&
+                      std::count(value.begin(), value.end(), '.') <= 1 && value != ".";
+  double number = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+  if (!digits || error != std::errc() || end != value.data() + value.size())
+    refuseValue(key, value, "a number of seconds, 0 or more,");
+  return number;
+}
+
+struct Key {
+  const char* name;
+  std::function<void(Options&, const std::string& value)> take;
+};
+
+std::string nonEmpty(const std::string& key, const std::string& value) {
+  if (value.empty()) refuseValue(key, value, "the name of a file");
+  return value;
+}
+
+template <class Value>
+Key key(const char* name, Value Options::*member, Value (*parse)(const std::string&, const std::string&)) {
+  return {name, [=](Options& options, const std::string& value) { options.*member = parse(name, value); }};
+}
+
+// A run begins anew: to go on from an earlier one is asked for in vain.
+void takeResume(Options&, const std::string& value) {
+  if (switchOf("resume", value)) throw BadInput("--resume=1: not available in this version");
+}
+
+const std::vector<Key>& keys() {
+  static const std::vector<Key> table = {
+      key("help", &Options::help, switchOf),
+      key("version", &Options::version, switchOf),
+      key("out", &Options::out, nonEmpty),
+      key("all", &Options::all, switchOf),
+      key("ties", &Options::ties, switchOf),
+      key("count", &Options::count, switchOf),
+      key("first", &Options::first, switchOf),
+      key("quiet", &Options::quiet, switchOf),
+      key("limit", &Options::limit, countOf),
+      key("rtime", &Options::rtime, secondsOf),
+      key("threads", &Options::threads, countOf),
+      key("seed", &Options::seed, countOf),
+      {"resume", takeResume},
+  };
+  return table;
+}
+
+const Key& find(const std::string& name, const std::string& argument) {
+  for (const Key& candidate : keys())
+    if (name == candidate.name) return candidate;
+  throw BadInput(argument + ": unknown option; --help shows them");
+}
+
+void takeOption(Options& options, const std::string& argument, std::set<std::string>& seen) {
+  const std::size_t sign = argument.find('=');
+  const std::string name = argument.substr(2, sign == std::string::npos ? sign : sign - 2);
+  const Key& known = find(name, argument);
+  if (!seen.insert(name).second) throw BadInput(argument + ": --" + name + " was given before");
+  const bool asks = name == "help" || name == "version";
+  if (sign == std::string::npos && !asks)
+    throw BadInput(argument + ": a value is wanted, --" + name + "=...");
+  known.take(options, sign == std::string::npos ? "1" : argument.substr(sign + 1));
+  options.text += (options.text.empty() ? "" : " ") + argument;
+}
+
+void exclude(bool a, const char* nameA, bool b, const char* nameB) {
+  if (a && b) throw BadInput(std::string("--") + nameA + " and --" + nameB + " exclude each other");
+}
+
+void requireOneFile(const Options& options) {
+  if (options.file.empty()) throw BadInput("a file is wanted: latbox-all [--key=value ...] FILE.opt");
+}
+
+}  // namespace
+
+Options parseOptions(const std::vector<std::string>& arguments) {
+  Options options;
+  std::set<std::string> seen;
+  for (const std::string& argument : arguments) {
+    if (argument.starts_with("--")) {
+      takeOption(options, argument, seen);
+    } else if (argument.starts_with("-")) {
+      throw BadInput(argument + ": unknown option; --help shows them");
+    } else {
+      if (!options.file.empty())
+        throw BadInput(argument + ": one file is wanted, and " + options.file + " was given");
+      options.file = argument;
+    }
+  }
+  exclude(options.first, "first", options.ties, "ties");
+  exclude(options.first, "first", options.limit != 0, "limit");
+  exclude(options.first, "first", options.count, "count");
+  exclude(options.all, "all", options.ties, "ties");
+  if (!options.help && !options.version) requireOneFile(options);
+  return options;
+}
+
+const char* helpText() {
+  return R"(usage: latbox-all [--key=value ...] FILE.opt
+
+Finds all points of a program, or the best one, or proves that there is none.
+
+  --all=1       all points, also where there are targets
+  --ties=1      all best points, not one of them
+  --count=1     count only, write no file
+  --first=1     end with the first point, whatever its targets
+  --limit=N     end with N points, where points are listed; 0: no limit
+  --out=FILE    where points are written; NAME.all unless given
+  --rtime=S     end after S seconds, decimals allowed; 0: no limit
+  --quiet=1     no progress on standard error
+  --threads=N   at most N threads, 0: all cores; this version searches with one
+  --seed=N      taken and kept in the lines; this version draws no random numbers
+  --resume=0    begin anew; this version does so anyway, and has no --resume=1
+  --help        this text
+  --version     the version
+
+The last line of standard output is the verdict:
+
+  verdict: all N         status 10   all N points are in the file
+  verdict: optimum T     status 10   the best target norm, proven; behind it the slack norm where it is not 0
+  verdict: none          status 20   there is no point, proven
+  verdict: found N       status 11   stopped; N points are in the file, or counted
+  verdict: unknown       status 12   stopped, no point known
+
+Status 1 is a failure, 2 a usage error or an input that cannot be taken; then there is no verdict.
+)";
+}
+
+}  // namespace latbox::complete

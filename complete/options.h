@@ -1,0 +1,38 @@
+// The command line: --key=value, strictly.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "complete/opt_reader.h"
+
+namespace latbox::complete {
+
+struct Options {
+  std::string file;
+  // Empty: NAME.all.
+  std::string out;
+  bool help = false;
+  bool version = false;
+  bool all = false;
+  bool ties = false;
+  bool count = false;
+  bool first = false;
+  bool quiet = false;
+  // Points; 0: no limit.
+  unsigned long limit = 0;
+  // Wall seconds; 0: no limit.
+  double rtime = 0;
+  unsigned long threads = 0;
+  unsigned long seed = 0;
+  // As they were given, for the lines of points.
+  std::string text;
+};
+
+// Requires the arguments behind the program's name. Throws BadInput on an unknown or repeated key, a value
+// that is none, options that exclude each other or are not built yet, and any number of files but one.
+Options parseOptions(const std::vector<std::string>& arguments);
+
+const char* helpText();
+
+}  // namespace latbox::complete

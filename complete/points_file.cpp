@@ -1,0 +1,97 @@
+#include "complete/points_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+namespace latbox::complete {
+namespace {
+
+std::string listOf(const std::vector<Rational>& values) {
+  std::string text = "[ ";
+  for (const Rational& value : values) text += toText(value) + " ";
+  return text + "]";
+}
+
+// A rule of the .sol file, kept here so that both programs' files read alike.
+std::vector<std::size_t> targetOrder(const Program& program) {
+  const std::size_t count = program.wanted.size();
+  std::vector<std::size_t> order(count);
+  for (std::size_t i = 0; i < count; ++i) order[i] = i;
+  std::vector<bool> moved(count);
+  std::size_t atEnd = 0;
+  for (std::size_t i = 0; i < count;) {
+    const std::size_t target = order[i];
+    if (moved[target] || !program.wanted[target].finite()) {
+      ++i;
+      continue;
+    }
+    moved[target] = true;
+    const std::size_t before = atEnd++;
+    if (before == i + 1)
+      ++i;
+    else
+      std::swap(order[i], order[count - 1 - before]);
+  }
+  return order;
+}
+
+}  // namespace
+
+std::string lineOf(const Program& program, const Point& x, const Norms& norms, long seconds,
+                   const std::string& parameters) {
+  const std::vector<Rational> values = targetValues(program, x);
+  std::vector<Rational> ordered;
+  for (const std::size_t i : targetOrder(program)) ordered.push_back(values[i]);
+  return listOf(x) + " | " + toText(norms.target) + " | " + listOf(ordered) + " | " + toText(norms.slack) +
+         " | " + std::to_string(seconds) + " | " + parameters + "\n";
+}
+
+PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
+  std::error_code error;
+  if (std::filesystem::exists(path_, error)) {
+    std::filesystem::rename(path_, path_ + ".old", error);
+    if (error) throw WriteFailure(path_ + ": cannot be kept as " + path_ + ".old: " + error.message());
+  }
+  open(false);
+}
+
+void PointsFile::open(bool append) {
+  file_ = std::ofstream();
+  errno = 0;
+  file_.open(path_, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
+  require(file_.is_open());
+}
+
+void PointsFile::append(const std::string& line) {
+  errno = 0;
+  file_ << line;
+  require(file_.good());
+}
+
+void PointsFile::flush() {
+  errno = 0;
+  file_.flush();
+  require(file_.good());
+}
+
+void PointsFile::replace(const std::string& line) {
+  const std::string next = path_ + ".tmp";
+  errno = 0;
+  std::ofstream file(next, std::ios::binary | std::ios::trunc);
+  file << line;
+  file.close();
+  require(file.good());
+  std::error_code error;
+  std::filesystem::rename(next, path_, error);
+  if (error) throw WriteFailure(path_ + ": " + error.message());
+  open(true);
+}
+
+void PointsFile::require(bool well) const {
+  if (!well) throw WriteFailure(path_ + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
+}
+
+}  // namespace latbox::complete

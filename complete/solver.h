@@ -1,0 +1,39 @@
+// From a program to its verdict: all points, a first one, or the best.
+#pragma once
+
+#include "complete/integer_program.h"
+#include "complete/objective.h"
+#include "complete/search.h"
+
+namespace latbox::complete {
+
+// Receives what is found. Every point has been verified against the program as read.
+class Finds {
+ public:
+  virtual ~Finds() = default;
+  // The program is one that can be searched; nothing has been found yet.
+  virtual void begin() = 0;
+  // One more point of a list.
+  virtual void list(const Point& x, const Norms& norms) = 0;
+  // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
+  virtual void replace(const Point& x, const Norms& norms) = 0;
+};
+
+struct Task {
+  // List points, whatever their targets.
+  bool all = false;
+  // List all best points.
+  bool ties = false;
+  // End with the first point.
+  bool first = false;
+  // End with so many listed points; 0: no limit.
+  unsigned long limit = 0;
+};
+
+enum class Outcome { COMPLETE, NONE, STOPPED };
+
+// Throws BadInput if variables need bounds, ReductionFailure, std::logic_error if a point fails the
+// verification.
+Outcome solve(const Program& program, const Task& task, Finds& finds, SearchControl& control);
+
+}  // namespace latbox::complete
