@@ -39,7 +39,9 @@ std::string outputPath(const Options& options) {
       isSameFile(options.out, options.file))
     throw BadInput("--out=" + options.out +
                    ": points are not written over a program or a file of the solver");
-  if (std::filesystem::is_directory(options.out)) throw BadInput("--out=" + options.out + ": is a folder");
+  // A file is renamed in the end, which a folder, a device or a pipe must never be.
+  if (std::filesystem::exists(options.out) && !std::filesystem::is_regular_file(options.out))
+    throw BadInput("--out=" + options.out + ": is there and is no regular file");
   return options.out;
 }
 

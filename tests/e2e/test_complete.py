@@ -1,0 +1,253 @@
+#!/usr/bin/env python3
+"""latbox-all: verdicts, files, options and errors; random programs against exhaustive search."""
+
+import os
+import resource
+import signal
+import subprocess
+
+import checker
+import complete_random
+import harness
+from programs import opt
+
+# 3 x + 5 y = 14 within 0..4 has one point, (3, 1); with 7 and bounds 0..2 there is none.
+ONE = opt(ag=[[3, 5]], bg=[14], rx=[4, 4])
+NOTHING = opt(ag=[[3, 5]], bg=[7], rx=[2, 2])
+NINE = opt(au=[[1, 1]], lu=[1], ru=[3], rx=[4, 4])
+# The best value is 0.1; x = 0, y = 1.
+SMALLEST = opt(dt=["-inf"], at=[["2/5", "1/10"]], au=[[1, 1]], lu=[1], ru=[2], rx=[2, 3])
+# More points than anybody waits for.
+ENDLESS = opt(au=[[7, 3, 9, 4, 6, 2] * 5], lu=[60], ru=[900], rx=[9] * 30)
+
+
+class Case(harness.Case):
+    def setUp(self):
+        super().setUp()
+        self.binary = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        if not os.path.exists(self.binary):
+            self.skipTest("latbox-all is not built (GMP or libfplll is not installed)")
+
+    def run_all(self, text, *options, name="p.opt"):
+        self.write(name, text)
+        return self.run_plain(*options, name)
+
+    def run_plain(self, *arguments):
+        done = subprocess.run([self.binary, *arguments], cwd=self.folder, timeout=harness.LIMIT, capture_output=True,
+                              text=True, check=False)
+        return harness.Result(done.returncode, done.stdout, done.stderr)
+
+    def listed(self, name="p"):
+        """The points of NAME.all, each checked against NAME.opt, twice."""
+        text = self.read(name + ".all")
+        program = checker.Program(self.read(name + ".opt"))
+        for star in checker.read_stars(text):
+            self.assertIsNone(program.violation(star.x))
+            self.assertEqual((star.target_norm, star.slack_norm), program.norms(star.x))
+        done = self.run_latbox_check("--quiet", name + ".opt", name + ".all")
+        self.assertEqual((done.status, done.err), (0, ""), done.out)
+        return [star.x for star in checker.read_stars(text)]
+
+    def assert_verdict(self, result, verdict, status, before=""):
+        self.assertEqual((result.out, result.status), (before + "verdict: %s\n" % verdict, status), result.err)
+
+    def assert_refused(self, result, message):
+        self.assertEqual((result.status, result.out, result.err), (2, "", "latbox-all: %s\n" % message))
+
+
+class VerdictTest(Case):
+    def test_all_points(self):
+        self.assert_verdict(self.run_all(ONE), "all 1", 10)
+        self.assertEqual(self.listed(), [[3, 1]])
+        self.assert_verdict(self.run_all(NINE), "all 9", 10)
+        self.assertEqual(len(set(map(tuple, self.listed()))), 9)
+
+    def test_none(self):
+        self.assert_verdict(self.run_all(NOTHING), "none", 20)
+        self.assertEqual(self.read("p.all"), "")
+
+    def test_optimum(self):
+        self.assert_verdict(self.run_all(SMALLEST), "optimum 1/10", 10)
+        self.assertEqual(self.listed(), [[0, 1]])
+        self.assert_verdict(self.run_all(SMALLEST.replace("-inf", "inf")), "optimum -4/5", 10)
+        self.assertEqual(self.listed(), [[2, 0]])
+
+    def test_all_points_where_there_are_targets(self):
+        self.assert_verdict(self.run_all(SMALLEST, "--all=1"), "all 5", 10)
+        self.assertEqual(len(self.listed()), 5)
+
+    def test_ties(self):
+        text = opt(dt=["-inf"], at=[[1, 1]], au=[[1, 1]], lu=[2], ru=[4], rx=[4, 4])
+        self.assert_verdict(self.run_all(text, "--ties=1"), "optimum 2", 10, "best points: 3\n")
+        self.assertEqual(sorted(self.listed()), [[0, 2], [1, 1], [2, 0]])
+
+    def test_the_slack_norm_decides_between_equal_target_norms(self):
+        # x + |x - 4| is 4 for all x in 0..4; the distance alone is least at 4.
+        text = opt(dt=["-inf", 4], at=[[1], [1]], rx=[4])
+        self.assert_verdict(self.run_all(text), "optimum 4", 10)
+        self.assertEqual(self.listed(), [[4]])
+        text = opt(dt=["-inf", 6], at=[[1], [1]], rx=[4])
+        self.assert_verdict(self.run_all(text), "optimum 6 2", 10)
+
+    def test_count_writes_no_file(self):
+        self.assert_verdict(self.run_all(NINE, "--count=1"), "all 9", 10)
+        self.assertFalse(self.exists("p.all"))
+
+    def test_first_and_limit(self):
+        self.assert_verdict(self.run_all(NINE, "--first=1"), "found 1", 11)
+        self.assertEqual(len(self.listed()), 1)
+        self.assert_verdict(self.run_all(NINE, "--limit=4"), "found 4", 11)
+        self.assertEqual(len(self.listed()), 4)
+        self.assert_verdict(self.run_all(NINE, "--limit=9"), "found 9", 11)
+        self.assert_verdict(self.run_all(NOTHING, "--first=1"), "none", 20)
+
+    def test_an_existing_file_is_kept(self):
+        self.write("p.all", "somebody's\n")
+        self.assert_verdict(self.run_all(ONE), "all 1", 10)
+        self.assertEqual(self.read("p.all.old"), "somebody's\n")
+
+    def test_out(self):
+        self.assert_verdict(self.run_all(ONE, "--out=here.txt"), "all 1", 10)
+        self.assertTrue(self.exists("here.txt"))
+        self.assertFalse(self.exists("p.all"))
+
+    def test_latbox_starts_from_the_file(self):
+        self.assert_verdict(self.run_all(NINE), "all 9", 10)
+        os.rename(self.path("p.all"), self.path("p.sol"))
+        self.assertEqual(self.run_solver("--iters=0", "p.opt").status, 0)
+        self.assertEqual(len(self.stars("p")), 9)
+
+    def test_the_order_of_targets_with_values_is_that_of_the_solver(self):
+        # latbox-check compares value by value; the first two targets change places with the last ones.
+        text = opt(dt=[3, 1, "-inf", "inf"], at=[[1, 0], [2, 1], [0, 5], [7, 1]], rx=[4, 4])
+        self.assertEqual(self.run_all(text, "--all=1").status, 10)
+        self.assertEqual(len(self.listed()), 25)
+
+
+class BoundsTest(Case):
+    def test_rows_close_infinite_bounds(self):
+        # Neither row bounds a variable alone; together they do.
+        text = opt(au=[[1, 1], [1, -1]], lu=[0, 0], ru=[4, 2], lx=["-inf", "-inf"], rx=["inf", "inf"])
+        self.assert_verdict(self.run_all(text), "all 8", 10)
+        self.assertEqual(len(self.listed()), 8)
+
+    def test_a_known_point_closes_infinite_bounds(self):
+        text = opt(dt=["-inf"], at=[[1, 1]], ag=[[3, -5]], bg=[7], rx=["inf", "inf"])
+        self.assert_verdict(self.run_all(text), "optimum 5", 10)
+        self.assertEqual(self.listed(), [[4, 1]])
+
+    def test_what_stays_open_is_named(self):
+        text = opt(ag=[[3, -5, 0]], bg=[7], rx=["inf", "inf", 1])
+        self.assert_refused(self.run_all(text), "these variables need finite bounds: x1, x2")
+        self.assertFalse(self.exists("p.all"))
+        text = opt(dt=["inf"], at=[[1, 1]], ag=[[3, -5]], bg=[7], rx=["inf", "inf"])
+        self.assert_refused(self.run_all(text), "these variables need finite bounds: x1, x2")
+
+    def test_none_whatever_the_bounds(self):
+        text = opt(au=[[1, -1], [1, -1]], lu=["-inf", 4], ru=[3, "inf"], rx=["inf", "inf"])
+        self.assert_verdict(self.run_all(text), "none", 20)
+        self.assert_verdict(self.run_all(opt(ag=[[4, 6]], bg=[7], lx=["-inf"] * 2, rx=["inf"] * 2)), "none", 20)
+
+
+class OptionsTest(Case):
+    def test_help_and_version(self):
+        for form in ("--help", "--help=1"):
+            result = self.run_plain(form)
+            self.assertEqual((result.status, result.err), (0, ""))
+            self.assertTrue(result.out.startswith("usage: latbox-all "))
+        for form in ("--version", "--version=1"):
+            self.assertRegex(self.run_plain(form).out, r"^latbox-all v\d+\.\d+\.\d+\n$")
+
+    def test_refused(self):
+        wants = "a whole number, 0 or more, is wanted"
+        seconds = "a number of seconds, 0 or more, is wanted"
+        for arguments, message in (
+                (["--fast=1"], "--fast=1: unknown option; --help shows them"),
+                (["-q"], "-q: unknown option; --help shows them"),
+                (["--all=1", "--all=1"], "--all=1: --all was given before"),
+                (["--all"], "--all: a value is wanted, --all=..."),
+                (["--all=yes"], "--all=yes: 0 or 1 is wanted"),
+                (["--limit=-1"], "--limit=-1: " + wants),
+                (["--limit=99999999999999999999"], "--limit=99999999999999999999: " + wants),
+                (["--threads=two"], "--threads=two: " + wants),
+                (["--rtime=abc"], "--rtime=abc: " + seconds),
+                (["--rtime=1e3"], "--rtime=1e3: " + seconds),
+                (["--rtime=-1"], "--rtime=-1: " + seconds),
+                (["--resume=1"], "--resume=1: not available in this version"),
+                (["--first=1", "--ties=1"], "--first and --ties exclude each other"),
+                (["--first=1", "--limit=2"], "--first and --limit exclude each other"),
+                (["--first=1", "--count=1"], "--first and --count exclude each other"),
+                (["--all=1", "--ties=1"], "--all and --ties exclude each other"),
+                (["q.opt"], "p.opt: one file is wanted, and q.opt was given"),
+                (["--out=p.opt"], "--out=p.opt: points are not written over a program or a file of the solver"),
+                (["--out=p.sol"], "--out=p.sol: points are not written over a program or a file of the solver"),
+                (["--out=/dev/null"], "--out=/dev/null: is there and is no regular file"),
+                (["--out=p.lat"], "--out=p.lat: points are not written over a program or a file of the solver")):
+            with self.subTest(arguments):
+                self.assert_refused(self.run_all(ONE, *arguments), message)
+        self.assert_refused(self.run_plain(), "a file is wanted: latbox-all [--key=value ...] FILE.opt")
+
+    def test_errors_of_a_file_have_their_place(self):
+        self.assert_refused(self.run_all("[ ] [ ]\n[ [ 1 a ] ]"), "p.opt:2:7: 'a' is not a number")
+        self.assert_refused(self.run_all(ONE.replace("14", "5.0")),
+                            "p.opt:7:3: '5.0' has no digit other than zero behind the point")
+        self.assert_refused(self.run_plain("missing.opt"), "missing.opt: No such file or directory")
+
+
+class StopTest(Case):
+    def start_endless(self, *options):
+        self.write("p.opt", ENDLESS)
+        process = subprocess.Popen([self.binary, *options, "p.opt"], cwd=self.folder, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def assert_stopped_with_points(self, process):
+        out, _ = process.communicate(timeout=harness.LIMIT)
+        self.assertRegex(out, r"^verdict: found [1-9]\d*\n$")
+        self.assertEqual(process.returncode, 11)
+        self.assertEqual("verdict: found %d\n" % len(self.listed()), out)
+
+    def test_signals(self):
+        for number in (signal.SIGINT, signal.SIGTERM):
+            if self.exists("p.all"):
+                self.remove("p.all")
+            process = self.start_endless("--quiet=1")
+            harness.wait_until(lambda: self.exists("p.all") and self.read("p.all"), "the first points")
+            process.send_signal(number)
+            self.assert_stopped_with_points(process)
+
+    def test_time(self):
+        self.assert_stopped_with_points(self.start_endless("--rtime=0.5"))
+
+    def test_progress(self):
+        process = self.start_endless("--count=1")
+        line = r"^\d+ s: .* nodes, .* points\n$"
+        self.assertRegex(process.stderr.readline(), line)
+        process.send_signal(signal.SIGUSR1)
+        self.assertRegex(process.stderr.readline(), line)
+        process.send_signal(signal.SIGTERM)
+        self.assertRegex(process.communicate(timeout=harness.LIMIT)[0], r"^verdict: found ")
+
+    def test_a_full_disk_is_a_failure(self):
+        self.write("p.opt", ENDLESS)
+        # A limit on the size of files stands in for the disk; Python ignores its signal, and so does what it starts.
+        done = subprocess.run([self.binary, "--quiet=1", "p.opt"], cwd=self.folder, timeout=harness.LIMIT, capture_output=True,
+                              text=True, check=False, restore_signals=False,
+                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100000, 100000)))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", "latbox-all: p.all: File too large\n"))
+
+
+class RandomTest(Case):
+    in_memory = True
+
+    def test_against_exhaustive_search(self):
+        wrong, kinds = complete_random.judge_range(self.binary, 0, 300)
+        self.assertEqual(wrong, [])
+        # None, one and many points: each kind was met often.
+        self.assertTrue(all(count >= 30 for count in kinds), kinds)
+
+
+if __name__ == "__main__":
+    harness.main()
