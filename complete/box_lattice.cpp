@@ -28,6 +28,7 @@ class Builder {
       addRows();
       if (!useResidues()) return std::nullopt;
     } while (again_);
+    listEquations();
     reduce();
     return std::move(lattice_);
   }
@@ -104,6 +105,20 @@ class Builder {
     }
     if (!range.low || *range.low < least) range.low = least;
     if (!range.high || *range.high > most) range.high = most;
+  }
+
+  void listEquations() {
+    const std::size_t n = lattice_.variables.size();
+    lattice_.equations = equations_;
+    for (std::size_t r = 0; r < lattice_.rows.size(); ++r) {
+      lattice_.equations.push_back(free(lattice_.rows[r]));
+      lattice_.equations.back().resize(n + r);
+      lattice_.equations.back().emplace_back(-1);
+    }
+    for (IntegerVector& equation : lattice_.equations) {
+      equation.resize(lattice_.coordinates());
+      lattice_.sides.push_back(innerProduct(equation, lattice_.point));
+    }
   }
 
   // In the lattice a coordinate takes values of one residue class only. Where one value is left, the program

@@ -18,6 +18,9 @@ struct BoxLattice {
   std::vector<Row> rows;
   IntegerVector point;
   IntegerMatrix basis;
+  // What all points keep: equations v = sides. A row's value is one of them.
+  IntegerMatrix equations;
+  IntegerVector sides;
   // low < high everywhere, and no coordinate is the same in all points.
   IntegerVector low;
   IntegerVector high;

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "complete/gram_schmidt.h"
+#include "complete/row_multipliers.h"
 
 namespace latbox::complete {
 namespace {
@@ -67,7 +67,13 @@ template <class R>
 class TableBuilder {
  public:
   TableBuilder(const BoxLattice& lattice, const GramSchmidt& gso, unsigned long bits, unsigned long work)
-      : lattice_(lattice), gso_(gso), bits_(bits), work_(work), k_(lattice.rank()), unit_(1, work) {
+      : lattice_(lattice),
+        gso_(gso),
+        bits_(bits),
+        work_(work),
+        k_(lattice.rank()),
+        unit_(1, work),
+        rows_(lattice, work) {
     // One bit for the rounding and one in hand. Numbers of GMP lose what stands beyond their last limb.
     unit_ = scaledBy(unit_, -(static_cast<long>(bits) - (bits > 53 ? 66 : 2)));
     takeCommonDenominator();
@@ -163,10 +169,28 @@ class TableBuilder {
     assign(level.inverseNorm, inverse);
     assignUp(level.size, size);
     assignUp(level.slip, slip);
+    level.most = level.least = level.size;
+    if (t < k_) useRows(level, g);
     tables_.levels.push_back(std::move(level));
     bounds_.push_back({size, slip, (size + slip) * inverse * WIDER});
     if (t < k_ && slip * 1000 > size) acceptable_ = false;
     if (scaledBy(Float(1, work_), EXPONENT_LIMIT) < sizes) acceptable_ = false;
+  }
+
+  void useRows(typename CutTables<R>::Level& level, const Dyadic& g) const {
+    FloatVector vector;
+    for (const Integer& entry : g.entries) vector.push_back(scaledBy(Float(entry, work_), -g.shift));
+    lower(level.most, rows_.bound(vector));
+    for (Float& entry : vector) entry = -entry;
+    lower(level.least, rows_.bound(vector));
+  }
+
+  static void lower(R& to, const std::optional<Float>& bound) {
+    if (!bound) return;
+    R value{};
+    // Away from 0 is up only for what is positive.
+    assignUp(value, Float(*bound + abs(*bound) * (WIDER - 1)));
+    to = std::min(to, value);
   }
 
   // From the root down: multipliers are at most `multiplier`, W is a sum of multiplier * g, its value one of
@@ -205,6 +229,7 @@ class TableBuilder {
   unsigned long work_;
   std::size_t k_;
   Float unit_;
+  RowMultipliers rows_;
   Integer common_ = 1;
   IntegerMatrix scaled_;
   FloatVector reach_;

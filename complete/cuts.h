@@ -36,6 +36,9 @@ struct CutTables {
     std::vector<R> products;
     // 1 / (g g), roughly: any multiplier makes a cut.
     R inverseNorm{};
+    // Greatest and least g u over the points, the least negated.
+    R most{};
+    R least{};
     // |g u| is at most `size` in the cube; `slip` bounds the error of a computed g u.
     R size{};
     R slip{};

@@ -65,7 +65,8 @@ class TreeSearch {
         low_(lattice.low) {
     states_.resize(k_ + 1);
     for (State& state : states_) state.w.resize(tables_.levels[0].g.size());
-    for (std::size_t t = 0; t <= k_; ++t) limits_.push_back({tables_.levels[t].size, tables_.levels[t].size});
+    for (std::size_t t = 0; t <= k_; ++t)
+      limits_.push_back({tables_.levels[t].most, tables_.levels[t].least});
   }
 
   // False: stopped.
@@ -144,7 +145,12 @@ class TreeSearch {
     R sum = level.constant;
     for (std::size_t i = t + 1; i < k_; ++i) sum += states_[i].lambda * level.products[i];
     state.base = sum;
-    state.centre = -sum / level.products[t];
+    // The point of the limits that is nearest to the Gram-Schmidt vector's own centre.
+    const Limit& limit = limits_[t];
+    R nearest(0);
+    if (limit.most < 0) nearest = limit.most;
+    if (-limit.least > 0) nearest = -limit.least;
+    state.centre = (nearest - sum) / level.products[t];
     state.down = roundDown(state.centre);
     state.up = state.down + 1;
     state.closedUp = state.closedDown = false;
@@ -159,14 +165,17 @@ class TreeSearch {
     state.lambda = up ? state.up : state.down;
     (up ? state.up : state.down) += up ? 1 : -1;
     const R product = state.base + state.lambda * level.products[t];
-    if (product > limits_[t].most + level.slip || -product > limits_[t].least + level.slip) {
-      close(state, up, product);
+    const bool above = product > limits_[t].most + level.slip;
+    const bool below = -product > limits_[t].least + level.slip;
+    if (above || below) {
+      state.closedUp = state.closedUp || (above && up);
+      state.closedDown = state.closedDown || (below && !up);
       return false;
     }
-    const State& above = states_[t + 1];
+    const State& parent = states_[t + 1];
     const R a = product * level.inverseNorm;
-    state.value = above.value + a * product;
-    const R size = addScaled(state.w, above.w, level.g, a);
+    state.value = parent.value + a * product;
+    const R size = addScaled(state.w, parent.w, level.g, a);
     if (state.value > most(state.w, size) + level.margin) {
       close(state, up, product);
       return false;
@@ -223,10 +232,10 @@ class TreeSearch {
     }
     for (std::size_t t = 0; t <= k_; ++t) {
       const std::vector<R>& g = tables_.levels[t].g;
-      limits_[t].most = most(g, tables_.levels[t].size);
+      limits_[t].most = std::min(tables_.levels[t].most, most(g, tables_.levels[t].size));
       std::vector<R> opposite(g.size());
       for (std::size_t j = 0; j < g.size(); ++j) opposite[j] = -g[j];
-      limits_[t].least = most(opposite, tables_.levels[t].size);
+      limits_[t].least = std::min(tables_.levels[t].least, most(opposite, tables_.levels[t].size));
     }
   }
 
