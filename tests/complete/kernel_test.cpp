@@ -1,0 +1,85 @@
+#include "complete/kernel.h"
+
+#include <gtest/gtest.h>
+
+#include "complete/elimination.h"
+#include "complete/linear_program.h"
+#include "support.h"
+
+namespace latbox::complete {
+namespace {
+
+using testing::vectorOf;
+
+TEST(Determinant, IsThatOfTheMatrix) {
+  EXPECT_EQ(determinant({}), 1);
+  EXPECT_EQ(determinant({vectorOf({0, 2}), vectorOf({3, 1})}), -6);
+  EXPECT_EQ(determinant({vectorOf({2, 4}), vectorOf({1, 2})}), 0);
+  EXPECT_EQ(determinant({vectorOf({2, 0, 1}), vectorOf({1, 3, 2}), vectorOf({1, 1, 4})}), 18);
+}
+
+TEST(SolveSquare, SolvesBeyondAZeroPivot) {
+  const std::vector<Rational> y = solveSquare({vectorOf({0, 2}), vectorOf({3, 1})}, vectorOf({1, 2}));
+  EXPECT_EQ(y[1], Rational(1, 2));
+  EXPECT_EQ(y[0], Rational(1, 2));
+}
+
+TEST(IndependentRows, DropsWhatFollowsAndFindsContradictions) {
+  const IntegerMatrix rows{vectorOf({1, 2, 3}), vectorOf({2, 4, 6}), vectorOf({0, 1, 1})};
+  EXPECT_EQ(independentRows(rows, vectorOf({1, 2, 5})).value(), (std::vector<std::size_t>{0, 2}));
+  EXPECT_FALSE(independentRows(rows, vectorOf({1, 3, 5})));
+}
+
+TEST(WholeSolutions, AreAllOfThem) {
+  const IntegerMatrix equations{vectorOf({6, 10, 15})};
+  const auto solutions = wholeSolutions(equations, vectorOf({1}), 3);
+  ASSERT_TRUE(solutions);
+  EXPECT_EQ(innerProduct(equations[0], solutions->point), 1);
+  ASSERT_EQ(solutions->basis.size(), 2u);
+  // The kernel of coprime a has the determinant |a|.
+  EXPECT_EQ(determinant(gram(solutions->basis)), 361);
+}
+
+TEST(WholeSolutions, AreNoneWhereDivisibilityForbidsThem) {
+  // Each equation has whole solutions; both together have x - y = 1 and x + y even.
+  EXPECT_FALSE(wholeSolutions({vectorOf({1, 1, 2}), vectorOf({1, -1, 4})}, vectorOf({0, 1}), 3));
+}
+
+TEST(WholeSolutions, TakeLongCoefficients) {
+  IntegerMatrix equations{IntegerVector(4)};
+  equations[0] = {Integer("123456789012345678901234567891"), Integer("987654321098765432109876543211"),
+                  Integer("555555555555555555555555555557"), 1};
+  const auto solutions = wholeSolutions(equations, {Integer("1000000000000000000000000000000000")}, 4);
+  ASSERT_TRUE(solutions);
+  EXPECT_EQ(determinant(gram(solutions->basis)), innerProduct(equations[0], equations[0]));
+}
+
+TEST(IsSameKernel, TellsASublatticeApart) {
+  const IntegerMatrix equations{vectorOf({1, 1, 1})};
+  const IntegerMatrix basis{vectorOf({1, -1, 0}), vectorOf({0, 1, -1})};
+  EXPECT_TRUE(isSameKernel(equations, basis, {vectorOf({1, 0, -1}), vectorOf({0, 1, -1})}));
+  EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({2, -2, 0}), vectorOf({0, 1, -1})}));
+  EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({1, 0, 0}), vectorOf({0, 1, -1})}));
+}
+
+TEST(LinearProgramTest, FindsTheGreatestValue) {
+  using testing::rowOf;
+  const IntegerProgram program{{Range{}, Range{}}, {rowOf({1, 2}, std::nullopt, 4), rowOf({3, -1}, 0, 5)}};
+  LinearProgram relaxation(program);
+  ASSERT_TRUE(relaxation.isFeasible());
+  const LinearOptimum most = relaxation.greatest(0, 1);
+  EXPECT_EQ(most.kind, LinearOptimum::OPTIMAL);
+  EXPECT_EQ(most.value, 2);
+  EXPECT_EQ(relaxation.greatest(1, 1).value, Rational(12, 7));
+  EXPECT_EQ(relaxation.greatest(1, -1).kind, LinearOptimum::UNBOUNDED);
+}
+
+TEST(LinearProgramTest, FindsInfeasibility) {
+  using testing::rowOf;
+  const IntegerProgram program{{Range{}, Range{}},
+                               {rowOf({2, -2}, 1, std::nullopt), rowOf({1, -1}, std::nullopt, 0)}};
+  EXPECT_FALSE(LinearProgram(program).isFeasible());
+}
+
+}  // namespace
+}  // namespace latbox::complete

@@ -1,0 +1,161 @@
+#include "complete/search.h"
+
+#include <random>
+
+#include "complete/cuts.h"
+#include "complete/elimination.h"
+#include "complete/gram_schmidt.h"
+#include "complete/row_multipliers.h"
+#include "support.h"
+
+namespace latbox::complete {
+namespace {
+
+using testing::Collector;
+using testing::rangeOf;
+
+class RandomProgram {
+ public:
+  explicit RandomProgram(unsigned seed) : random_(seed) {
+    const long n = draw(2, 6);
+    for (long j = 0; j < n; ++j) {
+      const long low = draw(-3, 3);
+      program.box.push_back(rangeOf(low, low + draw(1, 4)));
+    }
+    for (long i = draw(0, 2); i > 0; --i) addRow(0);
+    for (long i = draw(0, 2); i > 0; --i) addRow(draw(1, 6));
+  }
+
+  // By trying all.
+  std::set<IntegerVector> points() const {
+    std::set<IntegerVector> found;
+    IntegerVector z(program.box.size());
+    tryAll(z, 0, found);
+    return found;
+  }
+
+  IntegerProgram program;
+
+ private:
+  long draw(long low, long high) {
+    return low + static_cast<long>(random_() % static_cast<unsigned long>(high - low + 1));
+  }
+
+  void addRow(long width) {
+    Row row;
+    for (std::size_t j = 0; j < program.box.size(); ++j) row.a.emplace_back(draw(-9, 9));
+    const Integer low = draw(-10, 10);
+    row.range = {low, Integer(low + width)};
+    program.rows.push_back(row);
+  }
+
+  void tryAll(IntegerVector& z, std::size_t j, std::set<IntegerVector>& found) const {
+    if (j == z.size()) {
+      for (const Row& row : program.rows) {
+        const Integer value = innerProduct(row.a, z);
+        if (value < *row.range.low || value > *row.range.high) return;
+      }
+      found.insert(z);
+      return;
+    }
+    for (z[j] = *program.box[j].low; z[j] <= *program.box[j].high; ++z[j]) tryAll(z, j + 1, found);
+  }
+
+  std::mt19937 random_;
+};
+
+std::set<IntegerVector> searched(const IntegerProgram& program, unsigned long bits) {
+  Collector collector;
+  SearchControl control;
+  auto lattice = boxLatticeOf(program);
+  if (lattice) {
+    EXPECT_TRUE(searchWith(bits, *lattice, collector, control));
+  }
+  return collector.points;
+}
+
+TEST(Search, FindsEveryPointInDouble) {
+  std::size_t found = 0;
+  for (unsigned seed = 0; seed < 400; ++seed) {
+    const RandomProgram random(seed);
+    const std::set<IntegerVector> truth = random.points();
+    EXPECT_EQ(searched(random.program, 53), truth) << seed;
+    found += truth.size();
+  }
+  EXPECT_GT(found, 1000u);
+}
+
+TEST(Search, FindsEveryPointInMultiprecision) {
+  for (unsigned seed = 400; seed < 500; ++seed) {
+    const RandomProgram random(seed);
+    EXPECT_EQ(searched(random.program, 256), random.points()) << seed;
+  }
+}
+
+TEST(Search, TakesCoefficientsThatNoDoubleHolds) {
+  const Integer a("1234567890123456789012345678901234567");
+  const Integer b("9876543210987654321098765432109876543");
+  const Integer c("5555555555555555555555555555555555557");
+  IntegerProgram program;
+  program.box.assign(3, rangeOf(0, 1000000));
+  Row row;
+  row.a = {a, b, c};
+  const Integer side = a * 123456 + b * 654321 + c * 777777;
+  row.range = {side, side};
+  program.rows.push_back(row);
+  EXPECT_EQ(searched(program, 53), (std::set<IntegerVector>{testing::vectorOf({123456, 654321, 777777})}));
+}
+
+TEST(Search, StopsWhenAsked) {
+  IntegerProgram program;
+  program.box.assign(6, rangeOf(0, 3));
+  auto lattice = boxLatticeOf(program);
+  ASSERT_TRUE(lattice);
+  SearchControl control;
+  Collector three(3);
+  EXPECT_FALSE(search(*lattice, three, control));
+  EXPECT_EQ(three.points.size(), 3u);
+  Collector none;
+  control.stop = true;
+  EXPECT_FALSE(search(*lattice, none, control));
+}
+
+TEST(RowMultipliersTest, BoundsHoldForEveryPoint) {
+  std::size_t helped = 0;
+  for (unsigned seed = 0; seed < 200; ++seed) {
+    const RandomProgram random(seed);
+    auto lattice = boxLatticeOf(random.program);
+    if (!lattice || lattice->rank() == 0) continue;
+    const RowMultipliers rows(*lattice, 256);
+    const GramSchmidt gso = gramSchmidtOf(*lattice, 256);
+    Collector collector;
+    SearchControl control;
+    for (std::size_t t = 0; t < lattice->rank(); ++t) {
+      const auto bound = rows.bound(gso.vectors[t]);
+      if (!bound) continue;
+      ++helped;
+      BoxLattice copy = *lattice;
+      search(copy, collector, control);
+      for (const IntegerVector& z : collector.points) {
+        Float value(0, 256);
+        for (std::size_t j = 0; j < lattice->coordinates(); ++j) {
+          const std::size_t n = lattice->variables.size();
+          Integer v = 0;
+          if (j < n)
+            v = z[lattice->variables[j]];
+          else
+            v = innerProduct(lattice->rows[j - n].a, z);
+          const Integer width = lattice->high[j] - lattice->low[j];
+          value += gso.vectors[t][j] * Float(Integer(2 * v - lattice->low[j] - lattice->high[j]), 256) /
+                   Float(width, 256);
+        }
+        EXPECT_LE(value, *bound) << seed;
+      }
+      collector.points.clear();
+    }
+  }
+  EXPECT_GT(helped, 20u);
+}
+
+}  // namespace
+}  // namespace latbox::complete
