@@ -8,6 +8,7 @@ prepare() {
   install_packages $(build_packages) || return 1
   # The headers can be looked for only now that there is a compiler.
   install_packages $(test_packages) || return 1
+  install_packages $(complete_packages) || return 1
   configure -DLATBOX_TESTS=ON -DLATBOX_REQUIRE_GTEST=ON || return 1
   compile
 }

@@ -27,6 +27,12 @@ test_packages() {
   has_command python3 || echo python3
 }
 
+# What latbox-all needs beyond that; its compiler is there by then.
+complete_packages() {
+  has_header gmpxx.h || echo libgmp-dev
+  has_header fplll.h || echo libfplll-dev
+}
+
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"

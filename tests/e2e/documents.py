@@ -16,7 +16,7 @@ PROMPT = "$ "
 SHELLS = ("sh", "bash", "shell", "console")
 # First words that nobody writes but to run them.
 PROGRAMS = set("""apt apt-cache apt-get bash cat cd clang clang-format cmake cp cpack ctest curl docker dpkg env export
-g++ gcov git glpsol cbc latbox latbox-check ls make man mkdir nice ninja perf pip printf python3 rm sh sudo time
+g++ gcov git glpsol cbc latbox latbox-all latbox-check ls make man mkdir nice ninja perf pip printf python3 rm sh sudo time
 valgrind""".split())
 # What would change the tree that is being tested, or the machine.
 BUILDERS = set("apt apt-get cmake cpack dpkg git ninja sudo su".split())

@@ -17,7 +17,7 @@ LIMIT = 120
 # Documents whose commands another test runs, since they build and install.
 OWN_TESTS = {"docs/install.md": "tests/e2e/test_install.py"}
 # Programs that a tree may do without: their commands are left out where they are missing.
-OPTIONAL = ("latbox-check", "glpsol", "cbc", "dpkg", "dpkg-deb", "man", "clang")
+OPTIONAL = ("latbox-check", "latbox-all", "glpsol", "cbc", "dpkg", "dpkg-deb", "man", "clang")
 
 STARTER = '#!/bin/sh\nexec "$(dirname "$(readlink -f "$0")")/build/release/latbox" "$@"\n'
 
@@ -73,7 +73,7 @@ class Scratch:
 
     def _link_programs(self, built, folder):
         os.makedirs(folder)
-        for name in ("latbox", "latbox-check"):
+        for name in ("latbox", "latbox-check", "latbox-all"):
             if os.access(os.path.join(built, name), os.X_OK):
                 os.symlink(os.path.join(built, name), os.path.join(folder, name))
 
