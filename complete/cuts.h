@@ -21,7 +21,7 @@
 #include <optional>
 #include <vector>
 
-#include "complete/box_lattice.h"
+#include "complete/hot_loops.h"
 
 namespace latbox::complete {
 
@@ -48,8 +48,6 @@ struct CutTables {
   // Levels 0 to k; the last one belongs to the constant part.
   std::vector<Level> levels;
 };
-
-inline constexpr std::size_t LANES = 8;
 
 // 53 bits: double. Nothing: with this precision the margins would be too wide for a search. Moves the point
 // of the lattice by rows of its basis to near the centre of the box.

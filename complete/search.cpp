@@ -3,7 +3,8 @@
 #include <cmath>
 
 #include "complete/cuts.h"
-#include "complete/gram_schmidt.h"
+#include "complete/hot_loops.h"
+#include "complete/leaf.h"
 #include "complete/reduction.h"
 
 namespace latbox::complete {
@@ -31,27 +32,6 @@ Float roundDown(const Float& value) {
   return floor(value);
 }
 
-Integer wholeOf(double value) {
-  return Integer(value);
-}
-
-Integer wholeOf(const Float& value) {
-  return Integer(value);
-}
-
-// to = from + a g; returns the sum of sizes. Independent lanes, so that the compiler may use vectors without
-// reordering.
-template <class R>
-R addScaled(std::vector<R>& to, const std::vector<R>& from, const std::vector<R>& g, const R& a) {
-  R sums[LANES] = {};
-  for (std::size_t j = 0; j < to.size(); j += LANES)
-    for (std::size_t lane = 0; lane < LANES; ++lane) {
-      to[j + lane] = from[j + lane] + a * g[j + lane];
-      sums[lane] += magnitude(to[j + lane]);
-    }
-  return ((sums[0] + sums[1]) + (sums[2] + sums[3])) + ((sums[4] + sums[5]) + (sums[6] + sums[7]));
-}
-
 template <class R>
 class TreeSearch {
  public:
@@ -60,10 +40,10 @@ class TreeSearch {
         tables_(tables),
         visitor_(visitor),
         control_(control),
-        k_(lattice.rank()),
-        high_(lattice.high),
-        low_(lattice.low) {
+        leaf_(lattice),
+        k_(lattice.rank()) {
     states_.resize(k_ + 1);
+    lambda_.resize(k_);
     for (State& state : states_) state.w.resize(tables_.levels[0].g.size());
     for (std::size_t t = 0; t <= k_; ++t)
       limits_.push_back({tables_.levels[t].most, tables_.levels[t].least});
@@ -102,7 +82,6 @@ class TreeSearch {
     // g u at lambda = 0, as far as it is known, and where it is 0.
     R base{};
     R centre{};
-    R lambda{};
     // The cut: the vector W and its product with the point.
     std::vector<R> w;
     R value{};
@@ -142,8 +121,7 @@ class TreeSearch {
   void enter(std::size_t t) {
     const auto& level = tables_.levels[t];
     State& state = states_[t];
-    R sum = level.constant;
-    for (std::size_t i = t + 1; i < k_; ++i) sum += states_[i].lambda * level.products[i];
+    const R sum = level.constant + partialProduct(lambda_, level.products, t + 1);
     state.base = sum;
     // The point of the limits that is nearest to the Gram-Schmidt vector's own centre.
     const Limit& limit = limits_[t];
@@ -162,9 +140,10 @@ class TreeSearch {
     State& state = states_[t];
     const bool up =
         state.closedDown || (!state.closedUp && state.up - state.centre <= state.centre - state.down);
-    state.lambda = up ? state.up : state.down;
+    R& lambda = lambda_[t];
+    lambda = up ? state.up : state.down;
     (up ? state.up : state.down) += up ? 1 : -1;
-    const R product = state.base + state.lambda * level.products[t];
+    const R product = state.base + lambda * level.products[t];
     const bool above = product > limits_[t].most + level.slip;
     const bool below = -product > limits_[t].least + level.slip;
     if (above || below) {
@@ -200,18 +179,11 @@ class TreeSearch {
     return sum;
   }
 
-  // False: stopped. The coordinates are computed exactly; the cuts may leave more than the box.
+  // False: stopped.
   bool leaf() {
-    IntegerVector v = lattice_.point;
-    for (std::size_t i = 0; i < k_; ++i) {
-      const Integer lambda = wholeOf(states_[i].lambda);
-      if (lambda == 0) continue;
-      for (std::size_t j = 0; j < v.size(); ++j)
-        mpz_addmul(v[j].get_mpz_t(), lambda.get_mpz_t(), lattice_.basis[i][j].get_mpz_t());
-    }
-    for (std::size_t j = 0; j < v.size(); ++j)
-      if (v[j] < low_[j] || v[j] > high_[j]) return true;
-    const Next next = visitor_.visit(lattice_.allVariables(v));
+    const std::optional<IntegerVector> v = leaf_.pointOf(lambda_);
+    if (!v) return true;
+    const Next next = visitor_.visit(lattice_.allVariables(*v));
     if (next == Next::LIMIT) shrink();
     return next != Next::STOP;
   }
@@ -226,9 +198,8 @@ class TreeSearch {
       if (row.kind == RowKind::CONDITION) continue;
       limitRow(row, visitor_.limit());
       const std::size_t j = n + r;
-      high_[j] = std::min(high_[j], *row.range.high);
-      low_[j] = std::max(low_[j], *row.range.low);
-      shrunk_.push_back({j, inCube(j, high_[j]), inCube(j, low_[j])});
+      leaf_.narrow(j, *row.range.low, *row.range.high);
+      shrunk_.push_back({j, inCube(j, *row.range.high), inCube(j, *row.range.low)});
     }
     for (std::size_t t = 0; t <= k_; ++t) {
       const std::vector<R>& g = tables_.levels[t].g;
@@ -258,13 +229,13 @@ class TreeSearch {
   const CutTables<R>& tables_;
   Visitor& visitor_;
   SearchControl& control_;
+  Leaf leaf_;
   std::size_t k_;
   std::vector<State> states_;
+  // What is chosen at each level.
+  std::vector<R> lambda_;
   std::vector<Limit> limits_;
   std::vector<Shrunk> shrunk_;
-  // The ranges as the limits leave them.
-  IntegerVector high_;
-  IntegerVector low_;
   unsigned long sinceLook_ = 0;
 };
 

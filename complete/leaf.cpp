@@ -1,0 +1,81 @@
+#include "complete/leaf.h"
+
+#include <cmath>
+
+namespace latbox::complete {
+namespace {
+
+bool isBelow(const Integer& value, long limit) {
+  return abs(value) < limit;
+}
+
+}  // namespace
+
+Leaf::Leaf(const BoxLattice& lattice)
+    : lattice_(lattice), low_(lattice.low), high_(lattice.high), steps_(lattice.rank()) {
+  listShort();
+}
+
+void Leaf::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
+  low_[coordinate] = std::max(low_[coordinate], low);
+  high_[coordinate] = std::min(high_[coordinate], high);
+  if (coordinates_.empty()) return;
+  // Within the box, or beyond it as far as the target norm goes: then nothing is left, and the box's own ends
+  // serve.
+  if (low_[coordinate] > high_[coordinate]) return;
+  coordinates_[coordinate].low = low_[coordinate].get_si();
+  coordinates_[coordinate].high = high_[coordinate].get_si();
+}
+
+void Leaf::listShort() {
+  if (lattice_.rank() > MOST_ROWS) return;
+  std::vector<Coordinate> coordinates;
+  for (std::size_t j = 0; j < lattice_.coordinates(); ++j) {
+    for (const Integer* end : {&lattice_.point[j], &lattice_.low[j], &lattice_.high[j]})
+      if (!isBelow(*end, END_LIMIT)) return;
+    coordinates.push_back(
+        {lattice_.point[j].get_si(), lattice_.low[j].get_si(), lattice_.high[j].get_si(), {}});
+    for (const IntegerVector& row : lattice_.basis) {
+      if (!isBelow(row[j], ENTRY_LIMIT)) return;
+      coordinates.back().entries.push_back(row[j].get_si());
+    }
+  }
+  coordinates_ = std::move(coordinates);
+}
+
+// True only by exact arithmetic.
+bool Leaf::isOutside(const std::vector<double>& lambda) const {
+  for (std::size_t i = 0; i < lambda.size(); ++i) {
+    if (!(std::fabs(lambda[i]) < MULTIPLIER_LIMIT)) return false;
+    steps_[i] = static_cast<long>(lambda[i]);
+  }
+  for (const Coordinate& coordinate : coordinates_) {
+    long value = coordinate.point;
+    for (std::size_t i = 0; i < steps_.size(); ++i) value += steps_[i] * coordinate.entries[i];
+    if (value < coordinate.low || value > coordinate.high) return true;
+  }
+  return false;
+}
+
+std::optional<IntegerVector> Leaf::pointOf(const IntegerVector& lambda) const {
+  IntegerVector v = lattice_.point;
+  for (std::size_t i = 0; i < lambda.size(); ++i)
+    for (std::size_t j = 0; lambda[i] != 0 && j < v.size(); ++j)
+      mpz_addmul(v[j].get_mpz_t(), lambda[i].get_mpz_t(), lattice_.basis[i][j].get_mpz_t());
+  for (std::size_t j = 0; j < v.size(); ++j)
+    if (v[j] < low_[j] || v[j] > high_[j]) return std::nullopt;
+  return v;
+}
+
+std::optional<IntegerVector> Leaf::pointOf(const std::vector<double>& lambda) const {
+  if (isOutside(lambda)) return std::nullopt;
+  return pointOf(IntegerVector(lambda.begin(), lambda.end()));
+}
+
+std::optional<IntegerVector> Leaf::pointOf(const std::vector<mpf_class>& lambda) const {
+  IntegerVector whole;
+  for (const mpf_class& value : lambda) whole.emplace_back(value);
+  return pointOf(whole);
+}
+
+}  // namespace latbox::complete

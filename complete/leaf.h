@@ -1,0 +1,50 @@
+// The exact coordinates at a leaf of the search. The cuts may leave more than the box, and mostly it is a
+// leaf that is not in it, so that it is worth a way of its own where all numbers are short.
+#pragma once
+
+#include <optional>
+
+#include "complete/box_lattice.h"
+
+namespace latbox::complete {
+
+class Leaf {
+ public:
+  explicit Leaf(const BoxLattice& lattice);
+
+  // Narrows the range of a coordinate; the box of the lattice is not widened.
+  void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
+
+  // point + sum lambda_i basis_i, if it is in the box.
+  std::optional<IntegerVector> pointOf(const IntegerVector& lambda) const;
+  // The same from multipliers that are whole numbers of a floating type.
+  std::optional<IntegerVector> pointOf(const std::vector<double>& lambda) const;
+  std::optional<IntegerVector> pointOf(const std::vector<mpf_class>& lambda) const;
+
+ private:
+  // Entries below 2^31, multipliers below 2^24, at most 2^6 of them, and points and ends below 2^61 keep
+  // every sum below 2^62.
+  static constexpr std::size_t MOST_ROWS = 64;
+  static constexpr long ENTRY_LIMIT = 1l << 31;
+  static constexpr double MULTIPLIER_LIMIT = 1 << 24;
+  static constexpr long END_LIMIT = 1l << 61;
+
+  struct Coordinate {
+    long point;
+    long low;
+    long high;
+    std::vector<long> entries;
+  };
+
+  void listShort();
+  bool isOutside(const std::vector<double>& lambda) const;
+
+  const BoxLattice& lattice_;
+  IntegerVector low_;
+  IntegerVector high_;
+  // Empty if a number is too long.
+  std::vector<Coordinate> coordinates_;
+  mutable std::vector<long> steps_;
+};
+
+}  // namespace latbox::complete
