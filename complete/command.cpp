@@ -92,9 +92,9 @@ class Run {
 
   // On the watch's thread: the search does not answer, and what is known is told without it.
   void endNow() {
-    if (!results_.close()) return;
     int status = FAILURE;
     try {
+      if (!results_.close()) return;
       status = tellStopped();
     } catch (const std::exception& e) {
       std::fprintf(stderr, "latbox-all: %s\n", e.what());

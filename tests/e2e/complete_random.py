@@ -30,7 +30,7 @@ def text_of(value):
 
 
 class Maker:
-    """One random program with finite boxes that the rows may also imply."""
+    """One random program with finite boxes; every tenth has long coefficients."""
 
     def __init__(self, number):
         self.random = random.Random(number)
@@ -39,6 +39,10 @@ class Maker:
         self.planted = pick.random() < 0.55
         self.size = pick.choice([2, 5, 9, 40])
         self.fractions = pick.random() < 0.2
+        # Coefficients that no floating-point number holds: 20 to 60 digits.
+        self.long = number % 10 == 9
+        if self.long:
+            self.size = 10 ** pick.randint(20, 60)
         self.dx = [pick.choice([0, 0, 0, 0, 0, 1]) if self.n <= 5 else 0 for _ in range(self.n)]
         self.boxes()
 
@@ -94,7 +98,7 @@ class Maker:
         lu, ru = [], []
         for row in au:
             middle = self.side(row)
-            low = middle - pick.randint(0, 2 * self.size) / Fraction(pick.choice([1, 1, 2]))
+            low = middle - Fraction(pick.randint(0, 2 * self.size), pick.choice([1, 1, 2]))
             high = middle + pick.randint(0, 2 * self.size)
             kind = pick.random()
             if kind < 0.25:

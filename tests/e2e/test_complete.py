@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """latbox-all: verdicts, files, options and errors; random programs against exhaustive search."""
 
+import json
 import os
 import resource
 import signal
 import subprocess
+from fractions import Fraction
 
 import checker
 import complete_random
@@ -237,6 +239,29 @@ class StopTest(Case):
                               text=True, check=False, restore_signals=False,
                               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100000, 100000)))
         self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", "latbox-all: p.all: File too large\n"))
+
+
+class ExamplesTest(Case):
+    def test_counts_and_optima(self):
+        """What exhaustive search has found of the examples that it can take, and counts known from elsewhere."""
+        with open(os.path.join(harness.Settings.examples, "expected.json"), encoding="utf-8") as file:
+            known = {name: row for name, row in json.load(file).items() if row.get("points") is not None}
+        self.assertGreater(len(known), 10)
+        for name, row in known.items():
+            with self.subTest(name):
+                path = os.path.join(harness.Settings.examples, name + ".opt")
+                result = self.run_plain("--all=1", "--count=1", "--quiet=1", path)
+                self.assert_verdict(result, "all %d" % row["points"], 10)
+                with open(path, encoding="utf-8") as file:
+                    if checker.Program(file.read()).dt:
+                        result = self.run_plain("--quiet=1", "--out=best.all", path)
+                        best = complete_random.mixed(Fraction(row["best"]))
+                        self.assertTrue(result.out.startswith("verdict: optimum %s" % best), result.out)
+
+    def test_counts_of_designs(self):
+        for name, count in (("triples_9", 840), ("queens_8", 92), ("steiner_5_6_12", 2), ("quadruples_16", 4)):
+            path = os.path.join(harness.Settings.examples, name + ".opt")
+            self.assert_verdict(self.run_plain("--count=1", "--quiet=1", path), "all %d" % count, 10)
 
 
 class RandomTest(Case):
