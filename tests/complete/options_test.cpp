@@ -1,0 +1,48 @@
+#include "complete/options.h"
+
+#include "support.h"
+
+namespace latbox::complete {
+namespace {
+
+TEST(ParseOptions, TakesEveryKey) {
+  const Options options = parseOptions({"--all=1", "--count=1", "--limit=7", "--rtime=0.25", "--threads=2",
+                                        "--seed=5", "--quiet=1", "--resume=0", "--out=points", "p.opt"});
+  EXPECT_TRUE(options.all && options.count && options.quiet);
+  EXPECT_FALSE(options.first || options.ties);
+  EXPECT_EQ(options.limit, 7u);
+  EXPECT_EQ(options.rtime, 0.25);
+  EXPECT_EQ(options.out, "points");
+  EXPECT_EQ(options.file, "p.opt");
+}
+
+TEST(ParseOptions, TakesQuestionsWithoutAFile) {
+  for (const char* form : {"--help", "--help=1"}) EXPECT_TRUE(parseOptions({form}).help);
+  for (const char* form : {"--version", "--version=1"}) EXPECT_TRUE(parseOptions({form}).version);
+}
+
+TEST(ParseOptions, RefusesByName) {
+  for (const char* argument : {"--nothing=1", "--all", "--all=2", "--all=", "--limit=x", "--limit=-1",
+                               "--limit=1.5", "--rtime=abc", "--rtime=", "--rtime=.", "--rtime=1.2.3",
+                               "--rtime=-1", "--rtime=inf", "--out=", "--resume=1", "-v"}) {
+    const std::string text = testing::refusal([&] { parseOptions({argument, "p.opt"}); });
+    EXPECT_EQ(text.rfind(std::string(argument), 0), 0u) << argument << ": " << text;
+  }
+  EXPECT_NE(testing::refusal([] { parseOptions({"--seed=1", "--seed=2", "p.opt"}); }), "");
+}
+
+TEST(ParseOptions, RefusesWhatExcludesEachOther) {
+  const std::vector<std::string> pairs[] = {{"--first=1", "--ties=1"},
+                                            {"--first=1", "--limit=2"},
+                                            {"--first=1", "--count=1"},
+                                            {"--all=1", "--ties=1"}};
+  for (std::vector<std::string> pair : pairs) {
+    pair.emplace_back("p.opt");
+    EXPECT_NE(testing::refusal([&] { parseOptions(pair); }).find("exclude each other"), std::string::npos)
+        << pair[1];
+  }
+  EXPECT_EQ(testing::refusal([] { parseOptions({"--first=1", "--limit=0", "--ties=0", "p.opt"}); }), "");
+}
+
+}  // namespace
+}  // namespace latbox::complete
