@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "complete/options.h"
+#include "complete/points_file.h"
 #include "complete/watch.h"
 
 namespace latbox::complete {
@@ -31,18 +32,24 @@ bool isSameFile(const std::string& a, const std::string& b) {
          std::filesystem::equivalent(a, b, error);
 }
 
-// Files that the solver or the user keeps are not written over.
+// Files that the solver or the user keeps are not written over, nor taken for the one that is kept or put
+// together beside the points.
 std::string outputPath(const Options& options) {
-  if (options.out.empty()) return std::filesystem::path(options.file).replace_extension(".all").string();
-  const std::string extension = std::filesystem::path(options.out).extension().string();
-  if (extension == ".opt" || extension == ".sol" || extension == ".lat" ||
-      isSameFile(options.out, options.file))
-    throw BadInput("--out=" + options.out +
-                   ": points are not written over a program or a file of the solver");
+  std::string out = options.out;
+  if (out.empty()) out = std::filesystem::path(options.file).replace_extension(".all").string();
+  const std::string extension = std::filesystem::path(out).extension().string();
+  const bool reserved = extension == ".opt" || extension == ".sol" || extension == ".lat";
+  bool isInput = false;
+  for (const char* suffix : {"", PointsFile::KEPT, PointsFile::NEXT})
+    isInput = isInput || isSameFile(out + suffix, options.file);
+  if (reserved || isInput)
+    throw BadInput("--out=" + out + ": points are not written over a program or a file of the solver");
   // A file is renamed in the end, which a folder, a device or a pipe must never be.
-  if (std::filesystem::exists(options.out) && !std::filesystem::is_regular_file(options.out))
-    throw BadInput("--out=" + options.out + ": is there and is no regular file");
-  return options.out;
+  for (const char* suffix : {"", PointsFile::KEPT, PointsFile::NEXT})
+    if (std::filesystem::exists(out + suffix) && !std::filesystem::is_regular_file(out + suffix))
+      throw BadInput("--out=" + out + ": " + (*suffix == 0 ? "" : out + suffix + " ") +
+                     "is there and is no regular file");
+  return out;
 }
 
 void print(const std::string& text) {

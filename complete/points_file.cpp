@@ -52,8 +52,8 @@ std::string lineOf(const Program& program, const Point& x, const Norms& norms, l
 PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
   std::error_code error;
   if (std::filesystem::exists(path_, error)) {
-    std::filesystem::rename(path_, path_ + ".old", error);
-    if (error) throw WriteFailure(path_ + ": cannot be kept as " + path_ + ".old: " + error.message());
+    std::filesystem::rename(path_, path_ + KEPT, error);
+    if (error) throw WriteFailure(path_ + ": cannot be kept as " + path_ + KEPT + ": " + error.message());
   }
   open(false);
 }
@@ -78,7 +78,7 @@ void PointsFile::flush() {
 }
 
 void PointsFile::replace(const std::string& line) {
-  const std::string next = path_ + ".tmp";
+  const std::string next = path_ + NEXT;
   errno = 0;
   std::ofstream file(next, std::ios::binary | std::ios::trunc);
   file << line;

@@ -22,6 +22,10 @@ std::string lineOf(const Program& program, const Point& x, const Norms& norms, l
 
 class PointsFile {
  public:
+  // Behind the path: the file that was there before, and the one that takes the place of the points.
+  static constexpr const char* KEPT = ".old";
+  static constexpr const char* NEXT = ".tmp";
+
   // Begins an empty file; one that is there is kept as PATH.old. Throws WriteFailure.
   explicit PointsFile(std::string path);
 

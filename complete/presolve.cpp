@@ -1,6 +1,8 @@
 #include "complete/presolve.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace latbox::complete {
 namespace {
@@ -29,16 +31,48 @@ class Tightening {
       changed_ = false;
       for (Row& row : p_.rows)
         if (!settle(row)) return false;
-      std::erase_if(p_.rows, [](const Row& row) { return row.a.empty(); });
+      if (!dropAndMerge()) return false;
     }
     // Variables that the last round has fixed.
     for (Row& row : p_.rows)
       if (!normalise(row)) return false;
+    return dropAndMerge();
+  }
+
+ private:
+  // Rows that have lost their coefficients go, and conditions on the same combination become one: two
+  // one-sided rows would be two wide coordinates of the lattice, of which neither cuts anything. Rows are
+  // coprime here. False: a contradiction.
+  bool dropAndMerge() {
+    std::erase_if(p_.rows, [](const Row& row) { return row.a.empty(); });
+    std::map<IntegerVector, std::size_t> first;
+    for (std::size_t i = 0; i < p_.rows.size(); ++i) {
+      Row& row = p_.rows[i];
+      if (row.kind != RowKind::CONDITION) continue;
+      turn(row);
+      const auto [place, isNew] = first.emplace(row.a, i);
+      if (isNew) continue;
+      Range& range = p_.rows[place->second].range;
+      if (row.range.low && (!range.low || *range.low < *row.range.low)) range.low = row.range.low;
+      if (row.range.high && (!range.high || *range.high > *row.range.high)) range.high = row.range.high;
+      if (range.isEmpty()) return false;
+      row.a.clear();
+    }
     std::erase_if(p_.rows, [](const Row& row) { return row.a.empty(); });
     return true;
   }
 
- private:
+  // The first coefficient that is not 0 becomes positive.
+  static void turn(Row& row) {
+    const auto lead = std::find_if(row.a.begin(), row.a.end(), [](const Integer& a) { return a != 0; });
+    if (lead == row.a.end() || *lead > 0) return;
+    for (Integer& a : row.a) a = -a;
+    std::swap(row.range.low, row.range.high);
+    if (row.range.low) row.range.low = -*row.range.low;
+    if (row.range.high) row.range.high = -*row.range.high;
+    row.divisor = -row.divisor;
+  }
+
   // False: a contradiction. A row that has done its duty loses its coefficients.
   bool settle(Row& row) {
     if (!normalise(row)) return false;

@@ -121,6 +121,33 @@ class Improving : public Visitor {
   Integer least_ = 0;
 };
 
+// Holds back the points of the growing boxes until it is certain that the program can be searched: a run that
+// ends with a usage error leaves the files as they are.
+class HeldFinds : public Finds {
+ public:
+  explicit HeldFinds(Finds& next) : next_(next) {}
+
+  void begin() override { release(); }
+  void list(const Point& x, const Norms& norms) override { next_.list(x, norms); }
+  void replace(const Point& x, const Norms& norms) override {
+    if (released_)
+      next_.replace(x, norms);
+    else
+      held_ = {x, norms};
+  }
+  void release() {
+    if (released_) return;
+    released_ = true;
+    next_.begin();
+    if (held_) next_.replace(held_->first, held_->second);
+  }
+
+ private:
+  Finds& next_;
+  bool released_ = false;
+  std::optional<std::pair<Point, Norms>> held_;
+};
+
 class Solver {
  public:
   Solver(const Program& program, const Task& task, Finds& finds, SearchControl& control)
@@ -136,9 +163,12 @@ class Solver {
     if (!tighten(whole_) || !closeByRows(whole_)) return Outcome::NONE;
     const bool optimum = objective_.exists() && !task_.all;
     if (!optimum) requireBounds(whole_);
-    finds_.begin();
-    if (!optimum || (task_.first && openVariables(whole_).empty())) return listAll();
-    return findBest();
+    const bool open = !openVariables(whole_).empty();
+    if (!open) finds_.release();
+    if (!optimum || (task_.first && !open)) return listAll();
+    const Outcome outcome = findBest();
+    finds_.release();
+    return outcome;
   }
 
  private:
@@ -164,12 +194,14 @@ class Solver {
     while (true) {
       IntegerProgram bounded = whole_;
       if (improving.best() && !addTargets(bounded, improving.limit())) break;
+      finds_.release();
       auto lattice = boxLatticeOf(bounded);
       if (!lattice) break;
       improving.beginSearch(*lattice);
       if (search(*lattice, improving, control_)) break;
       if (!improving.isStale() || control_.stop) return Outcome::STOPPED;
     }
+    finds_.release();
     if (!improving.best()) return Outcome::NONE;
     return task_.ties ? listTies(*improving.best()) : Outcome::COMPLETE;
   }
@@ -210,7 +242,7 @@ class Solver {
 
   const Program& program_;
   const Task& task_;
-  Finds& finds_;
+  HeldFinds finds_;
   SearchControl& control_;
   Objective objective_;
   IntegerProgram whole_;

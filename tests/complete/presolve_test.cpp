@@ -45,6 +45,25 @@ TEST(Tighten, RemovesWhatSaysNothingMore) {
   EXPECT_TRUE(program.rows.empty());
 }
 
+// As two coordinates of the lattice neither of them would cut anything.
+TEST(Tighten, ConditionsOnOneCombinationBecomeOneRow) {
+  IntegerProgram program{{rangeOf(0, 99), rangeOf(0, 99)},
+                         {rowOf({3, -2}, 5, std::nullopt), rowOf({-6, 4}, -14, std::nullopt)}};
+  ASSERT_TRUE(tighten(program));
+  ASSERT_EQ(program.rows.size(), 1u);
+  EXPECT_EQ(program.rows[0].a, testing::vectorOf({3, -2}));
+  EXPECT_EQ(*program.rows[0].range.low, 5);
+  EXPECT_EQ(*program.rows[0].range.high, 7);
+  IntegerProgram contradiction{{rangeOf(0, 99), rangeOf(0, 99)},
+                               {rowOf({3, -2}, 5, std::nullopt), rowOf({-3, 2}, -4, std::nullopt)}};
+  EXPECT_FALSE(tighten(contradiction));
+  // The bound of the target norm moves by itself.
+  IntegerProgram target{{rangeOf(0, 9), rangeOf(0, 9)}, {rowOf({1, 1}, 3, 9), rowOf({1, 1}, 2, 8)}};
+  target.rows[1].kind = RowKind::TARGET;
+  ASSERT_TRUE(tighten(target));
+  EXPECT_EQ(target.rows.size(), 2u);
+}
+
 TEST(Tighten, KeepsWhatARowWas) {
   // 6 x + 4 y + 5 z with z = 1: twice (3 x + 2 y), and 5.
   IntegerProgram program{{rangeOf(0, 9), rangeOf(0, 9), rangeOf(1, 1)}, {rowOf({6, 4, 5}, 10, 30)}};

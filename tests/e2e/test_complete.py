@@ -113,6 +113,26 @@ class VerdictTest(Case):
         self.assertTrue(self.exists("here.txt"))
         self.assertFalse(self.exists("p.all"))
 
+    def test_the_program_itself_is_never_moved_or_written_over(self):
+        for name, out in (("p.all", None), ("p.tmp", "p"), ("p.old", "p")):
+            self.write("p", "something that stood there")
+            result = self.run_all(ONE, *([] if out is None else ["--out=" + out]), name=name)
+            self.assert_refused(result, "--out=%s: points are not written over a program or a file of the solver"
+                                % (out or name))
+            self.assertEqual(self.read(name), ONE)
+            self.assertEqual(self.read("p"), "something that stood there")
+        os.mkdir(self.path("folder.all"))
+        self.assertEqual(self.run_all(ONE, name="folder.opt").status, 2)
+        self.assertTrue(os.path.isdir(self.path("folder.all")))
+
+    def test_a_run_that_ends_with_a_usage_error_leaves_the_files(self):
+        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
+        self.write("p.all", "kept")
+        result = self.run_all(open_program)
+        self.assertEqual((result.status, result.out), (2, ""), result.err)
+        self.assertEqual(self.read("p.all"), "kept")
+        self.assertFalse(self.exists("p.all.old"))
+
     def test_latbox_starts_from_the_file(self):
         self.assert_verdict(self.run_all(NINE), "all 9", 10)
         os.rename(self.path("p.all"), self.path("p.sol"))
