@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-// Which of the two is run is decided when the program starts. Sanitizers cannot follow that decision.
+// Which of them is run is decided when the program starts. Sanitizers cannot follow that decision.
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && \
     !defined(__SANITIZE_THREAD__)
-#define WIDE_VECTORS __attribute__((target_clones("arch=haswell", "default")))
+#define WIDE_VECTORS __attribute__((target_clones("arch=skylake-avx512", "arch=haswell", "default")))
 #else
 #define WIDE_VECTORS
 #endif
@@ -13,56 +13,56 @@
 namespace latbox::complete {
 namespace {
 
-// Four sums side by side, and two of these, so that no addition waits for the one before. GCC's vectors
-// become what the processor has; the mask takes the signs off.
-using Vector = double __attribute__((vector_size(4 * sizeof(double))));
-using Bits = long __attribute__((vector_size(4 * sizeof(long))));
-constexpr std::size_t WIDTH = 4;
+// GCC's vectors become what the processor has: one register or several. The mask takes the signs off.
+using Floats = float __attribute__((vector_size(LANES * sizeof(float))));
+using Bits = int __attribute__((vector_size(LANES * sizeof(int))));
+constexpr std::size_t WIDTH = 8;
+using Doubles = double __attribute__((vector_size(WIDTH * sizeof(double))));
 
-WIDE_VECTORS double addScaledDouble(double* __restrict to, const double* from, const double* g, double a,
-                                    std::size_t size) {
-  const Bits withoutSign = Bits{} + 0x7fffffffffffffff;
-  Vector first{};
-  Vector second{};
+WIDE_VECTORS float addScaledFloat(float* __restrict to, const float* from, const float* g, float a,
+                                  std::size_t size) {
+  const Bits withoutSign = Bits{} + 0x7fffffff;
+  Floats sums{};
   for (std::size_t j = 0; j < size; j += LANES) {
-    Vector f[2];
-    Vector h[2];
-    std::memcpy(f, from + j, sizeof f);
-    std::memcpy(h, g + j, sizeof h);
-    f[0] += a * h[0];
-    f[1] += a * h[1];
-    std::memcpy(to + j, f, sizeof f);
-    first += reinterpret_cast<Vector>(reinterpret_cast<Bits>(f[0]) & withoutSign);
-    second += reinterpret_cast<Vector>(reinterpret_cast<Bits>(f[1]) & withoutSign);
+    Floats f;
+    Floats h;
+    std::memcpy(&f, __builtin_assume_aligned(from + j, sizeof f), sizeof f);
+    std::memcpy(&h, __builtin_assume_aligned(g + j, sizeof h), sizeof h);
+    f += a * h;
+    std::memcpy(__builtin_assume_aligned(to + j, sizeof f), &f, sizeof f);
+    sums += reinterpret_cast<Floats>(reinterpret_cast<Bits>(f) & withoutSign);
   }
-  first += second;
-  return (first[0] + first[1]) + (first[2] + first[3]);
+  // Halves upon halves: the shuffles of one register.
+  const Bits half = {8, 9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3, 4, 5, 6, 7};
+  const Bits quarter = {4, 5, 6, 7, 0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3};
+  sums += __builtin_shuffle(sums, half);
+  sums += __builtin_shuffle(sums, quarter);
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
 WIDE_VECTORS double productDouble(const double* a, const double* b, std::size_t size) {
-  Vector sums{};
+  Doubles sums{};
   std::size_t i = 0;
   for (; i + WIDTH <= size; i += WIDTH) {
-    Vector f;
-    Vector h;
+    Doubles f;
+    Doubles h;
     std::memcpy(&f, a + i, sizeof f);
     std::memcpy(&h, b + i, sizeof h);
     sums += f * h;
   }
-  double sum = (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  double sum = 0;
+  for (std::size_t lane = 0; lane < WIDTH; ++lane) sum += sums[lane];
   for (; i < size; ++i) sum += a[i] * b[i];
   return sum;
 }
 
 }  // namespace
 
-double addScaled(std::vector<double>& to, const std::vector<double>& from, const std::vector<double>& g,
-                 double a) {
-  return addScaledDouble(to.data(), from.data(), g.data(), a, to.size());
+float addScaled(Weights<double>& to, const Weights<double>& from, const Weights<double>& g, float a) {
+  return addScaledFloat(to.data(), from.data(), g.data(), a, to.size());
 }
 
-Float addScaled(std::vector<Float>& to, const std::vector<Float>& from, const std::vector<Float>& g,
-                const Float& a) {
+Float addScaled(Weights<Float>& to, const Weights<Float>& from, const Weights<Float>& g, const Float& a) {
   Float sum(0);
   for (std::size_t j = 0; j < to.size(); ++j) {
     to[j] = from[j] + a * g[j];

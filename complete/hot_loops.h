@@ -1,22 +1,58 @@
-// The two loops in which a search spends its time. Their sums may be formed in any order: the bounds of their
-// errors hold for each, and so does a product that is not rounded before it is added.
+// The two loops in which a search spends its time. The cut vectors of a search in double are of float: they
+// only suggest a sum of sizes whose error is bounded, and twice as many of them fit a vector of the
+// processor. Sums are formed in one order on every processor, and no product is added unrounded, so that a
+// search visits the same nodes everywhere.
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <vector>
 
 #include "complete/gram_schmidt.h"
 
 namespace latbox::complete {
 
-// Vectors are padded with zeros to a multiple of so many entries.
-inline constexpr std::size_t LANES = 8;
+// Cut vectors are padded with zeros to a multiple of so many entries.
+inline constexpr std::size_t LANES = 16;
+
+// Begins at a line of the cache, so that no load of a whole vector spans two.
+template <class T>
+struct LineAllocator {
+  static constexpr std::align_val_t LINE{64};
+  using value_type = T;
+  LineAllocator() = default;
+  template <class U>
+  explicit LineAllocator(const LineAllocator<U>&) {}
+  T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), LINE)); }
+  void deallocate(T* p, std::size_t) { ::operator delete(p, LINE); }
+  friend bool operator==(const LineAllocator&, const LineAllocator&) { return true; }
+};
+
+// The entries of cut vectors for a search in R.
+template <class R>
+struct WeightOf {
+  using type = R;
+};
+template <>
+struct WeightOf<double> {
+  using type = float;
+};
+template <class R>
+using Weight = typename WeightOf<R>::type;
+template <class R>
+using Weights = std::vector<Weight<R>, LineAllocator<Weight<R>>>;
 
 // to = from + a g; returns the sum of the sizes of the entries. Requires equal, padded sizes.
-double addScaled(std::vector<double>& to, const std::vector<double>& from, const std::vector<double>& g,
-                 double a);
-Float addScaled(std::vector<Float>& to, const std::vector<Float>& from, const std::vector<Float>& g,
-                const Float& a);
+float addScaled(Weights<double>& to, const Weights<double>& from, const Weights<double>& g, float a);
+Float addScaled(Weights<Float>& to, const Weights<Float>& from, const Weights<Float>& g, const Float& a);
+
+// The roundings that one entry can meet in the sum of sizes.
+inline std::size_t sumDepth(std::size_t size, double) {
+  return size / LANES + LANES;
+}
+inline std::size_t sumDepth(std::size_t size, const Float&) {
+  return size;
+}
 
 // The sum of a[i] b[i] for i from `begin` on. Requires equal sizes.
 double partialProduct(const std::vector<double>& a, const std::vector<double>& b, std::size_t begin);

@@ -3,6 +3,7 @@
 #include <fplll.h>
 
 #include <string>
+#include <cstdlib>
 
 namespace latbox::complete {
 namespace {
@@ -42,7 +43,7 @@ void reduceBlocks(IntegerMatrix& rows, int blockSize) {
   if (rows.size() < 3) return;
   FplllMatrix matrix = toFplll(rows);
   const int block = std::min(blockSize, static_cast<int>(rows.size()));
-  if (fplll::bkz_reduction(matrix, block, fplll::BKZ_AUTO_ABORT, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS)
+  if (fplll::bkz_reduction(matrix, block, getenv("FULL") ? fplll::BKZ_DEFAULT : fplll::BKZ_AUTO_ABORT, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS)
     fromFplll(matrix, rows);
 }
 

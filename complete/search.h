@@ -1,9 +1,11 @@
-// The complete search of a lattice in its box, depth first.
+// The complete search of a lattice in its box by several threads.
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 #include "complete/box_lattice.h"
+#include "complete/piece.h"
 
 namespace latbox::complete {
 
@@ -15,6 +17,7 @@ enum class Next {
   STOP
 };
 
+// Called by several threads at once.
 class Visitor {
  public:
   virtual ~Visitor() = default;
@@ -29,13 +32,30 @@ struct SearchControl {
   std::atomic<bool> stop = false;
   // Candidates that were looked at, in all searches.
   std::atomic<unsigned long> nodes = 0;
+  // The share of the present search that is done, estimated; below 0: not known.
+  std::atomic<double> done = -1;
+  unsigned threads = 1;
+  // Is given what is left each `keepEvery` seconds, and when a search ends without being complete; all
+  // threads stand still meanwhile, so that what was visited is exactly what is not left.
+  std::function<void(const Frontier&)> keep;
+  double keepEvery = 60;
+};
+
+struct SearchSettings {
+  // Where to go on; empty: the whole tree.
+  std::vector<Piece> pieces;
+  // For a search that may miss points: the greatest value of a node at each level and behind them (see
+  // cuts.h).
+  std::vector<double> caps;
 };
 
 // Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted
-// that a limit has excluded. False: stopped. Moves the lattice's point.
-bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control);
+// that a limit has excluded. False: stopped. Moves the lattice's point. What a visitor throws is thrown on.
+bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control,
+            const SearchSettings& settings = {});
 
 // As search, by multiprecision numbers of at least so many bits: for tests. 53 bits are those of double.
-bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control);
+bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control,
+                const SearchSettings& settings = {});
 
 }  // namespace latbox::complete
