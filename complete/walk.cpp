@@ -303,6 +303,48 @@ bool Walk<R>::split(Piece& other) {
   return false;
 }
 
+// Enters the level below these choices, from the last level down, none of which is refuted.
+template <class R>
+bool Walk<R>::follow(const std::vector<R>& choices) {
+  std::size_t t = k_;
+  for (const R& choice : choices) {
+    enter(--t);
+    lambda_[t] = choice;
+    if (!choose(t, true)) return false;
+  }
+  enter(t - 1);
+  return true;
+}
+
+template <class R>
+double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
+  if (!enterRoot()) return 0;
+  double nodes = 0;
+  double each = 1;
+  std::vector<std::vector<R>> parents(1);
+  for (std::size_t t = k_; t-- > 0 && !parents.empty();) {
+    std::vector<std::vector<R>> children;
+    for (const std::vector<R>& parent : parents) {
+      if (!follow(parent)) continue;
+      while (states_[t].isOpen()) {
+        nodes += each;
+        if (!step(t)) continue;
+        children.push_back(parent);
+        children.back().push_back(lambda_[t]);
+      }
+    }
+    if (children.size() > most) {
+      each *= static_cast<double>(children.size()) / static_cast<double>(most);
+      for (std::size_t i = 0; i < most; ++i)
+        std::swap(children[i], children[i + random() % (children.size() - i)]);
+      children.resize(most);
+    }
+    parents = std::move(children);
+  }
+  level_ = k_;
+  return nodes;
+}
+
 template <class R>
 unsigned long Walk<R>::takeNodes() {
   const unsigned long nodes = nodes_ + sinceLook_;

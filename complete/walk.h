@@ -2,6 +2,8 @@
 // its centre.
 #pragma once
 
+#include <random>
+
 #include "complete/cuts.h"
 #include "complete/piece.h"
 
@@ -46,6 +48,12 @@ class Walk {
   // Gives away what is open at the highest level below which something is open too; false: there is none
   // worth it.
   bool split(Piece& other);
+  // The number of candidates in the whole tree, guessed from `most` nodes of each level: the children of a
+  // random choice of the children of the level above, each of which stands for as many as there were too
+  // many. Right on average (Rubinstein, Stochastic enumeration method for counting NP-hard problems, 2013,
+  // after Knuth, Estimating the efficiency of backtrack programs, 1975, which follows one node alone and is
+  // mostly too low). Leaves nothing to be walked through.
+  double sampledNodes(std::size_t most, std::mt19937_64& random);
   // Candidates since the last call.
   unsigned long takeNodes();
 
@@ -82,6 +90,7 @@ class Walk {
   R most(const Weights<R>& w, const R& size) const;
   Choice choiceAt(std::size_t t) const;
   double openPart(std::size_t t, double& chosenPart) const;
+  bool follow(const std::vector<R>& choices);
 
   const CutTables<R>& tables_;
   std::size_t k_;
