@@ -288,15 +288,23 @@ class TableBuilder {
   CutTables<R> tables_;
 };
 
+template <class R>
+std::optional<CutTables<R>> tablesBy(GramSchmidt (*form)(const BoxLattice&, unsigned long),
+                                     BoxLattice& lattice, unsigned long bits, unsigned long work) {
+  centre(lattice, form(lattice, work));
+  return TableBuilder<R>(lattice, form(lattice, work), bits, work).result();
+}
+
 }  // namespace
 
 template <class R>
 std::optional<CutTables<R>> cutTablesOf(BoxLattice& lattice, unsigned long bits) {
   const unsigned long work = 2 * bits + 2 * static_cast<unsigned long>(lattice.rank()) + 64;
   mpf_set_default_prec(work);
-  centre(lattice, gramSchmidtOf(lattice, work));
-  const GramSchmidt gso = gramSchmidtOf(lattice, work);
-  auto tables = TableBuilder<R>(lattice, gso, bits, work).result();
+  std::optional<CutTables<R>> tables;
+  // What was formed roughly does for most bases: a vector near the right one is as good.
+  if (bits == 53) tables = tablesBy<R>(roughGramSchmidtOf, lattice, bits, work);
+  if (!tables) tables = tablesBy<R>(gramSchmidtOf, lattice, bits, work);
   mpf_set_default_prec(bits);
   return tables;
 }

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "complete/closing.h"
+#include "complete/preparation.h"
 #include "complete/presolve.h"
 
 namespace latbox::complete {
@@ -174,9 +175,9 @@ class Solver {
  private:
   // Of the search: nothing if there is nothing to search.
   std::optional<bool> searchThrough(const IntegerProgram& program, Visitor& visitor) {
-    auto lattice = boxLatticeOf(program);
-    if (!lattice) return std::nullopt;
-    return search(*lattice, visitor, control_);
+    auto prepared = preparedLatticeOf(program);
+    if (!prepared) return std::nullopt;
+    return search(prepared->lattice, visitor, control_);
   }
 
   Outcome listAll() {
