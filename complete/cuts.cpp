@@ -164,7 +164,7 @@ class TableBuilder {
     const Dyadic g = roundedTo(vector, bits_ > 53 ? static_cast<long>(bits_) - 66 : 52);
     typename CutTables<R>::Level level;
     level.g.resize(lattice_.coordinates());
-    level.weights.resize((lattice_.coordinates() + LANES - 1) / LANES * LANES);
+    level.weights.resize(paddedTo(lattice_.coordinates(), LANES));
     for (std::size_t j = 0; j < g.entries.size(); ++j) {
       const Float entry = scaledBy(Float(g.entries[j], work_), -g.shift);
       assign(level.g[j], entry);
@@ -172,7 +172,7 @@ class TableBuilder {
     }
     Float drift = zero();
     Float sizes = abs(productOf(g, k_));
-    level.products.resize(k_);
+    level.products.resize(k_ + PRODUCT_LANES);
     assign(level.constant, productOf(g, k_));
     for (std::size_t i = 0; i < k_; ++i) {
       const Float value = productOf(g, i);

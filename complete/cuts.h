@@ -22,7 +22,7 @@
 #include <optional>
 #include <vector>
 
-#include "complete/hot_loops.h"
+#include "complete/weights.h"
 
 namespace latbox::complete {
 
@@ -33,7 +33,7 @@ struct CutTables {
     // The vector, and once more, rounded and padded with zeros to a multiple of LANES.
     std::vector<R> g;
     Weights<R> weights;
-    // g u0, and g K_i for all i.
+    // g u0, and g K_i for all i, with PRODUCT_LANES zeros behind them.
     R constant{};
     std::vector<R> products;
     // 1 / (g g), roughly: any multiplier makes a cut.

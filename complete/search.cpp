@@ -1,5 +1,7 @@
 #include "complete/search.h"
 
+#include <algorithm>
+
 #include "complete/leaf.h"
 #include "complete/reduction.h"
 #include "complete/walk.h"
@@ -31,12 +33,14 @@ class PointWalk : public PieceWalk {
   Pause goOn() override {
     while (true) {
       switch (walk_.next()) {
-        case Walk<R>::Pause::END:
+        case WalkPause::END:
           return Pause::END;
-        case Walk<R>::Pause::LOOK:
+        case WalkPause::LOOK:
           heedLimit();
           return Pause::LOOK;
-        case Walk<R>::Pause::LEAF:
+        case WalkPause::NODE:
+          break;
+        case WalkPause::LEAF:
           if (!visitLeaf()) return Pause::STOP;
       }
     }
@@ -61,7 +65,7 @@ class PointWalk : public PieceWalk {
     if (version == version_) return;
     version_ = version;
     const Integer limit = visitor_.limit();
-    std::vector<typename Walk<R>::Shrunk> shrunk;
+    std::vector<ShrunkRange> shrunk;
     const std::size_t n = lattice_.variables.size();
     for (std::size_t r = 0; r < lattice_.rows.size(); ++r) {
       Row row = lattice_.rows[r];
@@ -71,22 +75,16 @@ class PointWalk : public PieceWalk {
       leaf_.narrow(j, *row.range.low, *row.range.high);
       shrunk.push_back({j, inCube(j, *row.range.high), inCube(j, *row.range.low)});
     }
-    walk_.shrink(std::move(shrunk));
+    walk_.shrink(shrunk);
   }
 
-  // An end of a range in the coordinates of the cube; what rounding can do to it is a part of the margins. An
-  // end beyond the other side leaves nothing: the cube's own end is as good, since the leaf asks again.
-  R inCube(std::size_t j, const Integer& end) const {
+  // An end of a range in the coordinates of the cube. An end beyond the other side leaves nothing: the cube's
+  // own end is as good, since the leaf asks again.
+  Rational inCube(std::size_t j, const Integer& end) const {
     Rational u(Integer(2 * end - lattice_.low[j] - lattice_.high[j]),
                Integer(lattice_.high[j] - lattice_.low[j]));
     u.canonicalize();
-    if (u > 1) u = 1;
-    if (u < -1) u = -1;
-    const Float wide(u, FIRST_FLOAT_BITS);
-    if constexpr (std::is_same_v<R, double>)
-      return wide.get_d();
-    else
-      return wide;
+    return std::clamp(u, Rational(-1), Rational(1));
   }
 
   const BoxLattice& lattice_;

@@ -2,23 +2,74 @@
 
 #include <cmath>
 
+#include "complete/walk_multiprecision.h"
+#include "complete/walk_steps.h"
+
 namespace latbox::complete {
+
+WalkPause walkOn_plain(WalkData<double, float>& data);
+WalkPause walkOn_haswell(WalkData<double, float>& data);
+WalkPause walkOn_skylake_avx512(WalkData<double, float>& data);
+
 namespace {
 
-double magnitude(double value) {
-  return std::fabs(value);
+using Kernel = WalkPause (*)(WalkData<double, float>&);
+
+// The fastest one that this processor has.
+Kernel fastestKernel() {
+#ifdef __x86_64__
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+      __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw"))
+    return walkOn_skylake_avx512;
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2"))
+    return walkOn_haswell;
+#endif
+  return walkOn_plain;
 }
 
-Float magnitude(const Float& value) {
-  return abs(value);
+WalkPause goOn(WalkData<double, float>& data) {
+  static const Kernel kernel = fastestKernel();
+  return kernel(data);
 }
 
-double roundDown(double value) {
-  return std::floor(value);
+WalkPause goOn(WalkData<Float, Float>& data) {
+  return walkOn(data);
 }
 
-Float roundDown(const Float& value) {
-  return floor(value);
+// Away from 0 by more than the rounding of a few sums: a bound may only grow.
+double widened(double value) {
+  return value + std::fabs(value) * 0x1p-49 + 1e-290;
+}
+
+Float widened(const Float& value) {
+  return value;
+}
+
+void assign(double& to, const Rational& value) {
+  to = Float(value, 256).get_d();
+}
+
+void assign(Float& to, const Rational& value) {
+  to = value;
+}
+
+void assign(double& to, double value) {
+  to = value;
+}
+
+void assign(Float& to, double value) {
+  to = value;
+}
+
+double infinity(double) {
+  return HUGE_VAL;
+}
+
+// More than any multiplier is.
+Float infinity(const Float&) {
+  Float value(1);
+  mpf_mul_2exp(value.get_mpf_t(), value.get_mpf_t(), 1ul << 40);
+  return value;
 }
 
 double toDouble(double value) {
@@ -37,205 +88,157 @@ Integer whole(const Float& value) {
   return Integer(value);
 }
 
-void assign(double& to, const Integer& value) {
-  to = value.get_d();
-}
-
-void assign(Float& to, const Integer& value) {
-  to = value;
-}
-
 }  // namespace
 
 template <class R>
-Walk<R>::Walk(const CutTables<R>& tables, std::vector<double> caps)
-    : tables_(tables), k_(tables.levels.size() - 1) {
-  states_.resize(k_ + 1);
-  lambda_.resize(k_);
-  for (State& state : states_) state.w.resize(tables_.levels[0].weights.size());
+Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
+    : tables_(tables),
+      k_(tables.levels.size() - 1),
+      levels_(k_ + 1),
+      lambda_(k_ + PRODUCT_LANES),
+      weights_((k_ + 1) * tables.levels[0].weights.size()) {
+  const std::size_t width = tables.levels[0].weights.size();
   for (std::size_t t = 0; t <= k_; ++t) {
-    limits_.push_back({tables_.levels[t].most, tables_.levels[t].least});
-    caps_.push_back(tables_.cap);
-    if (t < caps.size() && caps[t] < caps_.back()) caps_.back() = caps[t];
+    const auto& from = tables.levels[t];
+    Level& level = levels_[t];
+    level.lowest = -infinity(R{});
+    level.highest = infinity(R{});
+    level.inverseNorm = from.inverseNorm;
+    level.constant = from.constant;
+    if (t < k_) level.step = from.products[t];
+    level.products = from.products.data();
+    level.g = from.weights.data();
+    level.w = weights_.data() + t * width;
+    level.cap = tables.cap;
+    if (t < caps.size() && caps[t] < level.cap) assign(level.cap, caps[t]);
   }
-  level_ = k_;
+  data_ = {levels_.data(), lambda_.data(), k_, width, tables.margin, nullptr, 0, k_, 0};
+  setRanges();
+}
+
+// Of each level: greatest and least g u in what the ranges leave of the cube. What rounding does to an end of
+// a range is a part of the margins.
+template <class R>
+void Walk<R>::setRanges() {
+  for (std::size_t t = 0; t <= k_; ++t) {
+    const auto& from = tables_.levels[t];
+    R most = from.size;
+    R least = from.size;
+    for (const ShrunkEnds<R>& ends : shrunk_) {
+      const R& entry = from.g[ends.coordinate];
+      most -= entry > 0 ? R(entry * ends.high) : R(-entry * ends.low);
+      least -= entry > 0 ? R(entry * ends.low) : R(-entry * ends.high);
+    }
+    most = std::min(from.most, most);
+    least = std::min(from.least, least);
+    Level& level = levels_[t];
+    level.most = widened(R(most + from.slip));
+    level.least = widened(R(least + from.slip));
+    // The point of the range that is nearest to the Gram-Schmidt vector's own centre.
+    level.nearest = R(0);
+    if (most < 0) level.nearest = most;
+    if (-least > 0) level.nearest = -least;
+  }
+}
+
+template <class R>
+void Walk<R>::shrink(const std::vector<ShrunkRange>& ranges) {
+  shrunk_.resize(ranges.size());
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    shrunk_[i].coordinate = ranges[i].coordinate;
+    assign(shrunk_[i].high, Rational(1 - ranges[i].high));
+    assign(shrunk_[i].low, Rational(1 + ranges[i].low));
+  }
+  data_.shrunk = shrunk_.data();
+  data_.shrunkCount = shrunk_.size();
+  setRanges();
 }
 
 template <class R>
 void Walk<R>::start(const Piece& piece) {
-  for (State& state : states_) state.closedUp = state.closedDown = true;
-  level_ = k_;
+  for (Level& level : levels_) {
+    level.closedUp = level.closedDown = true;
+    level.lowest = -infinity(R{});
+    level.highest = infinity(R{});
+  }
+  data_.level = k_;
   leafLeft_ = false;
   if (!enterRoot()) return;
   leafLeft_ = k_ == 0;
   if (k_ == 0) return;
-  if (piece.empty()) return enter(level_ = k_ - 1);
+  if (piece.empty()) {
+    enter(data_, data_.level = k_ - 1);
+  }
   for (std::size_t i = 0; i < piece.size(); ++i) resume(k_ - 1 - i, piece[i], i + 1 < piece.size());
 }
 
 // The constant part of the cut. False: it refutes everything.
 template <class R>
 bool Walk<R>::enterRoot() {
-  const auto& level = tables_.levels[k_];
-  State& state = states_[k_];
-  const R a = level.constant * level.inverseNorm;
-  const Weights<R> zeros(level.weights.size());
-  const R size = addScaled(state.w, zeros, level.weights, static_cast<Weight<R>>(a));
-  state.value = a * level.constant;
-  return !(magnitude(level.constant) > level.size + level.slip) && !(state.value > caps_[k_]) &&
-         !(state.value > most(state.w, size) + tables_.margin);
+  const auto& from = tables_.levels[k_];
+  Level& level = levels_[k_];
+  const R a = from.constant * from.inverseNorm;
+  const Weights<R> zeros(data_.width);
+  const R size = addScaled(level.w, zeros.data(), level.g, static_cast<Weight<R>>(a), data_.width);
+  level.value = a * from.constant;
+  return !(from.constant > level.most) && !(-from.constant > level.least) && !(level.value > level.cap) &&
+         !(level.value > mostOf(data_, level.w, size) + data_.margin);
 }
 
 template <class R>
-void Walk<R>::enter(std::size_t t) {
-  const auto& level = tables_.levels[t];
-  State& state = states_[t];
-  const R sum = level.constant + partialProduct(lambda_, level.products, t + 1);
-  state.base = sum;
-  // The point of the limits that is nearest to the Gram-Schmidt vector's own centre.
-  const Limit& limit = limits_[t];
-  R nearest(0);
-  if (limit.most < 0) nearest = limit.most;
-  if (-limit.least > 0) nearest = -limit.least;
-  state.centre = (nearest - sum) / level.products[t];
-  state.down = roundDown(state.centre);
-  state.up = state.down + 1;
-  state.closedUp = state.closedDown = false;
+void Walk<R>::pauseAt(std::size_t t, bool pauses) {
+  levels_[t].pauses = pauses;
+  levels_[t].lowest = -infinity(R{});
+  levels_[t].highest = infinity(R{});
+}
+
+template <class R>
+void Walk<R>::narrow(const R& lowest, const R& highest) {
+  levels_[data_.level].lowest = lowest;
+  levels_[data_.level].highest = highest;
 }
 
 // As the piece has left this level; with a choice, which was not refuted then, the cut is made anew.
 template <class R>
 void Walk<R>::resume(std::size_t t, const Choice& choice, bool hasChosen) {
-  enter(level_ = t);
-  State& state = states_[t];
-  assign(state.up, choice.up);
-  assign(state.down, choice.down);
-  state.closedUp = choice.closedUp;
-  state.closedDown = choice.closedDown;
+  enter(data_, data_.level = t);
+  Level& level = levels_[t];
+  assign(level.up, Rational(choice.up));
+  assign(level.down, Rational(choice.down));
+  level.closedUp = choice.closedUp;
+  level.closedDown = choice.closedDown;
   if (!hasChosen) return;
-  assign(lambda_[t], choice.chosen);
-  const auto& level = tables_.levels[t];
-  const R product = state.base + lambda_[t] * level.products[t];
+  assign(lambda_[t], Rational(choice.chosen));
+  const R product = level.base + lambda_[t] * level.step;
   const R a = product * level.inverseNorm;
-  state.value = states_[t + 1].value + a * product;
-  addScaled(state.w, states_[t + 1].w, level.weights, static_cast<Weight<R>>(a));
+  level.value = levels_[t + 1].value + a * product;
+  addScaled(level.w, levels_[t + 1].w, level.g, static_cast<Weight<R>>(a), data_.width);
 }
 
 template <class R>
-typename Walk<R>::Pause Walk<R>::next() {
+WalkPause Walk<R>::next() {
   if (k_ == 0) {
     const bool leaf = leafLeft_;
     leafLeft_ = false;
-    return leaf ? Pause::LEAF : Pause::END;
+    return leaf ? WalkPause::LEAF : WalkPause::END;
   }
-  std::size_t t = level_;
-  while (t < k_) {
-    if (!states_[t].isOpen()) {
-      ++t;
-      continue;
-    }
-    if (++sinceLook_ == BETWEEN_LOOKS) {
-      nodes_ += sinceLook_ - 1;
-      sinceLook_ = 0;
-      level_ = t;
-      return Pause::LOOK;
-    }
-    if (!step(t)) continue;
-    if (t == 0) {
-      level_ = t;
-      return Pause::LEAF;
-    }
-    enter(--t);
-  }
-  level_ = t;
-  return Pause::END;
-}
-
-// Takes the candidate nearest to the centre. True: not refuted.
-template <class R>
-bool Walk<R>::step(std::size_t t) {
-  State& state = states_[t];
-  const bool up =
-      state.closedDown || (!state.closedUp && state.up - state.centre <= state.centre - state.down);
-  R& lambda = lambda_[t];
-  lambda = up ? state.up : state.down;
-  (up ? state.up : state.down) += up ? 1 : -1;
-  return choose(t, up);
-}
-
-template <class R>
-bool Walk<R>::choose(std::size_t t, bool up) {
-  const auto& level = tables_.levels[t];
-  State& state = states_[t];
-  const State& parent = states_[t + 1];
-  const R product = state.base + lambda_[t] * level.products[t];
-  const bool above = product > limits_[t].most + level.slip;
-  const bool below = -product > limits_[t].least + level.slip;
-  if (above || below) {
-    state.closedUp = state.closedUp || (above && up);
-    state.closedDown = state.closedDown || (below && !up);
-    return false;
-  }
-  const R a = product * level.inverseNorm;
-  state.value = parent.value + a * product;
-  if (state.value > caps_[t]) {
-    refute(state, up, product);
-    return false;
-  }
-  const R size = addScaled(state.w, parent.w, level.weights, static_cast<Weight<R>>(a));
-  if (state.value > most(state.w, size) + tables_.margin) {
-    refute(state, up, product);
-    return false;
-  }
-  return true;
-}
-
-// The value grows in the direction in which g u has its sign, and so does W u with the same multiplier: what
-// refutes this candidate refutes all further ones there. The other way the candidates are looked at one by
-// one.
-template <class R>
-void Walk<R>::refute(State& state, bool up, const R& product) const {
-  if (up && product >= 0) state.closedUp = true;
-  if (!up && product <= 0) state.closedDown = true;
-}
-
-// The greatest W u in what the limits leave of the cube.
-template <class R>
-R Walk<R>::most(const Weights<R>& w, const R& size) const {
-  R sum = size;
-  for (const Shrunk& shrunk : shrunk_) {
-    const R entry = w[shrunk.coordinate];
-    sum -= entry > 0 ? R(entry * (1 - shrunk.high)) : R(-entry * (1 + shrunk.low));
-  }
-  return sum;
-}
-
-template <class R>
-void Walk<R>::shrink(std::vector<Shrunk> ends) {
-  shrunk_ = std::move(ends);
-  for (std::size_t t = 0; t <= k_; ++t) {
-    const auto& level = tables_.levels[t];
-    R most = level.size;
-    R least = level.size;
-    for (const Shrunk& shrunk : shrunk_) {
-      const R& entry = level.g[shrunk.coordinate];
-      most -= entry > 0 ? R(entry * (1 - shrunk.high)) : R(-entry * (1 + shrunk.low));
-      least -= entry > 0 ? R(entry * (1 + shrunk.low)) : R(-entry * (1 - shrunk.high));
-    }
-    limits_[t] = {std::min(level.most, most), std::min(level.least, least)};
-  }
+  const WalkPause pause = goOn(data_);
+  if (pause != WalkPause::LOOK) return pause;
+  nodes_ += data_.sinceLook - 1;
+  data_.sinceLook = 0;
+  return pause;
 }
 
 template <class R>
 Choice Walk<R>::choiceAt(std::size_t t) const {
-  const State& state = states_[t];
-  return {whole(lambda_[t]), whole(state.up), whole(state.down), state.closedUp, state.closedDown};
+  const Level& level = levels_[t];
+  return {whole(lambda_[t]), whole(level.up), whole(level.down), level.closedUp, level.closedDown};
 }
 
 template <class R>
 Piece Walk<R>::rest() const {
   Piece piece;
-  for (std::size_t t = k_; t-- > level_;) piece.push_back(choiceAt(t));
+  for (std::size_t t = k_; t-- > data_.level;) piece.push_back(choiceAt(t));
   if (!piece.empty()) piece.back().chosen = 0;
   return piece;
 }
@@ -244,28 +247,27 @@ Piece Walk<R>::rest() const {
 // Candidates that were looked at already are those between the next ones.
 template <class R>
 double Walk<R>::openPart(std::size_t t, double& chosenPart) const {
-  const auto& level = tables_.levels[t];
-  const State& state = states_[t];
-  const double cap = toDouble(caps_[t]);
-  const double before = toDouble(states_[t + 1].value);
-  const double step = toDouble(level.products[t]);
+  const Level& level = levels_[t];
+  const double cap = toDouble(level.cap);
+  const double before = toDouble(levels_[t + 1].value);
+  const double step = toDouble(level.step);
   const auto weight = [&](double lambda) {
-    const double p = toDouble(state.base) + lambda * step;
+    const double p = toDouble(level.base) + lambda * step;
     const double left = cap - before - p * p * toDouble(level.inverseNorm);
     return left > 0 ? std::pow(left / cap, static_cast<double>(t) / 2) : 0;
   };
   double sum = 0;
   double open = 0;
-  const double up = toDouble(state.up);
-  const double down = toDouble(state.down);
+  const double up = toDouble(level.up);
+  const double down = toDouble(level.down);
   const double reach = std::sqrt(std::max(0.0, cap - before) / toDouble(level.inverseNorm)) / step;
-  const double centre = -toDouble(state.base) / step;
+  const double centre = -toDouble(level.base) / step;
   constexpr double MOST = 1000;
   const double width = std::min(reach, MOST);
   for (double lambda = std::ceil(centre - width); lambda <= centre + width; ++lambda) {
     const double w = weight(lambda);
     sum += w;
-    if ((lambda >= up && !state.closedUp) || (lambda <= down && !state.closedDown)) open += w;
+    if ((lambda >= up && !level.closedUp) || (lambda <= down && !level.closedDown)) open += w;
   }
   const double chosen = weight(toDouble(lambda_[t]));
   chosenPart = sum > 0 ? std::min(1.0, chosen / sum) : 0;
@@ -277,7 +279,7 @@ double Walk<R>::share() const {
   double left = 0;
   double part = 1;
   // Deeper down is too little to be seen.
-  for (std::size_t t = k_; t-- > level_ && part > 1e-9;) {
+  for (std::size_t t = k_; t-- > data_.level && part > 1e-9;) {
     double chosen = 0;
     left += part * openPart(t, chosen);
     part *= chosen;
@@ -289,15 +291,15 @@ template <class R>
 bool Walk<R>::split(Piece& other) {
   // Subtrees of a few levels are searched sooner than they are handed over.
   constexpr std::size_t LEAST_LEVELS = 4;
-  for (std::size_t t = k_; t-- > level_ + 1 && t >= LEAST_LEVELS;) {
-    if (!states_[t].isOpen()) continue;
+  for (std::size_t t = k_; t-- > data_.level + 1 && t >= LEAST_LEVELS;) {
+    if (!levels_[t].isOpen()) continue;
     other.clear();
     for (std::size_t s = k_; s-- > t;) {
       other.push_back(choiceAt(s));
       if (s > t) other.back().closedUp = other.back().closedDown = true;
     }
     other.back().chosen = 0;
-    states_[t].closedUp = states_[t].closedDown = true;
+    levels_[t].closedUp = levels_[t].closedDown = true;
     return true;
   }
   return false;
@@ -308,16 +310,17 @@ template <class R>
 bool Walk<R>::follow(const std::vector<R>& choices) {
   std::size_t t = k_;
   for (const R& choice : choices) {
-    enter(--t);
+    enter(data_, --t);
     lambda_[t] = choice;
-    if (!choose(t, true)) return false;
+    if (!choose(data_, t, true)) return false;
   }
-  enter(t - 1);
+  enter(data_, t - 1);
   return true;
 }
 
 template <class R>
 double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
+  data_.level = k_;
   if (!enterRoot()) return 0;
   double nodes = 0;
   double each = 1;
@@ -326,9 +329,9 @@ double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
     std::vector<std::vector<R>> children;
     for (const std::vector<R>& parent : parents) {
       if (!follow(parent)) continue;
-      while (states_[t].isOpen()) {
+      while (levels_[t].isOpen()) {
         nodes += each;
-        if (!step(t)) continue;
+        if (!step(data_, t)) continue;
         children.push_back(parent);
         children.back().push_back(lambda_[t]);
       }
@@ -341,15 +344,14 @@ double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
     }
     parents = std::move(children);
   }
-  level_ = k_;
   return nodes;
 }
 
 template <class R>
 unsigned long Walk<R>::takeNodes() {
-  const unsigned long nodes = nodes_ + sinceLook_;
+  const unsigned long nodes = nodes_ + data_.sinceLook;
   nodes_ = 0;
-  sinceLook_ = 0;
+  data_.sinceLook = 0;
   return nodes;
 }
 

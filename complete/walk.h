@@ -9,39 +9,39 @@
 
 namespace latbox::complete {
 
+// Of a coordinate whose range has shrunk since the tables were made: the ends in the cube.
+struct ShrunkRange {
+  std::size_t coordinate;
+  Rational high;
+  Rational low;
+};
+
 template <class R>
 class Walk {
  public:
-  // What makes a walk pause.
-  enum class Pause {
-    // All candidates are chosen: the point of lambda() keeps all cuts.
-    LEAF,
-    // Some thousand candidates were looked at.
-    LOOK,
-    // Nothing is left.
-    END
-  };
-
-  // Of a coordinate whose range has shrunk since the tables were made: the ends in the cube.
-  struct Shrunk {
-    std::size_t coordinate;
-    R high;
-    R low;
-  };
-
   // The tables must outlive the walk. `caps`, one a level and one behind them, refute candidates whose value
   // exceeds them, points or not; empty: none does.
-  explicit Walk(const CutTables<R>& tables, std::vector<double> caps = {});
+  explicit Walk(const CutTables<R>& tables, const std::vector<double>& caps = {});
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
 
   void start(const Piece& piece);
-  Pause next();
+  // To the next pause.
+  WalkPause next();
+  // What is chosen: of all levels at a leaf, of those above level() at a node. Zeros follow.
   const std::vector<R>& lambda() const { return lambda_; }
+  std::size_t level() const { return data_.level; }
+
+  // Whether the walk pauses where this level is entered.
+  void pauseAt(std::size_t t, bool pauses);
+  // Of the level that was entered: no candidate beyond these is a point's.
+  void narrow(const R& lowest, const R& highest);
 
   // Takes narrower ranges into the cuts: only what is behind them is excluded, so that the walk goes on where
   // it is.
-  void shrink(std::vector<Shrunk> ends);
+  void shrink(const std::vector<ShrunkRange>& ranges);
 
-  // What next() has yet to look at. The walk may go on.
+  // What next() has yet to look at, unless it has come to the end. The walk may go on.
   Piece rest() const;
   // The share of the tree that rest() is, estimated.
   double share() const;
@@ -58,54 +58,27 @@ class Walk {
   unsigned long takeNodes();
 
  private:
-  struct State {
-    // The next candidates on both sides of the centre, and which sides are closed.
-    R up{};
-    R down{};
-    bool closedUp = true;
-    bool closedDown = true;
-    // g u at lambda = 0, as far as it is known, and where it is 0.
-    R base{};
-    R centre{};
-    // The cut: the vector W and its product with the point.
-    Weights<R> w;
-    R value{};
-    bool isOpen() const { return !closedUp || !closedDown; }
-  };
-
-  // Greatest and least g u in what the ranges leave of the cube, the least negated.
-  struct Limit {
-    R most;
-    R least;
-  };
-
-  static constexpr unsigned long BETWEEN_LOOKS = 4096;
+  using Level = WalkLevel<R, Weight<R>>;
 
   bool enterRoot();
-  void enter(std::size_t t);
+  void setRanges();
   void resume(std::size_t t, const Choice& choice, bool hasChosen);
-  bool step(std::size_t t);
-  bool choose(std::size_t t, bool up);
-  void refute(State& state, bool up, const R& product) const;
-  R most(const Weights<R>& w, const R& size) const;
   Choice choiceAt(std::size_t t) const;
   double openPart(std::size_t t, double& chosenPart) const;
   bool follow(const std::vector<R>& choices);
 
   const CutTables<R>& tables_;
   std::size_t k_;
-  std::vector<R> caps_;
-  std::vector<State> states_;
-  // What is chosen at each level.
+  std::vector<Level> levels_;
+  // With zeros behind.
   std::vector<R> lambda_;
-  std::vector<Limit> limits_;
-  std::vector<Shrunk> shrunk_;
-  // Where the next candidate is taken; k: nothing is left.
-  std::size_t level_ = 0;
+  // The W of all levels, one behind the other.
+  Weights<R> weights_;
+  std::vector<ShrunkEnds<R>> shrunk_;
+  WalkData<R, Weight<R>> data_;
   // A lattice of rank 0 has one leaf.
   bool leafLeft_ = false;
   unsigned long nodes_ = 0;
-  unsigned long sinceLook_ = 0;
 };
 
 }  // namespace latbox::complete
