@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "complete/elimination.h"
-#include "complete/kernel.h"
+#include "complete/equations.h"
 #include "complete/presolve.h"
 #include "complete/reduction.h"
 
@@ -23,7 +23,7 @@ class Builder {
     do {
       lattice_ = {};
       if (!tighten(p_)) return std::nullopt;
-      listCoordinates();
+      listFixed();
       if (!solveEquations()) return std::nullopt;
       addRows();
       if (!useResidues()) return std::nullopt;
@@ -34,39 +34,21 @@ class Builder {
   }
 
  private:
-  void listCoordinates() {
+  void listFixed() {
     lattice_.fixed.resize(p_.box.size());
     for (std::size_t j = 0; j < p_.box.size(); ++j)
-      if (p_.box[j].isFixed())
-        lattice_.fixed[j] = *p_.box[j].low;
-      else
-        lattice_.variables.push_back(j);
+      if (p_.box[j].isFixed()) lattice_.fixed[j] = *p_.box[j].low;
   }
 
-  IntegerVector free(const Row& row) const {
-    IntegerVector part;
-    for (const std::size_t j : lattice_.variables) part.push_back(row.a[j]);
-    return part;
-  }
+  IntegerVector free(const Row& row) const { return partOf(row.a, lattice_.variables); }
 
   bool solveEquations() {
-    IntegerMatrix rows;
-    IntegerVector sides;
-    for (const Row& row : p_.rows)
-      if (row.range.isFixed()) {
-        rows.push_back(free(row));
-        sides.push_back(*row.range.low);
-      }
-    const auto independent = independentRows(rows, sides);
-    if (!independent) return false;
-    equations_.clear();
-    IntegerVector side;
-    for (const std::size_t i : *independent) {
-      equations_.push_back(rows[i]);
-      side.push_back(sides[i]);
-    }
-    auto solutions = wholeSolutions(equations_, side, lattice_.variables.size());
+    auto equations = equationsOf(p_);
+    if (!equations) return false;
+    auto solutions = equations->solutions();
     if (!solutions) return false;
+    equations_ = std::move(equations->rows);
+    lattice_.variables = std::move(equations->variables);
     lattice_.point = std::move(solutions->point);
     lattice_.basis = std::move(solutions->basis);
     return true;

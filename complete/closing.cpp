@@ -1,5 +1,6 @@
 #include "complete/closing.h"
 
+#include "complete/equations.h"
 #include "complete/linear_program.h"
 #include "complete/opt_reader.h"
 
@@ -15,6 +16,8 @@ std::vector<std::size_t> openVariables(const IntegerProgram& program) {
 bool closeByRows(IntegerProgram& program) {
   const std::vector<std::size_t> open = openVariables(program);
   if (open.empty()) return true;
+  const auto equations = equationsOf(program);
+  if (!equations || !equations->solutions()) return false;
   LinearProgram relaxation(program);
   if (!relaxation.isFeasible()) return false;
   for (const std::size_t j : open) {
