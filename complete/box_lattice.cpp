@@ -4,6 +4,7 @@
 
 #include "complete/elimination.h"
 #include "complete/equations.h"
+#include "complete/linear_bounds.h"
 #include "complete/presolve.h"
 #include "complete/reduction.h"
 
@@ -22,7 +23,7 @@ class Builder {
   std::optional<BoxLattice> result() {
     do {
       lattice_ = {};
-      if (!tighten(p_)) return std::nullopt;
+      if (!tighten(p_) || !narrowByRelaxation(p_)) return std::nullopt;
       listFixed();
       if (!solveEquations()) return std::nullopt;
       addRows();
@@ -54,17 +55,16 @@ class Builder {
     return true;
   }
 
-  // The values of inequations become coordinates; an open side is closed by what the variables can reach.
+  // The values of inequations become coordinates.
   void addRows() {
     rowIndices_.clear();
     const IntegerVector point = lattice_.point;
     const IntegerMatrix basis = lattice_.basis;
     for (const std::size_t j : lattice_.variables) addRange(p_.box[j]);
     for (std::size_t i = 0; i < p_.rows.size(); ++i) {
-      Row& row = p_.rows[i];
+      const Row& row = p_.rows[i];
       if (row.range.isFixed()) continue;
       const IntegerVector a = free(row);
-      close(row.range, a);
       rowIndices_.push_back(i);
       addRange(row.range);
       lattice_.point.push_back(innerProduct(a, point));
@@ -75,18 +75,6 @@ class Builder {
   void addRange(const Range& range) {
     lattice_.low.push_back(*range.low);
     lattice_.high.push_back(*range.high);
-  }
-
-  void close(Range& range, const IntegerVector& a) const {
-    Integer least = 0;
-    Integer most = 0;
-    for (std::size_t k = 0; k < a.size(); ++k) {
-      const Range& box = p_.box[lattice_.variables[k]];
-      least += a[k] * (a[k] > 0 ? *box.low : *box.high);
-      most += a[k] * (a[k] > 0 ? *box.high : *box.low);
-    }
-    if (!range.low || *range.low < least) range.low = least;
-    if (!range.high || *range.high > most) range.high = most;
   }
 
   void listEquations() {
