@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "complete/elimination.h"
-#include "complete/kernel.h"
+#include "complete/equations.h"
+#include "complete/linear_bounds.h"
 #include "complete/presolve.h"
 #include "complete/reduction.h"
 
@@ -20,8 +21,8 @@ class Builder {
   std::optional<BoxLattice> result() {
     do {
       lattice_ = {};
-      if (!tighten(p_)) return std::nullopt;
-      listCoordinates();
+      if (!tighten(p_) || !narrowByRelaxation(p_)) return std::nullopt;
+      listFixed();
       if (!solveEquations()) return std::nullopt;
       addRows();
       if (!useResidues()) return std::nullopt;
@@ -32,55 +33,36 @@ class Builder {
   }
 
  private:
-  void listCoordinates() {
+  void listFixed() {
     lattice_.fixed.resize(p_.box.size());
     for (std::size_t j = 0; j < p_.box.size(); ++j)
-      if (p_.box[j].isFixed())
-        lattice_.fixed[j] = *p_.box[j].low;
-      else
-        lattice_.variables.push_back(j);
+      if (p_.box[j].isFixed()) lattice_.fixed[j] = *p_.box[j].low;
   }
 
-  IntegerVector free(const Row& row) const {
-    IntegerVector part;
-    for (const std::size_t j : lattice_.variables) part.push_back(row.a[j]);
-    return part;
-  }
+  IntegerVector free(const Row& row) const { return partOf(row.a, lattice_.variables); }
 
   bool solveEquations() {
-    IntegerMatrix rows;
-    IntegerVector sides;
-    for (const Row& row : p_.rows)
-      if (row.range.isFixed()) {
-        rows.push_back(free(row));
-        sides.push_back(*row.range.low);
-      }
-    const auto independent = independentRows(rows, sides);
-    if (!independent) return false;
-    equations_.clear();
-    IntegerVector side;
-    for (const std::size_t i : *independent) {
-      equations_.push_back(rows[i]);
-      side.push_back(sides[i]);
-    }
-    auto solutions = wholeSolutions(equations_, side, lattice_.variables.size());
+    auto equations = equationsOf(p_);
+    if (!equations) return false;
+    auto solutions = equations->solutions();
     if (!solutions) return false;
+    equations_ = std::move(equations->rows);
+    lattice_.variables = std::move(equations->variables);
     lattice_.point = std::move(solutions->point);
     lattice_.basis = std::move(solutions->basis);
     return true;
   }
 
-  // The values of inequations become coordinates; an open side is closed by what the variables can reach.
+  // The values of inequations become coordinates.
   void addRows() {
     rowIndices_.clear();
     const IntegerVector point = lattice_.point;
     const IntegerMatrix basis = lattice_.basis;
     for (const std::size_t j : lattice_.variables) addRange(p_.box[j]);
     for (std::size_t i = 0; i < p_.rows.size(); ++i) {
-      Row& row = p_.rows[i];
+      const Row& row = p_.rows[i];
       if (row.range.isFixed()) continue;
       const IntegerVector a = free(row);
-      close(row.range, a);
       rowIndices_.push_back(i);
       addRange(row.range);
       lattice_.point.push_back(innerProduct(a, point));
@@ -91,18 +73,6 @@ class Builder {
   void addRange(const Range& range) {
     lattice_.low.push_back(*range.low);
     lattice_.high.push_back(*range.high);
-  }
-
-  void close(Range& range, const IntegerVector& a) const {
-    Integer least = 0;
-    Integer most = 0;
-    for (std::size_t k = 0; k < a.size(); ++k) {
-      const Range& box = p_.box[lattice_.variables[k]];
-      least += a[k] * (a[k] > 0 ? *box.low : *box.high);
-      most += a[k] * (a[k] > 0 ? *box.high : *box.low);
-    }
-    if (!range.low || *range.low < least) range.low = least;
-    if (!range.high || *range.high > most) range.high = most;
   }
 
   void listEquations() {

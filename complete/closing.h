@@ -9,7 +9,8 @@ namespace latbox::complete {
 std::vector<std::size_t> openVariables(const IntegerProgram& program);
 
 // Gives open sides of variables the bounds that the rows imply over the rationals. Does nothing where nothing
-// is open. False: there is no rational point, by proof.
+// is open. False: there is no rational point, or the equations that all rational points keep have no whole
+// solution, by proof. Requires a program as tighten leaves it.
 bool closeByRows(IntegerProgram& program);
 
 // Throws BadInput, naming the variables that need a bound, if there are any.

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "complete/elimination.h"
-#include "complete/linear_program.h"
 #include "support.h"
 
 namespace latbox::complete {
@@ -60,25 +59,6 @@ TEST(IsSameKernel, TellsASublatticeApart) {
   EXPECT_TRUE(isSameKernel(equations, basis, {vectorOf({1, 0, -1}), vectorOf({0, 1, -1})}));
   EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({2, -2, 0}), vectorOf({0, 1, -1})}));
   EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({1, 0, 0}), vectorOf({0, 1, -1})}));
-}
-
-TEST(LinearProgramTest, FindsTheGreatestValue) {
-  using testing::rowOf;
-  const IntegerProgram program{{Range{}, Range{}}, {rowOf({1, 2}, std::nullopt, 4), rowOf({3, -1}, 0, 5)}};
-  LinearProgram relaxation(program);
-  ASSERT_TRUE(relaxation.isFeasible());
-  const LinearOptimum most = relaxation.greatest(0, 1);
-  EXPECT_EQ(most.kind, LinearOptimum::OPTIMAL);
-  EXPECT_EQ(most.value, 2);
-  EXPECT_EQ(relaxation.greatest(1, 1).value, Rational(12, 7));
-  EXPECT_EQ(relaxation.greatest(1, -1).kind, LinearOptimum::UNBOUNDED);
-}
-
-TEST(LinearProgramTest, FindsInfeasibility) {
-  using testing::rowOf;
-  const IntegerProgram program{{Range{}, Range{}},
-                               {rowOf({2, -2}, 1, std::nullopt), rowOf({1, -1}, std::nullopt, 0)}};
-  EXPECT_FALSE(LinearProgram(program).isFeasible());
 }
 
 }  // namespace

@@ -169,6 +169,11 @@ class BoundsTest(Case):
         text = opt(au=[[1, -1], [1, -1]], lu=["-inf", 4], ru=[3, "inf"], rx=["inf", "inf"])
         self.assert_verdict(self.run_all(text), "none", 20)
         self.assert_verdict(self.run_all(opt(ag=[[4, 6]], bg=[7], lx=["-inf"] * 2, rx=["inf"] * 2)), "none", 20)
+        # Each equation has whole solutions; the sum of both is even on the left.
+        both = dict(ag=[[1, 1, 2], [1, -1, 4]], bg=[0, 1], lx=["-inf"] * 3, rx=["inf"] * 3)
+        self.assert_verdict(self.run_all(opt(**both)), "none", 20)
+        for options in (["--first=1"], ["--ties=1"], ["--all=1"], []):
+            self.assert_verdict(self.run_all(opt(dt=["-inf"], at=[[1, 1, 0]], **both), *options), "none", 20)
 
 
 class OptionsTest(Case):
