@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
 #include "complete/options.h"
 #include "complete/points_file.h"
@@ -70,6 +71,7 @@ class Run {
         results_(program_, options.count ? "" : outputPath(options), options.text) {}
 
   int result() {
+    control_.threads = threads();
     const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
     const Outcome outcome = solve(program_, task(), results_, control_);
     if (!results_.close()) waitForEnd();
@@ -78,6 +80,12 @@ class Run {
 
  private:
   bool listsAll() const { return options_.all || program_.targets.empty(); }
+
+  unsigned threads() const {
+    constexpr unsigned long MOST = 1024;
+    if (options_.threads != 0) return static_cast<unsigned>(std::min(options_.threads, MOST));
+    return std::max(1u, std::thread::hardware_concurrency());
+  }
 
   Task task() const { return {options_.all, options_.ties, options_.first, options_.limit}; }
 
