@@ -56,7 +56,8 @@ class PointWalk : public PieceWalk {
       ++shared_.version;
       heedLimit();
     }
-    return next != Next::STOP;
+    if (next == Next::REFUSED) walk_.takeBack();
+    return next != Next::STOP && next != Next::REFUSED;
   }
 
   // Takes the limit of the target norm into the ranges of its rows, and these into the cuts.

@@ -14,10 +14,12 @@ enum class Next {
   GO_ON,
   // The rows of targets have new bounds: limit() tells them.
   LIMIT,
-  STOP
+  STOP,
+  // As STOP, and the point was not taken: whoever goes on meets it again.
+  REFUSED
 };
 
-// Called by several threads at once.
+// visit() and limit() are called by several threads at once, the others while none of them is.
 class Visitor {
  public:
   virtual ~Visitor() = default;
@@ -25,6 +27,10 @@ class Visitor {
   virtual Next visit(const IntegerVector& z) = 0;
   // The bound of the target norm that all further points must keep, in the units of Row.
   virtual Integer limit() const = 0;
+  // The point that it holds, if it does. With that, visit() brings another visitor to where this one is.
+  virtual std::optional<IntegerVector> held() const { return std::nullopt; }
+  // It has had enough for this run, and what is left of the search may be wanted by another.
+  virtual bool isInterrupted() const { return false; }
 };
 
 struct SearchControl {

@@ -229,6 +229,23 @@ WalkPause Walk<R>::next() {
   return pause;
 }
 
+// The candidates that were looked at lie between the next ones, so that the last one is beside one of them.
+template <class R>
+void Walk<R>::takeBack() {
+  if (k_ == 0) {
+    leafLeft_ = true;
+    return;
+  }
+  Level& level = levels_[0];
+  if (lambda_[0] == level.up - 1) {
+    level.up -= 1;
+    level.closedUp = false;
+  } else {
+    level.down += 1;
+    level.closedDown = false;
+  }
+}
+
 template <class R>
 Choice Walk<R>::choiceAt(std::size_t t) const {
   const Level& level = levels_[t];

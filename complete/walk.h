@@ -32,6 +32,9 @@ class Walk {
   const std::vector<R>& lambda() const { return lambda_; }
   std::size_t level() const { return data_.level; }
 
+  // At a leaf: it is one of the open candidates again.
+  void takeBack();
+
   // Whether the walk pauses where this level is entered.
   void pauseAt(std::size_t t, bool pauses);
   // Of the level that was entered: no candidate beyond these is a point's.

@@ -172,13 +172,13 @@ class Crew {
     changed_.notify_all();
   }
 
-  // Whether all was walked through; else what is left is told.
+  // Whether all was walked through.
   bool finish() {
     if (queue_.empty() && !stopped_) {
       control_.done = 1;
       return true;
     }
-    if (control_.keep) control_.keep({{queue_.begin(), queue_.end()}, share_});
+    control_.left = {{queue_.begin(), queue_.end()}, share_};
     return false;
   }
 
