@@ -36,6 +36,19 @@ struct Options {
 // that is none, options that exclude each other, and any number of files but one.
 Options parseOptions(const std::vector<std::string>& arguments);
 
-const char* helpText();
+// An option as the usage, the manual page and the completion tell it.
+struct OptionHelp {
+  const char* name;
+  // What may stand behind "=": a switch shows the value that is not its default, others a name in capitals.
+  // Empty: the option may stand alone.
+  const char* value;
+  // A sentence.
+  const char* text;
+};
+
+// Every option that is taken, and no other.
+std::vector<OptionHelp> optionHelp();
+
+std::string helpText();
 
 }  // namespace latbox::complete
