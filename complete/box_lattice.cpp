@@ -169,9 +169,7 @@ class Reducer {
     reduceBlocks(rows, blockSize);
     for (IntegerVector& row : rows)
       for (std::size_t j = 0; j < row.size(); ++j) divideBack(row[j], multipliers[j]);
-    if (!isSameKernel(lattice_.equations, lattice_.basis, rows))
-      throw ReductionFailure("the reduced basis is another lattice's");
-    lattice_.basis = std::move(rows);
+    if (!takeBasis(lattice_, rows)) throw ReductionFailure("the reduced basis is another lattice's");
   }
 
  private:
@@ -201,6 +199,14 @@ IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
   IntegerVector z = fixed;
   for (std::size_t j = 0; j < variables.size(); ++j) z[variables[j]] = v[j];
   return z;
+}
+
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
+    if (row.size() != lattice.coordinates()) return false;
+  if (!isSameKernel(lattice.equations, lattice.basis, rows)) return false;
+  lattice.basis = rows;
+  return true;
 }
 
 void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed) {

@@ -35,6 +35,9 @@ struct BoxLattice {
 // others it is scrambled before. Throws ReductionFailure.
 void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed);
 
+// False, and the lattice stays as it is: the rows are no basis of it.
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows);
+
 // The lattice of a program, its basis reduced in small blocks. Nothing: the program has no point, by proof.
 // Requires finite ranges of all variables. Throws ReductionFailure.
 std::optional<BoxLattice> boxLatticeOf(IntegerProgram program);

@@ -25,9 +25,14 @@ void write(std::ostream& out, const std::optional<IntegerVector>& point) {
 }
 
 void write(std::ostream& out, const OpenSearch& open) {
-  out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes << ' '
-      << open.frontier.share;
+  out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes
+      << ' ' << open.frontier.share;
   write(out, open.point);
+  for (const IntegerVector& row : open.basis) {
+    out << "row";
+    for (const Integer& value : row) out << ' ' << value;
+    out << '\n';
+  }
   for (const Piece& piece : open.frontier.pieces) {
     out << "piece " << piece.size();
     for (const Choice& choice : piece)
@@ -54,6 +59,12 @@ class Words {
     if (word == "-") return std::nullopt;
     IntegerVector values;
     for (unsigned long size = std::stoul(word); size > 0; --size) values.push_back(next<Integer>());
+    return values;
+  }
+
+  IntegerVector all() {
+    IntegerVector values;
+    for (Integer value; in_ >> value;) values.push_back(value);
     return values;
   }
 
@@ -121,6 +132,8 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
     checkpoint.searches.push_back(std::move(record));
   } else if (name == "open") {
     checkpoint.open = openOf(words);
+  } else if (name == "row" && checkpoint.open) {
+    checkpoint.open->basis.push_back(words.all());
   } else if (name == "piece" && checkpoint.open) {
     checkpoint.open->frontier.pieces.push_back(pieceOf(words));
   } else if (name == "verdict") {
@@ -159,7 +172,8 @@ std::string textOf(const Checkpoint& checkpoint) {
     write(out, record.point);
   }
   if (checkpoint.open) write(out, *checkpoint.open);
-  if (!checkpoint.verdict.empty()) out << "verdict " << checkpoint.status << ' ' << checkpoint.verdict << '\n';
+  if (!checkpoint.verdict.empty())
+    out << "verdict " << checkpoint.status << ' ' << checkpoint.verdict << '\n';
   const std::string text = out.str();
   return text + "end " + digestOf(text) + "\n";
 }
@@ -168,7 +182,8 @@ Checkpoint parseCheckpoint(std::string_view text) {
   const std::size_t last = text.rfind("\nend ");
   if (last == std::string_view::npos) throw BadCheckpoint("its last line is missing");
   const std::string_view body = text.substr(0, last + 1);
-  if (text.substr(last + 1) != "end " + digestOf(body) + "\n") throw BadCheckpoint("its digest is another one");
+  if (text.substr(last + 1) != "end " + digestOf(body) + "\n")
+    throw BadCheckpoint("its digest is another one");
   std::istringstream lines{std::string(body)};
   std::string line;
   if (!std::getline(lines, line) || line != HEAD) throw BadCheckpoint("its first line is another one");
@@ -183,7 +198,8 @@ void writeCheckpoint(const std::string& path, const Checkpoint& checkpoint, bool
   std::ofstream file(next, std::ios::binary | std::ios::trunc);
   file << textOf(checkpoint);
   file.close();
-  if (!file.good()) throw WriteFailure(next + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
+  if (!file.good())
+    throw WriteFailure(next + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
   if (surely) synchronise(next);
   std::error_code error;
   std::filesystem::rename(next, path, error);

@@ -46,8 +46,9 @@ struct FileState {
 
 struct OpenSearch {
   std::string key;
-  // Of the lattice that the pieces belong to.
+  // Of the lattice that the pieces belong to, and its basis, which may have taken long to make.
   std::string lattice;
+  IntegerMatrix basis;
   FileState begin;
   std::optional<IntegerVector> point;
   Frontier frontier;

@@ -20,7 +20,7 @@ void write(std::ostream& out, const IntegerMatrix& rows) {
   }
 }
 
-std::string digestOf(const BoxLattice& lattice) {
+std::string keyOf(const BoxLattice& lattice) {
   std::ostringstream out;
   write(out, {lattice.fixed, lattice.point, lattice.low, lattice.high});
   write(out, lattice.basis);
@@ -45,28 +45,27 @@ Journal::Journal(SearchControl& control, Keeping keeping, Checkpoint past)
       searches_(std::move(past.searches)),
       past_(std::move(past.open)) {}
 
-std::optional<bool> Journal::searchThrough(const std::string& key,
-                                           const std::function<std::optional<BoxLattice>()>& prepare,
-                                           Visitor& visitor, const std::vector<double>& caps) {
+std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
+                                           const std::vector<double>& caps) {
   if (const SearchRecord* record = recorded(key)) {
     if (record->point) visitor.visit(*record->point);
     if (record->end == SearchEnd::EMPTY) return std::nullopt;
     return record->end == SearchEnd::COMPLETE;
   }
   beLive();
-  auto lattice = prepare();
+  auto lattice = prepare(past_ && past_->key == key ? past_->basis : IntegerMatrix());
   if (!lattice) {
     past_.reset();
     record(key, SearchEnd::EMPTY, visitor);
     return std::nullopt;
   }
-  OpenSearch open{key, digestOf(*lattice), keeping_.fileState(), visitor.held(), {}};
+  OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), visitor.held(), {}};
   std::vector<Piece> pieces = takeOpen(open, visitor);
   return searchLive(std::move(open), *lattice, visitor, caps, std::move(pieces));
 }
 
-// The next record, if it is of this search. A run that goes another way than the one before, say after a change
-// of a library, has nothing more to take.
+// The next record, if it is of this search. A run that goes another way than the one before, say after a
+// change of a library, has nothing more to take.
 const SearchRecord* Journal::recorded(const std::string& key) {
   if (live_ || taken_ == searches_.size()) return nullptr;
   if (searches_[taken_].key != key) {
@@ -111,6 +110,8 @@ std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Vi
     open_->point = visitor.held();
     save();
   };
+  if (!saved_) save();
+  saved_ = true;
   const bool complete = search(lattice, visitor, control_, {std::move(pieces), caps});
   control_.keep = nullptr;
   if (!complete && (control_.stop || visitor.isInterrupted())) {

@@ -23,11 +23,13 @@ class Journal {
   // Goes on from `past`, whose identity is this run's. Both outlive the journal.
   Journal(SearchControl& control, Keeping keeping, Checkpoint past = {});
 
-  // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing: there
-  // is no lattice. Else as search().
-  std::optional<bool> searchThrough(const std::string& key,
-                                    const std::function<std::optional<BoxLattice>()>& prepare,
-                                    Visitor& visitor, const std::vector<double>& caps = {});
+  // Makes the lattice of a search, with this basis if it is one of it; an empty one is none.
+  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& basis)>;
+
+  // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing:
+  // there is no lattice. Else as search().
+  std::optional<bool> searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
+                                    const std::vector<double>& caps = {});
 
   SearchControl& control() { return control_; }
   // With what is known of the present search.
@@ -50,6 +52,7 @@ class Journal {
   std::optional<OpenSearch> past_;
   std::optional<OpenSearch> open_;
   bool live_ = false;
+  bool saved_ = false;
 };
 
 // What a program is, as the key of its search.

@@ -12,7 +12,7 @@ namespace latbox::complete {
 namespace {
 
 // Room for the longest form of an option in the usage, and blanks behind it.
-constexpr int WIDEST = 17;
+constexpr int WIDEST = 22;
 
 [[noreturn]] void refuseValue(const std::string& key, const std::string& value, const char* wanted) {
   throw BadInput("--" + key + "=" + value + ": " + wanted + " is wanted");
@@ -59,11 +59,6 @@ Key key(const OptionHelp& help, Value Options::*member,
           [=](Options& options, const std::string& value) { options.*member = parse(help.name, value); }};
 }
 
-// A run begins anew: to go on from an earlier one is asked for in vain.
-void takeResume(Options&, const std::string& value) {
-  if (switchOf("resume", value)) throw BadInput("--resume=1: not available in this version");
-}
-
 // The order is that of the usage and of the manual page.
 const std::vector<Key>& keys() {
   static const std::vector<Key> table = {
@@ -80,7 +75,10 @@ const std::vector<Key>& keys() {
           &Options::threads, countOf),
       key({"seed", "N", "Where the random bases of --first=1 begin; what is proven does not depend on it."},
           &Options::seed, countOf),
-      {{"resume", "0", "Begin anew, and do not go on from the checkpoint of the same command."}, takeResume},
+      key({"resume", "0", "Begin anew, and do not go on from the checkpoint of the same command."},
+          &Options::resume, switchOf),
+      key({"checkpoint", "SECONDS", "Write a checkpoint each so many seconds of the clock; 60 unless given."},
+          &Options::checkpoint, secondsOf),
       key({"quiet", "1", "No lines of progress on standard error."}, &Options::quiet, switchOf),
       key({"help", "", "Show this text."}, &Options::help, switchOf),
       key({"version", "", "Show the version."}, &Options::version, switchOf),

@@ -26,10 +26,11 @@ int blockFor(double nodes) {
 
 }  // namespace
 
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program) {
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
   auto lattice = boxLatticeOf(program);
   if (!lattice) return std::nullopt;
   Prepared best{std::move(*lattice), 0};
+  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
   double spent = 0;

@@ -16,8 +16,8 @@ struct Prepared {
   double nodes = 0;
 };
 
-// Nothing: the program has no point, by proof. Requires finite ranges of all variables. Throws
-// ReductionFailure.
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program);
+// Nothing: the program has no point, by proof. A basis that was made before and is one of the lattice is
+// taken as it is, its search not estimated. Requires finite ranges of all variables. Throws ReductionFailure.
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis = {});
 
 }  // namespace latbox::complete

@@ -10,6 +10,7 @@ Results::Results(const Program& program, std::string path, std::string parameter
     : program_(program), path_(std::move(path)), parameters_(std::move(parameters)) {}
 
 void Results::open() {
+  begun_ = true;
   if (!path_.empty() && !file_) file_.emplace(path_);
 }
 

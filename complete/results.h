@@ -18,6 +18,7 @@ class Results : public Finds {
   Results(const Program& program, std::string path, std::string parameters);
 
   void begin() override;
+  bool hasBegun() const { return begun_; }
   void list(const Point& x, const Norms& norms) override;
   void replace(const Point& x, const Norms& norms) override;
   unsigned long count() const override;
@@ -61,6 +62,7 @@ class Results : public Finds {
   bool known_ = false;
   bool single_ = false;
   std::string replaced_;
+  bool begun_ = false;
   bool closed_ = false;
 };
 

@@ -41,10 +41,12 @@ struct SearchControl {
   // The share of the present search that is done, estimated; below 0: not known.
   std::atomic<double> done = -1;
   unsigned threads = 1;
-  // Is given what is left each `keepEvery` seconds, and when a search ends without being complete; all
-  // threads stand still meanwhile, so that what was visited is exactly what is not left.
+  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was visited
+  // is exactly what is not left.
   std::function<void(const Frontier&)> keep;
   double keepEvery = 60;
+  // Of a search that has ended without being complete.
+  Frontier left;
 };
 
 struct SearchSettings {

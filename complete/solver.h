@@ -3,7 +3,7 @@
 
 #include "complete/integer_program.h"
 #include "complete/objective.h"
-#include "complete/search.h"
+#include "complete/journal.h"
 
 namespace latbox::complete {
 
@@ -36,6 +36,6 @@ enum class Outcome { COMPLETE, NONE, STOPPED };
 
 // Throws BadInput if variables need bounds, ReductionFailure, std::logic_error if a point fails the
 // verification.
-Outcome solve(const Program& program, const Task& task, Finds& finds, SearchControl& control);
+Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal);
 
 }  // namespace latbox::complete
