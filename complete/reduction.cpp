@@ -42,8 +42,12 @@ void reduceBlocks(IntegerMatrix& rows, int blockSize) {
   if (rows.size() < 3) return;
   FplllMatrix matrix = toFplll(rows);
   const int block = std::min(blockSize, static_cast<int>(rows.size()));
-  if (fplll::bkz_reduction(matrix, block, fplll::BKZ_AUTO_ABORT, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS)
-    fromFplll(matrix, rows);
+  try {
+    if (fplll::bkz_reduction(matrix, block, fplll::BKZ_AUTO_ABORT, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS)
+      fromFplll(matrix, rows);
+  } catch (const std::runtime_error&) {
+    // Its own LLL, in double, gives up where lengths differ by too many digits.
+  }
 }
 
 }  // namespace latbox::complete
