@@ -48,7 +48,12 @@ bool reduceIn(FplllMatrix& matrix, int block, int flags) {
   const bool pruned = block > FIRST_BLOCK && strategies().size() > static_cast<std::size_t>(block);
   fplll::BKZParam parameters(block, pruned ? strategies() : none);
   parameters.flags = flags;
-  return fplll::bkz_reduction(&matrix, nullptr, parameters, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS;
+  try {
+    return fplll::bkz_reduction(&matrix, nullptr, parameters, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS;
+  } catch (const std::runtime_error&) {
+    // Its own LLL, in double, gives up where lengths differ by too many digits.
+    return false;
+  }
 }
 
 }  // namespace
@@ -67,13 +72,15 @@ void reduceBlocks(IntegerMatrix& rows, int blockSize) {
   if (rows.size() < 3) return;
   FplllMatrix matrix = toFplll(rows);
   const int most = std::min(blockSize, static_cast<int>(rows.size()));
-  bool well = true;
-  for (int block = std::min(FIRST_BLOCK, most); well && block <= most; block += BLOCK_STEP)
-    well = reduceIn(matrix, block, fplll::BKZ_AUTO_ABORT);
+  std::vector<std::pair<int, int>> rounds;
+  for (int block = std::min(FIRST_BLOCK, most); block <= most; block += BLOCK_STEP)
+    rounds.emplace_back(block, fplll::BKZ_AUTO_ABORT);
   // The walk begins at the last vectors: they are worth as much as the first ones.
-  if (well)
-    well = reduceIn(matrix, std::min(FIRST_BLOCK, most), fplll::BKZ_SD_VARIANT | fplll::BKZ_AUTO_ABORT);
-  if (well) fromFplll(matrix, rows);
+  rounds.emplace_back(std::min(FIRST_BLOCK, most), fplll::BKZ_SD_VARIANT | fplll::BKZ_AUTO_ABORT);
+  for (const auto& [block, flags] : rounds) {
+    if (!reduceIn(matrix, block, flags)) return;
+    fromFplll(matrix, rows);
+  }
 }
 
 void scramble(IntegerMatrix& rows, std::mt19937_64& random) {
