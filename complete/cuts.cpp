@@ -84,6 +84,8 @@ class TableBuilder {
     for (std::size_t t = 0; t <= k_; ++t) addLevel(t);
     addMargins();
     if (!acceptable_) return std::nullopt;
+    tables_.reach.resize(k_);
+    for (std::size_t i = 0; i < k_; ++i) assignUp(tables_.reach[i], reach_[i]);
     return std::move(tables_);
   }
 

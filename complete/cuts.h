@@ -47,6 +47,8 @@ struct CutTables {
   };
   // Levels 0 to k; the last one belongs to the constant part.
   std::vector<Level> levels;
+  // |lambda_i| is at most reach[i] in the cube.
+  std::vector<R> reach;
 };
 
 // 53 bits: double. Nothing: with this precision the margins would be too wide for a search. Moves the point

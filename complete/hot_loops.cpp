@@ -17,7 +17,6 @@ namespace {
 // become what the processor has; the mask takes the signs off.
 using Vector = double __attribute__((vector_size(4 * sizeof(double))));
 using Bits = long __attribute__((vector_size(4 * sizeof(long))));
-constexpr std::size_t WIDTH = 4;
 
 WIDE_VECTORS double addScaledDouble(double* __restrict to, const double* from, const double* g, double a,
                                     std::size_t size) {
@@ -54,6 +53,40 @@ WIDE_VECTORS double productDouble(const double* a, const double* b, std::size_t 
   return sum;
 }
 
+WIDE_VECTORS void eliminateRows(double* entries, std::size_t count, std::size_t stride, std::size_t pivot,
+                                std::size_t column) {
+  const double* from = entries + pivot * stride;
+  for (std::size_t r = 0; r < count; ++r) {
+    double* row = entries + r * stride;
+    const double factor = row[column];
+    if (r == pivot || factor == 0) continue;
+    row[column] = 0;
+    for (std::size_t j = 0; j < stride; j += WIDTH) {
+      Vector to;
+      Vector add;
+      std::memcpy(&to, row + j, sizeof to);
+      std::memcpy(&add, from + j, sizeof add);
+      to += factor * add;
+      std::memcpy(row + j, &to, sizeof to);
+    }
+  }
+}
+
+WIDE_VECTORS void multiplyRows(const double* entries, std::size_t count, std::size_t stride,
+                               const double* vector, double* products) {
+  for (std::size_t r = 0; r < count; ++r) {
+    Vector sums{};
+    for (std::size_t j = 0; j < stride; j += WIDTH) {
+      Vector f;
+      Vector h;
+      std::memcpy(&f, entries + r * stride + j, sizeof f);
+      std::memcpy(&h, vector + j, sizeof h);
+      sums += f * h;
+    }
+    products[r] = (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  }
+}
+
 }  // namespace
 
 double addScaled(std::vector<double>& to, const std::vector<double>& from, const std::vector<double>& g,
@@ -79,6 +112,14 @@ Float partialProduct(const std::vector<Float>& a, const std::vector<Float>& b, s
   Float sum(0);
   for (std::size_t i = begin; i < a.size(); ++i) sum += a[i] * b[i];
   return sum;
+}
+
+void eliminate(Rows rows, std::size_t pivot, std::size_t column) {
+  eliminateRows(rows.entries, rows.count, rows.stride, pivot, column);
+}
+
+void multiply(Rows rows, const double* vector, double* products) {
+  multiplyRows(rows.entries, rows.count, rows.stride, vector, products);
 }
 
 }  // namespace latbox::complete
