@@ -21,8 +21,17 @@ NodeBounds::NodeBounds(const BoxLattice& lattice, const std::vector<double>& rea
   partials_.assign(lattice.rank(), certificates_.point());
   chosen_.assign(lattice.rank(), 0);
   known_ = lattice.rank() - 1;
-  for (std::size_t t = 0; t < lattice.rank(); ++t)
-    for (const int sign : {1, -1}) sides_.push_back({Relaxation(cubeRows_, t, sign), {}, {}});
+  exist_ = startAll();
+}
+
+bool NodeBounds::startAll() {
+  DictionaryBuilder builder(cubeRows_, cubeRows_.size());
+  for (std::size_t t = 0; t < cubeRows_.size(); ++t) {
+    if (!builder.addLevel()) return false;
+    for (const int sign : {1, -1})
+      sides_.push_back({Relaxation(cubeRows_, builder.dictionary(sign), sign), {}, {}});
+  }
+  return true;
 }
 
 void NodeBounds::takeCube(const BoxLattice& lattice) {
@@ -49,8 +58,8 @@ void NodeBounds::narrow(std::size_t coordinate, const Integer& low, const Intege
 }
 
 unsigned long NodeBounds::firstWork(std::size_t t) const {
-  const std::size_t columns = t + 1;
-  return 4 * columns * columns * (cubePartial_.size() - t);
+  constexpr std::size_t STEPS = 10;
+  return STEPS * 2 * (t + 1) * (cubePartial_.size() - t);
 }
 
 // Goes on from the last node's, as far as the choices are the same.

@@ -28,8 +28,8 @@ class NodeBounds {
   // more when it is below `enough`.
   double bound(std::size_t t, int sign, const std::vector<double>& lambda, double enough);
 
-  // What all calls have cost so far, in multiplications, roughly; and what a node of level t may cost that is
-  // the first of its level.
+  // What all calls have cost so far, in multiplications, roughly; and what the first node of level t may
+  // cost.
   unsigned long work() const { return work_; }
   unsigned long firstWork(std::size_t t) const;
 
@@ -42,6 +42,7 @@ class NodeBounds {
   };
 
   void takeCube(const BoxLattice& lattice);
+  bool startAll();
   const std::vector<double>& partialAt(std::size_t t, const std::vector<double>& lambda);
   double improve(Side& side, const std::vector<double>& partial, std::size_t t, int sign, double enough);
   const SparseVector& whole(const SparseVector& weights);

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "complete/adaptive_bounds.h"
 #include "complete/cuts.h"
 #include "complete/hot_loops.h"
 #include "complete/leaf.h"
@@ -32,6 +33,26 @@ Float roundDown(const Float& value) {
   return floor(value);
 }
 
+// In the place of AdaptiveBounds where numbers are long.
+class NoBounds {
+ public:
+  struct Range {
+    Float least;
+    Float greatest;
+  };
+  NoBounds(const BoxLattice&, const FloatVector&) {}
+  void narrow(std::size_t, const Integer&, const Integer&) {}
+  void enter(std::size_t) {}
+  void countCandidate() {}
+  const Range* excluding(std::size_t, const FloatVector&) { return nullptr; }
+  bool isTrialOver(std::size_t) const { return false; }
+  std::size_t endTrial(std::size_t t) { return t; }
+  void review() {}
+};
+
+template <class R>
+using Bounds = std::conditional_t<std::is_same_v<R, double>, AdaptiveBounds, NoBounds>;
+
 template <class R>
 class TreeSearch {
  public:
@@ -41,6 +62,7 @@ class TreeSearch {
         visitor_(visitor),
         control_(control),
         leaf_(lattice),
+        bounds_(lattice, tables.reach),
         k_(lattice.rank()) {
     states_.resize(k_ + 1);
     lambda_.resize(k_);
@@ -56,6 +78,7 @@ class TreeSearch {
     std::size_t t = k_ - 1;
     enter(t);
     while (t < k_) {
+      if (bounds_.isTrialOver(t)) t = bounds_.endTrial(t);
       if (states_[t].closedUp && states_[t].closedDown) {
         ++t;
         continue;
@@ -104,6 +127,7 @@ class TreeSearch {
   bool look() {
     control_.nodes += sinceLook_;
     sinceLook_ = 0;
+    bounds_.review();
     return !control_.stop.load(std::memory_order_relaxed);
   }
 
@@ -132,6 +156,7 @@ class TreeSearch {
     state.down = roundDown(state.centre);
     state.up = state.down + 1;
     state.closedUp = state.closedDown = false;
+    bounds_.enter(t);
   }
 
   // Takes the candidate nearest to the centre. True: not refuted.
@@ -143,6 +168,7 @@ class TreeSearch {
     R& lambda = lambda_[t];
     lambda = up ? state.up : state.down;
     (up ? state.up : state.down) += up ? 1 : -1;
+    bounds_.countCandidate();
     const R product = state.base + lambda * level.products[t];
     const bool above = product > limits_[t].most + level.slip;
     const bool below = -product > limits_[t].least + level.slip;
@@ -159,7 +185,23 @@ class TreeSearch {
       close(state, up, product);
       return false;
     }
-    return true;
+    return isInRange(t);
+  }
+
+  // Whether the linear program leaves the candidate, where it is asked.
+  bool isInRange(std::size_t t) {
+    const auto* range = bounds_.excluding(t, lambda_);
+    if (!range) return true;
+    State& state = states_[t];
+    if (lambda_[t] > range->greatest) {
+      state.closedUp = true;
+      state.down = std::min(state.down, range->greatest);
+    }
+    if (lambda_[t] < range->least) {
+      state.closedDown = true;
+      state.up = std::max(state.up, range->least);
+    }
+    return false;
   }
 
   // With the same multiplier the value grows in the direction in which g u has its sign: what refutes this
@@ -199,6 +241,7 @@ class TreeSearch {
       limitRow(row, visitor_.limit());
       const std::size_t j = n + r;
       leaf_.narrow(j, *row.range.low, *row.range.high);
+      bounds_.narrow(j, *row.range.low, *row.range.high);
       shrunk_.push_back({j, inCube(j, *row.range.high), inCube(j, *row.range.low)});
     }
     for (std::size_t t = 0; t <= k_; ++t) {
@@ -230,6 +273,7 @@ class TreeSearch {
   Visitor& visitor_;
   SearchControl& control_;
   Leaf leaf_;
+  Bounds<R> bounds_;
   std::size_t k_;
   std::vector<State> states_;
   // What is chosen at each level.

@@ -44,6 +44,12 @@ struct Instance {
   std::vector<double> partial;
 };
 
+Relaxation relaxationOf(const Instance& problem, int sign) {
+  DictionaryBuilder builder(problem.basis, problem.level + 1);
+  for (std::size_t t = 0; t <= problem.level; ++t) EXPECT_TRUE(builder.addLevel());
+  return Relaxation(problem.basis, builder.dictionary(sign), sign);
+}
+
 // The solution of a square system, if it has one.
 std::optional<std::vector<double>> solved(Matrix a, std::vector<double> b) {
   const std::size_t n = b.size();
@@ -118,7 +124,7 @@ class Runs {
   // Several nodes of one level, each from the dictionary of the one before.
   void check(unsigned seed, int sign) {
     Instance problem(seed);
-    Relaxation relaxation(problem.basis, problem.level, sign);
+    Relaxation relaxation = relaxationOf(problem, sign);
     for (int node = 0; node < 6; ++node, problem.next()) {
       const auto outcome = relaxation.run(problem.partial, problem.box, -INFINITY);
       for (std::size_t i = 0; i < problem.level; ++i)
@@ -157,8 +163,8 @@ TEST(RelaxationTest, WhatIsEnoughEndsItEarlyWithABound) {
   int early = 0;
   for (unsigned seed = 0; seed < 200; ++seed) {
     const Instance problem(seed);
-    Relaxation whole(problem.basis, problem.level, 1);
-    Relaxation hasty(problem.basis, problem.level, 1);
+    Relaxation whole = relaxationOf(problem, 1);
+    Relaxation hasty = relaxationOf(problem, 1);
     if (whole.run(problem.partial, problem.box, -INFINITY) != Relaxation::Outcome::BOUND) continue;
     const double optimum = greatestOf(whole.weights(), problem);
     ASSERT_EQ(hasty.run(problem.partial, problem.box, optimum + 0.5), Relaxation::Outcome::BOUND);
@@ -170,23 +176,15 @@ TEST(RelaxationTest, WhatIsEnoughEndsItEarlyWithABound) {
   EXPECT_GT(early, 5);
 }
 
-TEST(RelaxationTest, DependentRowsHaveNoDictionary) {
-  const Matrix basis = {{1, 2, 3}, {2, 4, 6}};
-  Relaxation relaxation(basis, 1, 1);
-  const RealBox box = {{-1, -1, -1}, {1, 1, 1}};
-  EXPECT_EQ(relaxation.run({0, 0, 0}, box, -INFINITY), Relaxation::Outcome::FAILED);
-  EXPECT_EQ(relaxation.run({0, 0, 0}, box, -INFINITY), Relaxation::Outcome::FAILED);
-}
-
 TEST(RelaxationTest, NumbersThatAreNoneEndItToo) {
   const Instance problem(1);
-  Relaxation relaxation(problem.basis, problem.level, 1);
+  Relaxation relaxation = relaxationOf(problem, 1);
   std::vector<double> partial(problem.coordinates, std::numeric_limits<double>::quiet_NaN());
   relaxation.run(partial, problem.box, -INFINITY);
   partial.assign(problem.coordinates, INFINITY);
   relaxation.run(partial, problem.box, -INFINITY);
   // The dictionary is none of the node's: the next one is bounded as ever.
-  Relaxation fresh(problem.basis, problem.level, 1);
+  Relaxation fresh = relaxationOf(problem, 1);
   EXPECT_EQ(relaxation.run(problem.partial, problem.box, -INFINITY),
             fresh.run(problem.partial, problem.box, -INFINITY));
   EXPECT_NEAR(greatestOf(relaxation.weights(), problem), greatestOf(fresh.weights(), problem), TOLERANCE);
