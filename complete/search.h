@@ -41,8 +41,8 @@ struct SearchControl {
   // The share of the present search that is done, estimated; below 0: not known.
   std::atomic<double> done = -1;
   unsigned threads = 1;
-  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was visited
-  // is exactly what is not left.
+  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was
+  // visited is exactly what is not left.
   std::function<void(const Frontier&)> keep;
   double keepEvery = 60;
   // Of a search that has ended without being complete.
@@ -61,6 +61,9 @@ struct SearchSettings {
 // that a limit has excluded. False: stopped. Moves the lattice's point. What a visitor throws is thrown on.
 bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control,
             const SearchSettings& settings = {});
+
+// Whether the search of all points comes to its end within so many candidates.
+bool isSmall(BoxLattice& lattice, unsigned long candidates);
 
 // As search, by multiprecision numbers of at least so many bits: for tests. 53 bits are those of double.
 bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control,

@@ -1,0 +1,102 @@
+// The bounds of linear programs, at the levels where they pay.
+//
+// A bound costs as much as some ten to some thousand candidates by the plain cuts. It saves the trees below
+// the candidates that it excludes and the plain cuts have kept; so these are asked first, and only then is
+// the bound. What such a tree costs is not known, and the average tree of the level is no guide: in market
+// splits the bounds exclude four candidates of five at the upper levels, and together only a thirtieth of the
+// nodes. So now and then an excluded candidate is walked all the same, as a trial: until its tree ends, or
+// has cost several times what makes the bounds of its level pay, and is left. A level has bounds while the
+// trees that they save cost more than they do. For the other levels there is an allowance, by which they are
+// tried at the beginning and rarely later on. All is counted, in multiplications, and nothing is timed: a
+// search repeats itself.
+//
+// Measured: knapsacks, equations or 0/1, have bounds at nearly all levels, and trees of hundreds to thousands
+// of nodes in place of hopeless ones; market splits have them nowhere but at the first few levels.
+#pragma once
+
+#include "complete/node_bounds.h"
+
+namespace latbox::complete {
+
+class AdaptiveBounds {
+ public:
+  struct Range {
+    double least;
+    double greatest;
+  };
+
+  // As NodeBounds; where there are none, nothing is ever excluded.
+  AdaptiveBounds(const BoxLattice& lattice, const std::vector<double>& reach);
+
+  void narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
+    if (bounds_.exist()) bounds_.narrow(coordinate, low, high);
+  }
+
+  // The search comes to a new node of level t, and has looked at so many candidates.
+  void enter(std::size_t t) { levels_[t].isKnown = false; }
+  void countCandidates(unsigned long count) { work_ += count * candidateWork_; }
+
+  // Whether excluding() has anything to say at candidates of the level's next node.
+  bool isOn(std::size_t t) const { return levels_[t].isOn; }
+  // The range of lambda_t over all points below the node, if it excludes lambda[t], which the plain cuts have
+  // kept; empty if there is no point. Null: the candidate is to be walked. Requires lambda[i] for i >= t.
+  const Range* excluding(std::size_t t, const std::vector<double>& lambda) {
+    return levels_[t].isOn || levels_[t].isKnown ? ask(t, lambda) : nullptr;
+  }
+
+  // Whether a trial has ended for a search at level t. If it has, the search goes on at the level that
+  // endTrial tells, t or above: what it leaves holds no point.
+  bool isTrialOver(std::size_t t) const { return t >= trial_.level || work_ >= trial_.end; }
+  std::size_t endTrial(std::size_t t);
+  // It is to be asked at this level, and after so many candidates.
+  std::size_t trialLevel() const { return trial_.level; }
+  unsigned long trialCandidates() const {
+    return trial_.end <= work_ ? 1 : (trial_.end - work_) / candidateWork_ + 1;
+  }
+  // The search goes elsewhere.
+  void cancelTrial();
+
+  // To be called now and then: levels that are off get their chance.
+  void review();
+
+ private:
+  struct Level {
+    // Whether the next node is bounded; whether this one has been, and its range.
+    bool isOn = false;
+    bool isKnown = false;
+    Range range{};
+    // Of late: nodes that were bounded, what that has cost, candidates excluded; trials, and what they cost.
+    double bounds = 0;
+    double cost = 0;
+    double cuts = 0;
+    double trials = 0;
+    double trialCost = 0;
+    // The part of the cost that the allowance has carried.
+    double unpaid = 0;
+    unsigned untilTrial = 0;
+  };
+  struct Trial {
+    // Above all levels if there is none.
+    std::size_t level;
+    unsigned long begin;
+    unsigned long end;
+  };
+
+  const Range* ask(std::size_t t, const std::vector<double>& lambda);
+  Range rangeAt(std::size_t t, const std::vector<double>& lambda);
+  void charge(std::size_t t, unsigned long work);
+  bool beginTrial(std::size_t t);
+  void decide(std::size_t t);
+  bool pays(const Level& level) const;
+
+  NodeBounds bounds_;
+  std::vector<Level> levels_;
+  Trial trial_;
+  // Of a candidate by the plain cuts, and of the search so far.
+  unsigned long candidateWork_;
+  unsigned long work_ = 0;
+  // What a level may spend unpaid.
+  double allowance_ = 0;
+};
+
+}  // namespace latbox::complete
