@@ -8,8 +8,6 @@
 namespace latbox::complete {
 namespace {
 
-// Some milliseconds.
-constexpr unsigned long EFFORT = 4'000'000;
 constexpr int ROUNDS = 3;
 // Multipliers below this, in scaled units, are noise.
 constexpr double NOISE = 1e-11;
@@ -36,24 +34,6 @@ Multiplier multiplierOf(std::size_t row, double y, const Integer& factor, long e
   int own = 0;
   const double mantissa = std::frexp(y, &own);
   return {row, Integer(std::ldexp(mantissa, MANTISSA)) * factor, own - MANTISSA + exponent};
-}
-
-// What the variables can reach is an end of every row. False: a row cannot be kept.
-bool closeRows(IntegerProgram& program) {
-  for (Row& row : program.rows) {
-    Integer least = 0;
-    Integer most = 0;
-    for (std::size_t j = 0; j < row.a.size(); ++j) {
-      if (row.a[j] == 0) continue;
-      const Range& box = program.box[j];
-      least += row.a[j] * (row.a[j] > 0 ? *box.low : *box.high);
-      most += row.a[j] * (row.a[j] > 0 ? *box.high : *box.low);
-    }
-    if (!row.range.low || *row.range.low < least) row.range.low = least;
-    if (!row.range.high || *row.range.high > most) row.range.high = most;
-    if (row.range.isEmpty()) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -211,11 +191,28 @@ class Round {
 
 }  // namespace
 
+bool closeRows(IntegerProgram& program) {
+  for (Row& row : program.rows) {
+    Integer least = 0;
+    Integer most = 0;
+    for (std::size_t j = 0; j < row.a.size(); ++j) {
+      if (row.a[j] == 0) continue;
+      const Range& box = program.box[j];
+      least += row.a[j] * (row.a[j] > 0 ? *box.low : *box.high);
+      most += row.a[j] * (row.a[j] > 0 ? *box.high : *box.low);
+    }
+    if (!row.range.low || *row.range.low < least) row.range.low = least;
+    if (!row.range.high || *row.range.high > most) row.range.high = most;
+    if (row.range.isEmpty()) return false;
+  }
+  return true;
+}
+
 bool narrowByRelaxation(IntegerProgram& program) {
   if (!closeRows(program)) return false;
   unsigned long done = 0;
-  for (int r = 0; r < ROUNDS && done < EFFORT && !program.rows.empty(); ++r) {
-    Round round(program, EFFORT - done);
+  for (int r = 0; r < ROUNDS && done < RELAXATION_EFFORT && !program.rows.empty(); ++r) {
+    Round round(program, RELAXATION_EFFORT - done);
     if (!round.run()) return false;
     if (!round.hasNarrowed()) return true;
     if (!tighten(program) || !closeRows(program)) return false;

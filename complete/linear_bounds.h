@@ -18,6 +18,9 @@
 
 namespace latbox::complete {
 
+// Some milliseconds.
+inline constexpr unsigned long RELAXATION_EFFORT = 4'000'000;
+
 // Variables are numbered: those of the program, then its rows.
 class LinearBounds {
  public:
@@ -52,6 +55,10 @@ class LinearBounds {
   bool isEmpty_ = false;
   bool gaveUp_ = false;
 };
+
+// Narrows the ranges of rows to what the variables can reach, so that no side is open. False: a row cannot be
+// kept. Requires finite ranges of all variables.
+bool closeRows(IntegerProgram& program);
 
 // Narrows the ranges of variables and rows to what the relaxation leaves, and closes open sides of rows, as
 // far as a bounded effort goes; then tightens again. False: the program has no point, by proof. Requires

@@ -19,15 +19,23 @@ Objective::Objective(const Program& program) : exists_(!program.targets.empty())
       distances_.push_back(whole(perStep(program, program.targets[i]), -program.wanted[i].value));
 }
 
-Objective::Form Objective::whole(const std::vector<Rational>& coefficients, const Rational& constant) const {
+Form Objective::whole(const std::vector<Rational>& coefficients, const Rational& constant) const {
   Form form;
   for (const Rational& a : coefficients) form.coefficients.push_back(Rational(a * scale_).get_num());
   form.constant = Rational(constant * scale_).get_num();
   return form;
 }
 
-Integer Objective::asGood(const Norms& norms) const {
-  return floorOf(Rational(norms.target * scale_));
+Objective Objective::slackNorm() const {
+  Objective slack = *this;
+  slack.isSlackNorm_ = true;
+  slack.hasLinear_ = false;
+  slack.linear_ = {IntegerVector(linear_.coefficients.size()), 0};
+  return slack;
+}
+
+Integer Objective::valueOf(const Norms& norms) const {
+  return floorOf(Rational((isSlackNorm_ ? norms.slack : norms.target) * scale_));
 }
 
 void Objective::add(Form& form, const Form& other, int sign) const {
@@ -47,7 +55,7 @@ Row Objective::rowOf(const Form& form, RowKind kind, const Integer& limit) {
 
 // A sum of absolute values is the greatest of the sums with signs. With many targets only one distance at a
 // time is taken, the others counting 0.
-std::vector<Objective::Form> Objective::patterns() const {
+std::vector<Form> Objective::patterns() const {
   const std::size_t count = distances_.size();
   std::vector<Form> forms;
   if (count <= MOST_PATTERNS) {
@@ -66,7 +74,7 @@ std::vector<Objective::Form> Objective::patterns() const {
   return forms;
 }
 
-std::vector<Row> Objective::rows(const Integer& limit) const {
+std::vector<Row> Objective::rows(const Integer& limit, const std::optional<Integer>& least) const {
   std::vector<Row> rows;
   if (!hasLinear_)
     for (const Form& distance : distances_) rows.push_back(rowOf(distance, RowKind::TARGET_SIZE, limit));
@@ -74,7 +82,15 @@ std::vector<Row> Objective::rows(const Integer& limit) const {
     for (const Form& form : patterns()) rows.push_back(rowOf(form, RowKind::TARGET, limit));
   // Targets that are all zero still have a norm.
   if (rows.empty()) rows.push_back(rowOf(linear_, RowKind::TARGET, limit));
+  // A row that is the norm itself has both sides.
+  if (distances_.empty() && least) rows.front().range.low = *least - linear_.constant;
   return rows;
+}
+
+std::vector<Row> Objective::conditions(const Integer& value) const {
+  std::vector<Row> conditions = rows(value, value);
+  for (Row& row : conditions) row.kind = RowKind::CONDITION;
+  return conditions;
 }
 
 }  // namespace latbox::complete

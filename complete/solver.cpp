@@ -3,7 +3,9 @@
 #include <stdexcept>
 
 #include "complete/closing.h"
+#include "complete/least_norm.h"
 #include "complete/presolve.h"
+#include "complete/window.h"
 
 namespace latbox::complete {
 namespace {
@@ -64,61 +66,63 @@ class TieListing : public Listing {
   const Best& best_;
 };
 
-// Better points only. The search stops for new bounds when they leave less than half of what it began with: a
-// lattice made for them has a box of another form.
+// Better points only, by a window on one norm. The search stops for new bounds when they leave less than half
+// of what it began with: a lattice made for them has a box of another form.
 class Improving : public Visitor {
  public:
-  Improving(const Program& program, const Objective& objective, Finds& finds)
-      : program_(program), objective_(objective), finds_(finds) {}
+  Improving(const Program& program, Finds& finds) : program_(program), finds_(finds) {}
 
   Next visit(const IntegerVector& z) override {
     Point x = verified(program_, z);
     Norms norms = normsOf(program_, x);
     if (best_ && !(norms < best_->norms)) return Next::GO_ON;
+    const bool first = !best_;
     finds_.replace(x, norms);
     best_ = Best{std::move(x), std::move(norms)};
-    isStale_ = first_ || 2 * (limit() - least_) < begin_ - least_;
-    return isStale_ ? Next::STOP : Next::LIMIT;
+    if (first) return Next::STOP;
+    window_.improve(objective_->valueOf(best_->norms));
+    return window_.isClosed() || window_.hasHalved() ? Next::STOP : Next::LIMIT;
   }
 
-  Integer limit() const override {
-    return objective_.needsSlackNorm() ? objective_.asGood(best_->norms) : objective_.better(best_->norms);
-  }
+  Integer limit() const override { return window_.limit(); }
 
   const std::optional<Best>& best() const { return best_; }
-  bool isStale() const { return isStale_; }
+  Window& window() { return window_; }
 
-  void beginSearch(const BoxLattice& lattice) {
-    isStale_ = false;
-    first_ = !best_;
-    if (first_) return;
-    begin_ = limit();
-    least_ = leastOf(lattice);
+  // From here on the values of this norm count. Requires a point.
+  void descend(const Objective& objective) {
+    objective_ = &objective;
+    window_ = {};
+    window_.improve(objective.valueOf(best_->norms));
   }
 
  private:
-  // The least target norm that the ranges of the rows leave; a sum of sizes is at least 0.
-  static Integer leastOf(const BoxLattice& lattice) {
-    Integer least = 0;
-    bool known = false;
-    for (std::size_t r = 0; r < lattice.rows.size(); ++r) {
-      const Row& row = lattice.rows[r];
-      if (row.kind != RowKind::TARGET) continue;
-      const Integer low = row.divisor * lattice.low[lattice.variables.size() + r] + row.offset;
-      least = known ? std::max(least, low) : low;
-      known = true;
-    }
-    return least;
-  }
-
   const Program& program_;
-  const Objective& objective_;
   Finds& finds_;
+  const Objective* objective_ = nullptr;
   std::optional<Best> best_;
-  bool isStale_ = false;
-  bool first_ = true;
-  Integer begin_ = 0;
-  Integer least_ = 0;
+  Window window_;
+};
+
+// The first point with the best norms, whatever point brought them.
+class Canonical : public Visitor {
+ public:
+  Canonical(const Program& program, const Norms& norms) : program_(program), norms_(norms) {}
+
+  Next visit(const IntegerVector& z) override {
+    Point x = verified(program_, z);
+    if (normsOf(program_, x) != norms_) return Next::GO_ON;
+    point_ = std::move(x);
+    return Next::STOP;
+  }
+  Integer limit() const override { return 0; }
+
+  const std::optional<Point>& point() const { return point_; }
+
+ private:
+  const Program& program_;
+  const Norms& norms_;
+  std::optional<Point> point_;
 };
 
 // Holds back the points of the growing boxes until it is certain that the program can be searched: a run that
@@ -186,58 +190,113 @@ class Solver {
   }
 
   Outcome findBest() {
-    Improving improving(program_, objective_, finds_);
-    if (!openVariables(whole_).empty()) {
-      if (!findInGrowingBoxes(improving)) return Outcome::STOPPED;
-      if (task_.first) return Outcome::STOPPED;
+    Improving improving(program_, finds_);
+    if (!findAny(improving)) return control_.stop ? Outcome::STOPPED : Outcome::NONE;
+    if (task_.first || !minimise(improving, objective_, whole_)) return Outcome::STOPPED;
+    const Norms& norms = improving.best()->norms;
+    IntegerProgram bests = withRows(whole_, objective_.conditions(objective_.valueOf(norms)));
+    if (objective_.needsSlackNorm()) {
+      const Objective slack = objective_.slackNorm();
+      if (!minimise(improving, slack, bests)) return Outcome::STOPPED;
+      bests = withRows(bests, slack.conditions(slack.valueOf(norms)));
     }
-    while (true) {
-      IntegerProgram bounded = whole_;
-      if (improving.best() && !addTargets(bounded, improving.limit())) break;
+    return task_.ties ? listTies(*improving.best(), bests) : tellCanonical(*improving.best(), bests);
+  }
+
+  static IntegerProgram withRows(IntegerProgram program, std::vector<Row> rows) {
+    for (Row& row : rows) program.rows.push_back(std::move(row));
+    return program;
+  }
+
+  // False: no point is left.
+  static bool close(IntegerProgram& program) { return tighten(program) && closeByRows(program); }
+
+  // False: there is no point, or the search was stopped.
+  bool findAny(Improving& improving) {
+    const auto isDone = [&] { return improving.best().has_value(); };
+    searchGrowing(whole_, improving, isDone);
+    if (!isDone() && !control_.stop) requireBounds(whole_);
+    return isDone() && !control_.stop;
+  }
+
+  // Brings one norm to its least among the points of a program, by searches for points that are better by a
+  // part of what is open. False: stopped. Throws BadInput where open variables leave no end of it.
+  bool minimise(Improving& improving, const Objective& objective, const IntegerProgram& program) {
+    improving.descend(objective);
+    Window& window = improving.window();
+    findLeast(window, objective, program);
+    while (!window.isClosed()) {
+      IntegerProgram better = withRows(program, objective.rows(window.limit(), window.least()));
+      if (!close(better) || isSearched(better, improving)) window.raise(window.limit() + 1);
+      if (control_.stop) return window.isClosed();
+    }
+    return true;
+  }
+
+  // What the relaxation says. Throws BadInput if better points may be anywhere.
+  static void findLeast(Window& window, const Objective& objective, const IntegerProgram& program) {
+    IntegerProgram better = withRows(program, objective.rows(window.limit()));
+    if (!close(better))
+      window.raise(window.limit() + 1);
+    else if (const auto least = leastNorm(better, objective))
+      window.raise(*least);
+    else
+      requireBounds(better);
+  }
+
+  // Whether the program has no point but those that the window's limit excludes now. With open variables
+  // there may be a point at a wanted value, behind which there is no better one, and only such a find is an
+  // answer.
+  bool isSearched(const IntegerProgram& program, Improving& improving) {
+    improving.window().begin();
+    if (openVariables(program).empty()) {
       finds_.release();
-      auto lattice = boxLatticeOf(bounded);
-      if (!lattice) break;
-      improving.beginSearch(*lattice);
-      if (search(*lattice, improving, control_)) break;
-      if (!improving.isStale() || control_.stop) return Outcome::STOPPED;
+      return searchThrough(program, improving).value_or(true);
     }
-    finds_.release();
-    if (!improving.best()) return Outcome::NONE;
-    return task_.ties ? listTies(*improving.best()) : Outcome::COMPLETE;
+    const Norms before = improving.best()->norms;
+    const auto isDone = [&] { return improving.best()->norms < before; };
+    searchGrowing(program, improving, isDone);
+    if (!isDone() && !control_.stop) requireBounds(program);
+    return false;
   }
 
-  // Adds the rows of the bound and closes what they close. False: no point is left.
-  bool addTargets(IntegerProgram& program, const Integer& limit) const {
-    for (Row& row : objective_.rows(limit)) program.rows.push_back(std::move(row));
-    if (!tighten(program) || !closeByRows(program)) return false;
-    requireBounds(program);
-    return true;
-  }
-
-  // Any point: its target norm may bound what the rows leave open. False: stopped.
-  bool findInGrowingBoxes(Improving& improving) {
-    for (unsigned long bits = 0; bits <= LARGEST_BOX; bits += 2) {
-      IntegerProgram boxed = whole_;
+  // Searches boxes that grow in all directions in which the program is open, until it is done or stopped.
+  template <class Done>
+  void searchGrowing(const IntegerProgram& program, Visitor& visitor, Done isDone) {
+    for (unsigned long bits = 0; bits <= LARGEST_BOX && !isDone() && !control_.stop; bits += 2) {
+      IntegerProgram boxed = program;
       clip(boxed, Integer(1) << bits);
-      auto lattice = boxLatticeOf(boxed);
-      if (!lattice) continue;
-      improving.beginSearch(*lattice);
-      search(*lattice, improving, control_);
-      if (improving.best()) return !control_.stop;
-      if (control_.stop) return false;
+      searchThrough(boxed, visitor);
+      if (openVariables(program).empty()) return;
     }
-    requireBounds(whole_);
-    return true;
   }
 
-  Outcome listTies(const Best& best) {
+  Outcome listTies(const Best& best, IntegerProgram bests) {
     TieListing ties(program_, finds_, task_.limit, best);
+    closeBests(bests);
+    requireBounds(bests);
+    finds_.release();
     if (ties.isReached()) return Outcome::STOPPED;
-    IntegerProgram bounded = whole_;
-    if (!addTargets(bounded, objective_.asGood(best.norms))) return Outcome::COMPLETE;
-    return searchThrough(bounded, ties).value_or(true) ? Outcome::COMPLETE : Outcome::STOPPED;
+    return searchThrough(bests, ties).value_or(true) ? Outcome::COMPLETE : Outcome::STOPPED;
   }
 
+  // Which of several best points was met first depends on the way there, which threads and resumed runs make
+  // different. The point that is told in the end comes from a search that knows nothing of that way.
+  Outcome tellCanonical(const Best& best, IntegerProgram bests) {
+    closeBests(bests);
+    Canonical canonical(program_, best.norms);
+    searchGrowing(bests, canonical, [&] { return canonical.point().has_value(); });
+    if (!canonical.point() && control_.stop) return Outcome::STOPPED;
+    if (!canonical.point()) throw std::logic_error(LOST);
+    if (*canonical.point() != best.x) finds_.replace(*canonical.point(), best.norms);
+    return Outcome::COMPLETE;
+  }
+
+  static void closeBests(IntegerProgram& bests) {
+    if (!close(bests)) throw std::logic_error(LOST);
+  }
+
+  static constexpr const char* LOST = "the best point is not found again";
   static constexpr unsigned long LARGEST_BOX = 40;
 
   const Program& program_;
