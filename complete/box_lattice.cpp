@@ -13,8 +13,6 @@ namespace {
 
 // Blocks of this size are reduced in less time than the search then takes, where it takes any.
 constexpr int SMALL_BLOCK = 20;
-constexpr int LARGE_BLOCK = 30;
-constexpr std::size_t LARGE_RANK = 40;
 
 class Builder {
  public:
@@ -30,7 +28,7 @@ class Builder {
       if (!useResidues()) return std::nullopt;
     } while (again_);
     listEquations();
-    reduce();
+    reduceAgain(lattice_, SMALL_BLOCK, 0);
     return std::move(lattice_);
   }
 
@@ -146,21 +144,35 @@ class Builder {
     rowIndices_.erase(rowIndices_.begin() + (at - static_cast<std::ptrdiff_t>(lattice_.variables.size())));
   }
 
-  // Reduced where the box is a cube, as far as whole multipliers make it one.
-  void reduce() {
-    const std::size_t n = lattice_.variables.size();
-    const IntegerMatrix before = variablePart(lattice_.basis, n);
+  IntegerProgram& p_;
+  BoxLattice lattice_;
+  IntegerMatrix equations_;
+  // The row of each coordinate behind the variables.
+  std::vector<std::size_t> rowIndices_;
+  bool again_ = false;
+};
+
+// Reduction where the box is a cube, as far as whole multipliers make it one.
+class Reducer {
+ public:
+  explicit Reducer(BoxLattice& lattice) : lattice_(lattice) {}
+
+  void reduce(int blockSize, unsigned long seed) {
+    IntegerMatrix rows = lattice_.basis;
     const IntegerVector multipliers = cubeMultipliers();
-    for (IntegerVector& row : lattice_.basis)
+    for (IntegerVector& row : rows)
       for (std::size_t j = 0; j < row.size(); ++j) row[j] *= multipliers[j];
-    reduceBlocks(lattice_.basis, SMALL_BLOCK);
-    if (lattice_.rank() >= LARGE_RANK) reduceBlocks(lattice_.basis, LARGE_BLOCK);
-    for (IntegerVector& row : lattice_.basis)
+    if (seed != 0) {
+      std::mt19937_64 random(seed);
+      scramble(rows, random);
+    }
+    reduceBlocks(rows, blockSize);
+    for (IntegerVector& row : rows)
       for (std::size_t j = 0; j < row.size(); ++j) divideBack(row[j], multipliers[j]);
-    if (!isSameKernel(equations_, before, variablePart(lattice_.basis, n)) || !rowsFollow())
-      throw ReductionFailure("the reduced basis is another lattice's");
+    if (!takeBasis(lattice_, rows)) throw ReductionFailure("the reduced basis is another lattice's");
   }
 
+ private:
   IntegerVector cubeMultipliers() const {
     constexpr int PLACES = 6;
     Integer widest = 0;
@@ -178,29 +190,7 @@ class Builder {
     value /= multiplier;
   }
 
-  static IntegerMatrix variablePart(IntegerMatrix rows, std::size_t n) {
-    for (IntegerVector& row : rows) row.resize(n);
-    return rows;
-  }
-
-  // Whether the coordinates of the rows are still those of the variables.
-  bool rowsFollow() const {
-    const std::size_t n = lattice_.variables.size();
-    for (std::size_t r = 0; r < lattice_.rows.size(); ++r) {
-      IntegerVector a = free(lattice_.rows[r]);
-      a.resize(lattice_.coordinates());
-      for (const IntegerVector& row : lattice_.basis)
-        if (innerProduct(a, row) != row[n + r]) return false;
-    }
-    return true;
-  }
-
-  IntegerProgram& p_;
-  BoxLattice lattice_;
-  IntegerMatrix equations_;
-  // The row of each coordinate behind the variables.
-  std::vector<std::size_t> rowIndices_;
-  bool again_ = false;
+  BoxLattice& lattice_;
 };
 
 }  // namespace
@@ -209,6 +199,18 @@ IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
   IntegerVector z = fixed;
   for (std::size_t j = 0; j < variables.size(); ++j) z[variables[j]] = v[j];
   return z;
+}
+
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
+    if (row.size() != lattice.coordinates()) return false;
+  if (!isSameKernel(lattice.equations, lattice.basis, rows)) return false;
+  lattice.basis = rows;
+  return true;
+}
+
+void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed) {
+  Reducer(lattice).reduce(blockSize, seed);
 }
 
 std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {

@@ -31,7 +31,14 @@ struct BoxLattice {
   IntegerVector allVariables(const IntegerVector& v) const;
 };
 
-// The lattice of a program, its basis reduced for the search. Nothing: the program has no point, by proof.
+// The same lattice by another basis, reduced in blocks of this size: for seed 0 the present one goes on, for
+// others it is scrambled before. Throws ReductionFailure.
+void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed);
+
+// False, and the lattice stays as it is: the rows are no basis of it.
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows);
+
+// The lattice of a program, its basis reduced in small blocks. Nothing: the program has no point, by proof.
 // Requires finite ranges of all variables. Throws ReductionFailure.
 std::optional<BoxLattice> boxLatticeOf(IntegerProgram program);
 

@@ -7,7 +7,9 @@
 #include <cstring>
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
+#include "complete/journal.h"
 #include "complete/options.h"
 #include "complete/points_file.h"
 #include "complete/watch.h"
@@ -32,24 +34,48 @@ bool isSameFile(const std::string& a, const std::string& b) {
          std::filesystem::equivalent(a, b, error);
 }
 
-// Files that the solver or the user keeps are not written over, nor taken for the one that is kept or put
-// together beside the points.
-std::string outputPath(const Options& options) {
-  std::string out = options.out;
-  if (out.empty()) out = std::filesystem::path(options.file).replace_extension(".all").string();
+constexpr const char* RESUME = ".resume";
+constexpr const char* RESUME_COUNT = ".count.resume";
+
+std::string basePath(const Options& options) {
+  if (!options.out.empty()) return options.out;
+  return std::filesystem::path(options.file).replace_extension(".all").string();
+}
+
+std::string checkpointPath(const Options& options) {
+  return basePath(options) + (options.count ? RESUME_COUNT : RESUME);
+}
+
+// All that a run may write over, rename or put together.
+std::vector<std::string> ownPaths(const Options& options) {
+  std::vector<std::string> paths;
+  for (const std::string& path : {basePath(options), checkpointPath(options)})
+    if (path == checkpointPath(options) || !options.count)
+      for (const char* suffix : {"", PointsFile::KEPT, PointsFile::NEXT}) paths.push_back(path + suffix);
+  return paths;
+}
+
+// Files that the solver or the user keeps are not written over, nor taken for one that is kept or put
+// together beside the points. A file is renamed in the end, which a folder, a device or a pipe must never be.
+void guardPaths(const Options& options) {
+  const std::string out = basePath(options);
   const std::string extension = std::filesystem::path(out).extension().string();
-  const bool reserved = extension == ".opt" || extension == ".sol" || extension == ".lat";
-  bool isInput = false;
-  for (const char* suffix : {"", PointsFile::KEPT, PointsFile::NEXT})
-    isInput = isInput || isSameFile(out + suffix, options.file);
-  if (reserved || isInput)
+  bool refused = !options.count && (extension == ".opt" || extension == ".sol" || extension == ".lat");
+  for (const std::string& path : ownPaths(options)) refused = refused || isSameFile(path, options.file);
+  if (refused)
     throw BadInput("--out=" + out + ": points are not written over a program or a file of the solver");
-  // A file is renamed in the end, which a folder, a device or a pipe must never be.
-  for (const char* suffix : {"", PointsFile::KEPT, PointsFile::NEXT})
-    if (std::filesystem::exists(out + suffix) && !std::filesystem::is_regular_file(out + suffix))
-      throw BadInput("--out=" + out + ": " + (*suffix == 0 ? "" : out + suffix + " ") +
+  for (const std::string& path : ownPaths(options))
+    if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path))
+      throw BadInput("--out=" + out + ": " + (path == out ? "" : path + " ") +
                      "is there and is no regular file");
-  return out;
+}
+
+// The text that the file of this run goes by in a checkpoint: the program, and what may not change.
+std::string identityOf(const Options& options, const std::string& program) {
+  std::string text = VERSION;
+  for (const bool option : {options.all, options.ties, options.first, options.count})
+    text += option ? '1' : '0';
+  return digestOf(text + program);
 }
 
 void print(const std::string& text) {
@@ -62,47 +88,138 @@ int printVerdict(const std::string& text, int status) {
   return status;
 }
 
+// Of what another run has left: what this one can go on from.
+std::optional<Checkpoint> pastOf(const Options& options, const std::string& identity) {
+  if (!options.resume) return std::nullopt;
+  std::optional<Checkpoint> past = readCheckpoint(checkpointPath(options));
+  if (!past || past->identity != identity) return std::nullopt;
+  std::error_code error;
+  const bool single = past->file.count <= 1;
+  if (!options.count &&
+      (std::filesystem::file_size(basePath(options), error) < (single ? 0 : past->file.bytes) || error))
+    return std::nullopt;
+  return past;
+}
+
 class Run {
  public:
-  explicit Run(const Options& options)
-      : options_(options),
-        program_(readProgram(readFile(options.file), options.file)),
-        results_(program_, options.count ? "" : outputPath(options), options.text) {}
+  explicit Run(const Options& options) : Run(options, readFile(options.file)) {}
 
   int result() {
+    if (past_ && !past_->verdict.empty()) return tellAgain();
+    control_.threads = threads();
+    control_.keepEvery = options_.checkpoint;
+    if (past_) takeUp(*past_);
     const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
-    const Outcome outcome = solve(program_, task(), results_, control_);
+    Journal journal(control_, keeping(), past_.value_or(Checkpoint()));
+    const Outcome outcome = solve(program_, task(), results_, journal);
     if (!results_.close()) waitForEnd();
-    return tell(outcome);
+    const Verdict verdict = verdictOf(outcome);
+    if (verdict.isLast) verdict_ = &verdict;
+    journal.save();
+    return tell(verdict);
   }
 
  private:
+  struct Verdict {
+    std::string text;
+    int status;
+    // Nothing is left to be searched.
+    bool isLast;
+  };
+
+  Run(const Options& options, const std::string& text)
+      : options_(options),
+        program_(readProgram(text, options.file)),
+        identity_(identityOf(options, text)),
+        results_(program_, options.count ? "" : basePath(options), options.text) {
+    guardPaths(options);
+    past_ = pastOf(options, identity_);
+  }
+
   bool listsAll() const { return options_.all || program_.targets.empty(); }
+
+  unsigned threads() const {
+    constexpr unsigned long MOST = 1024;
+    if (options_.threads != 0) return static_cast<unsigned>(std::min(options_.threads, MOST));
+    return std::max(1u, std::thread::hardware_concurrency());
+  }
 
   Task task() const { return {options_.all, options_.ties, options_.first, options_.limit}; }
 
-  int tell(Outcome outcome) const {
-    if (outcome == Outcome::STOPPED) return tellStopped();
-    if (outcome == Outcome::NONE) return printVerdict("none", NONE);
-    if (listsAll()) return printVerdict("all " + std::to_string(results_.count()), PROVEN);
-    if (options_.ties) print("best points: " + std::to_string(results_.count()) + "\n");
-    const Norms norms = *results_.best();
-    return printVerdict(
-        "optimum " + toText(norms.target) + (norms.slack == 0 ? "" : " " + toText(norms.slack)), PROVEN);
+  void takeUp(const Checkpoint& past) {
+    control_.nodes = past.nodes;
+    results_.resume(past.file, past.seconds, !listsAll());
+    if (options_.quiet) return;
+    std::fprintf(stderr, "goes on from %s, after %.0f s and %lu points\n", checkpointPath(options_).c_str(),
+                 past.seconds, past.file.count);
   }
 
-  int tellStopped() const {
+  Journal::Keeping keeping() {
+    return {[this](Checkpoint checkpoint) { save(std::move(checkpoint)); },
+            [this] { return results_.state(); }, [this](const FileState& state) { results_.rewind(state); },
+            [this] { results_.goLive(); }};
+  }
+
+  // Of a run that has not begun its file there is nothing to go on from. What is written each minute is to
+  // outlast the machine; at the end of a run of moments that would take longer than the run.
+  void save(Checkpoint checkpoint) {
+    constexpr double MOMENTS = 1;
+    if (!results_.hasBegun()) return;
+    checkpoint.identity = identity_;
+    checkpoint.seconds = results_.allSeconds();
+    checkpoint.nodes = control_.nodes;
+    const bool surely = checkpoint.seconds > MOMENTS;
+    checkpoint.file = results_.state(surely);
+    if (verdict_) {
+      checkpoint.verdict = verdict_->text;
+      checkpoint.status = verdict_->status;
+    }
+    const std::string path = checkpointPath(options_);
+    if (!saved_ && !past_) keepOther(path);
+    saved_ = true;
+    writeCheckpoint(path, checkpoint, surely);
+  }
+
+  // The file of another run goes with the points that it belongs to.
+  static void keepOther(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::exists(path)) std::filesystem::rename(path, path + PointsFile::KEPT, error);
+  }
+
+  Verdict verdictOf(Outcome outcome) const {
     const unsigned long count = results_.count();
-    return count > 0 ? printVerdict("found " + std::to_string(count), FOUND)
-                     : printVerdict("unknown", UNKNOWN);
+    if (outcome == Outcome::STOPPED) {
+      if (count == 0) return {"unknown", UNKNOWN, false};
+      return {"found " + std::to_string(count), FOUND, false};
+    }
+    if (outcome == Outcome::NONE) return {"none", NONE, true};
+    if (options_.first) return {"found " + std::to_string(count), FOUND, true};
+    if (listsAll()) return {"all " + std::to_string(count), PROVEN, true};
+    const Norms norms = *results_.best();
+    return {"optimum " + toText(norms.target) + (norms.slack == 0 ? "" : " " + toText(norms.slack)), PROVEN,
+            true};
   }
 
-  // On the watch's thread: the search does not answer, and what is known is told without it.
+  int tell(const Verdict& verdict) const {
+    if (options_.ties && verdict.status == PROVEN)
+      print("best points: " + std::to_string(results_.count()) + "\n");
+    return printVerdict(verdict.text, verdict.status);
+  }
+
+  int tellAgain() const {
+    if (options_.ties && past_->status == PROVEN)
+      print("best points: " + std::to_string(past_->file.count) + "\n");
+    return printVerdict(past_->verdict, past_->status);
+  }
+
+  // On the watch's thread: the search does not answer, and what is known is told without it. The last
+  // checkpoint stands.
   void endNow() {
     int status = FAILURE;
     try {
       if (!results_.close()) return;
-      status = tellStopped();
+      status = tell(verdictOf(Outcome::STOPPED));
     } catch (const std::exception& e) {
       std::fprintf(stderr, "latbox-all: %s\n", e.what());
     }
@@ -115,8 +232,13 @@ class Run {
 
   Options options_;
   Program program_;
+  std::string identity_;
+  std::optional<Checkpoint> past_;
   SearchControl control_;
   Results results_;
+  // Of a run that has ended.
+  const Verdict* verdict_ = nullptr;
+  bool saved_ = false;
 };
 
 int run(const std::vector<std::string>& arguments) {

@@ -56,12 +56,20 @@ void assign(double& to, const Float& value) {
   to = value.get_d();
 }
 
+void assign(float& to, const Float& value) {
+  to = static_cast<float>(value.get_d());
+}
+
 void assign(Float& to, const Float& value) {
   to = value;
 }
 
-// The greatest that a number may be, so that nothing overflows, and whole numbers stay exact.
+// The greatest that a number may be, so that nothing overflows, and whole numbers stay exact; of multipliers
+// and cut vectors, whose type may be float.
 constexpr long EXPONENT_LIMIT = 900;
+constexpr long WEIGHT_EXPONENT_LIMIT = 100;
+// What the cap allows beyond N, as a part of it.
+constexpr double ALLOWANCE = 1.0 / (1 << 14);
 
 template <class R>
 class TableBuilder {
@@ -73,16 +81,18 @@ class TableBuilder {
         work_(work),
         k_(lattice.rank()),
         unit_(1, work),
+        weightUnit_(0, work),
         rows_(lattice, work) {
     // One bit for the rounding and one in hand. Numbers of GMP lose what stands beyond their last limb.
     unit_ = scaledBy(unit_, -(static_cast<long>(bits) - (bits > 53 ? 66 : 2)));
+    weightUnit_ = std::is_same_v<R, double> ? scaledBy(Float(1, work), -22) : unit_;
     takeCommonDenominator();
   }
 
   std::optional<CutTables<R>> result() {
     if (!boundReach()) return std::nullopt;
     for (std::size_t t = 0; t <= k_; ++t) addLevel(t);
-    addMargins();
+    addMargin();
     if (!acceptable_) return std::nullopt;
     return std::move(tables_);
   }
@@ -136,8 +146,11 @@ class TableBuilder {
           std::max(worst, Float(error * WIDER + scaledBy(Float(1, work_), -static_cast<long>(work_) / 2)));
     }
     if (worst > 0.001) return false;
-    for (Float& reach : reach_) {
+    tables_.reach.resize(k_);
+    for (std::size_t i = 0; i < k_; ++i) {
+      Float& reach = reach_[i];
       reach += 2 * worst * most;
+      assignUp(tables_.reach[i], reach);
       // Steps must be exact numbers.
       if (scaledBy(reach, 10) > scaledBy(Float(1, work_), static_cast<long>(bits_))) return false;
     }
@@ -150,12 +163,16 @@ class TableBuilder {
     if (t == k_ && gso_.norms[k_] < scaledBy(Float(1, work_), -40)) vector.assign(vector.size(), zero());
     const Dyadic g = roundedTo(vector, bits_ > 53 ? static_cast<long>(bits_) - 66 : 52);
     typename CutTables<R>::Level level;
-    level.g.resize((lattice_.coordinates() + LANES - 1) / LANES * LANES);
-    for (std::size_t j = 0; j < g.entries.size(); ++j)
-      assign(level.g[j], scaledBy(Float(g.entries[j], work_), -g.shift));
+    level.g.resize(lattice_.coordinates());
+    level.weights.resize(paddedTo(lattice_.coordinates(), LANES));
+    for (std::size_t j = 0; j < g.entries.size(); ++j) {
+      const Float entry = scaledBy(Float(g.entries[j], work_), -g.shift);
+      assign(level.g[j], entry);
+      assign(level.weights[j], entry);
+    }
     Float drift = zero();
     Float sizes = abs(productOf(g, k_));
-    level.products.resize(k_);
+    level.products.resize(k_ + PRODUCT_LANES);
     assign(level.constant, productOf(g, k_));
     for (std::size_t i = 0; i < k_; ++i) {
       const Float value = productOf(g, i);
@@ -172,7 +189,8 @@ class TableBuilder {
     level.most = level.least = level.size;
     if (t < k_) useRows(level, g);
     tables_.levels.push_back(std::move(level));
-    bounds_.push_back({size, slip, (size + slip) * inverse * WIDER});
+    bounds_.push_back({size, slip, inverse});
+    vectors_.push_back(g);
     if (t < k_ && slip * 1000 > size) acceptable_ = false;
     if (scaledBy(Float(1, work_), EXPONENT_LIMIT) < sizes) acceptable_ = false;
   }
@@ -193,34 +211,63 @@ class TableBuilder {
     to = std::min(to, value);
   }
 
-  // From the root down: multipliers are at most `multiplier`, W is a sum of multiplier * g, its value one of
-  // multiplier * (g u). The factor 2 covers errors of errors and of these sums.
-  void addMargins() {
-    Float drift = zero();
-    Float value = zero();
-    Float valueSums = zero();
-    Float sizes = zero();
-    Float sizeSums = zero();
-    for (std::size_t t = k_ + 1; t-- > 0;) {
-      const Bounds& b = bounds_[t];
-      drift += b.multiplier * b.slip;
-      value += b.multiplier * (b.size + b.slip);
-      sizes += b.multiplier * b.size;
-      valueSums += value;
-      sizeSums += sizes;
-      const Float rounding =
-          unit_ * (4 * valueSums + 4 * sizeSums + (2 * lattice_.coordinates() + 16) * (sizes + value));
-      const Float margin = 2 * (drift + rounding);
-      assignUp(tables_.levels[t].margin, margin);
-      if (t < k_ && margin > 0.01 * (1 + sizes)) acceptable_ = false;
-      if (scaledBy(Float(1, work_), EXPONENT_LIMIT) < sizes + value) acceptable_ = false;
+  // How far the squared length of a W may be from its value, as a part of it: with q_i = |p_i| / |g_i| it is
+  // sum q_i^2 and the sum of q_i q_j (g_i g_j) / (|g_i| |g_j|), at most the largest sum of such a row.
+  Float skewness() const {
+    Float worst = zero();
+    for (std::size_t i = 0; i <= k_; ++i) {
+      Float sum = zero();
+      for (std::size_t j = 0; j <= k_; ++j) {
+        Integer product = 0;
+        for (std::size_t c = 0; c < lattice_.coordinates(); ++c)
+          mpz_addmul(product.get_mpz_t(), vectors_[i].entries[c].get_mpz_t(),
+                     vectors_[j].entries[c].get_mpz_t());
+        const Float g = scaledBy(Float(product, work_), -vectors_[i].shift - vectors_[j].shift);
+        const Float scaled = g * sqrt(Float(bounds_[i].inverse * bounds_[j].inverse));
+        sum += abs(scaled - (i == j && bounds_[i].inverse > 0 ? 1 : 0));
+      }
+      worst = std::max(worst, sum);
     }
+    return worst * WIDER;
+  }
+
+  // Any candidate that is tested has sum p_i^2 / norm_i <= Q: its parent has kept the cap, and its own part
+  // is bounded by the range of its level. The factors 1.1 cover errors of errors.
+  void addMargin() {
+    const Float n(lattice_.coordinates(), work_);
+    const Float cap = n * (1 + ALLOWANCE) + ALLOWANCE;
+    Float own = zero();
+    Float slips = zero();
+    Float sizes = zero();
+    Float multipliers = zero();
+    for (const Bounds& b : bounds_) {
+      const Float part = (b.size + b.slip) * (b.size + b.slip) * b.inverse;
+      own = std::max(own, part);
+      slips += b.slip * b.slip * b.inverse;
+      sizes += b.size * b.size * b.inverse;
+      multipliers = std::max(multipliers, Float((b.size + b.slip) * b.inverse));
+    }
+    const Float q = (cap + own) * WIDER;
+    const Float terms(2 * k_ + 8, work_);
+    // Of W u less the value, and of a computed value, that is.
+    const Float drift = 1.1 * (sqrt(Float(q * slips)) + unit_ * terms * q);
+    const Float length = sqrt(Float(n * q * 1.1));
+    const Float additions(k_ + 2 + sumDepth(tables_.levels[0].weights.size(), R{}), work_);
+    const Float rounding = 1.1 * weightUnit_ * (4 * sqrt(Float(q * sizes)) + additions * length);
+    // With the squared length at most (1 + skewness) times the value, a value above this bound exceeds
+    // sqrt(N) times the length by more than the drift.
+    const Float needed = n * (1 + skewness()) * (1 + 4 * terms * unit_) + 2 * drift;
+    if (needed > cap || drift + rounding > 0.01 * (n + 1)) acceptable_ = false;
+    if (scaledBy(Float(1, work_), WEIGHT_EXPONENT_LIMIT) < sizes + multipliers) acceptable_ = false;
+    assignUp(tables_.cap, cap);
+    // Entries that are too small for their type lose up to 2^-149 each, times a multiplier below 2^100.
+    assignUp(tables_.margin, Float(2 * (drift + rounding) + scaledBy(n * terms, -40)));
   }
 
   struct Bounds {
     Float size;
     Float slip;
-    Float multiplier;
+    Float inverse;
   };
 
   const BoxLattice& lattice_;
@@ -228,15 +275,25 @@ class TableBuilder {
   unsigned long bits_;
   unsigned long work_;
   std::size_t k_;
+  // One rounding of R, and of the entries of cut vectors.
   Float unit_;
+  Float weightUnit_;
   RowMultipliers rows_;
   Integer common_ = 1;
   IntegerMatrix scaled_;
   FloatVector reach_;
   std::vector<Bounds> bounds_;
+  std::vector<Dyadic> vectors_;
   bool acceptable_ = true;
   CutTables<R> tables_;
 };
+
+template <class R>
+std::optional<CutTables<R>> tablesBy(GramSchmidt (*form)(const BoxLattice&, unsigned long),
+                                     BoxLattice& lattice, unsigned long bits, unsigned long work) {
+  centre(lattice, form(lattice, work));
+  return TableBuilder<R>(lattice, form(lattice, work), bits, work).result();
+}
 
 }  // namespace
 
@@ -244,9 +301,10 @@ template <class R>
 std::optional<CutTables<R>> cutTablesOf(BoxLattice& lattice, unsigned long bits) {
   const unsigned long work = 2 * bits + 2 * static_cast<unsigned long>(lattice.rank()) + 64;
   mpf_set_default_prec(work);
-  centre(lattice, gramSchmidtOf(lattice, work));
-  const GramSchmidt gso = gramSchmidtOf(lattice, work);
-  auto tables = TableBuilder<R>(lattice, gso, bits, work).result();
+  std::optional<CutTables<R>> tables;
+  // What was formed roughly does for most bases: a vector near the right one is as good.
+  if (bits == 53) tables = tablesBy<R>(roughGramSchmidtOf, lattice, bits, work);
+  if (!tables) tables = tablesBy<R>(gramSchmidtOf, lattice, bits, work);
   mpf_set_default_prec(bits);
   return tables;
 }

@@ -45,7 +45,7 @@ void Leaf::listShort() {
 
 // True only by exact arithmetic.
 bool Leaf::isOutside(const std::vector<double>& lambda) const {
-  for (std::size_t i = 0; i < lambda.size(); ++i) {
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (!(std::fabs(lambda[i]) < MULTIPLIER_LIMIT)) return false;
     steps_[i] = static_cast<long>(lambda[i]);
   }
@@ -69,12 +69,12 @@ std::optional<IntegerVector> Leaf::pointOf(const IntegerVector& lambda) const {
 
 std::optional<IntegerVector> Leaf::pointOf(const std::vector<double>& lambda) const {
   if (isOutside(lambda)) return std::nullopt;
-  return pointOf(IntegerVector(lambda.begin(), lambda.end()));
+  return pointOf(IntegerVector(lambda.begin(), lambda.begin() + static_cast<std::ptrdiff_t>(steps_.size())));
 }
 
 std::optional<IntegerVector> Leaf::pointOf(const std::vector<mpf_class>& lambda) const {
   IntegerVector whole;
-  for (const mpf_class& value : lambda) whole.emplace_back(value);
+  for (std::size_t i = 0; i < steps_.size(); ++i) whole.emplace_back(lambda[i]);
   return pointOf(whole);
 }
 

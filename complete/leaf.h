@@ -17,7 +17,7 @@ class Leaf {
 
   // point + sum lambda_i basis_i, if it is in the box.
   std::optional<IntegerVector> pointOf(const IntegerVector& lambda) const;
-  // The same from multipliers that are whole numbers of a floating type.
+  // The same from multipliers that are whole numbers of a floating type; there may be more of them.
   std::optional<IntegerVector> pointOf(const std::vector<double>& lambda) const;
   std::optional<IntegerVector> pointOf(const std::vector<mpf_class>& lambda) const;
 

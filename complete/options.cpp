@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <charconv>
 #include <functional>
+#include <iomanip>
 #include <set>
+#include <sstream>
+#include <utility>
 
 namespace latbox::complete {
 namespace {
+
+// Room for the longest form of an option in the usage, and blanks behind it.
+constexpr int WIDEST = 22;
 
 [[noreturn]] void refuseValue(const std::string& key, const std::string& value, const char* wanted) {
   throw BadInput("--" + key + "=" + value + ": " + wanted + " is wanted");
@@ -36,48 +42,53 @@ double secondsOf(const std::string& key, const std::string& value) {
   return number;
 }
 
-struct Key {
-  const char* name;
-  std::function<void(Options&, const std::string& value)> take;
-};
-
 std::string nonEmpty(const std::string& key, const std::string& value) {
   if (value.empty()) refuseValue(key, value, "the name of a file");
   return value;
 }
 
+struct Key {
+  OptionHelp help;
+  std::function<void(Options&, const std::string& value)> take;
+};
+
 template <class Value>
-Key key(const char* name, Value Options::*member, Value (*parse)(const std::string&, const std::string&)) {
-  return {name, [=](Options& options, const std::string& value) { options.*member = parse(name, value); }};
+Key key(const OptionHelp& help, Value Options::*member,
+        Value (*parse)(const std::string&, const std::string&)) {
+  return {help,
+          [=](Options& options, const std::string& value) { options.*member = parse(help.name, value); }};
 }
 
-// A run begins anew: to go on from an earlier one is asked for in vain.
-void takeResume(Options&, const std::string& value) {
-  if (switchOf("resume", value)) throw BadInput("--resume=1: not available in this version");
-}
-
+// The order is that of the usage and of the manual page.
 const std::vector<Key>& keys() {
   static const std::vector<Key> table = {
-      key("help", &Options::help, switchOf),
-      key("version", &Options::version, switchOf),
-      key("out", &Options::out, nonEmpty),
-      key("all", &Options::all, switchOf),
-      key("ties", &Options::ties, switchOf),
-      key("count", &Options::count, switchOf),
-      key("first", &Options::first, switchOf),
-      key("quiet", &Options::quiet, switchOf),
-      key("limit", &Options::limit, countOf),
-      key("rtime", &Options::rtime, secondsOf),
-      key("threads", &Options::threads, countOf),
-      key("seed", &Options::seed, countOf),
-      {"resume", takeResume},
+      key({"all", "1", "List all points, also where there are targets."}, &Options::all, switchOf),
+      key({"ties", "1", "List all best points, not one of them."}, &Options::ties, switchOf),
+      key({"count", "1", "Count what would be listed, and write no file."}, &Options::count, switchOf),
+      key({"first", "1", "End with the first point, whatever its targets."}, &Options::first, switchOf),
+      key({"limit", "N", "End with N points, where points are listed; 0: no limit."}, &Options::limit,
+          countOf),
+      key({"out", "FILE", "Where points are written; NAME.all unless given."}, &Options::out, nonEmpty),
+      key({"rtime", "SECONDS", "End after so many seconds of the clock, decimals allowed; 0: no limit."},
+          &Options::rtime, secondsOf),
+      key({"threads", "N", "Search with at most N threads; 0, the default: one for each core."},
+          &Options::threads, countOf),
+      key({"seed", "N", "Where the random bases of --first=1 begin; what is proven does not depend on it."},
+          &Options::seed, countOf),
+      key({"resume", "0", "Begin anew, and do not go on from the checkpoint of the same command."},
+          &Options::resume, switchOf),
+      key({"checkpoint", "SECONDS", "Write a checkpoint each so many seconds of the clock; 60 unless given."},
+          &Options::checkpoint, secondsOf),
+      key({"quiet", "1", "No lines of progress on standard error."}, &Options::quiet, switchOf),
+      key({"help", "", "Show this text."}, &Options::help, switchOf),
+      key({"version", "", "Show the version."}, &Options::version, switchOf),
   };
   return table;
 }
 
 const Key& find(const std::string& name, const std::string& argument) {
   for (const Key& candidate : keys())
-    if (name == candidate.name) return candidate;
+    if (name == candidate.help.name) return candidate;
   throw BadInput(argument + ": unknown option; --help shows them");
 }
 
@@ -86,8 +97,7 @@ void takeOption(Options& options, const std::string& argument, std::set<std::str
   const std::string name = argument.substr(2, sign == std::string::npos ? sign : sign - 2);
   const Key& known = find(name, argument);
   if (!seen.insert(name).second) throw BadInput(argument + ": --" + name + " was given before");
-  const bool asks = name == "help" || name == "version";
-  if (sign == std::string::npos && !asks)
+  if (sign == std::string::npos && *known.help.value != '\0')
     throw BadInput(argument + ": a value is wanted, --" + name + "=...");
   known.take(options, sign == std::string::npos ? "1" : argument.substr(sign + 1));
   options.text += (options.text.empty() ? "" : " ") + argument;
@@ -125,25 +135,24 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   return options;
 }
 
-const char* helpText() {
-  return R"(usage: latbox-all [--key=value ...] FILE.opt
+std::vector<OptionHelp> optionHelp() {
+  std::vector<OptionHelp> all;
+  for (const Key& known : keys()) all.push_back(known.help);
+  return all;
+}
+
+std::string helpText() {
+  std::ostringstream text;
+  text << R"(usage: latbox-all [--key=value ...] FILE.opt
 
 Finds all points of a program, or the best one, or proves that there is none.
 
-  --all=1       all points, also where there are targets
-  --ties=1      all best points, not one of them
-  --count=1     count only, write no file
-  --first=1     end with the first point, whatever its targets
-  --limit=N     end with N points, where points are listed; 0: no limit
-  --out=FILE    where points are written; NAME.all unless given
-  --rtime=S     end after S seconds, decimals allowed; 0: no limit
-  --quiet=1     no progress on standard error
-  --threads=N   at most N threads, 0: all cores; this version searches with one
-  --seed=N      taken and kept in the lines; this version draws no random numbers
-  --resume=0    begin anew; this version does so anyway, and has no --resume=1
-  --help        this text
-  --version     the version
-
+)";
+  for (const OptionHelp& option : optionHelp()) {
+    const std::string form = std::string("--") + option.name + (*option.value != '\0' ? "=" : "");
+    text << "  " << std::left << std::setw(WIDEST) << form + option.value << option.text << '\n';
+  }
+  text << R"(
 The last line of standard output is the verdict:
 
   verdict: all N         status 10   all N points are in the file
@@ -154,6 +163,7 @@ The last line of standard output is the verdict:
 
 Status 1 is a failure, 2 a usage error or an input that cannot be taken; then there is no verdict.
 )";
+  return std::move(text).str();
 }
 
 }  // namespace latbox::complete

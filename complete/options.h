@@ -23,6 +23,9 @@ struct Options {
   unsigned long limit = 0;
   // Wall seconds; 0: no limit.
   double rtime = 0;
+  bool resume = true;
+  // Wall seconds between checkpoints.
+  double checkpoint = 60;
   unsigned long threads = 0;
   unsigned long seed = 0;
   // As they were given, for the lines of points.
@@ -30,9 +33,22 @@ struct Options {
 };
 
 // Requires the arguments behind the program's name. Throws BadInput on an unknown or repeated key, a value
-// that is none, options that exclude each other or are not built yet, and any number of files but one.
+// that is none, options that exclude each other, and any number of files but one.
 Options parseOptions(const std::vector<std::string>& arguments);
 
-const char* helpText();
+// An option as the usage, the manual page and the completion tell it.
+struct OptionHelp {
+  const char* name;
+  // What may stand behind "=": a switch shows the value that is not its default, others a name in capitals.
+  // Empty: the option may stand alone.
+  const char* value;
+  // A sentence.
+  const char* text;
+};
+
+// Every option that is taken, and no other.
+std::vector<OptionHelp> optionHelp();
+
+std::string helpText();
 
 }  // namespace latbox::complete

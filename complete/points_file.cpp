@@ -58,6 +58,15 @@ PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
   open(false);
 }
 
+PointsFile::PointsFile(std::string path, unsigned long bytes) : path_(std::move(path)), bytes_(bytes) {
+  std::error_code error;
+  if (std::filesystem::file_size(path_, error) < bytes || error)
+    throw WriteFailure(path_ + ": is shorter than the run that it belongs to has left it");
+  std::filesystem::resize_file(path_, bytes, error);
+  if (error) throw WriteFailure(path_ + ": " + error.message());
+  open(true);
+}
+
 void PointsFile::open(bool append) {
   file_ = std::ofstream();
   errno = 0;
@@ -69,12 +78,14 @@ void PointsFile::append(const std::string& line) {
   errno = 0;
   file_ << line;
   require(file_.good());
+  bytes_ += line.size();
 }
 
-void PointsFile::flush() {
+void PointsFile::flush(bool surely) {
   errno = 0;
   file_.flush();
   require(file_.good());
+  if (surely) synchronise(path_);
 }
 
 void PointsFile::replace(const std::string& line) {
@@ -88,6 +99,7 @@ void PointsFile::replace(const std::string& line) {
   std::filesystem::rename(next, path_, error);
   if (error) throw WriteFailure(path_ + ": " + error.message());
   open(true);
+  bytes_ = line.size();
 }
 
 void PointsFile::require(bool well) const {

@@ -2,18 +2,12 @@
 #pragma once
 
 #include <fstream>
-#include <stdexcept>
 #include <string>
 
 #include "complete/program.h"
+#include "complete/write_failure.h"
 
 namespace latbox::complete {
-
-// The file cannot be written: the run ends with status 1.
-class WriteFailure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // The line of a point, with its line end. Target values stand in the order of .sol files: those with a wanted
 // value are moved behind the others, each changing places with the last one that is not there yet.
@@ -28,12 +22,16 @@ class PointsFile {
 
   // Begins an empty file; one that is there is kept as PATH.old. Throws WriteFailure.
   explicit PointsFile(std::string path);
+  // Goes on with the first `bytes` bytes of the file that is there; what stands behind them goes. Throws
+  // WriteFailure, also if it is shorter.
+  PointsFile(std::string path, unsigned long bytes);
 
   void append(const std::string& line);
   // The line becomes the only one, by a rename: a reader finds the old content or the new.
   void replace(const std::string& line);
-  // What was appended stands in the file.
-  void flush();
+  // What was appended stands in the file; with `surely`, on the disk.
+  void flush(bool surely = false);
+  unsigned long bytes() const { return bytes_; }
 
  private:
   void open(bool append);
@@ -41,6 +39,7 @@ class PointsFile {
 
   std::string path_;
   std::ofstream file_;
+  unsigned long bytes_ = 0;
 };
 
 }  // namespace latbox::complete

@@ -2,6 +2,7 @@
 // that it is one.
 #pragma once
 
+#include <random>
 #include <stdexcept>
 
 #include "complete/integer_program.h"
@@ -17,7 +18,13 @@ class ReductionFailure : public std::runtime_error {
 // LLL. Throws ReductionFailure.
 void reduceLLL(IntegerMatrix& rows);
 
-// Block reduction behind LLL; a basis that it cannot take stays as LLL left it. Throws ReductionFailure.
+// Block reduction behind LLL: blocks of 20, 30, ... up to blockSize, pruned as libfplll's strategies say
+// where they are installed, and once more from both ends. A basis that it cannot take stays as LLL left it.
+// Throws ReductionFailure.
 void reduceBlocks(IntegerMatrix& rows, int blockSize);
+
+// Another basis of the same lattice: rows in a random order, each with others added or taken away. Reduced
+// anew it is as good as the first one, and different.
+void scramble(IntegerMatrix& rows, std::mt19937_64& random);
 
 }  // namespace latbox::complete

@@ -2,12 +2,15 @@
 
 #include <unistd.h>
 
+#include <filesystem>
+
 namespace latbox::complete {
 
 Results::Results(const Program& program, std::string path, std::string parameters)
     : program_(program), path_(std::move(path)), parameters_(std::move(parameters)) {}
 
 void Results::open() {
+  begun_ = true;
   if (!path_.empty() && !file_) file_.emplace(path_);
 }
 
@@ -17,7 +20,7 @@ void Results::begin() {
 }
 
 std::string Results::line(const Point& x, const Norms& norms) const {
-  return lineOf(program_, x, norms, static_cast<long>(seconds()), parameters_);
+  return lineOf(program_, x, norms, static_cast<long>(allSeconds()), parameters_);
 }
 
 // The verdict is out and says how many points there are: one more would make it untrue.
@@ -28,19 +31,67 @@ void Results::waitForEnd(std::unique_lock<std::mutex>& lock) const {
 }
 
 void Results::list(const Point& x, const Norms& norms) {
+  const std::string text = path_.empty() ? "" : line(x, norms);
   std::unique_lock lock(mutex_);
   waitForEnd(lock);
-  if (file_) file_->append(line(x, norms));
+  if (known_) return;
+  if (file_) file_->append(text);
   ++count_;
   if (!best_ || norms < *best_) best_ = norms;
 }
 
 void Results::replace(const Point& x, const Norms& norms) {
+  const std::string text = path_.empty() ? "" : line(x, norms);
   std::unique_lock lock(mutex_);
   waitForEnd(lock);
-  if (file_) file_->replace(line(x, norms));
-  count_ = 1;
   best_ = norms;
+  if (known_) {
+    replaced_ = text;
+    return;
+  }
+  if (file_) file_->replace(text);
+  count_ = 1;
+}
+
+// A single point takes the place of another, so that the file of a run that was killed may be one that came
+// later, of any length: it stays until the one that is known is written over it.
+void Results::resume(const FileState& state, double seconds, bool single) {
+  const std::lock_guard lock(mutex_);
+  single_ = single && state.count <= 1;
+  if (!path_.empty()) file_.emplace(path_, single_ ? std::filesystem::file_size(path_) : state.bytes);
+  count_ = state.count;
+  before_ = seconds;
+  known_ = true;
+}
+
+void Results::goLive() {
+  const std::lock_guard lock(mutex_);
+  if (!known_) return;
+  known_ = false;
+  if (!single_ || !file_) return;
+  if (count_ == 1)
+    file_->replace(replaced_);
+  else
+    file_.emplace(path_, 0);
+}
+
+void Results::rewind(const FileState& state) {
+  const std::lock_guard lock(mutex_);
+  count_ = state.count;
+  if (!file_) return;
+  file_.reset();
+  file_.emplace(path_, state.bytes);
+}
+
+FileState Results::state(bool surely) {
+  const std::lock_guard lock(mutex_);
+  if (file_) file_->flush(surely);
+  return {count_, file_ ? file_->bytes() : 0};
+}
+
+void Results::flush() {
+  const std::lock_guard lock(mutex_);
+  if (file_) file_->flush();
 }
 
 unsigned long Results::count() const {

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 
+#include "complete/checkpoint.h"
 #include "complete/points_file.h"
 #include "complete/solver.h"
 
@@ -17,14 +18,28 @@ class Results : public Finds {
   Results(const Program& program, std::string path, std::string parameters);
 
   void begin() override;
+  bool hasBegun() const { return begun_; }
   void list(const Point& x, const Norms& norms) override;
   void replace(const Point& x, const Norms& norms) override;
+  unsigned long count() const override;
+
+  // Goes on from where another run was after `seconds`: points that are told from here on are known already,
+  // until goLive(). A run that lists no more than the best point has a `single` one in its file. Throws
+  // WriteFailure if the file does not hold what it should.
+  void resume(const FileState& state, double seconds, bool single);
+  void goLive();
+  // The file is as it was in that state. Requires a state that it has been in.
+  void rewind(const FileState& state);
+  // With all points in the file; with `surely`, on the disk.
+  FileState state(bool surely = false);
 
   // For the progress of a run.
-  unsigned long count() const;
   std::optional<Norms> best() const;
   bool isWithoutTargets() const { return program_.targets.empty(); }
+  // Of this run, and of those that it goes on from, too.
   double seconds() const;
+  double allSeconds() const { return before_ + seconds(); }
+  void flush();
   // No point is taken any more: whoever finds one waits for the end of the process. Called once, by whoever
   // tells the verdict; false for everybody else.
   bool close();
@@ -39,9 +54,15 @@ class Results : public Finds {
   std::optional<PointsFile> file_;
   std::string parameters_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+  double before_ = 0;
   mutable std::mutex mutex_;
   unsigned long count_ = 0;
   std::optional<Norms> best_;
+  // Points are known already; the last line that would have taken the place of the file.
+  bool known_ = false;
+  bool single_ = false;
+  std::string replaced_;
+  bool begun_ = false;
   bool closed_ = false;
 };
 

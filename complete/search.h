@@ -1,9 +1,11 @@
-// The complete search of a lattice in its box, depth first.
+// The complete search of a lattice in its box by several threads.
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 #include "complete/box_lattice.h"
+#include "complete/piece.h"
 
 namespace latbox::complete {
 
@@ -12,9 +14,12 @@ enum class Next {
   GO_ON,
   // The rows of targets have new bounds: limit() tells them.
   LIMIT,
-  STOP
+  STOP,
+  // As STOP, and the point was not taken: whoever goes on meets it again.
+  REFUSED
 };
 
+// visit() and limit() are called by several threads at once, the others while none of them is.
 class Visitor {
  public:
   virtual ~Visitor() = default;
@@ -22,6 +27,10 @@ class Visitor {
   virtual Next visit(const IntegerVector& z) = 0;
   // The bound of the target norm that all further points must keep, in the units of Row.
   virtual Integer limit() const = 0;
+  // The point that it holds, if it does. With that, visit() brings another visitor to where this one is.
+  virtual std::optional<IntegerVector> held() const { return std::nullopt; }
+  // It has had enough for this run, and what is left of the search may be wanted by another.
+  virtual bool isInterrupted() const { return false; }
 };
 
 struct SearchControl {
@@ -29,13 +38,32 @@ struct SearchControl {
   std::atomic<bool> stop = false;
   // Candidates that were looked at, in all searches.
   std::atomic<unsigned long> nodes = 0;
+  // The share of the present search that is done, estimated; below 0: not known.
+  std::atomic<double> done = -1;
+  unsigned threads = 1;
+  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was visited
+  // is exactly what is not left.
+  std::function<void(const Frontier&)> keep;
+  double keepEvery = 60;
+  // Of a search that has ended without being complete.
+  Frontier left;
+};
+
+struct SearchSettings {
+  // Where to go on; empty: the whole tree.
+  std::vector<Piece> pieces;
+  // For a search that may miss points: the greatest value of a node at each level and behind them (see
+  // cuts.h).
+  std::vector<double> caps;
 };
 
 // Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted
-// that a limit has excluded. False: stopped. Moves the lattice's point.
-bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control);
+// that a limit has excluded. False: stopped. Moves the lattice's point. What a visitor throws is thrown on.
+bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control,
+            const SearchSettings& settings = {});
 
 // As search, by multiprecision numbers of at least so many bits: for tests. 53 bits are those of double.
-bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control);
+bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control,
+                const SearchSettings& settings = {});
 
 }  // namespace latbox::complete

@@ -1,9 +1,11 @@
 #include "complete/solver.h"
 
+#include <mutex>
 #include <stdexcept>
 
 #include "complete/closing.h"
 #include "complete/least_norm.h"
+#include "complete/preparation.h"
 #include "complete/presolve.h"
 #include "complete/window.h"
 
@@ -20,21 +22,24 @@ Point verified(const Program& program, const IntegerVector& z) {
 // Every point is wanted, up to a number of them.
 class Listing : public Visitor {
  public:
-  Listing(const Program& program, Finds& finds, unsigned long limit, unsigned long already = 0)
-      : program_(program), finds_(finds), limit_(limit), count_(already) {}
+  Listing(const Program& program, Finds& finds, unsigned long limit)
+      : program_(program), finds_(finds), limit_(limit), count_(finds.count()) {}
 
   Next visit(const IntegerVector& z) override {
     const Point x = verified(program_, z);
     const Norms norms = normsOf(program_, x);
     if (!isWanted(x, norms)) return Next::GO_ON;
+    const std::lock_guard lock(mutex_);
+    if (isInterrupted()) return Next::REFUSED;
     finds_.list(x, norms);
     ++count_;
-    return isReached() ? Next::STOP : Next::GO_ON;
+    return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
 
   Integer limit() const override { return 0; }
+  // The number of points is reached.
+  bool isInterrupted() const override { return limit_ != 0 && count_ >= limit_; }
   unsigned long count() const { return count_; }
-  bool isReached() const { return limit_ != 0 && count_ >= limit_; }
 
  protected:
   virtual bool isWanted(const Point&, const Norms&) const { return true; }
@@ -43,6 +48,7 @@ class Listing : public Visitor {
   const Program& program_;
   Finds& finds_;
   unsigned long limit_;
+  std::mutex mutex_;
   unsigned long count_;
 };
 
@@ -55,7 +61,7 @@ struct Best {
 class TieListing : public Listing {
  public:
   TieListing(const Program& program, Finds& finds, unsigned long limit, const Best& best)
-      : Listing(program, finds, limit, 1), best_(best) {}
+      : Listing(program, finds, limit), best_(best) {}
 
  protected:
   bool isWanted(const Point& x, const Norms& norms) const override {
@@ -75,16 +81,22 @@ class Improving : public Visitor {
   Next visit(const IntegerVector& z) override {
     Point x = verified(program_, z);
     Norms norms = normsOf(program_, x);
+    const std::lock_guard lock(mutex_);
     if (best_ && !(norms < best_->norms)) return Next::GO_ON;
     const bool first = !best_;
     finds_.replace(x, norms);
     best_ = Best{std::move(x), std::move(norms)};
+    held_ = z;
     if (first) return Next::STOP;
     window_.improve(objective_->valueOf(best_->norms));
     return window_.isClosed() || window_.hasHalved() ? Next::STOP : Next::LIMIT;
   }
 
-  Integer limit() const override { return window_.limit(); }
+  Integer limit() const override {
+    const std::lock_guard lock(mutex_);
+    return window_.limit();
+  }
+  std::optional<IntegerVector> held() const override { return held_; }
 
   const std::optional<Best>& best() const { return best_; }
   Window& window() { return window_; }
@@ -100,7 +112,9 @@ class Improving : public Visitor {
   const Program& program_;
   Finds& finds_;
   const Objective* objective_ = nullptr;
+  mutable std::mutex mutex_;
   std::optional<Best> best_;
+  std::optional<IntegerVector> held_;
   Window window_;
 };
 
@@ -113,9 +127,11 @@ class Canonical : public Visitor {
     Point x = verified(program_, z);
     if (normsOf(program_, x) != norms_) return Next::GO_ON;
     point_ = std::move(x);
+    held_ = z;
     return Next::STOP;
   }
   Integer limit() const override { return 0; }
+  std::optional<IntegerVector> held() const override { return held_; }
 
   const std::optional<Point>& point() const { return point_; }
 
@@ -123,6 +139,7 @@ class Canonical : public Visitor {
   const Program& program_;
   const Norms& norms_;
   std::optional<Point> point_;
+  std::optional<IntegerVector> held_;
 };
 
 // Holds back the points of the growing boxes until it is certain that the program can be searched: a run that
@@ -133,6 +150,7 @@ class HeldFinds : public Finds {
 
   void begin() override { release(); }
   void list(const Point& x, const Norms& norms) override { next_.list(x, norms); }
+  unsigned long count() const override { return next_.count(); }
   void replace(const Point& x, const Norms& norms) override {
     if (released_)
       next_.replace(x, norms);
@@ -154,11 +172,12 @@ class HeldFinds : public Finds {
 
 class Solver {
  public:
-  Solver(const Program& program, const Task& task, Finds& finds, SearchControl& control)
+  Solver(const Program& program, const Task& task, Finds& finds, Journal& journal)
       : program_(program),
         task_(task),
         finds_(finds),
-        control_(control),
+        journal_(journal),
+        control_(journal.control()),
         objective_(program),
         whole_(integerProgramOf(program)) {}
 
@@ -178,9 +197,12 @@ class Solver {
  private:
   // Of the search: nothing if there is nothing to search.
   std::optional<bool> searchThrough(const IntegerProgram& program, Visitor& visitor) {
-    auto lattice = boxLatticeOf(program);
-    if (!lattice) return std::nullopt;
-    return search(*lattice, visitor, control_);
+    const auto prepare = [&](const IntegerMatrix& basis) -> std::optional<BoxLattice> {
+      auto prepared = preparedLatticeOf(program, basis);
+      if (!prepared) return std::nullopt;
+      return std::move(prepared->lattice);
+    };
+    return journal_.searchThrough(keyOf(program), prepare, visitor);
   }
 
   Outcome listAll() {
@@ -276,7 +298,7 @@ class Solver {
     closeBests(bests);
     requireBounds(bests);
     finds_.release();
-    if (ties.isReached()) return Outcome::STOPPED;
+    if (ties.isInterrupted()) return Outcome::STOPPED;
     return searchThrough(bests, ties).value_or(true) ? Outcome::COMPLETE : Outcome::STOPPED;
   }
 
@@ -285,7 +307,9 @@ class Solver {
   Outcome tellCanonical(const Best& best, IntegerProgram bests) {
     closeBests(bests);
     Canonical canonical(program_, best.norms);
+    const unsigned threads = std::exchange(control_.threads, 1u);
     searchGrowing(bests, canonical, [&] { return canonical.point().has_value(); });
+    control_.threads = threads;
     if (!canonical.point() && control_.stop) return Outcome::STOPPED;
     if (!canonical.point()) throw std::logic_error(LOST);
     if (*canonical.point() != best.x) finds_.replace(*canonical.point(), best.norms);
@@ -302,6 +326,7 @@ class Solver {
   const Program& program_;
   const Task& task_;
   HeldFinds finds_;
+  Journal& journal_;
   SearchControl& control_;
   Objective objective_;
   IntegerProgram whole_;
@@ -309,8 +334,8 @@ class Solver {
 
 }  // namespace
 
-Outcome solve(const Program& program, const Task& task, Finds& finds, SearchControl& control) {
-  return Solver(program, task, finds, control).result();
+Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
+  return Solver(program, task, finds, journal).result();
 }
 
 }  // namespace latbox::complete

@@ -3,7 +3,7 @@
 
 #include "complete/integer_program.h"
 #include "complete/objective.h"
-#include "complete/search.h"
+#include "complete/journal.h"
 
 namespace latbox::complete {
 
@@ -17,6 +17,8 @@ class Finds {
   virtual void list(const Point& x, const Norms& norms) = 0;
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
   virtual void replace(const Point& x, const Norms& norms) = 0;
+  // Of the points that are listed.
+  virtual unsigned long count() const = 0;
 };
 
 struct Task {
@@ -34,6 +36,6 @@ enum class Outcome { COMPLETE, NONE, STOPPED };
 
 // Throws BadInput if variables need bounds, ReductionFailure, std::logic_error if a point fails the
 // verification.
-Outcome solve(const Program& program, const Task& task, Finds& finds, SearchControl& control);
+Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal);
 
 }  // namespace latbox::complete

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "lib/constants.h"
+#include "page.h"
 #include "params/params.h"
 
 namespace latbox {
@@ -30,32 +31,6 @@ void requireOption(const Params& params, const char* key) {
 
 std::string valueName(const DescribedOption& option) {
   return option.isSwitch ? "0|1" : "N";
-}
-
-// Backquotes begin and end bold text in turn. A hyphen that is not escaped may come out as a dash that no
-// shell understands.
-std::string manualText(const std::string& text) {
-  std::string result;
-  bool bold = false;
-  for (const char ch : text) {
-    if (ch == '`') {
-      bold = !bold;
-      result += bold ? "\\fB" : "\\fR";
-    } else if (ch == '-') {
-      result += "\\-";
-    } else if (ch == '\\') {
-      result += "\\e";
-    } else {
-      result += ch;
-    }
-  }
-  return result;
-}
-
-void replaceAll(std::string& text, const std::string& mark, const std::string& replacement) {
-  for (std::size_t at = text.find(mark); at != std::string::npos;
-       at = text.find(mark, at + replacement.size()))
-    text.replace(at, mark.size(), replacement);
 }
 
 std::string markdownSection(const DescribedOption& option) {

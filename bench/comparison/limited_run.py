@@ -24,16 +24,18 @@ class Cut(Exception):
 
 
 class LimitedRun:
-    """After construction the process is gone: `lines` [(CPU seconds, text)], `cpu` in seconds, `timed_out`.
+    """After construction the process is gone: `lines` [(CPU seconds, text)], `cpu` in seconds with the processes that it
+    has waited for, `seconds` by the clock, `resident` in KB at most (not below what this process has), `status`, `timed_out`.
 
     `enough`, if given, is asked for each line; where it says yes the run is ended, and that is no time-out.
     """
 
-    def __init__(self, command, limit, enough=None):
+    def __init__(self, command, limit, enough=None, environment=None):
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                        stderr=subprocess.STDOUT, text=True, errors="replace")
+                                        stderr=subprocess.STDOUT, text=True, errors="replace", env=environment)
         self.lines = []
-        self.cpu = 0.0
+        self.cpu = self.seconds = 0.0
+        self.resident = 0
         self.enough = enough or (lambda line: False)
         self.has_enough = False
         reader = threading.Thread(target=self.follow)
@@ -73,7 +75,12 @@ class LimitedRun:
                 self.process.returncode = os.waitstatus_to_exitcode(status)
                 if stop is None and -self.process.returncode in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
                     raise Cut("ended by signal %d" % -self.process.returncode)
+                # A signal from a terminal reaches both, and the run may end well by it.
+                if ending.is_set():
+                    raise Cut("the comparison ends")
                 self.cpu = usage.ru_utime + usage.ru_stime
+                self.seconds = time.monotonic() - start
+                self.resident = usage.ru_maxrss
                 return stop is None
             now = time.monotonic()
             if ending.is_set():
@@ -84,7 +91,11 @@ class LimitedRun:
                 stop = now
             elif stop is not None and now - stop > FAREWELL:
                 self.process.kill()
-            time.sleep(0.01 if now - start < 2 else 0.1)
+            time.sleep(0.01 if now - start < 2 else 0.02)
+
+    @property
+    def status(self):
+        return self.process.returncode
 
     def improvements(self, pattern):
         """[(CPU seconds, value)] for each change of the value that the pattern finds in a line."""

@@ -1,6 +1,6 @@
 """The measured cells as markdown, and the marked places of a page that they are written to.
 
-A place is what stands between "<!-- NAME: written by bench/compare -->" and "<!-- NAME: end -->".
+A place is what stands between "<!-- NAME: written by COMMAND -->" and "<!-- NAME: end -->".
 """
 
 import re
@@ -127,12 +127,12 @@ def meets(cell, limit, optimum):
 # ----------------------------------------------------------------- the page
 
 
-def rewrite(path, sections):
+def rewrite(path, sections, command="bench/compare"):
     """Puts each text in its place. A page without the place is an error: the text would be lost silently."""
     with open(path, encoding="utf-8") as file:
         page = file.read()
     for name, text in sections.items():
-        begin, end = "<!-- %s: written by bench/compare -->" % name, "<!-- %s: end -->" % name
+        begin, end = "<!-- %s: written by %s -->" % (name, command), "<!-- %s: end -->" % name
         place = re.compile(re.escape(begin) + ".*?" + re.escape(end), re.DOTALL)
         if not place.search(page):
             raise SystemExit("%s has no place for %s" % (path, name))

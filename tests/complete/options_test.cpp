@@ -24,7 +24,7 @@ TEST(ParseOptions, TakesQuestionsWithoutAFile) {
 TEST(ParseOptions, RefusesByName) {
   for (const char* argument : {"--nothing=1", "--all", "--all=2", "--all=", "--limit=x", "--limit=-1",
                                "--limit=1.5", "--rtime=abc", "--rtime=", "--rtime=.", "--rtime=1.2.3",
-                               "--rtime=-1", "--rtime=inf", "--out=", "--resume=1", "-v"}) {
+                               "--rtime=-1", "--rtime=inf", "--out=", "--resume=2", "--checkpoint=x", "-v"}) {
     const std::string text = testing::refusal([&] { parseOptions({argument, "p.opt"}); });
     EXPECT_EQ(text.rfind(std::string(argument), 0), 0u) << argument << ": " << text;
   }

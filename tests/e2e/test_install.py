@@ -34,6 +34,15 @@ def has_checker():
     return os.path.exists(os.path.join(build(), "packaging", "latbox-check.1"))
 
 
+def has_all():
+    """The same of latbox-all."""
+    return os.path.exists(os.path.join(build(), "packaging", "latbox-all.1"))
+
+
+def programs():
+    return ["latbox"] + (["latbox-check"] if has_checker() else []) + (["latbox-all"] if has_all() else [])
+
+
 def need_build():
     if not os.path.exists(os.path.join(build(), "CMakeCache.txt")):
         raise unittest.SkipTest("no build folder around the binary")
@@ -45,10 +54,10 @@ def need_tools(*names):
             raise unittest.SkipTest("%s is not installed" % name)
 
 
-def run(*command, **keywords):
+def run(*command, statuses=(0,), **keywords):
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
                           timeout=harness.LIMIT, check=False, text=True, **keywords)
-    if done.returncode != 0:
+    if done.returncode not in statuses:
         raise AssertionError("%s: status %d\n%s" % (" ".join(command), done.returncode, done.stdout))
     return done.stdout
 
@@ -68,9 +77,8 @@ def documents():
 
 
 def programs_and_pages():
-    names = ["latbox"] + (["latbox-check"] if has_checker() else [])
-    return ({"bin/" + name for name in names} | {"share/man/man1/%s.1" % name for name in names} |
-            {"share/bash-completion/completions/" + name for name in names})
+    return ({"bin/" + name for name in programs()} | {"share/man/man1/%s.1" % name for name in programs()} |
+            {"share/bash-completion/completions/" + name for name in programs()})
 
 
 def environment(prefix, **more):
@@ -130,6 +138,15 @@ class PrefixTest(PrefixCase):
         self.assert_ends_well(self.run_installed("hundred_fowls.opt"))
         run("latbox-check", "hundred_fowls.opt", cwd=self.folder, env=environment(self.prefix))
 
+    def test_latbox_all_runs_and_has_the_version_of_the_house(self):
+        if not has_all():
+            self.skipTest("this build has no latbox-all")
+        shutil.copy(self.installed("share/doc/latbox/examples/hundred_fowls.opt"), self.folder)
+        shown = run("latbox-all", "hundred_fowls.opt", cwd=self.folder, env=environment(self.prefix), statuses=(10,))
+        self.assertTrue(shown.endswith("verdict: all 4\n"), shown)
+        self.assertEqual(run("latbox-all", "--version", env=environment(self.prefix)),
+                         "latbox-all v%s\n" % cached("CMAKE_PROJECT_VERSION"))
+
     def test_links_of_the_first_document_hold(self):
         links = re.findall(r"\]\(((?:docs|examples)[^)#]*)", self.installed_text("share/doc/latbox/README.md"))
         self.assertTrue(links)
@@ -180,6 +197,29 @@ class ManualTest(PrefixCase):
         self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)$", page, re.MULTILINE),
                          re.findall(r"^  (--\w+)", usage, re.MULTILINE))
 
+    def usage_of_all(self):
+        """What latbox-all says of itself: [(--key, whether a value is wanted, text)], and its verdicts with their status."""
+        if not has_all():
+            self.skipTest("this build has no latbox-all")
+        usage = run("latbox-all", "--help", env=environment(self.prefix))
+        options = re.findall(r"^  (--\w+)(=\w+)? +(\S.*)$", usage, re.MULTILINE)
+        self.assertEqual(len(options), len(re.findall(r"^ +--", usage, re.MULTILINE)))
+        return ([(key, value != "", text) for key, value, text in options],
+                re.findall(r"^  (verdict: \w+).* status (\d+) ", usage, re.MULTILINE))
+
+    def test_options_of_latbox_all_are_those_of_its_usage(self):
+        options, _ = self.usage_of_all()
+        page = self.installed_text("share/man/man1/latbox-all.1").replace("\\-", "-")
+        told = re.findall(r"^\.TP\n\.BI? (--\w+)(= \w+)?\n(.*)$", page, re.MULTILINE)
+        self.assertEqual([(key, value != "", text) for key, value, text in told], options)
+
+    def test_verdicts_of_latbox_all_are_those_of_its_usage(self):
+        _, verdicts = self.usage_of_all()
+        page = self.installed_text("share/man/man1/latbox-all.1")
+        told = re.findall(r'^\.TP\n\.BI? "?(verdict: \w+).*\nExit status (\d+)\.$', page, re.MULTILINE)
+        self.assertEqual(told, verdicts)
+        self.assertEqual(len(told), 5)
+
     def test_examples_run_as_printed(self):
         for page in self.pages():
             with open(page, encoding="utf-8") as file:
@@ -188,7 +228,8 @@ class ManualTest(PrefixCase):
             copy = self.path(os.path.basename(page))
             shutil.copytree(self.installed("share/doc/latbox/examples"), copy)
             for command in commands:
-                run("sh", "-c", command, cwd=copy, env=environment(self.prefix))
+                proven = command.startswith("latbox-all ")
+                run("sh", "-c", command, cwd=copy, env=environment(self.prefix), statuses=(10,) if proven else (0,))
 
 
 class OptionsPageTest(harness.Case):
@@ -278,6 +319,29 @@ class CompletionTest(PrefixCase):
         usage = run("latbox-check", "--help", env=environment(self.prefix))
         self.assertEqual(self.complete("latbox-check --", script=script), re.findall(r"^  (--\w+)", usage, re.MULTILINE))
 
+    def complete_all(self, line, **keywords):
+        if not has_all():
+            self.skipTest("this build has no latbox-all")
+        script = self.installed("share/bash-completion/completions/latbox-all")
+        return self.complete(line, script=script, **keywords)
+
+    def test_every_option_of_latbox_all(self):
+        offered = self.complete_all("latbox-all -")
+        usage = run("latbox-all", "--help", env=environment(self.prefix))
+        self.assertEqual(offered, [key + ("=" if value else "") for key, value in
+                                   re.findall(r"^  (--\w+)(=\w+)?", usage, re.MULTILINE)])
+        self.assertEqual(self.complete_all("latbox-all --"), offered)
+
+    def test_values_and_files_of_latbox_all(self):
+        self.assertEqual(self.complete_all("latbox-all --re"), ["--resume="])
+        self.assertEqual(self.complete_all("latbox-all --first="), ["0", "1"])
+        self.assertEqual(self.complete_all("latbox-all --resume=", breaks=" \t\n"), ["--resume=0", "--resume=1"])
+        self.assertEqual(self.complete_all("latbox-all --limit="), [])
+        self.assertEqual(self.complete_all("latbox-all --out=no"), ["notes.txt"])
+        self.assertEqual(self.complete_all("latbox-all --out=no", breaks=" \t\n"), ["--out=notes.txt"])
+        self.assertEqual(self.complete_all("latbox-all --count=1 p"), ["prog one.opt"])
+        self.assertEqual(self.complete_all("latbox-all "), ["more.d", "prog one.opt"])
+
     def test_in_a_terminal(self):
         shell = Shell(self.folder, environment(self.prefix, SCRIPT=self.script))
         self.addCleanup(shell.close)
@@ -320,6 +384,9 @@ class PackageTest(harness.Case):
         self.assertRegex(depends, r"\blibc6 \(>= ")
         self.assertRegex(depends, r"\blibstdc\+\+6 \(>= ")
         self.assertNotRegex(depends, "gtest|benchmark")
+        # Those of latbox-check and latbox-all alone.
+        self.assertEqual(bool(re.search(r"\blibgmp10\b", depends)), has_checker() or has_all())
+        self.assertEqual(bool(re.search(r"\blibfplll\d", depends)), has_all())
 
     def test_everything_and_nothing_else(self):
         lines = run("dpkg-deb", "-c", self.package).splitlines()
@@ -331,7 +398,7 @@ class PackageTest(harness.Case):
         self.assertEqual({line.split()[-1][2:] for line in lines if line.startswith("-")}, expected)
 
     def test_compressed_pages_hold_the_pages(self):
-        for name in ("latbox", "latbox-check") if has_checker() else ("latbox",):
+        for name in programs():
             with gzip.open(os.path.join(self.unpacked, "usr/share/man/man1", name + ".1.gz"), "rb") as file:
                 packed = file.read()
             with open(os.path.join(build(), "packaging", name + ".1"), "rb") as file:

@@ -1,0 +1,221 @@
+#include "complete/checkpoint.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "complete/write_failure.h"
+
+namespace latbox::complete {
+namespace {
+
+constexpr const char* HEAD = "latbox-all checkpoint 1";
+constexpr const char* NEXT = ".tmp";
+
+void write(std::ostream& out, const std::optional<IntegerVector>& point) {
+  if (!point) {
+    out << " -\n";
+    return;
+  }
+  out << ' ' << point->size();
+  for (const Integer& value : *point) out << ' ' << value;
+  out << '\n';
+}
+
+void write(std::ostream& out, const OpenSearch& open) {
+  out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes
+      << ' ' << open.frontier.share;
+  write(out, open.point);
+  for (const IntegerVector& row : open.basis) {
+    out << "row";
+    for (const Integer& value : row) out << ' ' << value;
+    out << '\n';
+  }
+  for (const Piece& piece : open.frontier.pieces) {
+    out << "piece " << piece.size();
+    for (const Choice& choice : piece)
+      out << ' ' << choice.chosen << ' ' << choice.up << ' ' << choice.down << ' ' << choice.closedUp << ' '
+          << choice.closedDown;
+    out << '\n';
+  }
+}
+
+// Words, one behind the other.
+class Words {
+ public:
+  explicit Words(const std::string& line) : in_(line) {}
+
+  template <class T>
+  T next() {
+    T value{};
+    if (!(in_ >> value)) throw BadCheckpoint("a value is missing or none");
+    return value;
+  }
+
+  std::optional<IntegerVector> point() {
+    const auto word = next<std::string>();
+    if (word == "-") return std::nullopt;
+    IntegerVector values;
+    for (unsigned long size = std::stoul(word); size > 0; --size) values.push_back(next<Integer>());
+    return values;
+  }
+
+  IntegerVector all() {
+    IntegerVector values;
+    for (Integer value; in_ >> value;) values.push_back(value);
+    return values;
+  }
+
+  std::string rest() {
+    std::string text;
+    std::getline(in_ >> std::ws, text);
+    return text;
+  }
+
+ private:
+  std::istringstream in_;
+};
+
+SearchEnd endOf(const std::string& word) {
+  if (word == "empty") return SearchEnd::EMPTY;
+  if (word == "complete") return SearchEnd::COMPLETE;
+  if (word == "stopped") return SearchEnd::STOPPED;
+  throw BadCheckpoint("a search that ends as '" + word + "'");
+}
+
+const char* wordOf(SearchEnd end) {
+  if (end == SearchEnd::EMPTY) return "empty";
+  return end == SearchEnd::COMPLETE ? "complete" : "stopped";
+}
+
+Piece pieceOf(Words& words) {
+  Piece piece(words.next<std::size_t>());
+  for (Choice& choice : piece) {
+    choice.chosen = words.next<Integer>();
+    choice.up = words.next<Integer>();
+    choice.down = words.next<Integer>();
+    choice.closedUp = words.next<bool>();
+    choice.closedDown = words.next<bool>();
+  }
+  return piece;
+}
+
+OpenSearch openOf(Words& words) {
+  OpenSearch open;
+  open.key = words.next<std::string>();
+  open.lattice = words.next<std::string>();
+  open.begin.count = words.next<unsigned long>();
+  open.begin.bytes = words.next<unsigned long>();
+  open.frontier.share = words.next<double>();
+  open.point = words.point();
+  return open;
+}
+
+void takeLine(const std::string& line, Checkpoint& checkpoint) {
+  Words words(line);
+  const auto name = words.next<std::string>();
+  if (name == "identity") {
+    checkpoint.identity = words.next<std::string>();
+  } else if (name == "time") {
+    checkpoint.seconds = words.next<double>();
+    checkpoint.nodes = words.next<unsigned long>();
+  } else if (name == "points") {
+    checkpoint.file.count = words.next<unsigned long>();
+    checkpoint.file.bytes = words.next<unsigned long>();
+  } else if (name == "search") {
+    SearchRecord record;
+    record.key = words.next<std::string>();
+    record.end = endOf(words.next<std::string>());
+    record.point = words.point();
+    checkpoint.searches.push_back(std::move(record));
+  } else if (name == "open") {
+    checkpoint.open = openOf(words);
+  } else if (name == "row" && checkpoint.open) {
+    checkpoint.open->basis.push_back(words.all());
+  } else if (name == "piece" && checkpoint.open) {
+    checkpoint.open->frontier.pieces.push_back(pieceOf(words));
+  } else if (name == "verdict") {
+    checkpoint.status = words.next<int>();
+    checkpoint.verdict = words.rest();
+  } else {
+    throw BadCheckpoint("a line that begins with '" + name + "'");
+  }
+}
+
+}  // namespace
+
+std::string digestOf(std::string_view text) {
+  // Two sums of the kind of Fowler, Noll and Vo, from different beginnings.
+  std::ostringstream digits;
+  digits << std::hex;
+  for (unsigned long sum : {0xcbf29ce484222325ul, 0x84222325cbf29ce4ul}) {
+    for (const char c : text) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3ul;
+    for (const unsigned long part : {sum >> 32, sum & 0xffffffff}) {
+      digits.width(8);
+      digits.fill('0');
+      digits << part;
+    }
+  }
+  return digits.str();
+}
+
+std::string textOf(const Checkpoint& checkpoint) {
+  std::ostringstream out;
+  out.precision(17);
+  out << HEAD << '\n' << "identity " << checkpoint.identity << '\n';
+  out << "time " << checkpoint.seconds << ' ' << checkpoint.nodes << '\n';
+  out << "points " << checkpoint.file.count << ' ' << checkpoint.file.bytes << '\n';
+  for (const SearchRecord& record : checkpoint.searches) {
+    out << "search " << record.key << ' ' << wordOf(record.end);
+    write(out, record.point);
+  }
+  if (checkpoint.open) write(out, *checkpoint.open);
+  if (!checkpoint.verdict.empty())
+    out << "verdict " << checkpoint.status << ' ' << checkpoint.verdict << '\n';
+  const std::string text = out.str();
+  return text + "end " + digestOf(text) + "\n";
+}
+
+Checkpoint parseCheckpoint(std::string_view text) {
+  const std::size_t last = text.rfind("\nend ");
+  if (last == std::string_view::npos) throw BadCheckpoint("its last line is missing");
+  const std::string_view body = text.substr(0, last + 1);
+  if (text.substr(last + 1) != "end " + digestOf(body) + "\n")
+    throw BadCheckpoint("its digest is another one");
+  std::istringstream lines{std::string(body)};
+  std::string line;
+  if (!std::getline(lines, line) || line != HEAD) throw BadCheckpoint("its first line is another one");
+  Checkpoint checkpoint;
+  while (std::getline(lines, line)) takeLine(line, checkpoint);
+  return checkpoint;
+}
+
+void writeCheckpoint(const std::string& path, const Checkpoint& checkpoint, bool surely) {
+  const std::string next = path + NEXT;
+  errno = 0;
+  std::ofstream file(next, std::ios::binary | std::ios::trunc);
+  file << textOf(checkpoint);
+  file.close();
+  if (!file.good())
+    throw WriteFailure(next + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
+  if (surely) synchronise(next);
+  std::error_code error;
+  std::filesystem::rename(next, path, error);
+  if (error) throw WriteFailure(path + ": " + error.message());
+}
+
+std::optional<Checkpoint> readCheckpoint(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file.is_open()) return std::nullopt;
+  std::ostringstream text;
+  text << file.rdbuf();
+  try {
+    return parseCheckpoint(text.str());
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace latbox::complete

@@ -1,0 +1,18 @@
+// How large a search will be, before it is begun.
+#pragma once
+
+#include "complete/box_lattice.h"
+
+namespace latbox::complete {
+
+// Candidates of the complete search of this lattice, by `probes` random ways down, always the same ones: the
+// square root of the mean square error is of the order of the number itself. Infinite where double does not
+// do for the search.
+double estimatedNodes(BoxLattice& lattice, unsigned probes);
+
+// The number of points to be expected if the values of the equations are spread like a normal distribution
+// with their mean and covariance over the box: good for many variables that count alike. A sum of rows that
+// have different sides is taken as it is.
+double expectedPoints(const BoxLattice& lattice);
+
+}  // namespace latbox::complete

@@ -1,0 +1,140 @@
+#include "complete/journal.h"
+
+#include <sstream>
+
+namespace latbox::complete {
+namespace {
+
+void write(std::ostream& out, const Range& range) {
+  for (const std::optional<Integer>* end : {&range.low, &range.high})
+    if (*end)
+      out << **end << ' ';
+    else
+      out << "- ";
+}
+
+void write(std::ostream& out, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows) {
+    for (const Integer& value : row) out << value << ' ';
+    out << ';';
+  }
+}
+
+std::string keyOf(const BoxLattice& lattice) {
+  std::ostringstream out;
+  write(out, {lattice.fixed, lattice.point, lattice.low, lattice.high});
+  write(out, lattice.basis);
+  return digestOf(out.str());
+}
+
+}  // namespace
+
+std::string keyOf(const IntegerProgram& program) {
+  std::ostringstream out;
+  for (const Range& range : program.box) write(out, range);
+  for (const Row& row : program.rows) {
+    write(out, {row.a, {row.divisor, row.offset, Integer(static_cast<int>(row.kind))}});
+    write(out, row.range);
+  }
+  return digestOf(out.str());
+}
+
+Journal::Journal(SearchControl& control, Keeping keeping, Checkpoint past)
+    : control_(control),
+      keeping_(std::move(keeping)),
+      searches_(std::move(past.searches)),
+      past_(std::move(past.open)) {}
+
+std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
+                                           const std::vector<double>& caps) {
+  if (const SearchRecord* record = recorded(key)) {
+    if (record->point) visitor.visit(*record->point);
+    if (record->end == SearchEnd::EMPTY) return std::nullopt;
+    return record->end == SearchEnd::COMPLETE;
+  }
+  beLive();
+  auto lattice = prepare(past_ && past_->key == key ? past_->basis : IntegerMatrix());
+  if (!lattice) {
+    past_.reset();
+    record(key, SearchEnd::EMPTY, visitor);
+    return std::nullopt;
+  }
+  OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), visitor.held(), {}};
+  std::vector<Piece> pieces = takeOpen(open, visitor);
+  return searchLive(std::move(open), *lattice, visitor, caps, std::move(pieces));
+}
+
+// The next record, if it is of this search. A run that goes another way than the one before, say after a
+// change of a library, has nothing more to take.
+const SearchRecord* Journal::recorded(const std::string& key) {
+  if (live_ || taken_ == searches_.size()) return nullptr;
+  if (searches_[taken_].key != key) {
+    searches_.resize(taken_);
+    past_.reset();
+    keeping_.rewind({});
+    return nullptr;
+  }
+  return &searches_[taken_++];
+}
+
+void Journal::beLive() {
+  if (live_) return;
+  live_ = true;
+  keeping_.goLive();
+}
+
+// What was left of this search. Of another lattice the pieces say nothing: it is searched from its beginning,
+// and what it had found goes.
+std::vector<Piece> Journal::takeOpen(OpenSearch& open, Visitor& visitor) {
+  if (!past_) return {};
+  OpenSearch past = std::move(*past_);
+  past_.reset();
+  if (past.key != open.key) {
+    keeping_.rewind({});
+    open.begin = keeping_.fileState();
+    return {};
+  }
+  open.begin = past.begin;
+  if (past.point) visitor.visit(*past.point);
+  if (past.lattice == open.lattice) return std::move(past.frontier.pieces);
+  keeping_.rewind(past.begin);
+  return {};
+}
+
+std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
+                                        const std::vector<double>& caps, std::vector<Piece> pieces) {
+  open.frontier.pieces = pieces;
+  open_ = std::move(open);
+  control_.keep = [&](const Frontier& left) {
+    open_->frontier = left;
+    open_->point = visitor.held();
+    save();
+  };
+  if (!saved_) save();
+  saved_ = true;
+  const bool complete = search(lattice, visitor, control_, {std::move(pieces), caps});
+  control_.keep = nullptr;
+  if (!complete && (control_.stop || visitor.isInterrupted())) {
+    open_->frontier = control_.left;
+    open_->point = visitor.held();
+    return false;
+  }
+  const std::string key = open_->key;
+  open_.reset();
+  record(key, complete ? SearchEnd::COMPLETE : SearchEnd::STOPPED, visitor);
+  return complete;
+}
+
+void Journal::record(const std::string& key, SearchEnd end, const Visitor& visitor) {
+  searches_.push_back({key, end, visitor.held()});
+  taken_ = searches_.size();
+}
+
+void Journal::save() const {
+  Checkpoint checkpoint;
+  checkpoint.searches.assign(searches_.begin(), searches_.begin() + static_cast<std::ptrdiff_t>(taken_));
+  checkpoint.open = open_;
+  keeping_.save(std::move(checkpoint));
+}
+
+}  // namespace latbox::complete

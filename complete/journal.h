@@ -1,0 +1,61 @@
+// The searches of a run, one after the other: searched, or taken from what an earlier run has written down
+// (checkpoint.h says why that is the same).
+#pragma once
+
+#include "complete/checkpoint.h"
+#include "complete/search.h"
+
+namespace latbox::complete {
+
+class Journal {
+ public:
+  // How the journal is kept. Called by the thread that runs the searches.
+  struct Keeping {
+    // Writes the present state, which takes what the journal knows and adds the rest.
+    std::function<void(Checkpoint)> save;
+    // The points file as it is now, and as it shall be again.
+    std::function<FileState()> fileState;
+    std::function<void(const FileState&)> rewind;
+    // What was written down has all been taken.
+    std::function<void()> goLive;
+  };
+
+  // Goes on from `past`, whose identity is this run's. Both outlive the journal.
+  Journal(SearchControl& control, Keeping keeping, Checkpoint past = {});
+
+  // Makes the lattice of a search, with this basis if it is one of it; an empty one is none.
+  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& basis)>;
+
+  // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing:
+  // there is no lattice. Else as search().
+  std::optional<bool> searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
+                                    const std::vector<double>& caps = {});
+
+  SearchControl& control() { return control_; }
+  // With what is known of the present search.
+  void save() const;
+
+ private:
+  const SearchRecord* recorded(const std::string& key);
+  std::optional<bool> searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
+                                 const std::vector<double>& caps, std::vector<Piece> pieces);
+  std::vector<Piece> takeOpen(OpenSearch& open, Visitor& visitor);
+  void record(const std::string& key, SearchEnd end, const Visitor& visitor);
+  void beLive();
+
+  SearchControl& control_;
+  Keeping keeping_;
+  // Searches that are done, and how many of them this run has come to.
+  std::vector<SearchRecord> searches_;
+  std::size_t taken_ = 0;
+  // Of the past: the search that was not done. And of the present.
+  std::optional<OpenSearch> past_;
+  std::optional<OpenSearch> open_;
+  bool live_ = false;
+  bool saved_ = false;
+};
+
+// What a program is, as the key of its search.
+std::string keyOf(const IntegerProgram& program);
+
+}  // namespace latbox::complete

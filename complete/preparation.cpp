@@ -1,0 +1,48 @@
+#include "complete/preparation.h"
+
+#include <cmath>
+
+#include "complete/estimate.h"
+
+namespace latbox::complete {
+namespace {
+
+constexpr unsigned SAMPLE = 1000;
+// A part of the search that may be spent on making it smaller.
+constexpr double EFFORT = 0.1;
+constexpr unsigned long MOST_BASES = 30;
+
+// What a basis and its estimate cost, in candidates; measured at ranks 40 to 70.
+double costOfBasis(std::size_t rank) {
+  constexpr double AT_FIFTY = 3e6;
+  return AT_FIFTY * std::pow(static_cast<double>(rank) / 50, 3);
+}
+
+// The larger the tree, the larger the blocks.
+int blockFor(double nodes) {
+  if (nodes < 3e7) return 20;
+  return nodes < 3e8 ? 30 : 40;
+}
+
+}  // namespace
+
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
+  auto lattice = boxLatticeOf(program);
+  if (!lattice) return std::nullopt;
+  Prepared best{std::move(*lattice), 0};
+  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
+  best.nodes = estimatedNodes(best.lattice, SAMPLE);
+  const double cost = costOfBasis(best.lattice.rank());
+  double spent = 0;
+  for (unsigned long seed = 1; seed <= MOST_BASES && std::isfinite(best.nodes); ++seed) {
+    spent += cost;
+    if (spent > EFFORT * best.nodes) break;
+    BoxLattice other = best.lattice;
+    reduceAgain(other, blockFor(best.nodes), seed);
+    const double nodes = estimatedNodes(other, SAMPLE);
+    if (nodes < best.nodes) best = {std::move(other), nodes};
+  }
+  return best;
+}
+
+}  // namespace latbox::complete

@@ -1,0 +1,378 @@
+#include "complete/walk.h"
+
+#include <cmath>
+
+#include "complete/walk_multiprecision.h"
+#include "complete/walk_steps.h"
+
+namespace latbox::complete {
+
+WalkPause walkOn_plain(WalkData<double, float>& data);
+WalkPause walkOn_haswell(WalkData<double, float>& data);
+WalkPause walkOn_skylake_avx512(WalkData<double, float>& data);
+
+namespace {
+
+using Kernel = WalkPause (*)(WalkData<double, float>&);
+
+// The fastest one that this processor has.
+Kernel fastestKernel() {
+#ifdef __x86_64__
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+      __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512bw"))
+    return walkOn_skylake_avx512;
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("bmi2"))
+    return walkOn_haswell;
+#endif
+  return walkOn_plain;
+}
+
+WalkPause goOn(WalkData<double, float>& data) {
+  static const Kernel kernel = fastestKernel();
+  return kernel(data);
+}
+
+WalkPause goOn(WalkData<Float, Float>& data) {
+  return walkOn(data);
+}
+
+// Away from 0 by more than the rounding of a few sums: a bound may only grow.
+double widened(double value) {
+  return value + std::fabs(value) * 0x1p-49 + 1e-290;
+}
+
+Float widened(const Float& value) {
+  return value;
+}
+
+void assign(double& to, const Rational& value) {
+  to = Float(value, 256).get_d();
+}
+
+void assign(Float& to, const Rational& value) {
+  to = value;
+}
+
+void assign(double& to, double value) {
+  to = value;
+}
+
+void assign(Float& to, double value) {
+  to = value;
+}
+
+double infinity(double) {
+  return HUGE_VAL;
+}
+
+// More than any multiplier is.
+Float infinity(const Float&) {
+  Float value(1);
+  mpf_mul_2exp(value.get_mpf_t(), value.get_mpf_t(), 1ul << 40);
+  return value;
+}
+
+double toDouble(double value) {
+  return value;
+}
+
+double toDouble(const Float& value) {
+  return value.get_d();
+}
+
+Integer whole(double value) {
+  return Integer(value);
+}
+
+Integer whole(const Float& value) {
+  return Integer(value);
+}
+
+}  // namespace
+
+template <class R>
+Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
+    : tables_(tables),
+      k_(tables.levels.size() - 1),
+      levels_(k_ + 1),
+      lambda_(k_ + PRODUCT_LANES),
+      weights_((k_ + 1) * tables.levels[0].weights.size()) {
+  const std::size_t width = tables.levels[0].weights.size();
+  for (std::size_t t = 0; t <= k_; ++t) {
+    const auto& from = tables.levels[t];
+    Level& level = levels_[t];
+    level.lowest = -infinity(R{});
+    level.highest = infinity(R{});
+    level.inverseNorm = from.inverseNorm;
+    level.constant = from.constant;
+    if (t < k_) level.step = from.products[t];
+    level.products = from.products.data();
+    level.g = from.weights.data();
+    level.w = weights_.data() + t * width;
+    level.cap = tables.cap;
+    if (t < caps.size() && caps[t] < level.cap) assign(level.cap, caps[t]);
+  }
+  data_ = {levels_.data(), lambda_.data(), k_, width, tables.margin, nullptr, 0, k_, 0};
+  setRanges();
+}
+
+// Of each level: greatest and least g u in what the ranges leave of the cube. What rounding does to an end of
+// a range is a part of the margins.
+template <class R>
+void Walk<R>::setRanges() {
+  for (std::size_t t = 0; t <= k_; ++t) {
+    const auto& from = tables_.levels[t];
+    R most = from.size;
+    R least = from.size;
+    for (const ShrunkEnds<R>& ends : shrunk_) {
+      const R& entry = from.g[ends.coordinate];
+      most -= entry > 0 ? R(entry * ends.high) : R(-entry * ends.low);
+      least -= entry > 0 ? R(entry * ends.low) : R(-entry * ends.high);
+    }
+    most = std::min(from.most, most);
+    least = std::min(from.least, least);
+    Level& level = levels_[t];
+    level.most = widened(R(most + from.slip));
+    level.least = widened(R(least + from.slip));
+    // The point of the range that is nearest to the Gram-Schmidt vector's own centre.
+    level.nearest = R(0);
+    if (most < 0) level.nearest = most;
+    if (-least > 0) level.nearest = -least;
+  }
+}
+
+template <class R>
+void Walk<R>::shrink(const std::vector<ShrunkRange>& ranges) {
+  shrunk_.resize(ranges.size());
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    shrunk_[i].coordinate = ranges[i].coordinate;
+    assign(shrunk_[i].high, Rational(1 - ranges[i].high));
+    assign(shrunk_[i].low, Rational(1 + ranges[i].low));
+  }
+  data_.shrunk = shrunk_.data();
+  data_.shrunkCount = shrunk_.size();
+  setRanges();
+}
+
+template <class R>
+void Walk<R>::start(const Piece& piece) {
+  for (Level& level : levels_) {
+    level.closedUp = level.closedDown = true;
+    level.lowest = -infinity(R{});
+    level.highest = infinity(R{});
+  }
+  data_.level = k_;
+  leafLeft_ = false;
+  if (!enterRoot()) return;
+  leafLeft_ = k_ == 0;
+  if (k_ == 0) return;
+  if (piece.empty()) {
+    enter(data_, data_.level = k_ - 1);
+  }
+  for (std::size_t i = 0; i < piece.size(); ++i) resume(k_ - 1 - i, piece[i], i + 1 < piece.size());
+}
+
+// The constant part of the cut. False: it refutes everything.
+template <class R>
+bool Walk<R>::enterRoot() {
+  const auto& from = tables_.levels[k_];
+  Level& level = levels_[k_];
+  const R a = from.constant * from.inverseNorm;
+  const Weights<R> zeros(data_.width);
+  const R size = addScaled(level.w, zeros.data(), level.g, static_cast<Weight<R>>(a), data_.width);
+  level.value = a * from.constant;
+  return !(from.constant > level.most) && !(-from.constant > level.least) && !(level.value > level.cap) &&
+         !(level.value > mostOf(data_, level.w, size) + data_.margin);
+}
+
+template <class R>
+void Walk<R>::pauseAt(std::size_t t, bool pauses) {
+  levels_[t].pauses = pauses;
+  levels_[t].lowest = -infinity(R{});
+  levels_[t].highest = infinity(R{});
+}
+
+template <class R>
+void Walk<R>::narrow(const R& lowest, const R& highest) {
+  levels_[data_.level].lowest = lowest;
+  levels_[data_.level].highest = highest;
+}
+
+// As the piece has left this level; with a choice, which was not refuted then, the cut is made anew.
+template <class R>
+void Walk<R>::resume(std::size_t t, const Choice& choice, bool hasChosen) {
+  enter(data_, data_.level = t);
+  Level& level = levels_[t];
+  assign(level.up, Rational(choice.up));
+  assign(level.down, Rational(choice.down));
+  level.closedUp = choice.closedUp;
+  level.closedDown = choice.closedDown;
+  if (!hasChosen) return;
+  assign(lambda_[t], Rational(choice.chosen));
+  const R product = level.base + lambda_[t] * level.step;
+  const R a = product * level.inverseNorm;
+  level.value = levels_[t + 1].value + a * product;
+  addScaled(level.w, levels_[t + 1].w, level.g, static_cast<Weight<R>>(a), data_.width);
+}
+
+template <class R>
+WalkPause Walk<R>::next() {
+  if (k_ == 0) {
+    const bool leaf = leafLeft_;
+    leafLeft_ = false;
+    return leaf ? WalkPause::LEAF : WalkPause::END;
+  }
+  const WalkPause pause = goOn(data_);
+  if (pause != WalkPause::LOOK) return pause;
+  nodes_ += data_.sinceLook - 1;
+  data_.sinceLook = 0;
+  return pause;
+}
+
+// The candidates that were looked at lie between the next ones, so that the last one is beside one of them.
+template <class R>
+void Walk<R>::takeBack() {
+  if (k_ == 0) {
+    leafLeft_ = true;
+    return;
+  }
+  Level& level = levels_[0];
+  if (lambda_[0] == level.up - 1) {
+    level.up -= 1;
+    level.closedUp = false;
+  } else {
+    level.down += 1;
+    level.closedDown = false;
+  }
+}
+
+template <class R>
+Choice Walk<R>::choiceAt(std::size_t t) const {
+  const Level& level = levels_[t];
+  return {whole(lambda_[t]), whole(level.up), whole(level.down), level.closedUp, level.closedDown};
+}
+
+template <class R>
+Piece Walk<R>::rest() const {
+  Piece piece;
+  for (std::size_t t = k_; t-- > data_.level;) piece.push_back(choiceAt(t));
+  if (!piece.empty()) piece.back().chosen = 0;
+  return piece;
+}
+
+// A subtree below value v is taken to be as large as a ball of the radius that is left: (cap - v)^(t / 2).
+// Candidates that were looked at already are those between the next ones.
+template <class R>
+double Walk<R>::openPart(std::size_t t, double& chosenPart) const {
+  const Level& level = levels_[t];
+  const double cap = toDouble(level.cap);
+  const double before = toDouble(levels_[t + 1].value);
+  const double step = toDouble(level.step);
+  const auto weight = [&](double lambda) {
+    const double p = toDouble(level.base) + lambda * step;
+    const double left = cap - before - p * p * toDouble(level.inverseNorm);
+    return left > 0 ? std::pow(left / cap, static_cast<double>(t) / 2) : 0;
+  };
+  double sum = 0;
+  double open = 0;
+  const double up = toDouble(level.up);
+  const double down = toDouble(level.down);
+  const double reach = std::sqrt(std::max(0.0, cap - before) / toDouble(level.inverseNorm)) / step;
+  const double centre = -toDouble(level.base) / step;
+  constexpr double MOST = 1000;
+  const double width = std::min(reach, MOST);
+  for (double lambda = std::ceil(centre - width); lambda <= centre + width; ++lambda) {
+    const double w = weight(lambda);
+    sum += w;
+    if ((lambda >= up && !level.closedUp) || (lambda <= down && !level.closedDown)) open += w;
+  }
+  const double chosen = weight(toDouble(lambda_[t]));
+  chosenPart = sum > 0 ? std::min(1.0, chosen / sum) : 0;
+  return sum > 0 ? open / sum : 0;
+}
+
+template <class R>
+double Walk<R>::share() const {
+  double left = 0;
+  double part = 1;
+  // Deeper down is too little to be seen.
+  for (std::size_t t = k_; t-- > data_.level && part > 1e-9;) {
+    double chosen = 0;
+    left += part * openPart(t, chosen);
+    part *= chosen;
+  }
+  return left;
+}
+
+template <class R>
+bool Walk<R>::split(Piece& other) {
+  // Subtrees of a few levels are searched sooner than they are handed over.
+  constexpr std::size_t LEAST_LEVELS = 4;
+  for (std::size_t t = k_; t-- > data_.level + 1 && t >= LEAST_LEVELS;) {
+    if (!levels_[t].isOpen()) continue;
+    other.clear();
+    for (std::size_t s = k_; s-- > t;) {
+      other.push_back(choiceAt(s));
+      if (s > t) other.back().closedUp = other.back().closedDown = true;
+    }
+    other.back().chosen = 0;
+    levels_[t].closedUp = levels_[t].closedDown = true;
+    return true;
+  }
+  return false;
+}
+
+// Enters the level below these choices, from the last level down, none of which is refuted.
+template <class R>
+bool Walk<R>::follow(const std::vector<R>& choices) {
+  std::size_t t = k_;
+  for (const R& choice : choices) {
+    enter(data_, --t);
+    lambda_[t] = choice;
+    if (!choose(data_, t, true)) return false;
+  }
+  enter(data_, t - 1);
+  return true;
+}
+
+template <class R>
+double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
+  data_.level = k_;
+  if (!enterRoot()) return 0;
+  double nodes = 0;
+  double each = 1;
+  std::vector<std::vector<R>> parents(1);
+  for (std::size_t t = k_; t-- > 0 && !parents.empty();) {
+    std::vector<std::vector<R>> children;
+    for (const std::vector<R>& parent : parents) {
+      if (!follow(parent)) continue;
+      while (levels_[t].isOpen()) {
+        nodes += each;
+        if (!step(data_, t)) continue;
+        children.push_back(parent);
+        children.back().push_back(lambda_[t]);
+      }
+    }
+    if (children.size() > most) {
+      each *= static_cast<double>(children.size()) / static_cast<double>(most);
+      for (std::size_t i = 0; i < most; ++i)
+        std::swap(children[i], children[i + random() % (children.size() - i)]);
+      children.resize(most);
+    }
+    parents = std::move(children);
+  }
+  return nodes;
+}
+
+template <class R>
+unsigned long Walk<R>::takeNodes() {
+  const unsigned long nodes = nodes_ + data_.sinceLook;
+  nodes_ = 0;
+  data_.sinceLook = 0;
+  return nodes;
+}
+
+template class Walk<double>;
+template class Walk<Float>;
+
+}  // namespace latbox::complete

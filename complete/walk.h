@@ -1,0 +1,87 @@
+// A walk through a piece of the tree, depth first; candidates of a level in the order of their distance from
+// its centre.
+#pragma once
+
+#include <random>
+
+#include "complete/cuts.h"
+#include "complete/piece.h"
+
+namespace latbox::complete {
+
+// Of a coordinate whose range has shrunk since the tables were made: the ends in the cube.
+struct ShrunkRange {
+  std::size_t coordinate;
+  Rational high;
+  Rational low;
+};
+
+template <class R>
+class Walk {
+ public:
+  // The tables must outlive the walk. `caps`, one a level and one behind them, refute candidates whose value
+  // exceeds them, points or not; empty: none does.
+  explicit Walk(const CutTables<R>& tables, const std::vector<double>& caps = {});
+  Walk(const Walk&) = delete;
+  Walk& operator=(const Walk&) = delete;
+
+  void start(const Piece& piece);
+  // To the next pause.
+  WalkPause next();
+  // What is chosen: of all levels at a leaf, of those above level() at a node. Zeros follow.
+  const std::vector<R>& lambda() const { return lambda_; }
+  std::size_t level() const { return data_.level; }
+
+  // At a leaf: it is one of the open candidates again.
+  void takeBack();
+
+  // Whether the walk pauses where this level is entered.
+  void pauseAt(std::size_t t, bool pauses);
+  // Of the level that was entered: no candidate beyond these is a point's.
+  void narrow(const R& lowest, const R& highest);
+
+  // Takes narrower ranges into the cuts: only what is behind them is excluded, so that the walk goes on where
+  // it is.
+  void shrink(const std::vector<ShrunkRange>& ranges);
+
+  // What next() has yet to look at, unless it has come to the end. The walk may go on.
+  Piece rest() const;
+  // The share of the tree that rest() is, estimated.
+  double share() const;
+  // Gives away what is open at the highest level below which something is open too; false: there is none
+  // worth it.
+  bool split(Piece& other);
+  // The number of candidates in the whole tree, guessed from `most` nodes of each level: the children of a
+  // random choice of the children of the level above, each of which stands for as many as there were too
+  // many. Right on average (Rubinstein, Stochastic enumeration method for counting NP-hard problems, 2013,
+  // after Knuth, Estimating the efficiency of backtrack programs, 1975, which follows one node alone and is
+  // mostly too low). Leaves nothing to be walked through.
+  double sampledNodes(std::size_t most, std::mt19937_64& random);
+  // Candidates since the last call.
+  unsigned long takeNodes();
+
+ private:
+  using Level = WalkLevel<R, Weight<R>>;
+
+  bool enterRoot();
+  void setRanges();
+  void resume(std::size_t t, const Choice& choice, bool hasChosen);
+  Choice choiceAt(std::size_t t) const;
+  double openPart(std::size_t t, double& chosenPart) const;
+  bool follow(const std::vector<R>& choices);
+
+  const CutTables<R>& tables_;
+  std::size_t k_;
+  std::vector<Level> levels_;
+  // With zeros behind.
+  std::vector<R> lambda_;
+  // The W of all levels, one behind the other.
+  Weights<R> weights_;
+  std::vector<ShrunkEnds<R>> shrunk_;
+  WalkData<R, Weight<R>> data_;
+  // A lattice of rank 0 has one leaf.
+  bool leafLeft_ = false;
+  unsigned long nodes_ = 0;
+};
+
+}  // namespace latbox::complete

@@ -1,0 +1,86 @@
+// What a walk works on, laid out for its hot loop: plain numbers and pointers, so that the loop can be
+// compiled for several processors without a function of another header among them.
+#pragma once
+
+#include <cstddef>
+
+namespace latbox::complete {
+
+// R is the type of steps, W that of the entries of cut vectors.
+template <class R, class W>
+struct alignas(64) WalkLevel {
+  // The next candidates on both sides of the centre, and which sides are closed.
+  R up{};
+  R down{};
+  // g u at lambda = 0, as far as it is known, and where it is 0.
+  R base{};
+  R centre{};
+  // W u.
+  R value{};
+  // Candidates beyond these are known to be refuted.
+  R lowest{};
+  R highest{};
+  bool closedUp = true;
+  bool closedDown = true;
+  // The walk pauses when this level is entered.
+  bool pauses = false;
+
+  // g K_t, 1 / (g g), and the g u of the cube's constant part.
+  R step{};
+  R inverseNorm{};
+  R constant{};
+  // Greatest and least g u, the least negated, both with what rounding can do; and what it is centred on.
+  R most{};
+  R least{};
+  R nearest{};
+  R cap{};
+  // g K_i for all i; g; W. The last two are of the padded width.
+  const R* products = nullptr;
+  const W* g = nullptr;
+  W* w = nullptr;
+
+  bool isOpen() const { return !closedUp || !closedDown; }
+};
+
+// A coordinate whose range has shrunk: how far its ends are from 1 and -1 in the cube.
+template <class R>
+struct ShrunkEnds {
+  std::size_t coordinate;
+  R high;
+  R low;
+};
+
+template <class R, class W>
+struct WalkData {
+  // Levels 0 to k.
+  WalkLevel<R, W>* levels = nullptr;
+  // What is chosen at each level; zeros from k to the next multiple of the lanes and as many behind it.
+  R* lambda = nullptr;
+  std::size_t k = 0;
+  // Entries of a cut vector, a multiple of LANES.
+  std::size_t width = 0;
+  R margin{};
+  const ShrunkEnds<R>* shrunk = nullptr;
+  std::size_t shrunkCount = 0;
+  // Where the next candidate is taken; k: nothing is left.
+  std::size_t level = 0;
+  unsigned long sinceLook = 0;
+};
+
+enum class WalkPause {
+  // All candidates are chosen: the point of lambda keeps all cuts.
+  LEAF,
+  // A level that pauses has been entered.
+  NODE,
+  // Some thousand candidates were looked at.
+  LOOK,
+  // Nothing is left.
+  END
+};
+
+inline constexpr unsigned long BETWEEN_LOOKS = 4096;
+// Cut vectors are padded with zeros to a multiple of so many entries, and so are products.
+inline constexpr std::size_t LANES = 16;
+inline constexpr std::size_t PRODUCT_LANES = 8;
+
+}  // namespace latbox::complete
