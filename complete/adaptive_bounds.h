@@ -32,29 +32,35 @@ class AdaptiveBounds {
     if (bounds_.exist()) bounds_.narrow(coordinate, low, high);
   }
 
-  // The search comes to a node of level t, and looks at a candidate of one.
-  void enter(std::size_t t) { levels_[t].isKnown = false; }
-  void countCandidate() { work_ += candidateWork_; }
+  // The search comes to a node of level t.
+  void enter(std::size_t t) { states_[t] = levels_[t].isOn ? State::WANTED : State::OFF; }
 
   // The range of lambda_t over all points below the node, if it excludes lambda[t], which the plain cuts have
   // kept; empty if there is no point. Null: the candidate is to be walked. Requires lambda[i] for i >= t.
   const Range* excluding(std::size_t t, const std::vector<double>& lambda) {
-    return levels_[t].isOn || levels_[t].isKnown ? ask(t, lambda) : nullptr;
+    return states_[t] == State::OFF ? nullptr : ask(t, lambda);
   }
 
-  // To be asked before each candidate, of a node of level t: whether a trial has ended. If it has, the search
-  // goes on at the level that endTrial tells, t or above: what it leaves holds no point.
-  bool isTrialOver(std::size_t t) const { return t >= trial_.level || work_ >= trial_.end; }
+  // To be asked once before each candidate, of a node of level t: whether a trial has ended. If it has, the
+  // search goes on at the level that endTrial tells, t or above: what it leaves holds no point.
+  bool isTrialOver(std::size_t t) {
+    if (!trial_.isRunning) return false;
+    trial_.work += candidateWork_;
+    return t >= trial_.level || trial_.work > trial_.limit;
+  }
   std::size_t endTrial(std::size_t t);
 
-  // To be called now and then: levels that are off get their chance.
-  void review();
+  // To be called now and then, after so many candidates more: levels that are off get their chance.
+  void review(unsigned long candidates);
 
  private:
+  // Of the node at hand: its range is not wanted, or is when a candidate stays, or is known.
+  enum class State : unsigned char { OFF, WANTED, KNOWN };
+
   struct Level {
-    // Whether the next node is bounded; whether this one has been, and its range.
+    // Whether the next node is bounded.
     bool isOn = false;
-    bool isKnown = false;
+    // Of the node at hand, if it is known.
     Range range{};
     // Of late: nodes that were bounded, what that has cost, candidates excluded; trials, and what they cost.
     double bounds = 0;
@@ -67,25 +73,26 @@ class AdaptiveBounds {
     unsigned untilTrial = 0;
   };
   struct Trial {
-    // Above all levels if there is none.
-    std::size_t level;
-    unsigned long begin;
-    unsigned long end;
+    bool isRunning = false;
+    std::size_t level = 0;
+    double work = 0;
+    double limit = 0;
   };
 
   const Range* ask(std::size_t t, const std::vector<double>& lambda);
   Range rangeAt(std::size_t t, const std::vector<double>& lambda);
-  void charge(std::size_t t, unsigned long work);
+  void charge(std::size_t t, double cost);
   bool beginTrial(std::size_t t);
   void decide(std::size_t t);
   bool pays(const Level& level) const;
 
   NodeBounds bounds_;
   std::vector<Level> levels_;
+  std::vector<State> states_;
   Trial trial_;
   // Of a candidate by the plain cuts, and of the search so far.
-  unsigned long candidateWork_;
-  unsigned long work_ = 0;
+  double candidateWork_;
+  double work_ = 0;
   // What a level may spend unpaid.
   double allowance_ = 0;
 };

@@ -43,11 +43,10 @@ class NoBounds {
   NoBounds(const BoxLattice&, const FloatVector&) {}
   void narrow(std::size_t, const Integer&, const Integer&) {}
   void enter(std::size_t) {}
-  void countCandidate() {}
   const Range* excluding(std::size_t, const FloatVector&) { return nullptr; }
-  bool isTrialOver(std::size_t) const { return false; }
+  bool isTrialOver(std::size_t) { return false; }
   std::size_t endTrial(std::size_t t) { return t; }
-  void review() {}
+  void review(unsigned long) {}
 };
 
 template <class R>
@@ -126,8 +125,8 @@ class TreeSearch {
 
   bool look() {
     control_.nodes += sinceLook_;
+    bounds_.review(sinceLook_);
     sinceLook_ = 0;
-    bounds_.review();
     return !control_.stop.load(std::memory_order_relaxed);
   }
 
@@ -168,7 +167,6 @@ class TreeSearch {
     R& lambda = lambda_[t];
     lambda = up ? state.up : state.down;
     (up ? state.up : state.down) += up ? 1 : -1;
-    bounds_.countCandidate();
     const R product = state.base + lambda * level.products[t];
     const bool above = product > limits_[t].most + level.slip;
     const bool below = -product > limits_[t].least + level.slip;
