@@ -6,13 +6,12 @@ namespace latbox::complete {
 namespace {
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
-constexpr unsigned long NEVER = std::numeric_limits<unsigned long>::max();
-// Multiplications, a millisecond's worth, that all levels together may spend at first unpaid; and the part of
-// the work of the search that they may spend later.
-constexpr double FIRST_ALLOWANCE = 1e6;
-constexpr double ALLOWED_PART = 0.01;
+// Multiplications, a fraction of a millisecond's worth, that all levels together may spend at first unpaid;
+// and the part of the work of the search that they may spend later.
+constexpr double FIRST_ALLOWANCE = 2e5;
+constexpr double ALLOWED_PART = 0.005;
 // What a candidate costs beside its multiplications, in such.
-constexpr unsigned long BESIDE = 30;
+constexpr double BESIDE = 30;
 // The recent past is so many bounds long, up to twice that.
 constexpr double RECENT = 64;
 // The first exclusions of a level are tried, and later one of so many.
@@ -26,25 +25,26 @@ constexpr double CONVINCING = 4;
 AdaptiveBounds::AdaptiveBounds(const BoxLattice& lattice, const std::vector<double>& reach)
     : bounds_(lattice, reach),
       levels_(lattice.rank()),
-      trial_{lattice.rank() + 1, 0, NEVER},
-      candidateWork_(lattice.coordinates() + lattice.rank() / 2 + BESIDE) {
-  review();
+      states_(lattice.rank(), State::OFF),
+      candidateWork_(static_cast<double>(lattice.coordinates()) + static_cast<double>(lattice.rank()) / 2 +
+                     BESIDE) {
+  review(0);
 }
 
-void AdaptiveBounds::review() {
+void AdaptiveBounds::review(unsigned long candidates) {
   if (!bounds_.exist()) return;
-  allowance_ =
-      (FIRST_ALLOWANCE + ALLOWED_PART * static_cast<double>(work_)) / static_cast<double>(levels_.size());
+  work_ += static_cast<double>(candidates) * candidateWork_;
+  allowance_ = (FIRST_ALLOWANCE + ALLOWED_PART * work_) / static_cast<double>(levels_.size());
   for (std::size_t t = 0; t < levels_.size(); ++t) decide(t);
 }
 
 const AdaptiveBounds::Range* AdaptiveBounds::ask(std::size_t t, const std::vector<double>& lambda) {
   Level& level = levels_[t];
-  if (!level.isKnown) {
-    const unsigned long before = bounds_.work();
+  if (states_[t] == State::WANTED) {
+    const auto before = static_cast<double>(bounds_.work());
     level.range = rangeAt(t, lambda);
-    level.isKnown = true;
-    charge(t, bounds_.work() - before);
+    states_[t] = State::KNOWN;
+    charge(t, static_cast<double>(bounds_.work()) - before);
   }
   if (lambda[t] >= level.range.least && lambda[t] <= level.range.greatest) return nullptr;
   ++level.cuts;
@@ -60,10 +60,10 @@ AdaptiveBounds::Range AdaptiveBounds::rangeAt(std::size_t t, const std::vector<d
   return least > greatest ? empty : Range{least, greatest};
 }
 
-void AdaptiveBounds::charge(std::size_t t, unsigned long work) {
+void AdaptiveBounds::charge(std::size_t t, double cost) {
   Level& level = levels_[t];
-  const auto cost = static_cast<double>(work);
-  work_ += work;
+  work_ += cost;
+  trial_.work += cost;
   if (!pays(level)) level.unpaid += cost;
   level.cost += cost;
   if (++level.bounds >= 2 * RECENT)
@@ -76,33 +76,32 @@ void AdaptiveBounds::charge(std::size_t t, unsigned long work) {
 // is not worth one.
 bool AdaptiveBounds::beginTrial(std::size_t t) {
   Level& level = levels_[t];
-  if (t == 0 || trial_.end != NEVER) return false;
+  if (t == 0 || trial_.isRunning) return false;
   if (level.trials >= FIRST_TRIALS && level.untilTrial > 0) {
     --level.untilTrial;
     return false;
   }
   level.untilTrial = BETWEEN_TRIALS;
-  trial_ = {t, work_, work_ + static_cast<unsigned long>(CONVINCING * level.cost / level.cuts)};
+  trial_ = {true, t, 0, CONVINCING * level.cost / level.cuts};
   return true;
 }
 
 std::size_t AdaptiveBounds::endTrial(std::size_t t) {
   Level& level = levels_[trial_.level];
   ++level.trials;
-  level.trialCost += static_cast<double>(work_ - trial_.begin);
+  level.trialCost += trial_.work;
+  trial_.isRunning = false;
   decide(trial_.level);
-  t = std::max(t, trial_.level);
-  cancelTrial();
-  return t;
+  return std::max(t, trial_.level);
 }
 
-void AdaptiveBounds::cancelTrial() {
-  trial_ = {levels_.size() + 1, 0, NEVER};
+unsigned long AdaptiveBounds::trialCandidates() const {
+  if (!trial_.isRunning) return std::numeric_limits<unsigned long>::max() / 2;
+  return static_cast<unsigned long>(std::max(0.0, (trial_.limit - trial_.work) / candidateWork_)) + 1;
 }
 
 bool AdaptiveBounds::pays(const Level& level) const {
-  const double saving =
-      level.trials > 0 ? level.trialCost / level.trials : static_cast<double>(candidateWork_);
+  const double saving = level.trials > 0 ? level.trialCost / level.trials : candidateWork_;
   return level.cuts * saving > level.cost;
 }
 

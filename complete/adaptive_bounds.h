@@ -14,6 +14,8 @@
 // of nodes in place of hopeless ones; market splits have them nowhere but at the first few levels.
 #pragma once
 
+#include <limits>
+
 #include "complete/node_bounds.h"
 
 namespace latbox::complete {
@@ -32,38 +34,47 @@ class AdaptiveBounds {
     if (bounds_.exist()) bounds_.narrow(coordinate, low, high);
   }
 
-  // The search comes to a new node of level t, and has looked at so many candidates.
-  void enter(std::size_t t) { levels_[t].isKnown = false; }
-  void countCandidates(unsigned long count) { work_ += count * candidateWork_; }
+  // The search comes to a node of level t.
+  void enter(std::size_t t) { states_[t] = levels_[t].isOn ? State::WANTED : State::OFF; }
 
-  // Whether excluding() has anything to say at candidates of the level's next node.
-  bool isOn(std::size_t t) const { return levels_[t].isOn; }
   // The range of lambda_t over all points below the node, if it excludes lambda[t], which the plain cuts have
   // kept; empty if there is no point. Null: the candidate is to be walked. Requires lambda[i] for i >= t.
   const Range* excluding(std::size_t t, const std::vector<double>& lambda) {
-    return levels_[t].isOn || levels_[t].isKnown ? ask(t, lambda) : nullptr;
+    return states_[t] == State::OFF ? nullptr : ask(t, lambda);
   }
 
+  // Whether excluding() has anything to say at the candidates of a node that is entered now.
+  bool isOn(std::size_t t) const { return levels_[t].isOn; }
+
+  // The search has looked at so many candidates since this was called last.
+  void countCandidates(unsigned long count) {
+    if (trial_.isRunning) trial_.work += candidateWork_ * static_cast<double>(count);
+  }
   // Whether a trial has ended for a search at level t. If it has, the search goes on at the level that
   // endTrial tells, t or above: what it leaves holds no point.
-  bool isTrialOver(std::size_t t) const { return t >= trial_.level || work_ >= trial_.end; }
-  std::size_t endTrial(std::size_t t);
-  // It is to be asked at this level, and after so many candidates.
-  std::size_t trialLevel() const { return trial_.level; }
-  unsigned long trialCandidates() const {
-    return trial_.end <= work_ ? 1 : (trial_.end - work_) / candidateWork_ + 1;
+  bool isTrialOver(std::size_t t) const {
+    return trial_.isRunning && (t >= trial_.level || trial_.work > trial_.limit);
   }
+  std::size_t endTrial(std::size_t t);
+  // That is to be asked at this level and those above, and after so many candidates.
+  std::size_t trialLevel() const {
+    return trial_.isRunning ? trial_.level : std::numeric_limits<std::size_t>::max();
+  }
+  unsigned long trialCandidates() const;
   // The search goes elsewhere.
-  void cancelTrial();
+  void cancelTrial() { trial_.isRunning = false; }
 
-  // To be called now and then: levels that are off get their chance.
-  void review();
+  // To be called now and then, after so many candidates more: levels that are off get their chance.
+  void review(unsigned long candidates);
 
  private:
+  // Of the node at hand: its range is not wanted, or is when a candidate stays, or is known.
+  enum class State : unsigned char { OFF, WANTED, KNOWN };
+
   struct Level {
-    // Whether the next node is bounded; whether this one has been, and its range.
+    // Whether the next node is bounded.
     bool isOn = false;
-    bool isKnown = false;
+    // Of the node at hand, if it is known.
     Range range{};
     // Of late: nodes that were bounded, what that has cost, candidates excluded; trials, and what they cost.
     double bounds = 0;
@@ -76,25 +87,26 @@ class AdaptiveBounds {
     unsigned untilTrial = 0;
   };
   struct Trial {
-    // Above all levels if there is none.
-    std::size_t level;
-    unsigned long begin;
-    unsigned long end;
+    bool isRunning = false;
+    std::size_t level = 0;
+    double work = 0;
+    double limit = 0;
   };
 
   const Range* ask(std::size_t t, const std::vector<double>& lambda);
   Range rangeAt(std::size_t t, const std::vector<double>& lambda);
-  void charge(std::size_t t, unsigned long work);
+  void charge(std::size_t t, double cost);
   bool beginTrial(std::size_t t);
   void decide(std::size_t t);
   bool pays(const Level& level) const;
 
   NodeBounds bounds_;
   std::vector<Level> levels_;
+  std::vector<State> states_;
   Trial trial_;
   // Of a candidate by the plain cuts, and of the search so far.
-  unsigned long candidateWork_;
-  unsigned long work_ = 0;
+  double candidateWork_;
+  double work_ = 0;
   // What a level may spend unpaid.
   double allowance_ = 0;
 };

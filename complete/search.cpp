@@ -34,7 +34,7 @@ class NoBounds {
   std::size_t trialLevel() const { return Walk<Float>::NO_CEILING; }
   unsigned long trialCandidates() const { return BETWEEN_LOOKS; }
   void cancelTrial() {}
-  void review() {}
+  void review(unsigned long) {}
 };
 
 template <class R>
@@ -76,7 +76,6 @@ class PointWalk : public PieceWalk {
       if (bounds_.isTrialOver(walk_.level())) walk_.leaveBelow(bounds_.endTrial(walk_.level()));
       walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
       if (sinceLook_ < BETWEEN_LOOKS) continue;
-      sinceLook_ = 0;
       heedLimit();
       arrange();
       return Pause::LOOK;
@@ -93,7 +92,7 @@ class PointWalk : public PieceWalk {
 
   // Where the walk asks.
   void arrange() {
-    bounds_.review();
+    bounds_.review(std::exchange(sinceLook_, 0ul));
     for (std::size_t t = 0; t < lattice_.rank(); ++t) walk_.askAt(t, bounds_.isOn(t));
     walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
   }
