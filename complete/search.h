@@ -41,8 +41,8 @@ struct SearchControl {
   // The share of the present search that is done, estimated; below 0: not known.
   std::atomic<double> done = -1;
   unsigned threads = 1;
-  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was visited
-  // is exactly what is not left.
+  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was
+  // visited is exactly what is not left.
   std::function<void(const Frontier&)> keep;
   double keepEvery = 60;
   // Of a search that has ended without being complete.
@@ -55,6 +55,8 @@ struct SearchSettings {
   // For a search that may miss points: the greatest value of a node at each level and behind them (see
   // cuts.h).
   std::vector<double> caps;
+  // It ends, as if stopped, where the tree turns out not to be small.
+  bool isTrial = false;
 };
 
 // Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted

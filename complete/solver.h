@@ -2,8 +2,8 @@
 #pragma once
 
 #include "complete/integer_program.h"
-#include "complete/objective.h"
 #include "complete/journal.h"
+#include "complete/objective.h"
 
 namespace latbox::complete {
 

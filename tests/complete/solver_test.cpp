@@ -2,6 +2,7 @@
 
 #include "complete/closing.h"
 #include "complete/least_norm.h"
+#include "complete/preparation.h"
 #include "complete/presolve.h"
 #include "support.h"
 
@@ -12,6 +13,7 @@ class Record : public Finds {
  public:
   void begin() override {}
   void list(const Point& x, const Norms&) override { listed.insert(x); }
+  unsigned long count() const override { return listed.size(); }
   void replace(const Point& x, const Norms& norms) override {
     last = x;
     best = norms;
@@ -26,7 +28,9 @@ class Record : public Finds {
 
 struct Solved {
   explicit Solved(const std::string& text, const Task& task = {}) : program(readProgram(text, "p.opt")) {
-    outcome = solve(program, task, record, control);
+    Journal journal(control,
+                    {[](const Checkpoint&) {}, [] { return FileState(); }, [](const FileState&) {}, [] {}});
+    outcome = solve(program, task, record, journal);
   }
 
   Program program;
@@ -39,33 +43,46 @@ Point pointOf(std::initializer_list<long> values) {
   return Point(values.begin(), values.end());
 }
 
-// Minimise 7 x + 11 y + 13 z with 101 x + 103 y + 107 z = 10^11 + 7.
+// Maximise 7 x + 11 y on a line of about 10^10 points.
 TEST(Solver, GoesDownALongRangeInFewFinds) {
   const Solved solved(
-      "[ -inf ] [ [ 7 11 13 ] ] [ [ 101 103 107 ] ] [ 100000000007 ] [ ] [ ] [ ] [ 0 0 0 ] [ 0 0 0 ] "
-      "[ 1000000000 1000000000 1000000000 ]");
+      "[ inf ] [ [ 7 11 ] ] [ [ 101 103 ] ] [ 1000000000007 ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] "
+      "[ 1000000000000 1000000000000 ]");
   EXPECT_EQ(solved.outcome, Outcome::COMPLETE);
-  EXPECT_EQ(product(solved.program.equations[0], solved.record.last), 100000000007);
-  // x as large as can be, 103 y + 107 z being what is left of it modulo 101.
-  Rational best = 7 * Rational(1000000000000);
-  for (long y = 0; y <= 101; ++y)
-    for (long z = 0; z <= 101; ++z) {
-      const long left = 100000000007 - 103 * y - 107 * z;
-      if (left % 101 == 0) best = std::min(best, Rational(7 * (left / 101) + 11 * y + 13 * z));
-    }
-  EXPECT_EQ(solved.record.best.target, best);
+  // 11 / 103 is more than 7 / 101: x is the least number that leaves a multiple of 103.
+  long x = 0;
+  while ((1000000000007 - 101 * x) % 103 != 0) ++x;
+  EXPECT_EQ(solved.record.last, pointOf({x, (1000000000007 - 101 * x) / 103}));
   EXPECT_LT(solved.record.replaced, 2500u);
 }
 
-// The slack norm too: x + |x + y - 10^9| is 10^9 for many points, and the distance alone is 0 for x = 0 only
-// there.
+// x + |x - 10^9| is 10^9 for all x; the distance alone is 0 for the last one.
 TEST(Solver, GoesDownALongRangeOfTheSlackNorm) {
-  const Solved solved(
-      "[ -inf 1000000000 ] [ [ 1 0 ] [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 1000000000 1000 ]");
+  const Solved solved("[ -inf 1000000000 ] [ [ 1 ] [ 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 ] [ 0 ] [ 1000000000 ]");
   EXPECT_EQ(solved.outcome, Outcome::COMPLETE);
-  EXPECT_EQ(solved.record.best, (Norms{999999000, 0}));
-  EXPECT_EQ(solved.record.last, pointOf({999999000, 1000}));
+  EXPECT_EQ(solved.record.best, (Norms{1000000000, 0}));
   EXPECT_LT(solved.record.replaced, 2500u);
+}
+
+// A bound on one variable is heard during a search, though it is no row that tells more than a range does.
+TEST(Solver, GoesDownTheRangeOfAVariable) {
+  const Solved solved(
+      "[ -inf ] [ [ 1 0 0 ] ] [ ] [ ] [ [ 1 2 2 ] ] [ 7 ] [ inf ] [ 0 0 0 ] [ 0 0 0 ] [ 1000000000 1 1 ]");
+  EXPECT_EQ(solved.outcome, Outcome::COMPLETE);
+  EXPECT_EQ(solved.record.last, pointOf({3, 1, 1}));
+  EXPECT_LT(solved.record.replaced, 2500u);
+}
+
+// The last search for a better value has one value left, which is then no row of the lattice any more. Its
+// first point is the best, and the 10^9 others, which differ in the last variable, are not looked at.
+TEST(Solver, KnowsAValueThatAllPointsHave) {
+  for (long least = 1500; least < 20000; least += 1000) {
+    const Solved solved("[ -inf ] [ [ 1 0 0 0 ] ] [ [ 1 -1000 -1000 0 ] ] [ 0 ] [ ] [ ] [ ] [ 0 0 0 0 ] [ " +
+                        std::to_string(least) + " 0 0 0 ] [ 1000000 500 500 1000000000 ]");
+    EXPECT_EQ(solved.outcome, Outcome::COMPLETE);
+    EXPECT_EQ(solved.record.best, (Norms{least + 500, 0}));
+    EXPECT_LT(solved.control.nodes, 1000000u);
+  }
 }
 
 TEST(Solver, AWantedValueThatIsReachedIsTheOptimumOfAnOpenProgram) {
@@ -111,11 +128,11 @@ TEST_P(CanonicalTest, ThePointDoesNotDependOnTheWay) {
   if (objective.needsSlackNorm())
     for (const Row& row : slack.conditions(slack.valueOf(solved.record.best))) bests.rows.push_back(row);
   ASSERT_TRUE(tighten(bests) && closeByRows(bests));
-  auto lattice = boxLatticeOf(bests);
-  ASSERT_TRUE(lattice);
+  auto prepared = preparedLatticeOf(bests);
+  ASSERT_TRUE(prepared);
   testing::Collector first(1);
   SearchControl control;
-  search(*lattice, first, control);
+  search(prepared->lattice, first, control);
   EXPECT_EQ(latbox::complete::pointOf(solved.program, *first.points.begin()), solved.record.last);
 }
 
