@@ -46,7 +46,7 @@ Journal::Journal(SearchControl& control, Keeping keeping, Checkpoint past)
       past_(std::move(past.open)) {}
 
 std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
-                                           const std::vector<double>& caps) {
+                                           SearchSettings settings) {
   if (const SearchRecord* record = recorded(key)) {
     if (record->point) visitor.visit(*record->point);
     if (record->end == SearchEnd::EMPTY) return std::nullopt;
@@ -60,8 +60,8 @@ std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare
     return std::nullopt;
   }
   OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), visitor.held(), {}};
-  std::vector<Piece> pieces = takeOpen(open, visitor);
-  return searchLive(std::move(open), *lattice, visitor, caps, std::move(pieces));
+  settings.pieces = takeOpen(open, visitor);
+  return searchLive(std::move(open), *lattice, visitor, std::move(settings));
 }
 
 // The next record, if it is of this search. A run that goes another way than the one before, say after a
@@ -102,8 +102,8 @@ std::vector<Piece> Journal::takeOpen(OpenSearch& open, Visitor& visitor) {
 }
 
 std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
-                                        const std::vector<double>& caps, std::vector<Piece> pieces) {
-  open.frontier.pieces = pieces;
+                                        SearchSettings settings) {
+  open.frontier.pieces = settings.pieces;
   open_ = std::move(open);
   control_.keep = [&](const Frontier& left) {
     open_->frontier = left;
@@ -112,7 +112,7 @@ std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Vi
   };
   if (!saved_) save();
   saved_ = true;
-  const bool complete = search(lattice, visitor, control_, {std::move(pieces), caps});
+  const bool complete = search(lattice, visitor, control_, settings);
   control_.keep = nullptr;
   if (!complete && (control_.stop || visitor.isInterrupted())) {
     open_->frontier = control_.left;

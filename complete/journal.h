@@ -29,7 +29,7 @@ class Journal {
   // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing:
   // there is no lattice. Else as search().
   std::optional<bool> searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
-                                    const std::vector<double>& caps = {});
+                                    SearchSettings settings = {});
 
   SearchControl& control() { return control_; }
   // With what is known of the present search.
@@ -38,7 +38,7 @@ class Journal {
  private:
   const SearchRecord* recorded(const std::string& key);
   std::optional<bool> searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
-                                 const std::vector<double>& caps, std::vector<Piece> pieces);
+                                 SearchSettings settings);
   std::vector<Piece> takeOpen(OpenSearch& open, Visitor& visitor);
   void record(const std::string& key, SearchEnd end, const Visitor& visitor);
   void beLive();

@@ -55,6 +55,8 @@ struct SearchSettings {
   // For a search that may miss points: the greatest value of a node at each level and behind them (see
   // cuts.h).
   std::vector<double> caps;
+  // It ends, as if stopped, where the tree turns out not to be small.
+  bool isTrial = false;
 };
 
 // Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted

@@ -72,9 +72,30 @@ class TieListing : public Listing {
   const Best& best_;
 };
 
-// Better points only, by a window on one norm. The search stops for new bounds when they leave less than half
-// of what it began with: a lattice made for them has a box of another form.
-class Improving : public Visitor {
+// One point is wanted, and then the search ends.
+class Finding : public Visitor {
+ public:
+  Integer limit() const override { return 0; }
+  std::optional<IntegerVector> held() const override { return held_; }
+
+  void begin() { hasFound_ = false; }
+  bool hasFound() const { return hasFound_; }
+
+ protected:
+  Next take(const IntegerVector& z) {
+    held_ = z;
+    hasFound_ = true;
+    return Next::STOP;
+  }
+
+ private:
+  std::optional<IntegerVector> held_;
+  bool hasFound_ = false;
+};
+
+// A better point, by a window on one norm. The search ends with it: in a lattice that is made for the new
+// limit the box has another form, and variables are fixed that the old one left free.
+class Improving : public Finding {
  public:
   Improving(const Program& program, Finds& finds) : program_(program), finds_(finds) {}
 
@@ -83,20 +104,11 @@ class Improving : public Visitor {
     Norms norms = normsOf(program_, x);
     const std::lock_guard lock(mutex_);
     if (best_ && !(norms < best_->norms)) return Next::GO_ON;
-    const bool first = !best_;
     finds_.replace(x, norms);
     best_ = Best{std::move(x), std::move(norms)};
-    held_ = z;
-    if (first) return Next::STOP;
-    window_.improve(objective_->valueOf(best_->norms));
-    return window_.isClosed() || window_.hasHalved() ? Next::STOP : Next::LIMIT;
+    if (objective_) window_.improve(objective_->valueOf(best_->norms));
+    return take(z);
   }
-
-  Integer limit() const override {
-    const std::lock_guard lock(mutex_);
-    return window_.limit();
-  }
-  std::optional<IntegerVector> held() const override { return held_; }
 
   const std::optional<Best>& best() const { return best_; }
   Window& window() { return window_; }
@@ -112,14 +124,13 @@ class Improving : public Visitor {
   const Program& program_;
   Finds& finds_;
   const Objective* objective_ = nullptr;
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   std::optional<Best> best_;
-  std::optional<IntegerVector> held_;
   Window window_;
 };
 
-// The first point with the best norms, whatever point brought them.
-class Canonical : public Visitor {
+// The first point with the best norms, whatever point brought them. For one thread.
+class Canonical : public Finding {
  public:
   Canonical(const Program& program, const Norms& norms) : program_(program), norms_(norms) {}
 
@@ -127,19 +138,15 @@ class Canonical : public Visitor {
     Point x = verified(program_, z);
     if (normsOf(program_, x) != norms_) return Next::GO_ON;
     point_ = std::move(x);
-    held_ = z;
-    return Next::STOP;
+    return take(z);
   }
-  Integer limit() const override { return 0; }
-  std::optional<IntegerVector> held() const override { return held_; }
 
-  const std::optional<Point>& point() const { return point_; }
+  const Point& point() const { return point_; }
 
  private:
   const Program& program_;
   const Norms& norms_;
-  std::optional<Point> point_;
-  std::optional<IntegerVector> held_;
+  Point point_;
 };
 
 // Holds back the points of the growing boxes until it is certain that the program can be searched: a run that
@@ -205,6 +212,19 @@ class Solver {
     return journal_.searchThrough(keyOf(program), prepare, visitor);
   }
 
+  // The same for a search that ends at its first find, mostly early. Choosing among bases by the size of the
+  // whole tree would take longer than most of these searches: that is done where the tree of the first basis
+  // turns out not to be small.
+  std::optional<bool> findIn(const IntegerProgram& program, Finding& finding) {
+    finding.begin();
+    const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(program); };
+    SearchSettings trial;
+    trial.isTrial = true;
+    const auto complete = journal_.searchThrough(keyOf(program), prepare, finding, trial);
+    if (complete.value_or(true) || finding.hasFound() || control_.stop) return complete;
+    return searchThrough(program, finding);
+  }
+
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
     if (!searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
@@ -235,10 +255,9 @@ class Solver {
 
   // False: there is no point, or the search was stopped.
   bool findAny(Improving& improving) {
-    const auto isDone = [&] { return improving.best().has_value(); };
-    searchGrowing(whole_, improving, isDone);
-    if (!isDone() && !control_.stop) requireBounds(whole_);
-    return isDone() && !control_.stop;
+    findInGrowingBoxes(whole_, improving);
+    if (!improving.hasFound() && !control_.stop) requireBounds(whole_);
+    return improving.hasFound() && !control_.stop;
   }
 
   // Brings one norm to its least among the points of a program, by searches for points that are better by a
@@ -248,8 +267,9 @@ class Solver {
     Window& window = improving.window();
     findLeast(window, objective, program);
     while (!window.isClosed()) {
-      IntegerProgram better = withRows(program, objective.rows(window.limit(), window.least()));
-      if (!close(better) || isSearched(better, improving)) window.raise(window.limit() + 1);
+      const Integer limit = window.limit();
+      IntegerProgram better = withRows(program, objective.rows(limit, window.least()));
+      if (!close(better) || isEmpty(better, improving)) window.raise(limit + 1);
       if (control_.stop) return window.isClosed();
     }
     return true;
@@ -266,29 +286,26 @@ class Solver {
       requireBounds(better);
   }
 
-  // Whether the program has no point but those that the window's limit excludes now. With open variables
-  // there may be a point at a wanted value, behind which there is no better one, and only such a find is an
-  // answer.
-  bool isSearched(const IntegerProgram& program, Improving& improving) {
-    improving.window().begin();
+  // Whether the program has no better point; if not, one was found, or the search stopped. With open
+  // variables there may be a point at a wanted value, behind which there is no better one, and only such a
+  // find is an answer.
+  bool isEmpty(const IntegerProgram& program, Improving& improving) {
     if (openVariables(program).empty()) {
       finds_.release();
-      return searchThrough(program, improving).value_or(true);
+      return findIn(program, improving).value_or(true);
     }
-    const Norms before = improving.best()->norms;
-    const auto isDone = [&] { return improving.best()->norms < before; };
-    searchGrowing(program, improving, isDone);
-    if (!isDone() && !control_.stop) requireBounds(program);
+    findInGrowingBoxes(program, improving);
+    if (!improving.hasFound() && !control_.stop) requireBounds(program);
     return false;
   }
 
-  // Searches boxes that grow in all directions in which the program is open, until it is done or stopped.
-  template <class Done>
-  void searchGrowing(const IntegerProgram& program, Visitor& visitor, Done isDone) {
-    for (unsigned long bits = 0; bits <= LARGEST_BOX && !isDone() && !control_.stop; bits += 2) {
+  // Searches boxes that grow in all directions in which the program is open.
+  void findInGrowingBoxes(const IntegerProgram& program, Finding& finding) {
+    finding.begin();
+    for (unsigned long bits = 0; bits <= LARGEST_BOX && !finding.hasFound() && !control_.stop; bits += 2) {
       IntegerProgram boxed = program;
       clip(boxed, Integer(1) << bits);
-      searchThrough(boxed, visitor);
+      findIn(boxed, finding);
       if (openVariables(program).empty()) return;
     }
   }
@@ -308,11 +325,11 @@ class Solver {
     closeBests(bests);
     Canonical canonical(program_, best.norms);
     const unsigned threads = std::exchange(control_.threads, 1u);
-    searchGrowing(bests, canonical, [&] { return canonical.point().has_value(); });
+    findInGrowingBoxes(bests, canonical);
     control_.threads = threads;
-    if (!canonical.point() && control_.stop) return Outcome::STOPPED;
-    if (!canonical.point()) throw std::logic_error(LOST);
-    if (*canonical.point() != best.x) finds_.replace(*canonical.point(), best.norms);
+    if (!canonical.hasFound() && control_.stop) return Outcome::STOPPED;
+    if (!canonical.hasFound()) throw std::logic_error(LOST);
+    if (canonical.point() != best.x) finds_.replace(canonical.point(), best.norms);
     return Outcome::COMPLETE;
   }
 

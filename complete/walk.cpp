@@ -1,6 +1,7 @@
 #include "complete/walk.h"
 
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "complete/walk_multiprecision.h"
@@ -36,6 +37,9 @@ WalkPause goOn(WalkData<double, float>& data) {
 WalkPause goOn(WalkData<Float, Float>& data) {
   return walkOn(data);
 }
+
+// On average, for an estimate: in wide boxes a single level has 10^9 of them.
+constexpr std::size_t MOST_CHILDREN = 100;
 
 // Away from 0 by more than the rounding of a few sums: a bound may only grow.
 double widened(double value) {
@@ -355,10 +359,12 @@ double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
   std::vector<std::vector<R>> parents(1);
   for (std::size_t t = k_; t-- > 0 && !parents.empty();) {
     std::vector<std::vector<R>> children;
+    std::size_t looked = 0;
     for (const std::vector<R>& parent : parents) {
       if (!follow(parent)) continue;
       while (levels_[t].isOpen()) {
         nodes += each;
+        if (++looked > MOST_CHILDREN * most) return std::numeric_limits<double>::infinity();
         if (!step(data_, t)) continue;
         children.push_back(parent);
         children.back().push_back(lambda_[t]);

@@ -64,7 +64,8 @@ class Walk {
   // random choice of the children of the level above, each of which stands for as many as there were too
   // many. Right on average (Rubinstein, Stochastic enumeration method for counting NP-hard problems, 2013,
   // after Knuth, Estimating the efficiency of backtrack programs, 1975, which follows one node alone and is
-  // mostly too low). Leaves nothing to be walked through.
+  // mostly too low). Infinite where levels are so wide that this itself takes long. Leaves nothing to be
+  // walked through.
   double sampledNodes(std::size_t most, std::mt19937_64& random);
   // Candidates since the last call.
   unsigned long takeNodes();

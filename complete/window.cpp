@@ -11,8 +11,4 @@ Integer Window::limit() const {
   return *best_ - (open > static_cast<long>(PARTS) ? Integer(open / PARTS) : Integer(1));
 }
 
-bool Window::hasHalved() const {
-  return begin_ && least_ && 2 * (*best_ - *least_) < *begin_ - *least_;
-}
-
 }  // namespace latbox::complete

@@ -18,8 +18,8 @@ constexpr unsigned long SMALL_TREE = 200'000;
 class Crew {
  public:
   Crew(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-       SearchControl& control)
-      : make_(make), control_(control), queue_(pieces.begin(), pieces.end()) {
+       SearchControl& control, bool isTrial)
+      : make_(make), control_(control), isTrial_(isTrial), queue_(pieces.begin(), pieces.end()) {
     if (queue_.empty()) queue_.emplace_back();
   }
 
@@ -50,6 +50,7 @@ class Crew {
         if (pause == PieceWalk::Pause::END) break;
         stopped_ = stopped_ || pause == PieceWalk::Pause::STOP || control_.stop.load();
         if (!stopped_ && nodes < SMALL_TREE) continue;
+        stopped_ = stopped_ || isTrial_;
         share_ += walk.share();
         queue_.push_front(walk.rest());
         return stopped_;
@@ -184,6 +185,7 @@ class Crew {
 
   const std::function<std::unique_ptr<PieceWalk>()>& make_;
   SearchControl& control_;
+  bool isTrial_;
   std::vector<std::unique_ptr<PieceWalk>> workers_;
   std::mutex mutex_;
   std::condition_variable changed_;
@@ -201,8 +203,8 @@ class Crew {
 }  // namespace
 
 bool walkThrough(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-                 SearchControl& control) {
-  return Crew(make, std::move(pieces), control).run();
+                 SearchControl& control, bool isTrial) {
+  return Crew(make, std::move(pieces), control, isTrial).run();
 }
 
 }  // namespace latbox::complete

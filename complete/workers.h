@@ -29,9 +29,9 @@ struct SharedLimit {
   std::atomic<unsigned long> version = 0;
 };
 
-// Walks through the pieces, with control.threads walks that `make` makes; without pieces, the whole tree.
-// True: to the end. As search() else.
+// Walks through the pieces, with control.threads walks that `make` makes; without pieces, the whole tree. A
+// trial ends where others would begin to share what is left. True: to the end. As search() else.
 bool walkThrough(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-                 SearchControl& control);
+                 SearchControl& control, bool isTrial = false);
 
 }  // namespace latbox::complete

@@ -47,20 +47,6 @@ TEST(Window, TheLimitFallsWithTheBestValue) {
   }
 }
 
-TEST(Window, HasHalvedWhereLessThanHalfIsOpen) {
-  Window window;
-  window.improve(100);
-  EXPECT_FALSE(window.hasHalved());
-  window.raise(20);
-  window.begin();
-  window.improve(60);
-  EXPECT_FALSE(window.hasHalved());
-  window.improve(59);
-  EXPECT_TRUE(window.hasHalved());
-  window.begin();
-  EXPECT_FALSE(window.hasHalved());
-}
-
 // Finds and searches for a value that lies somewhere in a range of 10^12: as many as there are digits, not as
 // many as there are units.
 TEST(Window, ClosesInFewSteps) {
