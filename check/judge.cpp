@@ -1,7 +1,6 @@
 #include "check/judge.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace latbox::check {
@@ -39,14 +38,14 @@ bool isWithin(const Number& claimed, const Rational& exact, const Rational& tole
 Figure figure(const std::vector<Rational>& a, const std::vector<Rational>& x, const Rational& side) {
   static const Rational relative = 1 / powerOfTen(15);
   Figure sum{-side, abs(side)};
-  bool whole = isWhole(side);
+  bool whole = side.isWhole();
   for (std::size_t j = 0; j < a.size(); ++j) {
     const Rational term = a[j] * x[j];
     sum.value += term;
     sum.tolerance += abs(term);
-    whole = whole && isWhole(a[j]) && isWhole(x[j]);
+    whole = whole && a[j].isWhole() && x[j].isWhole();
   }
-  sum.tolerance = whole ? Rational(0) : std::min(Rational(sum.tolerance * relative), mostRounding());
+  sum.tolerance = whole ? Rational(0) : std::min(sum.tolerance * relative, mostRounding());
   return sum;
 }
 
@@ -82,7 +81,7 @@ class Judge {
 
   void judgeVariable(std::size_t i) {
     const auto is = [this, i] { return numbered("x", i) + " = " + toText(x_[i]) + " is "; };
-    if (!isWhole(Rational(x_[i] * powerOfTen(p_.dx[i]))))
+    if (!x_[i].isWhole() && !(x_[i] * powerOfTen(p_.dx[i])).isWhole())
       fault(is() + "off its grid of " + std::to_string(p_.dx[i]) + " digits" + fixedReason(i));
     const Number value(x_[i]);
     if (value < p_.lx[i] || value > p_.rx[i])
@@ -132,7 +131,7 @@ class Judge {
     const Number& wanted = p_.dt[i];
     Figure value = figure(p_.At[i], x_, wanted.isFinite() ? wanted.value() : Rational(0));
     if (wanted.isFinite()) value.value = abs(value.value);
-    norm_.value += wanted.infinite() > 0 ? Rational(-value.value) : value.value;
+    norm_.value += wanted.infinite() > 0 ? -value.value : value.value;
     norm_.tolerance += value.tolerance;
     if (wanted.isFinite()) addDistance(value);
     if (claimed == nullptr) return;
@@ -150,7 +149,7 @@ class Judge {
   void allowExcess(const std::string& name, const Number& claimed, Figure& distance) {
     if (!claimed.isFinite()) return;
     const Rational excess = claimed.value() - distance.value;
-    if (excess <= 0 || !isWhole(Rational(excess / 2))) return;
+    if (excess <= 0 || !(excess / 2).isWhole()) return;
     note(name + ": " + toText(distance.value) + ", claimed with both deviations above 0 as " +
          toText(claimed));
     distance.value = claimed.value();
@@ -186,18 +185,6 @@ class Judge {
 
 Judgement judge(const Program& program, const Rewriting& rewriting, const Solution& solution) {
   return Judge(program, rewriting, solution).result();
-}
-
-std::vector<Judgement> judgeAll(const Program& program, const std::vector<Solution>& solutions) {
-  const Rewriting rewriting(program);
-  std::vector<Judgement> judgements;
-  std::map<std::pair<Vector, Vector>, std::size_t> seen;
-  for (const Solution& solution : solutions) {
-    judgements.push_back(judge(program, rewriting, solution));
-    const auto [first, isNew] = seen.emplace(std::pair(solution.x, solution.targets), judgements.size());
-    if (!isNew) judgements.back().faults.push_back("the same as solution " + std::to_string(first->second));
-  }
-  return judgements;
 }
 
 }  // namespace latbox::check

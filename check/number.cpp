@@ -1,5 +1,9 @@
 #include "check/number.h"
 
+#include <charconv>
+#include <functional>
+#include <optional>
+
 namespace latbox::check {
 namespace {
 
@@ -11,16 +15,23 @@ bool isDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of(DIGITS) == std::string_view::npos;
 }
 
-mpz_class integer(std::string_view text) {
-  if (!isDigits(text)) throw MalformedNumber(NO_NUMBER);
-  return mpz_class(std::string(text), 10);
+// The usual number: digits, perhaps behind a minus, that fit a machine word.
+std::optional<long> shortWhole(std::string_view text) {
+  long value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [at, error] = std::from_chars(text.data(), end, value);
+  if (at != end || error != std::errc()) return std::nullopt;
+  return value;
 }
 
-Rational quotient(const mpz_class& numerator, const mpz_class& denominator) {
+Rational integer(std::string_view text) {
+  if (!isDigits(text)) throw MalformedNumber(NO_NUMBER);
+  return Rational(mpq_class(mpz_class(std::string(text), 10)));
+}
+
+Rational quotient(const Rational& numerator, const Rational& denominator) {
   if (denominator == 0) throw MalformedNumber("has the denominator 0");
-  Rational value(numerator, denominator);
-  value.canonicalize();
-  return value;
+  return numerator / denominator;
 }
 
 Rational fraction(std::string_view text) {
@@ -39,8 +50,8 @@ Rational mixed(std::string_view whole, std::string_view part) {
 Rational decimal(std::string_view whole, std::string_view digits) {
   if (digits.find_first_not_of('0') == std::string_view::npos)
     throw MalformedNumber("has no digit other than zero behind the point");
-  const Rational rest = quotient(integer(digits), powerOfTen(static_cast<long>(digits.size())).get_num());
-  return whole.empty() ? rest : Rational(integer(whole) + rest);
+  const Rational rest = quotient(integer(digits), powerOfTen(static_cast<long>(digits.size())));
+  return whole.empty() ? rest : integer(whole) + rest;
 }
 
 Rational parseUnsigned(std::string_view text) {
@@ -75,10 +86,25 @@ long takeExponent(std::string_view& text) {
 }
 
 Rational shifted(const Rational& value, long digits) {
-  return digits < 0 ? Rational(value / powerOfTen(-digits)) : Rational(value * powerOfTen(digits));
+  return digits < 0 ? value / powerOfTen(-digits) : value * powerOfTen(digits);
 }
 
 }  // namespace
+
+Rational::Rational(const mpq_class& value) {
+  if (value.get_den() == 1 && value.get_num().fits_slong_p())
+    whole_ = value.get_num().get_si();
+  else
+    long_ = std::make_shared<const mpq_class>(value);
+}
+
+std::uint64_t Rational::digest() const {
+  return long_ ? std::hash<std::string>()(long_->get_str(16)) : static_cast<std::uint64_t>(whole_);
+}
+
+Rational abs(const Rational& value) {
+  return value < 0 ? -value : value;
+}
 
 Number Number::infinity(int sign) {
   Number number;
@@ -86,19 +112,26 @@ Number Number::infinity(int sign) {
   return number;
 }
 
+std::uint64_t Number::digest() const {
+  if (isFinite()) return value_.digest();
+  return std::hash<std::string>()(infinite_ < 0 ? "-inf" : "inf");
+}
+
 std::strong_ordering operator<=>(const Number& a, const Number& b) {
   if (a.infinite_ != b.infinite_) return a.infinite_ <=> b.infinite_;
-  return a.infinite_ != 0 ? std::strong_ordering::equal : cmp(a.value_, b.value_) <=> 0;
+  return a.infinite_ != 0 ? std::strong_ordering::equal : a.value_ <=> b.value_;
 }
 
 Rational parseNumber(std::string_view text, bool exponents) {
+  if (const auto whole = shortWhole(text)) return *whole;
   const bool negative = takeSign(text);
   const long exponent = exponents ? takeExponent(text) : 0;
   const Rational value = shifted(parseUnsigned(text), exponent);
-  return negative ? Rational(-value) : value;
+  return negative ? -value : value;
 }
 
-std::string toText(const Rational& value) {
+std::string toText(const Rational& number) {
+  const mpq_class value = number.exact();
   const mpz_class whole = abs(value.get_num()) / value.get_den();
   const mpz_class rest = abs(value.get_num()) % value.get_den();
   const std::string sign = value < 0 ? "-" : "";
@@ -112,14 +145,10 @@ std::string toText(const Number& number) {
   return number.infinite() < 0 ? "-inf" : "inf";
 }
 
-bool isWhole(const Rational& value) {
-  return value.get_den() == 1;
-}
-
 Rational powerOfTen(long digits) {
   mpz_class power;
   mpz_ui_pow_ui(power.get_mpz_t(), 10, static_cast<unsigned long>(digits));
-  return power;
+  return Rational(mpq_class(power));
 }
 
 }  // namespace latbox::check

@@ -27,9 +27,10 @@ std::string listed(const std::vector<std::string>& names) {
 }
 
 Rational rounded(const Rational& value, bool up) {
+  const mpq_class exact = value.exact();
   mpz_class whole;
-  (up ? mpz_cdiv_q : mpz_fdiv_q)(whole.get_mpz_t(), value.get_num_mpz_t(), value.get_den_mpz_t());
-  return whole;
+  (up ? mpz_cdiv_q : mpz_fdiv_q)(whole.get_mpz_t(), exact.get_num_mpz_t(), exact.get_den_mpz_t());
+  return Rational(mpq_class(whole));
 }
 
 }  // namespace
@@ -122,11 +123,11 @@ std::optional<Rewriting::Box> Rewriting::ownBox(std::size_t i) const {
   const Number& upper = program_.rx[i];
   if (!lower.isFinite() || !upper.isFinite() || lower == upper) return std::nullopt;
   const Rational scale = powerOfTen(program_.dx[i]);
-  const Rational low = rounded(Rational(lower.value() * scale), true);
-  const Rational high = rounded(Rational(upper.value() * scale), false);
+  const Rational low = rounded(lower.value() * scale, true);
+  const Rational high = rounded(upper.value() * scale, false);
   if (low == 0) return std::nullopt;
   const Rational other = high - low;
-  return Box{Rational(std::min(low, other) / scale), Rational(std::max(low, other) / scale)};
+  return Box{std::min(low, other) / scale, std::max(low, other) / scale};
 }
 
 std::string Rewriting::replacementWarning() const {

@@ -166,7 +166,9 @@ void Scanner::refuse(std::size_t position, const std::string& message) const {
   const long line = firstLine_ + std::count(before.begin(), before.end(), '\n');
   const std::size_t lineEnd = before.rfind('\n');
   const std::size_t column = lineEnd == std::string_view::npos ? position + 1 : position - lineEnd;
-  throw Unreadable("line " + std::to_string(line) + ", column " + count(column) + ": " + message);
+  const std::string text = "line " + std::to_string(line) + ", column " + count(column) + ": " + message;
+  if (at_ == text_.size()) throw BrokenOff(text);
+  throw Unreadable(text);
 }
 
 }  // namespace latbox::check

@@ -16,6 +16,12 @@ class Unreadable : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The same where the text ends and needs to go on.
+class BrokenOff : public Unreadable {
+ public:
+  using Unreadable::Unreadable;
+};
+
 using Vector = std::vector<Number>;
 // All rows have the same length, at least 1.
 using Matrix = std::vector<std::vector<Rational>>;
@@ -50,6 +56,7 @@ class Scanner {
   // What is left, as it stands.
   std::string_view rest() const { return text_.substr(at_); }
 
+  // Throws BrokenOff if the text has been taken to its end, else Unreadable.
   [[noreturn]] void refuse(std::size_t position, const std::string& message) const;
 
  private:

@@ -6,9 +6,7 @@ namespace latbox::check {
 namespace {
 
 Rational ratio(long numerator, long denominator) {
-  Rational value(numerator, denominator);
-  value.canonicalize();
-  return value;
+  return Rational(numerator) / denominator;
 }
 
 struct Reading {
@@ -93,8 +91,8 @@ TEST(NumberOrder, infinities_enclose_every_rational) {
 TEST(PowerOfTen, and_wholeness) {
   EXPECT_EQ(powerOfTen(0), 1);
   EXPECT_EQ(powerOfTen(3), 1000);
-  EXPECT_TRUE(isWhole(ratio(8, 4)));
-  EXPECT_FALSE(isWhole(ratio(9, 4)));
+  EXPECT_TRUE(ratio(8, 4).isWhole());
+  EXPECT_FALSE(ratio(9, 4).isWhole());
 }
 
 }  // namespace
