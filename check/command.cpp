@@ -15,12 +15,17 @@ namespace {
 constexpr const char* HELP =
     R"(usage: latbox-check [--quiet] FILE.opt [FILE.sol]
 
-Checks the solutions that latbox has written for a program, without trusting it: reads both files by itself and
-computes every figure again, exactly. FILE.sol is NAME.sol beside NAME.opt unless it is given.
+Checks the solutions that latbox or latbox-all has written for a program, without trusting them: reads both files by
+itself and computes every figure again, exactly. FILE.sol is NAME.sol beside NAME.opt unless it is given; latbox-all
+writes NAME.all.
 
 A solution is right if it keeps the program as it is written, its bounds, digits, equations and inequations, and if
 its target values, target norm and slack norm are those of the point. One line is printed for each solution, and a
-verdict.
+verdict. A line with the x and the target values of an earlier one is wrong too.
+
+A file may have millions of lines: it is read twice, and memory is needed for 16 bytes a line. One that can be read only
+once, such as a pipe, is copied to a temporary file. A last line that breaks off without a line end, as a kill leaves it,
+is no solution; the verdict says that it is there.
 
 The solver has rules by which a solution can break the program. Such a solution is wrong, and its line says why:
   - a variable with a lower bound other than 0 is searched in another box, up to the upper less the lower bound;
@@ -99,7 +104,7 @@ std::string joined(const std::vector<std::string>& texts) {
 void print(std::ostream& out, std::size_t number, const Solution& solution, const Judgement& judgement) {
   out << "solution " << number << ": ";
   if (judgement.faults.empty())
-    out << "ok, target norm " << toText(solution.targetNorm) << ", slack norm " << toText(solution.slackNorm);
+    out << "ok, target norm " << shown(solution.targetNorm) << ", slack norm " << shown(solution.slackNorm);
   else
     out << "wrong (line " << solution.line << "): " << joined(judgement.faults);
   if (judgement.faults.empty() && !judgement.notes.empty()) out << "; note: " << joined(judgement.notes);

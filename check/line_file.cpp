@@ -30,8 +30,7 @@ struct stat status(std::FILE* file) {
 
 LineFile::LineFile(const std::string& path) : file_(std::fopen(path.c_str(), "rb")) {
   if (!file_) refuse();
-  // Files that the system makes up say that they are empty.
-  if (!S_ISREG(status(file_.get()).st_mode) || status(file_.get()).st_size == 0) file_ = copyOf(file_.get());
+  if (!S_ISREG(status(file_.get()).st_mode)) file_ = copyOf(file_.get());
   end_ = static_cast<std::uint64_t>(status(file_.get()).st_size);
 }
 

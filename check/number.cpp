@@ -26,6 +26,7 @@ std::optional<long> shortWhole(std::string_view text) {
 
 Rational integer(std::string_view text) {
   if (!isDigits(text)) throw MalformedNumber(NO_NUMBER);
+  if (const auto whole = shortWhole(text)) return *whole;
   return Rational(mpq_class(mpz_class(std::string(text), 10)));
 }
 
@@ -91,21 +92,6 @@ Rational shifted(const Rational& value, long digits) {
 
 }  // namespace
 
-Rational::Rational(const mpq_class& value) {
-  if (value.get_den() == 1 && value.get_num().fits_slong_p())
-    whole_ = value.get_num().get_si();
-  else
-    long_ = std::make_shared<const mpq_class>(value);
-}
-
-std::uint64_t Rational::digest() const {
-  return long_ ? std::hash<std::string>()(long_->get_str(16)) : static_cast<std::uint64_t>(whole_);
-}
-
-Rational abs(const Rational& value) {
-  return value < 0 ? -value : value;
-}
-
 Number Number::infinity(int sign) {
   Number number;
   number.infinite_ = sign < 0 ? -1 : 1;
@@ -143,6 +129,13 @@ std::string toText(const Rational& number) {
 std::string toText(const Number& number) {
   if (number.isFinite()) return toText(number.value());
   return number.infinite() < 0 ? "-inf" : "inf";
+}
+
+std::string shown(const Number& number) {
+  const std::string text = toText(number);
+  if (text.size() <= SHOWN_DIGITS) return text;
+  const std::size_t kept = SHOWN_DIGITS / 2;
+  return text.substr(0, kept) + "..." + text.substr(text.size() - kept);
 }
 
 Rational powerOfTen(long digits) {

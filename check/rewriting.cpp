@@ -35,13 +35,6 @@ Rational rounded(const Rational& value, bool up) {
 
 }  // namespace
 
-Rational product(const std::vector<Rational>& a, const std::vector<Rational>& x) {
-  Rational sum;
-  for (std::size_t j = 0; j < a.size(); ++j)
-    if (a[j] != 0) sum += a[j] * x[j];
-  return sum;
-}
-
 Rewriting::Rewriting(const Program& program)
     : program_(program), replacedEquations_(program.Ag.size()), replacedInequations_(program.Au.size()) {
   for (std::size_t i = 0; i < program.Ag.size(); ++i)
@@ -107,13 +100,13 @@ void Rewriting::insertDeviations() {
 
 // For each of the last places of the target values the row of that number counts. Only where there is none it
 // is that of a target with a value, the first one's for the very last place.
-Rational Rewriting::slackNorm(const std::vector<Rational>& x) const {
+Rational Rewriting::slackNorm(const Scaled& x) const {
   Rational norm;
   const std::size_t count = program_.dt.size();
   const std::size_t firstDeviation = system_.size() - deviations_;
   for (std::size_t i = count - deviations_; i < count; ++i) {
     const std::size_t row = i < system_.size() ? i : firstDeviation + count - 1 - i;
-    if (system_[row].row != nullptr) norm += abs(product(*system_[row].row, x) - system_[row].side);
+    if (system_[row].row != nullptr) norm += abs(system_[row].row->times(x) - system_[row].side);
   }
   return norm;
 }

@@ -34,7 +34,7 @@ std::string count(std::size_t number) {
 
 }  // namespace
 
-void Scanner::skip() {
+void Scanner::skipSlowly() {
   do {
     while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
   } while (skipComment());
@@ -86,7 +86,9 @@ std::string_view Scanner::takeToken() {
 
 bool Scanner::takeInfinity(std::string_view word) {
   const std::size_t begin = position();
-  if (text_.substr(begin, word.size()) != word) return false;
+  // The first character alone tells nearly always, and quickly.
+  if (begin == text_.size() || text_[begin] != word.front() || !text_.substr(begin).starts_with(word))
+    return false;
   at_ += word.size();
   requireEndOfNumber(begin, false);
   return true;
@@ -134,15 +136,14 @@ Vector Scanner::takeVector(const std::string& name) {
   return elements;
 }
 
-std::vector<Rational> Scanner::finiteRow(const Vector& row, std::size_t position,
-                                         const std::string& name) const {
+Row Scanner::finiteRow(const Vector& row, std::size_t position, const std::string& name) const {
   std::vector<Rational> values;
   values.reserve(row.size());
   for (const Number& element : row) {
     if (!element.isFinite()) refuse(position, "an infinity in " + name);
     values.push_back(element.value());
   }
-  return values;
+  return Row(std::move(values));
 }
 
 Matrix Scanner::takeMatrix(const std::string& name) {
@@ -157,7 +158,7 @@ Matrix Scanner::takeMatrix(const std::string& name) {
              row + " has " + count(rows.back().size()) + " elements, not " + count(rows.front().size()));
   }
   // Rows without elements make no matrix.
-  if (!rows.empty() && rows.front().empty()) rows.clear();
+  if (!rows.empty() && rows.front().size() == 0) rows.clear();
   return rows;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "check/number.h"
+#include "check/row.h"
 
 namespace latbox::check {
 
@@ -24,7 +25,7 @@ class BrokenOff : public Unreadable {
 
 using Vector = std::vector<Number>;
 // All rows have the same length, at least 1.
-using Matrix = std::vector<std::vector<Rational>>;
+using Matrix = std::vector<Row>;
 
 // Reads a text from its beginning to its end. Every taking call first skips blanks, tabs, line ends and
 // comments ("//" up to the line's end, "/*" up to "*/"). All of them throw Unreadable.
@@ -35,7 +36,10 @@ class Scanner {
   explicit Scanner(std::string_view text, long firstLine = 1, bool exponents = false)
       : text_(text), firstLine_(firstLine), exponents_(exponents) {}
 
-  void skip();
+  void skip() {
+    // Called before every token, and mostly there is nothing to skip.
+    if (at_ == text_.size() || text_[at_] <= ' ' || text_[at_] == '/') skipSlowly();
+  }
   // Where the next token begins, for refuse().
   std::size_t position();
   bool atEnd();
@@ -60,11 +64,12 @@ class Scanner {
   [[noreturn]] void refuse(std::size_t position, const std::string& message) const;
 
  private:
+  void skipSlowly();
   bool skipComment();
   std::string_view takeToken();
   bool takeInfinity(std::string_view word);
   void requireEndOfNumber(std::size_t begin, bool slashBelongs);
-  std::vector<Rational> finiteRow(const Vector& row, std::size_t position, const std::string& name) const;
+  Row finiteRow(const Vector& row, std::size_t position, const std::string& name) const;
   // The next character, named for a message.
   std::string found();
 
