@@ -1,8 +1,6 @@
 #include "check/number.h"
 
-#include <charconv>
 #include <functional>
-#include <optional>
 
 namespace latbox::check {
 namespace {
@@ -10,23 +8,16 @@ namespace {
 constexpr std::string_view DIGITS = "0123456789";
 constexpr const char* NO_NUMBER = "is not a number";
 constexpr std::size_t EXPONENT_DIGITS = 6;
+// So many digits fit a machine word, whichever they are.
+constexpr std::size_t WORD_DIGITS = 18;
 
 bool isDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of(DIGITS) == std::string_view::npos;
 }
 
-// The usual number: digits, perhaps behind a minus, that fit a machine word.
-std::optional<long> shortWhole(std::string_view text) {
-  long value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [at, error] = std::from_chars(text.data(), end, value);
-  if (at != end || error != std::errc()) return std::nullopt;
-  return value;
-}
-
 Rational integer(std::string_view text) {
   if (!isDigits(text)) throw MalformedNumber(NO_NUMBER);
-  if (const auto whole = shortWhole(text)) return *whole;
+  if (text.size() <= WORD_DIGITS) return std::stol(std::string(text));
   return Rational(mpq_class(mpz_class(std::string(text), 10)));
 }
 
@@ -109,7 +100,6 @@ std::strong_ordering operator<=>(const Number& a, const Number& b) {
 }
 
 Rational parseNumber(std::string_view text, bool exponents) {
-  if (const auto whole = shortWhole(text)) return *whole;
   const bool negative = takeSign(text);
   const long exponent = exponents ? takeExponent(text) : 0;
   const Rational value = shifted(parseUnsigned(text), exponent);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 namespace latbox::check {
@@ -86,9 +87,7 @@ std::string_view Scanner::takeToken() {
 
 bool Scanner::takeInfinity(std::string_view word) {
   const std::size_t begin = position();
-  // The first character alone tells nearly always, and quickly.
-  if (begin == text_.size() || text_[begin] != word.front() || !text_.substr(begin).starts_with(word))
-    return false;
+  if (!text_.substr(begin).starts_with(word)) return false;
   at_ += word.size();
   requireEndOfNumber(begin, false);
   return true;
@@ -101,7 +100,21 @@ void Scanner::requireEndOfNumber(std::size_t begin, bool slashBelongs) {
   refuse(at_, named(text_[at_]) + " behind " + quoted(text_.substr(begin, at_ - begin)));
 }
 
+// Nearly all numbers: digits, perhaps behind a minus, that fit a machine word and end at a blank. All that is
+// no such number is left as it is.
+std::optional<long> Scanner::takeWord() {
+  skip();
+  const char* const begin = text_.data() + at_;
+  const char* const end = text_.data() + text_.size();
+  long word = 0;
+  const auto [behind, error] = std::from_chars(begin, end, word);
+  if (error != std::errc() || behind == end || !isBlank(*behind)) return std::nullopt;
+  at_ += static_cast<std::size_t>(behind - begin);
+  return word;
+}
+
 Number Scanner::takeNumber() {
+  if (const auto word = takeWord()) return *word;
   if (takeInfinity("inf")) return Number::infinity(1);
   if (takeInfinity("-inf")) return Number::infinity(-1);
   const std::string_view token = takeToken();

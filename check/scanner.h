@@ -1,6 +1,7 @@
 // Tokens, vectors and matrices of the file formats, with the place of whatever is wrong.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -66,6 +67,7 @@ class Scanner {
  private:
   void skipSlowly();
   bool skipComment();
+  std::optional<long> takeWord();
   std::string_view takeToken();
   bool takeInfinity(std::string_view word);
   void requireEndOfNumber(std::size_t begin, bool slashBelongs);
