@@ -28,7 +28,7 @@ void write(std::ostream& out, const OpenSearch& open) {
   out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes
       << ' ' << open.frontier.share;
   write(out, open.point);
-  for (const IntegerVector& row : open.basis) {
+  for (const IntegerVector& row : open.generators) {
     out << "row";
     for (const Integer& value : row) out << ' ' << value;
     out << '\n';
@@ -133,7 +133,7 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
   } else if (name == "open") {
     checkpoint.open = openOf(words);
   } else if (name == "row" && checkpoint.open) {
-    checkpoint.open->basis.push_back(words.all());
+    checkpoint.open->generators.push_back(words.all());
   } else if (name == "piece" && checkpoint.open) {
     checkpoint.open->frontier.pieces.push_back(pieceOf(words));
   } else if (name == "verdict") {

@@ -191,7 +191,7 @@ class Run {
     const unsigned long count = results_.count();
     if (outcome == Outcome::STOPPED) {
       if (count == 0) return {"unknown", UNKNOWN, false};
-      return {"found " + std::to_string(count), FOUND, false};
+      return {"found " + std::to_string(count), FOUND, options_.first};
     }
     if (outcome == Outcome::NONE) return {"none", NONE, true};
     if (options_.first) return {"found " + std::to_string(count), FOUND, true};

@@ -39,6 +39,10 @@ std::string keyOf(const IntegerProgram& program) {
   return digestOf(out.str());
 }
 
+Journal::Journal(SearchControl& control)
+    : Journal(control,
+              {[](const Checkpoint&) {}, [] { return FileState(); }, [](const FileState&) {}, [] {}}) {}
+
 Journal::Journal(SearchControl& control, Keeping keeping, Checkpoint past)
     : control_(control),
       keeping_(std::move(keeping)),
@@ -53,13 +57,13 @@ std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare
     return record->end == SearchEnd::COMPLETE;
   }
   beLive();
-  auto lattice = prepare(past_ && past_->key == key ? past_->basis : IntegerMatrix());
+  auto lattice = prepare(past_ && past_->key == key ? past_->generators : IntegerMatrix());
   if (!lattice) {
     past_.reset();
     record(key, SearchEnd::EMPTY, visitor);
     return std::nullopt;
   }
-  OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), visitor.held(), {}};
+  OpenSearch open{key, keyOf(*lattice), generatorsOf(*lattice), keeping_.fileState(), visitor.held(), {}};
   settings.pieces = takeOpen(open, visitor);
   return searchLive(std::move(open), *lattice, visitor, std::move(settings));
 }

@@ -20,11 +20,13 @@ class Journal {
     std::function<void()> goLive;
   };
 
+  // Nothing is kept.
+  explicit Journal(SearchControl& control);
   // Goes on from `past`, whose identity is this run's. Both outlive the journal.
   Journal(SearchControl& control, Keeping keeping, Checkpoint past = {});
 
-  // Makes the lattice of a search, with this basis if it is one of it; an empty one is none.
-  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& basis)>;
+  // Makes the lattice of a search, with these generators if they are of it; there may be none.
+  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& generators)>;
 
   // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing:
   // there is no lattice. Else as search().

@@ -29,11 +29,11 @@ int blockFor(double nodes) {
 
 }  // namespace
 
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& generators) {
   auto lattice = boxLatticeOf(program);
   if (!lattice) return std::nullopt;
   Prepared best{std::move(*lattice), 0};
-  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
+  if (takeGenerators(best.lattice, generators)) return best;
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
   if (cost > EFFORT * best.nodes) return best;
