@@ -12,6 +12,8 @@ constexpr unsigned SAMPLE = 1000;
 // A part of the search that may be spent on making it smaller.
 constexpr double EFFORT = 0.1;
 constexpr unsigned long MOST_BASES = 30;
+// Years of search: whoever begins it wants points, and soon.
+constexpr double HOPELESS = 1e15;
 // Candidates that are looked at before another basis is thought of.
 constexpr unsigned long SMALL = 20'000;
 
@@ -36,7 +38,7 @@ std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const I
   if (takeGenerators(best.lattice, generators)) return best;
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
-  if (cost > EFFORT * best.nodes) return best;
+  if (cost > EFFORT * best.nodes || best.nodes > HOPELESS) return best;
   // The sample knows the plain cuts alone. Where those of linear programs pay, little is left.
   if (isSmall(best.lattice, SMALL)) return best;
   double spent = 0;

@@ -126,7 +126,7 @@ class VerdictTest(Case):
         self.assertTrue(os.path.isdir(self.path("folder.all")))
 
     def test_a_run_that_ends_with_a_usage_error_leaves_the_files(self):
-        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
+        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ -inf -inf ] [ inf inf ]"
         self.write("p.all", "kept")
         result = self.run_all(open_program)
         self.assertEqual((result.status, result.out), (2, ""), result.err)
@@ -200,7 +200,7 @@ class OptionsTest(Case):
                 (["--rtime=abc"], "--rtime=abc: " + seconds),
                 (["--rtime=1e3"], "--rtime=1e3: " + seconds),
                 (["--rtime=-1"], "--rtime=-1: " + seconds),
-                (["--resume=1"], "--resume=1: not available in this version"),
+                (["--resume=2"], "--resume=2: 0 or 1 is wanted"),
                 (["--first=1", "--ties=1"], "--first and --ties exclude each other"),
                 (["--first=1", "--limit=2"], "--first and --limit exclude each other"),
                 (["--first=1", "--count=1"], "--first and --count exclude each other"),
