@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "complete/estimate.h"
+#include "complete/search.h"
 
 namespace latbox::complete {
 namespace {
@@ -11,6 +12,8 @@ constexpr unsigned SAMPLE = 1000;
 // A part of the search that may be spent on making it smaller.
 constexpr double EFFORT = 0.1;
 constexpr unsigned long MOST_BASES = 30;
+// Candidates that are looked at before another basis is thought of.
+constexpr unsigned long SMALL = 20'000;
 
 // What a basis and its estimate cost, in candidates; measured at ranks 40 to 70.
 double costOfBasis(std::size_t rank) {
@@ -33,6 +36,9 @@ std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const I
   if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
+  if (cost > EFFORT * best.nodes) return best;
+  // The sample knows the plain cuts alone. Where those of linear programs pay, little is left.
+  if (isSmall(best.lattice, SMALL)) return best;
   double spent = 0;
   for (unsigned long seed = 1; seed <= MOST_BASES && std::isfinite(best.nodes); ++seed) {
     spent += cost;

@@ -1,7 +1,9 @@
 #include "complete/search.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "complete/adaptive_bounds.h"
 #include "complete/leaf.h"
 #include "complete/reduction.h"
 #include "complete/walk.h"
@@ -14,39 +16,98 @@ constexpr unsigned long DOUBLE_BITS = 53;
 constexpr unsigned long FIRST_FLOAT_BITS = 256;
 constexpr unsigned long LAST_FLOAT_BITS = 1ul << 17;
 
-// A walk with what it does at its leaves.
+// In the place of AdaptiveBounds where numbers are long.
+class NoBounds {
+ public:
+  struct Range {
+    Float least;
+    Float greatest;
+  };
+  NoBounds(const BoxLattice&, const FloatVector&) {}
+  void narrow(std::size_t, const Integer&, const Integer&) {}
+  void enter(std::size_t) {}
+  void countCandidates(unsigned long) {}
+  bool isOn(std::size_t) const { return false; }
+  const Range* excluding(std::size_t, const FloatVector&) { return nullptr; }
+  bool isTrialOver(std::size_t) const { return false; }
+  std::size_t endTrial(std::size_t t) { return t; }
+  std::size_t trialLevel() const { return Walk<Float>::NO_CEILING; }
+  unsigned long trialCandidates() const { return BETWEEN_LOOKS; }
+  void cancelTrial() {}
+  void review(unsigned long) {}
+};
+
+template <class R>
+using Bounds = std::conditional_t<std::is_same_v<R, double>, AdaptiveBounds, NoBounds>;
+
+// A walk with what it does at its candidates and leaves.
 template <class R>
 class PointWalk : public PieceWalk {
  public:
   PointWalk(const BoxLattice& lattice, const CutTables<R>& tables, const SearchSettings& settings,
             Visitor& visitor, SharedLimit& shared)
-      : lattice_(lattice), visitor_(visitor), shared_(shared), leaf_(lattice), walk_(tables, settings.caps) {
+      : lattice_(lattice),
+        visitor_(visitor),
+        shared_(shared),
+        leaf_(lattice),
+        walk_(tables, settings.caps),
+        bounds_(lattice, tables.reach) {
     heedLimit();
   }
 
-  void start(const Piece& piece) override { walk_.start(piece); }
+  void start(const Piece& piece) override {
+    bounds_.cancelTrial();
+    walk_.start(piece);
+    arrange();
+  }
   Piece rest() const override { return walk_.rest(); }
   double share() const override { return walk_.share(); }
   bool split(Piece& other) override { return walk_.split(other); }
-  unsigned long takeNodes() override { return walk_.takeNodes(); }
+  unsigned long takeNodes() override { return std::exchange(nodes_, 0ul); }
 
   Pause goOn() override {
     while (true) {
-      switch (walk_.next()) {
-        case WalkPause::END:
-          return Pause::END;
-        case WalkPause::LOOK:
-          heedLimit();
-          return Pause::LOOK;
-        case WalkPause::NODE:
-          break;
-        case WalkPause::LEAF:
-          if (!visitLeaf()) return Pause::STOP;
-      }
+      WalkPause pause = walk_.next();
+      count();
+      if (pause == WalkPause::END) return Pause::END;
+      if (pause == WalkPause::CANDIDATE) pause = decide();
+      if (pause == WalkPause::LEAF && !visitLeaf()) return Pause::STOP;
+      // What a trial leaves holds no point.
+      if (bounds_.isTrialOver(walk_.level())) walk_.leaveBelow(bounds_.endTrial(walk_.level()));
+      walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
+      if (sinceLook_ < BETWEEN_LOOKS) continue;
+      heedLimit();
+      arrange();
+      return Pause::LOOK;
     }
   }
 
  private:
+  void count() {
+    const unsigned long nodes = walk_.takeNodes();
+    nodes_ += nodes;
+    sinceLook_ += nodes + 1;
+    bounds_.countCandidates(nodes);
+  }
+
+  // Where the walk asks.
+  void arrange() {
+    bounds_.review(std::exchange(sinceLook_, 0ul));
+    for (std::size_t t = 0; t < lattice_.rank(); ++t) walk_.askAt(t, bounds_.isOn(t));
+    walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
+  }
+
+  // Of a candidate that the cuts have kept.
+  WalkPause decide() {
+    const std::size_t t = walk_.level();
+    if (walk_.isNew()) bounds_.enter(t);
+    const auto* range = bounds_.excluding(t, walk_.lambda());
+    walk_.askAt(t, bounds_.isOn(t) || range);
+    if (!range) return walk_.accept();
+    walk_.refuse(range->least, range->greatest);
+    return WalkPause::CANDIDATE;
+  }
+
   // False: the visitor has had enough.
   bool visitLeaf() {
     const std::optional<IntegerVector> v = leaf_.pointOf(walk_.lambda());
@@ -74,6 +135,7 @@ class PointWalk : public PieceWalk {
       limitRow(row, limit);
       const std::size_t j = n + r;
       leaf_.narrow(j, *row.range.low, *row.range.high);
+      bounds_.narrow(j, *row.range.low, *row.range.high);
       shrunk.push_back({j, inCube(j, *row.range.high), inCube(j, *row.range.low)});
     }
     walk_.shrink(shrunk);
@@ -93,6 +155,9 @@ class PointWalk : public PieceWalk {
   SharedLimit& shared_;
   Leaf leaf_;
   Walk<R> walk_;
+  Bounds<R> bounds_;
+  unsigned long nodes_ = 0;
+  unsigned long sinceLook_ = 0;
   unsigned long version_ = 0;
 };
 
@@ -109,7 +174,26 @@ bool searchIn(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchC
   return true;
 }
 
+// Takes what comes until a number of candidates is reached.
+class Sizing : public Visitor {
+ public:
+  Next visit(const IntegerVector&) override { return Next::GO_ON; }
+  Integer limit() const override { return 0; }
+};
+
 }  // namespace
+
+bool isSmall(BoxLattice& lattice, unsigned long candidates) {
+  const auto tables = cutTablesOf<double>(lattice, DOUBLE_BITS);
+  if (!tables) return false;
+  Sizing visitor;
+  SharedLimit shared;
+  PointWalk<double> walk(lattice, *tables, {}, visitor, shared);
+  walk.start({});
+  for (unsigned long nodes = 0; nodes < candidates; nodes += walk.takeNodes())
+    if (walk.goOn() == PieceWalk::Pause::END) return true;
+  return false;
+}
 
 bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control,
                 const SearchSettings& settings) {

@@ -64,6 +64,9 @@ struct SearchSettings {
 bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control,
             const SearchSettings& settings = {});
 
+// Whether the search of all points comes to its end within so many candidates.
+bool isSmall(BoxLattice& lattice, unsigned long candidates);
+
 // As search, by multiprecision numbers of at least so many bits: for tests. 53 bits are those of double.
 bool searchWith(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchControl& control,
                 const SearchSettings& settings = {});

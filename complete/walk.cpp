@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "complete/walk_multiprecision.h"
 #include "complete/walk_steps.h"
@@ -65,17 +66,6 @@ void assign(Float& to, double value) {
   to = value;
 }
 
-double infinity(double) {
-  return HUGE_VAL;
-}
-
-// More than any multiplier is.
-Float infinity(const Float&) {
-  Float value(1);
-  mpf_mul_2exp(value.get_mpf_t(), value.get_mpf_t(), 1ul << 40);
-  return value;
-}
-
 double toDouble(double value) {
   return value;
 }
@@ -105,8 +95,6 @@ Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
   for (std::size_t t = 0; t <= k_; ++t) {
     const auto& from = tables.levels[t];
     Level& level = levels_[t];
-    level.lowest = -infinity(R{});
-    level.highest = infinity(R{});
     level.inverseNorm = from.inverseNorm;
     level.constant = from.constant;
     if (t < k_) level.step = from.products[t];
@@ -116,7 +104,12 @@ Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
     level.cap = tables.cap;
     if (t < caps.size() && caps[t] < level.cap) assign(level.cap, caps[t]);
   }
-  data_ = {levels_.data(), lambda_.data(), k_, width, tables.margin, nullptr, 0, k_, 0};
+  data_.levels = levels_.data();
+  data_.lambda = lambda_.data();
+  data_.k = data_.level = k_;
+  data_.width = width;
+  data_.margin = tables.margin;
+  pauseAt(NO_CEILING, BETWEEN_LOOKS);
   setRanges();
 }
 
@@ -160,11 +153,7 @@ void Walk<R>::shrink(const std::vector<ShrunkRange>& ranges) {
 
 template <class R>
 void Walk<R>::start(const Piece& piece) {
-  for (Level& level : levels_) {
-    level.closedUp = level.closedDown = true;
-    level.lowest = -infinity(R{});
-    level.highest = infinity(R{});
-  }
+  for (Level& level : levels_) level.closedUp = level.closedDown = true;
   data_.level = k_;
   leafLeft_ = false;
   if (!enterRoot()) return;
@@ -190,16 +179,37 @@ bool Walk<R>::enterRoot() {
 }
 
 template <class R>
-void Walk<R>::pauseAt(std::size_t t, bool pauses) {
-  levels_[t].pauses = pauses;
-  levels_[t].lowest = -infinity(R{});
-  levels_[t].highest = infinity(R{});
+bool Walk<R>::isNew() {
+  return std::exchange(levels_[data_.level].isNew, false);
 }
 
 template <class R>
-void Walk<R>::narrow(const R& lowest, const R& highest) {
-  levels_[data_.level].lowest = lowest;
-  levels_[data_.level].highest = highest;
+WalkPause Walk<R>::accept() {
+  if (data_.level == 0) return WalkPause::LEAF;
+  enter(data_, --data_.level);
+  return WalkPause::CANDIDATE;
+}
+
+template <class R>
+void Walk<R>::refuse(const R& least, const R& greatest) {
+  Level& level = levels_[data_.level];
+  if (least > greatest) level.closedUp = level.closedDown = true;
+  if (!level.isOpen()) return;
+  if (lambda_[data_.level] > greatest) {
+    level.closedUp = true;
+    level.down = std::min(level.down, greatest);
+  }
+  if (lambda_[data_.level] < least) {
+    level.closedDown = true;
+    level.up = std::max(level.up, least);
+  }
+}
+
+template <class R>
+void Walk<R>::pauseAt(std::size_t ceiling, unsigned long candidates) {
+  data_.ceiling = ceiling;
+  // The one before which it pauses is not looked at.
+  data_.nextLook = std::min(BETWEEN_LOOKS, data_.sinceLook + candidates + 1);
 }
 
 // As the piece has left this level; with a choice, which was not refuted then, the cut is made anew.
@@ -228,6 +238,7 @@ WalkPause Walk<R>::next() {
   }
   const WalkPause pause = goOn(data_);
   if (pause != WalkPause::LOOK) return pause;
+  // This one was not looked at.
   nodes_ += data_.sinceLook - 1;
   data_.sinceLook = 0;
   return pause;

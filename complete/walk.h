@@ -28,17 +28,26 @@ class Walk {
   void start(const Piece& piece);
   // To the next pause.
   WalkPause next();
-  // What is chosen: of all levels at a leaf, of those above level() at a node. Zeros follow.
+  // What is chosen: of all levels at a leaf, from level() on at a candidate. Zeros follow.
   const std::vector<R>& lambda() const { return lambda_; }
   std::size_t level() const { return data_.level; }
 
   // At a leaf: it is one of the open candidates again.
   void takeBack();
 
-  // Whether the walk pauses where this level is entered.
-  void pauseAt(std::size_t t, bool pauses);
-  // Of the level that was entered: no candidate beyond these is a point's.
-  void narrow(const R& lowest, const R& highest);
+  // Whether the walk pauses at candidates of this level.
+  void askAt(std::size_t t, bool asks) { levels_[t].asks = asks; }
+  // At a candidate: whether it is the first one of its node.
+  bool isNew();
+  // At a candidate: goes on below it; at level 0 it is a leaf then, as at that pause. Or leaves it, and all
+  // candidates of its node outside of a range, which is empty if it ends before it begins.
+  WalkPause accept();
+  void refuse(const R& least, const R& greatest);
+  // Pauses when it comes to this level again, or after so many candidates.
+  void pauseAt(std::size_t ceiling, unsigned long candidates);
+  static constexpr std::size_t NO_CEILING = static_cast<std::size_t>(-1);
+  // Goes on at this level, at or above the present one: what is open below goes.
+  void leaveBelow(std::size_t t) { data_.level = std::max(data_.level, t); }
 
   // Takes narrower ranges into the cuts: only what is behind them is excluded, so that the walk goes on where
   // it is.

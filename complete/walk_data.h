@@ -17,13 +17,11 @@ struct alignas(64) WalkLevel {
   R centre{};
   // W u.
   R value{};
-  // Candidates beyond these are known to be refuted.
-  R lowest{};
-  R highest{};
   bool closedUp = true;
   bool closedDown = true;
-  // The walk pauses when this level is entered.
-  bool pauses = false;
+  // The walk pauses at candidates that the cuts have kept; the level was entered since it did so last.
+  bool asks = false;
+  bool isNew = false;
 
   // g K_t, 1 / (g g), and the g u of the cube's constant part.
   R step{};
@@ -64,14 +62,19 @@ struct WalkData {
   std::size_t shrunkCount = 0;
   // Where the next candidate is taken; k: nothing is left.
   std::size_t level = 0;
+  // The walk pauses when it comes to this level again, and after so many candidates.
+  std::size_t ceiling = 0;
+  unsigned long nextLook = 0;
   unsigned long sinceLook = 0;
 };
 
 enum class WalkPause {
   // All candidates are chosen: the point of lambda keeps all cuts.
   LEAF,
-  // A level that pauses has been entered.
-  NODE,
+  // A level that asks has a candidate that the cuts have kept: it is to be accepted or refused.
+  CANDIDATE,
+  // The ceiling is reached.
+  CEILING,
   // Some thousand candidates were looked at.
   LOOK,
   // Nothing is left.

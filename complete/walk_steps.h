@@ -62,6 +62,7 @@ inline void enter(const WalkData<R, W>& data, std::size_t t) {
   level.down = roundDown(level.centre);
   level.up = level.down + 1;
   level.closedUp = level.closedDown = false;
+  level.isNew = true;
 }
 
 // The greatest W u in what the ranges leave of the cube.
@@ -115,22 +116,8 @@ inline bool step(const WalkData<R, W>& data, std::size_t t) {
   WalkLevel<R, W>& level = data.levels[t];
   const bool up =
       level.closedDown || (!level.closedUp && level.up - level.centre <= level.centre - level.down);
-  R& lambda = data.lambda[t];
-  if (up) {
-    lambda = level.up;
-    level.up += 1;
-    if (lambda > level.highest) {
-      level.closedUp = true;
-      return false;
-    }
-  } else {
-    lambda = level.down;
-    level.down -= 1;
-    if (lambda < level.lowest) {
-      level.closedDown = true;
-      return false;
-    }
-  }
+  data.lambda[t] = up ? level.up : level.down;
+  (up ? level.up : level.down) += up ? 1 : -1;
   return choose(data, t, up);
 }
 
@@ -141,23 +128,24 @@ inline WalkPause walkOn(WalkData<R, W>& data) {
   WalkPause pause = WalkPause::END;
   while (t < data.k) {
     if (!data.levels[t].isOpen()) {
-      ++t;
-      continue;
+      if (++t < data.ceiling) continue;
+      pause = WalkPause::CEILING;
+      break;
     }
-    if (++data.sinceLook == BETWEEN_LOOKS) {
+    if (++data.sinceLook >= data.nextLook) {
       pause = WalkPause::LOOK;
       break;
     }
     if (!step(data, t)) continue;
+    if (data.levels[t].asks) {
+      pause = WalkPause::CANDIDATE;
+      break;
+    }
     if (t == 0) {
       pause = WalkPause::LEAF;
       break;
     }
     enter(data, --t);
-    if (data.levels[t].pauses) {
-      pause = WalkPause::NODE;
-      break;
-    }
   }
   data.level = t;
   return pause;

@@ -106,6 +106,45 @@ TEST(Search, TakesCoefficientsThatNoDoubleHolds) {
   EXPECT_EQ(searched(program, 53), (std::set<IntegerVector>{testing::vectorOf({123456, 654321, 777777})}));
 }
 
+// Knapsacks whose relaxation nearly misses all whole points: without its bounds the trees are hopeless.
+TEST(Search, UsesLinearBoundsWhereTheyPay) {
+  for (const long side : {58925135L, 58925134L}) {
+    IntegerProgram program;
+    const IntegerVector a = testing::vectorOf({12137, 24269, 36405, 36407, 48545, 60683});
+    for (const Integer& entry : a) program.box.push_back(rangeOf(0, Integer(side / entry).get_si()));
+    Row row;
+    row.a = a;
+    row.range = {Integer(side), Integer(side)};
+    program.rows.push_back(row);
+    auto lattice = boxLatticeOf(program);
+    ASSERT_TRUE(lattice);
+    Collector collector;
+    SearchControl control;
+    EXPECT_TRUE(search(*lattice, collector, control));
+    EXPECT_EQ(collector.points.size(), side == 58925135 ? 2u : 0u);
+    EXPECT_LT(control.nodes, 5000u);
+  }
+}
+
+// Programs large enough for bounds to come and go during the search, against the search without any.
+TEST(Search, FindsEveryPointWhateverTheBoundsDo) {
+  for (unsigned seed = 0; seed < 60; ++seed) {
+    std::mt19937 random(seed);
+    IntegerProgram program;
+    Row row;
+    long sum = 0;
+    for (int j = 0; j < 9; ++j) {
+      program.box.push_back(rangeOf(0, 3));
+      row.a.emplace_back(static_cast<long>(20 + random() % 30));
+      sum += row.a.back().get_si();
+    }
+    const long side = sum / 2 + static_cast<long>(random() % 50);
+    row.range = {Integer(side), Integer(side + static_cast<long>(random() % 2))};
+    program.rows.push_back(row);
+    EXPECT_EQ(searched(program, 53), searched(program, 256)) << seed;
+  }
+}
+
 TEST(Search, StopsWhenAsked) {
   IntegerProgram program;
   program.box.assign(6, rangeOf(0, 3));
