@@ -92,7 +92,7 @@ std::unique_ptr<Plain<T>> latticeOf(const std::string& path, bool equations) {
 
 template <class T>
 std::unique_ptr<Plain<T>> latticeOfText(const std::string& text, bool equations) {
-  return latticeOf<T>(testing::TemporaryFile(text).path(), equations);
+  return latticeOf<T>(testing::MemoryFile(text).path(), equations);
 }
 
 // The equation lattice of the market split, its equations weighted, as the kernel reduction meets it.

@@ -36,7 +36,7 @@ std::string equations(long rows, long columns) {
 // Bytes per second stay the same while the file grows.
 void readProgram(benchmark::State& state) {
   const std::string text = equations(state.range(0), 1000);
-  const testing::TemporaryFile file(text);
+  const testing::MemoryFile file(text);
   for (auto _ : state) benchmark::DoNotOptimize(testing::readProgramFile(file.path()));
   state.SetBytesProcessed(state.iterations() * static_cast<long>(text.size()));
 }

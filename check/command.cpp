@@ -7,7 +7,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "check/judge.h"
+#include "check/judge_file.h"
 
 namespace latbox::check {
 namespace {
@@ -15,12 +15,17 @@ namespace {
 constexpr const char* HELP =
     R"(usage: latbox-check [--quiet] FILE.opt [FILE.sol]
 
-Checks the solutions that latbox has written for a program, without trusting it: reads both files by itself and
-computes every figure again, exactly. FILE.sol is NAME.sol beside NAME.opt unless it is given.
+Checks the solutions that latbox or latbox-all has written for a program, without trusting them: reads both files by
+itself and computes every figure again, exactly. FILE.sol is NAME.sol beside NAME.opt unless it is given; latbox-all
+writes NAME.all.
 
 A solution is right if it keeps the program as it is written, its bounds, digits, equations and inequations, and if
 its target values, target norm and slack norm are those of the point. One line is printed for each solution, and a
-verdict.
+verdict. A line with the x and the target values of an earlier one is wrong too.
+
+A file may have millions of lines: it is read twice, and memory is needed for 16 bytes a line. One that can be read only
+once, such as a pipe, is copied to a temporary file. A last line that breaks off without a line end, as a kill leaves it,
+is no solution; the verdict says that it is there.
 
 The solver has rules by which a solution can break the program. Such a solution is wrong, and its line says why:
   - a variable with a lower bound other than 0 is searched in another box, up to the upper less the lower bound;
@@ -74,16 +79,15 @@ std::string readFile(const std::string& path) {
   std::ostringstream text;
   if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
   if (!file.is_open() || file.bad() || text.bad())
-    throw Unreadable(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be read"));
+    throw Unreadable(errno != 0 ? std::strerror(errno) : "cannot be read");
   return std::move(text).str();
 }
 
-// Reads the file by `reader`; its name stands before what is wrong with it.
-template <class Reader>
-auto readBy(Reader reader, const std::string& path) {
-  const std::string text = readFile(path);
+// Does what reads the file; the file's name stands before what is wrong with it.
+template <class Reading>
+auto named(const std::string& path, Reading reading) {
   try {
-    return reader(text);
+    return reading();
   } catch (const Unreadable& unreadable) {
     throw Unreadable(path + ": " + unreadable.what());
   }
@@ -97,11 +101,10 @@ std::string joined(const std::vector<std::string>& texts) {
   return line;
 }
 
-void printSolution(std::ostream& out, std::size_t number, const Solution& solution,
-                   const Judgement& judgement) {
+void print(std::ostream& out, std::size_t number, const Solution& solution, const Judgement& judgement) {
   out << "solution " << number << ": ";
   if (judgement.faults.empty())
-    out << "ok, target norm " << toText(solution.targetNorm) << ", slack norm " << toText(solution.slackNorm);
+    out << "ok, target norm " << shown(solution.targetNorm) << ", slack norm " << shown(solution.slackNorm);
   else
     out << "wrong (line " << solution.line << "): " << joined(judgement.faults);
   if (judgement.faults.empty() && !judgement.notes.empty()) out << "; note: " << joined(judgement.notes);
@@ -112,10 +115,12 @@ std::string counted(std::size_t number) {
   return number == 1 ? "1 solution" : std::to_string(number) + " solutions";
 }
 
-std::string verdict(const std::string& path, std::size_t count, std::size_t wrong) {
-  if (count == 0) return path + ": no solutions to check";
-  if (wrong == 0) return path + ": " + counted(count) + ", all well";
-  return path + ": " + std::to_string(wrong) + " of " + counted(count) + " wrong";
+std::string verdict(std::size_t count, std::size_t wrong, long tornLine) {
+  std::string text = counted(count) + ", all well";
+  if (count == 0) text = "no solutions to check";
+  if (wrong > 0) text = std::to_string(wrong) + " of " + counted(count) + " wrong";
+  if (tornLine > 0) text += "; line " + std::to_string(tornLine) + " is torn, and no solution";
+  return text;
 }
 
 class Run {
@@ -124,7 +129,7 @@ class Run {
 
   ExitStatus result() {
     const std::string& opt = settings_.files.front();
-    program_ = readBy(readProgram, opt);
+    program_ = named(opt, [&opt] { return readProgram(readFile(opt)); });
     printWarnings();
     const bool given = settings_.files.size() == 2;
     const std::string sol = given ? settings_.files.back() : beside(opt);
@@ -132,7 +137,7 @@ class Run {
       out_ << sol << " does not exist: no solutions to check\n";
       return ALL_WELL;
     }
-    return judgeFile(sol);
+    return named(sol, [this, &sol] { return judge(sol); });
   }
 
  private:
@@ -150,15 +155,16 @@ class Run {
     for (const std::string& warning : Rewriting(program_).warnings()) out_ << "warning: " << warning << '\n';
   }
 
-  ExitStatus judgeFile(const std::string& sol) {
-    const std::vector<Solution> solutions = readBy(readSolutions, sol);
-    const std::vector<Judgement> judgements = judgeAll(program_, solutions);
+  ExitStatus judge(const std::string& sol) {
+    SolutionFile file(sol);
+    std::size_t count = 0;
     std::size_t wrong = 0;
-    for (std::size_t i = 0; i < solutions.size(); ++i) {
-      wrong += judgements[i].faults.empty() ? 0 : 1;
-      if (!settings_.quiet) printSolution(out_, i + 1, solutions[i], judgements[i]);
-    }
-    out_ << verdict(sol, solutions.size(), wrong) << '\n';
+    judgeFile(program_, file, [&](std::size_t number, const Solution& solution, const Judgement& judgement) {
+      count = number;
+      wrong += judgement.faults.empty() ? 0 : 1;
+      if (!settings_.quiet) print(out_, number, solution, judgement);
+    });
+    out_ << sol << ": " << verdict(count, wrong, file.tornLine()) << '\n';
     return wrong == 0 ? ALL_WELL : SOMETHING_WRONG;
   }
 

@@ -1,7 +1,6 @@
 #include "check/judge.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace latbox::check {
@@ -18,7 +17,7 @@ std::string numbered(const char* what, std::size_t i) {
 }
 
 std::string range(const Number& low, const Number& high) {
-  return toText(low) + " .. " + toText(high);
+  return shown(low) + " .. " + shown(high);
 }
 
 std::string range(const Rewriting::Box& box) {
@@ -36,18 +35,13 @@ bool isWithin(const Number& claimed, const Rational& exact, const Rational& tole
 }
 
 // a x - side. Sums of whole numbers are exact in every precision.
-Figure figure(const std::vector<Rational>& a, const std::vector<Rational>& x, const Rational& side) {
+Figure figure(const Row& a, const Scaled& x, const Rational& side) {
   static const Rational relative = 1 / powerOfTen(15);
-  Figure sum{-side, abs(side)};
-  bool whole = isWhole(side);
-  for (std::size_t j = 0; j < a.size(); ++j) {
-    const Rational term = a[j] * x[j];
-    sum.value += term;
-    sum.tolerance += abs(term);
-    whole = whole && isWhole(a[j]) && isWhole(x[j]);
-  }
-  sum.tolerance = whole ? Rational(0) : std::min(Rational(sum.tolerance * relative), mostRounding());
-  return sum;
+  const Rational value = a.times(x) - side;
+  if (side.isWhole() && a.isWhole() && x.isWhole()) return {value, 0};
+  Rational sizes = abs(side);
+  for (std::size_t j = 0; j < a.size(); ++j) sizes += abs(a[j] * x[j]);
+  return {value, std::min(sizes * relative, mostRounding())};
 }
 
 class Judge {
@@ -73,19 +67,20 @@ class Judge {
       fault("x has " + std::to_string(s_.x.size()) + " components, not " + std::to_string(p_.variables()));
       return false;
     }
+    std::vector<Rational> values;
     for (std::size_t i = 0; i < s_.x.size(); ++i) {
       if (!s_.x[i].isFinite()) fault(numbered("x", i) + " is infinite");
-      x_.push_back(s_.x[i].isFinite() ? s_.x[i].value() : Rational(0));
+      values.push_back(s_.x[i].isFinite() ? s_.x[i].value() : Rational(0));
     }
+    x_ = Scaled(std::move(values));
     return judgement_.faults.empty();
   }
 
   void judgeVariable(std::size_t i) {
-    const auto is = [this, i] { return numbered("x", i) + " = " + toText(x_[i]) + " is "; };
-    if (!isWhole(Rational(x_[i] * powerOfTen(p_.dx[i]))))
+    const auto is = [this, i] { return numbered("x", i) + " = " + shown(x_[i]) + " is "; };
+    if (!x_[i].isWhole() && !(x_[i] * powerOfTen(p_.dx[i])).isWhole())
       fault(is() + "off its grid of " + std::to_string(p_.dx[i]) + " digits" + fixedReason(i));
-    const Number value(x_[i]);
-    if (value < p_.lx[i] || value > p_.rx[i])
+    if (s_.x[i] < p_.lx[i] || s_.x[i] > p_.rx[i])
       fault(is() + "outside " + range(p_.lx[i], p_.rx[i]) + boxReason(i));
   }
 
@@ -104,17 +99,17 @@ class Judge {
   }
 
   void judgeEquation(std::size_t i) {
-    const Rational value = product(p_.Ag[i], x_);
+    const Rational value = p_.Ag[i].times(x_);
     if (value != p_.bg[i])
-      fault(numbered("equation ", i) + " gives " + toText(value) + ", not " + toText(p_.bg[i]) +
+      fault(numbered("equation ", i) + " gives " + shown(value) + ", not " + shown(p_.bg[i]) +
             replacedReason(rewriting_.replacedEquation(i)));
   }
 
   void judgeInequation(std::size_t i) {
-    const Number value(product(p_.Au[i], x_));
+    const Number value(p_.Au[i].times(x_));
     if (value < p_.lu[i] || value > p_.ru[i])
-      fault(numbered("inequation ", i) + " gives " + toText(value) + ", outside " +
-            range(p_.lu[i], p_.ru[i]) + replacedReason(rewriting_.replacedInequation(i)));
+      fault(numbered("inequation ", i) + " gives " + shown(value) + ", outside " + range(p_.lu[i], p_.ru[i]) +
+            replacedReason(rewriting_.replacedInequation(i)));
   }
 
   void judgeTargets() {
@@ -132,7 +127,7 @@ class Judge {
     const Number& wanted = p_.dt[i];
     Figure value = figure(p_.At[i], x_, wanted.isFinite() ? wanted.value() : Rational(0));
     if (wanted.isFinite()) value.value = abs(value.value);
-    norm_.value += wanted.infinite() > 0 ? Rational(-value.value) : value.value;
+    norm_.value += wanted.infinite() > 0 ? -value.value : value.value;
     norm_.tolerance += value.tolerance;
     if (wanted.isFinite()) addDistance(value);
     if (claimed == nullptr) return;
@@ -150,9 +145,8 @@ class Judge {
   void allowExcess(const std::string& name, const Number& claimed, Figure& distance) {
     if (!claimed.isFinite()) return;
     const Rational excess = claimed.value() - distance.value;
-    if (excess <= 0 || !isWhole(Rational(excess / 2))) return;
-    note(name + ": " + toText(distance.value) + ", claimed with both deviations above 0 as " +
-         toText(claimed));
+    if (excess <= 0 || !(excess / 2).isWhole()) return;
+    note(name + ": " + shown(distance.value) + ", claimed with both deviations above 0 as " + shown(claimed));
     distance.value = claimed.value();
     norm_.value += excess;
   }
@@ -161,22 +155,22 @@ class Judge {
     const Rational taken = rewriting_.slackNorm(x_);
     if (!isWithin(s_.slackNorm, slack_.value, slack_.tolerance) &&
         isWithin(s_.slackNorm, taken, mostRounding()))
-      note("slack norm " + toText(taken) + " is what the solver takes from other rows; the distance is " +
-           toText(slack_.value));
+      note("slack norm " + shown(taken) + " is what the solver takes from other rows; the distance is " +
+           shown(slack_.value));
     else
       compare("slack norm", s_.slackNorm, slack_);
   }
 
   void compare(const std::string& name, const Number& claimed, const Figure& exact) {
     if (claimed == Number(exact.value)) return;
-    const std::string text = name + ": claimed " + toText(claimed) + ", exactly " + toText(exact.value);
+    const std::string text = name + ": claimed " + shown(claimed) + ", exactly " + shown(exact.value);
     isWithin(claimed, exact.value, exact.tolerance) ? note(text + ", a rounding") : fault(text);
   }
 
   const Program& p_;
   const Rewriting& rewriting_;
   const Solution& s_;
-  std::vector<Rational> x_;
+  Scaled x_{{}};
   Figure norm_;
   Figure slack_;
   Judgement judgement_;
@@ -186,18 +180,6 @@ class Judge {
 
 Judgement judge(const Program& program, const Rewriting& rewriting, const Solution& solution) {
   return Judge(program, rewriting, solution).result();
-}
-
-std::vector<Judgement> judgeAll(const Program& program, const std::vector<Solution>& solutions) {
-  const Rewriting rewriting(program);
-  std::vector<Judgement> judgements;
-  std::map<std::pair<Vector, Vector>, std::size_t> seen;
-  for (const Solution& solution : solutions) {
-    judgements.push_back(judge(program, rewriting, solution));
-    const auto [first, isNew] = seen.emplace(std::pair(solution.x, solution.targets), judgements.size());
-    if (!isNew) judgements.back().faults.push_back("the same as solution " + std::to_string(first->second));
-  }
-  return judgements;
 }
 
 }  // namespace latbox::check

@@ -31,7 +31,4 @@ struct Judgement {
 // `rewriting` is the program's.
 Judgement judge(const Program& program, const Rewriting& rewriting, const Solution& solution);
 
-// The same for all, and a fault for a line with the x and the target values of an earlier one.
-std::vector<Judgement> judgeAll(const Program& program, const std::vector<Solution>& solutions);
-
 }  // namespace latbox::check

@@ -1,26 +1,29 @@
 #include "check/number.h"
 
+#include <functional>
+
 namespace latbox::check {
 namespace {
 
 constexpr std::string_view DIGITS = "0123456789";
 constexpr const char* NO_NUMBER = "is not a number";
 constexpr std::size_t EXPONENT_DIGITS = 6;
+// So many digits fit a machine word, whichever they are.
+constexpr std::size_t WORD_DIGITS = 18;
 
 bool isDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of(DIGITS) == std::string_view::npos;
 }
 
-mpz_class integer(std::string_view text) {
+Rational integer(std::string_view text) {
   if (!isDigits(text)) throw MalformedNumber(NO_NUMBER);
-  return mpz_class(std::string(text), 10);
+  if (text.size() <= WORD_DIGITS) return std::stol(std::string(text));
+  return Rational(mpq_class(mpz_class(std::string(text), 10)));
 }
 
-Rational quotient(const mpz_class& numerator, const mpz_class& denominator) {
+Rational quotient(const Rational& numerator, const Rational& denominator) {
   if (denominator == 0) throw MalformedNumber("has the denominator 0");
-  Rational value(numerator, denominator);
-  value.canonicalize();
-  return value;
+  return numerator / denominator;
 }
 
 Rational fraction(std::string_view text) {
@@ -39,8 +42,8 @@ Rational mixed(std::string_view whole, std::string_view part) {
 Rational decimal(std::string_view whole, std::string_view digits) {
   if (digits.find_first_not_of('0') == std::string_view::npos)
     throw MalformedNumber("has no digit other than zero behind the point");
-  const Rational rest = quotient(integer(digits), powerOfTen(static_cast<long>(digits.size())).get_num());
-  return whole.empty() ? rest : Rational(integer(whole) + rest);
+  const Rational rest = quotient(integer(digits), powerOfTen(static_cast<long>(digits.size())));
+  return whole.empty() ? rest : integer(whole) + rest;
 }
 
 Rational parseUnsigned(std::string_view text) {
@@ -75,7 +78,7 @@ long takeExponent(std::string_view& text) {
 }
 
 Rational shifted(const Rational& value, long digits) {
-  return digits < 0 ? Rational(value / powerOfTen(-digits)) : Rational(value * powerOfTen(digits));
+  return digits < 0 ? value / powerOfTen(-digits) : value * powerOfTen(digits);
 }
 
 }  // namespace
@@ -86,19 +89,25 @@ Number Number::infinity(int sign) {
   return number;
 }
 
+std::uint64_t Number::digest() const {
+  if (isFinite()) return value_.digest();
+  return std::hash<std::string>()(infinite_ < 0 ? "-inf" : "inf");
+}
+
 std::strong_ordering operator<=>(const Number& a, const Number& b) {
   if (a.infinite_ != b.infinite_) return a.infinite_ <=> b.infinite_;
-  return a.infinite_ != 0 ? std::strong_ordering::equal : cmp(a.value_, b.value_) <=> 0;
+  return a.infinite_ != 0 ? std::strong_ordering::equal : a.value_ <=> b.value_;
 }
 
 Rational parseNumber(std::string_view text, bool exponents) {
   const bool negative = takeSign(text);
   const long exponent = exponents ? takeExponent(text) : 0;
   const Rational value = shifted(parseUnsigned(text), exponent);
-  return negative ? Rational(-value) : value;
+  return negative ? -value : value;
 }
 
-std::string toText(const Rational& value) {
+std::string toText(const Rational& number) {
+  const mpq_class value = number.exact();
   const mpz_class whole = abs(value.get_num()) / value.get_den();
   const mpz_class rest = abs(value.get_num()) % value.get_den();
   const std::string sign = value < 0 ? "-" : "";
@@ -112,14 +121,17 @@ std::string toText(const Number& number) {
   return number.infinite() < 0 ? "-inf" : "inf";
 }
 
-bool isWhole(const Rational& value) {
-  return value.get_den() == 1;
+std::string shown(const Number& number) {
+  const std::string text = toText(number);
+  if (text.size() <= SHOWN_DIGITS) return text;
+  const std::size_t kept = SHOWN_DIGITS / 2;
+  return text.substr(0, kept) + "..." + text.substr(text.size() - kept);
 }
 
 Rational powerOfTen(long digits) {
   mpz_class power;
   mpz_ui_pow_ui(power.get_mpz_t(), 10, static_cast<unsigned long>(digits));
-  return power;
+  return Rational(mpq_class(power));
 }
 
 }  // namespace latbox::check

@@ -1,16 +1,15 @@
-// Exact numbers as the files write them: rationals of any length, and the two infinities.
+// Numbers as the files write them: rationals and the two infinities.
 #pragma once
 
-#include <gmpxx.h>
-
 #include <compare>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
-namespace latbox::check {
+#include "check/rational.h"
 
-using Rational = mpq_class;
+namespace latbox::check {
 
 // A rational or an infinity; 0 when nothing is given. -inf < every rational < inf, and each infinity equals
 // itself.
@@ -29,8 +28,10 @@ class Number {
   int infinite() const { return infinite_; }
   // Requires isFinite.
   const Rational& value() const { return value_; }
+  // As that of a rational.
+  std::uint64_t digest() const;
 
-  friend bool operator==(const Number& a, const Number& b) { return (a <=> b) == 0; }
+  friend bool operator==(const Number& a, const Number& b) = default;
   friend std::strong_ordering operator<=>(const Number& a, const Number& b);
 
  private:
@@ -55,8 +56,11 @@ inline constexpr long MAX_EXPONENT = 100000;
 // The form in which the solver's files show a number in full: 5, -3/4, -2:1/3, inf.
 std::string toText(const Rational& value);
 std::string toText(const Number& number);
+// The same for messages: what is longer than SHOWN_DIGITS loses its middle, for a few characters of a file
+// (1e99999) can make a number of any length.
+std::string shown(const Number& number);
+inline constexpr std::size_t SHOWN_DIGITS = 200;
 
-bool isWhole(const Rational& value);
 // 10^digits. Requires digits >= 0.
 Rational powerOfTen(long digits);
 

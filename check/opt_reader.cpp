@@ -72,9 +72,9 @@ class OptReader {
   // Digits of 0 or less mean whole numbers.
   long digitsOf(const Number& d, std::size_t position, std::size_t i) const {
     if (d.isFinite() && d.value() <= 0) return 0;
-    if (!d.isFinite() || !isWhole(d.value()) || d.value() > MAX_DIGITS)
+    if (!d.isFinite() || !d.value().isWhole() || d.value() > MAX_DIGITS)
       scanner_.refuse(position, "x" + count(i + 1) + " cannot have " + toText(d) + " digits");
-    return d.value().get_num().get_si();
+    return d.value().exact().get_num().get_si();
   }
 
   void requireColumns() const {

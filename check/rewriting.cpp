@@ -27,19 +27,13 @@ std::string listed(const std::vector<std::string>& names) {
 }
 
 Rational rounded(const Rational& value, bool up) {
+  const mpq_class exact = value.exact();
   mpz_class whole;
-  (up ? mpz_cdiv_q : mpz_fdiv_q)(whole.get_mpz_t(), value.get_num_mpz_t(), value.get_den_mpz_t());
-  return whole;
+  (up ? mpz_cdiv_q : mpz_fdiv_q)(whole.get_mpz_t(), exact.get_num_mpz_t(), exact.get_den_mpz_t());
+  return Rational(mpq_class(whole));
 }
 
 }  // namespace
-
-Rational product(const std::vector<Rational>& a, const std::vector<Rational>& x) {
-  Rational sum;
-  for (std::size_t j = 0; j < a.size(); ++j)
-    if (a[j] != 0) sum += a[j] * x[j];
-  return sum;
-}
 
 Rewriting::Rewriting(const Program& program)
     : program_(program), replacedEquations_(program.Ag.size()), replacedInequations_(program.Au.size()) {
@@ -106,13 +100,13 @@ void Rewriting::insertDeviations() {
 
 // For each of the last places of the target values the row of that number counts. Only where there is none it
 // is that of a target with a value, the first one's for the very last place.
-Rational Rewriting::slackNorm(const std::vector<Rational>& x) const {
+Rational Rewriting::slackNorm(const Scaled& x) const {
   Rational norm;
   const std::size_t count = program_.dt.size();
   const std::size_t firstDeviation = system_.size() - deviations_;
   for (std::size_t i = count - deviations_; i < count; ++i) {
     const std::size_t row = i < system_.size() ? i : firstDeviation + count - 1 - i;
-    if (system_[row].row != nullptr) norm += abs(product(*system_[row].row, x) - system_[row].side);
+    if (system_[row].row != nullptr) norm += abs(system_[row].row->times(x) - system_[row].side);
   }
   return norm;
 }
@@ -122,11 +116,11 @@ std::optional<Rewriting::Box> Rewriting::ownBox(std::size_t i) const {
   const Number& upper = program_.rx[i];
   if (!lower.isFinite() || !upper.isFinite() || lower == upper) return std::nullopt;
   const Rational scale = powerOfTen(program_.dx[i]);
-  const Rational low = rounded(Rational(lower.value() * scale), true);
-  const Rational high = rounded(Rational(upper.value() * scale), false);
+  const Rational low = rounded(lower.value() * scale, true);
+  const Rational high = rounded(upper.value() * scale, false);
   if (low == 0) return std::nullopt;
   const Rational other = high - low;
-  return Box{Rational(std::min(low, other) / scale), Rational(std::max(low, other) / scale)};
+  return Box{std::min(low, other) / scale, std::max(low, other) / scale};
 }
 
 std::string Rewriting::replacementWarning() const {

@@ -26,7 +26,7 @@ class Rewriting {
   // The slack norm that the solver reports for x. It is the distance from the targets with a value where no
   // other row stands in their way; otherwise the residuals of the rows that do. Requires x of the program's
   // dimension.
-  Rational slackNorm(const std::vector<Rational>& x) const;
+  Rational slackNorm(const Scaled& x) const;
 
   // The row that took this one's place in the search, "inequation 2", or nothing. An inequation with equal
   // sides becomes an equation in the place of the equation of its own number.
@@ -47,7 +47,7 @@ class Rewriting {
  private:
   // A row of the rewritten equation system without the columns that the rewriting adds; no row is a zero row.
   struct SystemRow {
-    const std::vector<Rational>* row = nullptr;
+    const Row* row = nullptr;
     Rational side;
     // Where this row's source is told when another takes its place; null if nobody asks.
     std::string* replaced = nullptr;
@@ -69,8 +69,5 @@ class Rewriting {
   // Targets with a value; their rows are the last ones of the system.
   std::size_t deviations_ = 0;
 };
-
-// a x, exactly.
-Rational product(const std::vector<Rational>& a, const std::vector<Rational>& x);
 
 }  // namespace latbox::check

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 namespace latbox::check {
@@ -34,7 +35,7 @@ std::string count(std::size_t number) {
 
 }  // namespace
 
-void Scanner::skip() {
+void Scanner::skipSlowly() {
   do {
     while (at_ < text_.size() && isBlank(text_[at_])) ++at_;
   } while (skipComment());
@@ -86,7 +87,7 @@ std::string_view Scanner::takeToken() {
 
 bool Scanner::takeInfinity(std::string_view word) {
   const std::size_t begin = position();
-  if (text_.substr(begin, word.size()) != word) return false;
+  if (!text_.substr(begin).starts_with(word)) return false;
   at_ += word.size();
   requireEndOfNumber(begin, false);
   return true;
@@ -99,7 +100,21 @@ void Scanner::requireEndOfNumber(std::size_t begin, bool slashBelongs) {
   refuse(at_, named(text_[at_]) + " behind " + quoted(text_.substr(begin, at_ - begin)));
 }
 
+// Nearly all numbers: digits, perhaps behind a minus, that fit a machine word and end at a blank. All that is
+// no such number is left as it is.
+std::optional<long> Scanner::takeWord() {
+  skip();
+  const char* const begin = text_.data() + at_;
+  const char* const end = text_.data() + text_.size();
+  long word = 0;
+  const auto [behind, error] = std::from_chars(begin, end, word);
+  if (error != std::errc() || behind == end || !isBlank(*behind)) return std::nullopt;
+  at_ += static_cast<std::size_t>(behind - begin);
+  return word;
+}
+
 Number Scanner::takeNumber() {
+  if (const auto word = takeWord()) return *word;
   if (takeInfinity("inf")) return Number::infinity(1);
   if (takeInfinity("-inf")) return Number::infinity(-1);
   const std::string_view token = takeToken();
@@ -134,15 +149,14 @@ Vector Scanner::takeVector(const std::string& name) {
   return elements;
 }
 
-std::vector<Rational> Scanner::finiteRow(const Vector& row, std::size_t position,
-                                         const std::string& name) const {
+Row Scanner::finiteRow(const Vector& row, std::size_t position, const std::string& name) const {
   std::vector<Rational> values;
   values.reserve(row.size());
   for (const Number& element : row) {
     if (!element.isFinite()) refuse(position, "an infinity in " + name);
     values.push_back(element.value());
   }
-  return values;
+  return Row(std::move(values));
 }
 
 Matrix Scanner::takeMatrix(const std::string& name) {
@@ -157,7 +171,7 @@ Matrix Scanner::takeMatrix(const std::string& name) {
              row + " has " + count(rows.back().size()) + " elements, not " + count(rows.front().size()));
   }
   // Rows without elements make no matrix.
-  if (!rows.empty() && rows.front().empty()) rows.clear();
+  if (!rows.empty() && rows.front().size() == 0) rows.clear();
   return rows;
 }
 
@@ -166,7 +180,9 @@ void Scanner::refuse(std::size_t position, const std::string& message) const {
   const long line = firstLine_ + std::count(before.begin(), before.end(), '\n');
   const std::size_t lineEnd = before.rfind('\n');
   const std::size_t column = lineEnd == std::string_view::npos ? position + 1 : position - lineEnd;
-  throw Unreadable("line " + std::to_string(line) + ", column " + count(column) + ": " + message);
+  const std::string text = "line " + std::to_string(line) + ", column " + count(column) + ": " + message;
+  if (at_ == text_.size()) throw BrokenOff(text);
+  throw Unreadable(text);
 }
 
 }  // namespace latbox::check

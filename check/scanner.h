@@ -1,12 +1,14 @@
 // Tokens, vectors and matrices of the file formats, with the place of whatever is wrong.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "check/number.h"
+#include "check/row.h"
 
 namespace latbox::check {
 
@@ -16,9 +18,15 @@ class Unreadable : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The same where the text ends and needs to go on.
+class BrokenOff : public Unreadable {
+ public:
+  using Unreadable::Unreadable;
+};
+
 using Vector = std::vector<Number>;
 // All rows have the same length, at least 1.
-using Matrix = std::vector<std::vector<Rational>>;
+using Matrix = std::vector<Row>;
 
 // Reads a text from its beginning to its end. Every taking call first skips blanks, tabs, line ends and
 // comments ("//" up to the line's end, "/*" up to "*/"). All of them throw Unreadable.
@@ -29,7 +37,10 @@ class Scanner {
   explicit Scanner(std::string_view text, long firstLine = 1, bool exponents = false)
       : text_(text), firstLine_(firstLine), exponents_(exponents) {}
 
-  void skip();
+  void skip() {
+    // Called before every token, and mostly there is nothing to skip.
+    if (at_ == text_.size() || text_[at_] <= ' ' || text_[at_] == '/') skipSlowly();
+  }
   // Where the next token begins, for refuse().
   std::size_t position();
   bool atEnd();
@@ -50,14 +61,17 @@ class Scanner {
   // What is left, as it stands.
   std::string_view rest() const { return text_.substr(at_); }
 
+  // Throws BrokenOff if the text has been taken to its end, else Unreadable.
   [[noreturn]] void refuse(std::size_t position, const std::string& message) const;
 
  private:
+  void skipSlowly();
   bool skipComment();
+  std::optional<long> takeWord();
   std::string_view takeToken();
   bool takeInfinity(std::string_view word);
   void requireEndOfNumber(std::size_t begin, bool slashBelongs);
-  std::vector<Rational> finiteRow(const Vector& row, std::size_t position, const std::string& name) const;
+  Row finiteRow(const Vector& row, std::size_t position, const std::string& name) const;
   // The next character, named for a message.
   std::string found();
 

@@ -23,7 +23,7 @@ void readTail(Scanner& scanner, Solution& solution) {
   solution.version = trimmed(version);
 }
 
-Solution readSolution(Scanner& scanner, long line) {
+Solution readFields(Scanner& scanner, long line) {
   Solution solution;
   solution.line = line;
   solution.x = scanner.takeVector("x");
@@ -43,15 +43,10 @@ Solution readSolution(Scanner& scanner, long line) {
 
 }  // namespace
 
-std::vector<Solution> readSolutions(std::string_view text) {
-  std::vector<Solution> solutions;
-  for (long line = 1; !text.empty(); ++line) {
-    const std::size_t end = text.find('\n');
-    Scanner scanner(text.substr(0, end), line, true);
-    if (!scanner.atEnd()) solutions.push_back(readSolution(scanner, line));
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  }
-  return solutions;
+std::optional<Solution> readSolution(std::string_view text, long line) {
+  Scanner scanner(text, line, true);
+  if (scanner.atEnd()) return std::nullopt;
+  return readFields(scanner, line);
 }
 
 }  // namespace latbox::check

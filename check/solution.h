@@ -1,9 +1,9 @@
 // The solutions as their file claims them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "check/scanner.h"
 
@@ -23,9 +23,9 @@ struct Solution {
   std::string version;
 };
 
-// Reads a .sol text, one solution a line, blank lines skipped:
+// Reads a line of a .sol text, the one of this number; nothing if it is blank:
 //     [ x1 x2 ... ] | target norm | [ t1 t2 ... ] | slack norm | time | parameters | version
 // The version may be missing, with its bar. Throws Unreadable.
-std::vector<Solution> readSolutions(std::string_view text);
+std::optional<Solution> readSolution(std::string_view text, long line);
 
 }  // namespace latbox::check

@@ -32,10 +32,9 @@ AdaptiveBounds::AdaptiveBounds(const BoxLattice& lattice, const std::vector<doub
 }
 
 void AdaptiveBounds::review(unsigned long candidates) {
-  if (!bounds_.exist()) return;
   work_ += static_cast<double>(candidates) * candidateWork_;
   allowance_ = (FIRST_ALLOWANCE + ALLOWED_PART * work_) / static_cast<double>(levels_.size());
-  for (std::size_t t = 0; t < levels_.size(); ++t) decide(t);
+  for (std::size_t t = 0; t < bounds_.levels(); ++t) decide(t);
 }
 
 const AdaptiveBounds::Range* AdaptiveBounds::ask(std::size_t t, const std::vector<double>& lambda) {

@@ -31,7 +31,7 @@ class AdaptiveBounds {
   AdaptiveBounds(const BoxLattice& lattice, const std::vector<double>& reach);
 
   void narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-    if (bounds_.exist()) bounds_.narrow(coordinate, low, high);
+    bounds_.narrow(coordinate, low, high);
   }
 
   // The search comes to a node of level t.

@@ -9,29 +9,32 @@ namespace {
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 // Of a bound on a whole number: with more slack the dictionary has lost too many digits.
 constexpr double LARGE_SLACK = 1e-3;
+// Of all dictionaries: 32 megabytes, which is a rank of some 230.
+constexpr std::size_t MOST_ENTRIES = std::size_t{1} << 22;
 // How far the simplex method goes below what is enough, so that the certified bound still is.
 constexpr double BEYOND = 1e-5;
 
 }  // namespace
 
 NodeBounds::NodeBounds(const BoxLattice& lattice, const std::vector<double>& reach)
-    : certificates_(lattice, reach), exist_(certificates_.exist() && lattice.rank() > 0) {
-  if (!exist_) return;
+    : certificates_(lattice, reach) {
+  if (!certificates_.exist() || lattice.rank() == 0) return;
   takeCube(lattice);
   partials_.assign(lattice.rank(), certificates_.point());
   chosen_.assign(lattice.rank(), 0);
   known_ = lattice.rank() - 1;
-  exist_ = startAll();
+  startLevels();
 }
 
-bool NodeBounds::startAll() {
+void NodeBounds::startLevels() {
   DictionaryBuilder builder(cubeRows_, cubeRows_.size());
+  std::size_t entries = 0;
   for (std::size_t t = 0; t < cubeRows_.size(); ++t) {
-    if (!builder.addLevel()) return false;
+    entries += 2 * (t + 1) * (cubePartial_.size() - t);
+    if (entries > MOST_ENTRIES || !builder.addLevel()) return;
     for (const int sign : {1, -1})
       sides_.push_back({Relaxation(cubeRows_, builder.dictionary(sign), sign), {}, {}});
   }
-  return true;
 }
 
 void NodeBounds::takeCube(const BoxLattice& lattice) {
@@ -51,6 +54,7 @@ void NodeBounds::takeCube(const BoxLattice& lattice) {
 }
 
 void NodeBounds::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
+  if (levels() == 0) return;
   certificates_.narrow(coordinate, low, high);
   const RealBox& box = certificates_.box();
   cube_.low[coordinate] = stretch_[coordinate] * box.low[coordinate] - shift_[coordinate];

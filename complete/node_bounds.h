@@ -17,8 +17,9 @@ class NodeBounds {
   NodeBounds(const NodeBounds&) = delete;
   NodeBounds& operator=(const NodeBounds&) = delete;
 
-  // Whether there are any; the other calls require it.
-  bool exist() const { return exist_; }
+  // Levels 0 to levels() - 1 have bounds: all of them, or none where numbers are too long, or the lower ones
+  // where the rank is so large that the dictionaries of all would take too much memory.
+  std::size_t levels() const { return sides_.size() / 2; }
 
   // Narrows the range of a coordinate to what lies in [low, high]; where nothing does, to an end of the box.
   void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
@@ -26,6 +27,7 @@ class NodeBounds {
   // A whole number that sign * lambda_t, sign being 1 or -1, does not exceed in any point with the given
   // lambda_{t+1}, ...; minus infinity where there is no point, infinity where no bound is known. Looks for no
   // more when it is below `enough`.
+  // Requires t < levels().
   double bound(std::size_t t, int sign, const std::vector<double>& lambda, double enough);
 
   // What all calls have cost so far, in multiplications, roughly; and what the first node of level t may
@@ -42,13 +44,12 @@ class NodeBounds {
   };
 
   void takeCube(const BoxLattice& lattice);
-  bool startAll();
+  void startLevels();
   const std::vector<double>& partialAt(std::size_t t, const std::vector<double>& lambda);
   double improve(Side& side, const std::vector<double>& partial, std::size_t t, int sign, double enough);
   const SparseVector& whole(const SparseVector& weights);
 
   Certificates certificates_;
-  bool exist_;
   // The lattice and its box where that is a cube: u = stretch * v - shift, rounded.
   std::vector<std::vector<double>> cubeRows_;
   RealBox cube_;

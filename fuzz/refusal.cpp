@@ -1,6 +1,5 @@
 #include "refusal.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -67,20 +66,6 @@ std::string Output::take() {
 
 std::string Output::takeErrors() {
   return taken(capture().err);
-}
-
-MemoryFile::MemoryFile() : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
-  if (descriptor_ < 0) broken("no memory file");
-  path_ = "/proc/self/fd/" + std::to_string(descriptor_);
-}
-
-MemoryFile::~MemoryFile() {
-  close(descriptor_);
-}
-
-void MemoryFile::set(const std::string& text) {
-  if (ftruncate(descriptor_, 0) != 0 || pwrite(descriptor_, text.data(), text.size(), 0) < 0)
-    broken("memory file not written");
 }
 
 }  // namespace fuzzing

@@ -8,6 +8,7 @@
 
 #include "lib/exceptions.h"
 #include "lib/progress.h"
+#include "support/memory_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
 
@@ -51,20 +52,8 @@ class Output {
   std::string takeErrors();
 };
 
-// One regular file without a name in any folder, as the readers take their input by path.
-class MemoryFile {
- public:
-  MemoryFile();
-  ~MemoryFile();
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-  void set(const std::string& text);
-  const std::string& path() const { return path_; }
-
- private:
-  int descriptor_;
-  std::string path_;
-};
+// The readers take their input by path.
+using testing::MemoryFile;
 
 inline std::string textOf(const std::uint8_t* bytes, std::size_t size) {
   return std::string(reinterpret_cast<const char*>(bytes), size);

@@ -8,12 +8,13 @@ all=(opt_reader program_load sol_reader lat_reader qq_text command_line console_
 
 seconds=${1:-60}
 shift || true
-[ $# -gt 0 ] || set -- "${all[@]}"
-
 command -v clang++ >/dev/null || { echo "fuzz: clang++ is missing" >&2; exit 1; }
 (cd "$root" && cmake --preset fuzz >/dev/null && nice ninja -C build/fuzz) || exit 1
 
 work="$root/build/fuzz"
+# Built where latbox-all is.
+[ ! -x "$work/fuzz/fuzz_complete_search" ] || all+=(complete_search)
+[ $# -gt 0 ] || set -- "${all[@]}"
 mkdir -p "$work/log" "$work/artifacts"
 export UBSAN_OPTIONS=print_stacktrace=1
 # A refused allocation comes back as an exception, as it does in the solver; the limit on memory still holds.

@@ -1,11 +1,13 @@
 #include "check/command.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include "support.h"
 
 namespace latbox::check {
 namespace {
@@ -14,19 +16,12 @@ constexpr const char* OPT = "[ ] [ ] [ [ 3 5 ] ] [ 14 ] [ ] [ ] [ ] [ 0 0 ] [ 0 
 constexpr const char* GOOD = "[ 3 1 ] | 0 | [ ] | 0 | 0 | p | 2.2.2\n";
 constexpr const char* BAD = "[ 4 1 ] | 0 | [ ] | 0 | 0 | p | 2.2.2\n";
 
-// A folder of its own for each test.
-class Command : public ::testing::Test {
+class Command : public testing::FolderTest {
  protected:
   void SetUp() override {
-    std::string pattern = ::testing::TempDir() + "latbox-check-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
+    FolderTest::SetUp();
     write("a.opt", OPT);
   }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  void write(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
 
   ExitStatus run(const std::vector<std::string>& arguments) {
     std::ostringstream out;
@@ -37,7 +32,6 @@ class Command : public ::testing::Test {
     return status;
   }
 
-  std::filesystem::path folder_;
   std::string out_;
   std::string err_;
 };
@@ -117,6 +111,37 @@ TEST_F(Command, the_name_beside_is_that_of_the_last_point) {
   write("plain.sol", BAD);
   EXPECT_EQ(run({path("a.b.opt")}), SOMETHING_WRONG);
   EXPECT_EQ(run({path("plain")}), SOMETHING_WRONG);
+}
+
+TEST_F(Command, a_solution_that_stands_twice) {
+  write("a.sol", std::string(GOOD) + "\n" + BAD + "[ 6/2 01 ] | 0 | [ ] | 0 | 7 | q\n");
+  EXPECT_EQ(run({path("a.opt")}), SOMETHING_WRONG);
+  EXPECT_NE(out_.find("solution 3: wrong (line 4): the same as solution 1\n"), std::string::npos) << out_;
+  EXPECT_NE(out_.find(": 2 of 3 solutions wrong\n"), std::string::npos) << out_;
+}
+
+TEST_F(Command, a_torn_line_is_told_and_no_solution) {
+  const std::string torn = "[ 3 1 ] | 0 | [ ] | 0 ";
+  write("a.sol", GOOD + torn);
+  EXPECT_EQ(run({path("a.opt"), "--quiet"}), ALL_WELL);
+  EXPECT_EQ(out_, path("a.sol") + ": 1 solution, all well; line 2 is torn, and no solution\n");
+  write("a.sol", BAD + torn);
+  EXPECT_EQ(run({path("a.opt"), "--quiet"}), SOMETHING_WRONG);
+  EXPECT_EQ(out_, path("a.sol") + ": 1 of 1 solution wrong; line 2 is torn, and no solution\n");
+  write("a.sol", torn);
+  EXPECT_EQ(run({path("a.opt")}), ALL_WELL);
+  EXPECT_EQ(out_, path("a.sol") + ": no solutions to check; line 1 is torn, and no solution\n");
+  // With a line end it is not torn, but no solution.
+  write("a.sol", GOOD + torn + "\n");
+  EXPECT_EQ(run({path("a.opt")}), UNREADABLE);
+  EXPECT_EQ(out_, "");
+}
+
+TEST_F(Command, a_wrong_line_makes_a_line_of_limited_length) {
+  write("a.sol", "[ 1e9000 -1e9000 ] | 1e9000 | [ ] | 1e9000 | 0 | p\n");
+  EXPECT_EQ(run({path("a.opt")}), SOMETHING_WRONG);
+  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 2);
+  EXPECT_LT(out_.size(), 3000U);
 }
 
 TEST_F(Command, many_faults_are_cut) {

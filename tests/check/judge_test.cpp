@@ -20,7 +20,7 @@ constexpr const char* GOOD = "[ 3 2 ] | 3:1/2 | [ 5 1:1/2 ] | 0 | 4 | --verb=0 |
 
 Judgement judged(const std::string& opt, const std::string& line) {
   const Program program = readProgram(opt);
-  return judgeAll(program, readSolutions(line)).at(0);
+  return judge(program, Rewriting(program), readSolution(line, 1).value());
 }
 
 Texts faults(const std::string& opt, const std::string& line) {
@@ -212,21 +212,6 @@ TEST(Reasons, a_fixed_variable_off_its_grid) {
       faults(opt, "[ 1/2 ] | 0 | [ ] | 0 | 0 | p"),
       Texts{"x1 = 1/2 is off its grid of 0 digits (it is fixed, and the solver takes fixed variables as they "
             "are)"});
-}
-
-TEST(JudgeAll, a_line_that_stands_twice) {
-  const Program program = readProgram(OPT);
-  const auto judgements = judgeAll(program, readSolutions(std::string(GOOD) + "\n\n" + GOOD));
-  ASSERT_EQ(judgements.size(), 2U);
-  EXPECT_EQ(judgements[0].faults, Texts{});
-  EXPECT_EQ(judgements[1].faults, Texts{"the same as solution 1"});
-}
-
-TEST(JudgeAll, one_point_may_stand_with_several_distances) {
-  const Program program = readProgram(VALUE);
-  const auto judgements =
-      judgeAll(program, readSolutions("[ 1 1 ] | 2 | [ 2 ] | 2 | 0 | p\n[ 1 1 ] | 4 | [ 4 ] | 2 | 0 | p"));
-  EXPECT_EQ(judgements[1].faults, Texts{});
 }
 
 }  // namespace

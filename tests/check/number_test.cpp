@@ -6,9 +6,7 @@ namespace latbox::check {
 namespace {
 
 Rational ratio(long numerator, long denominator) {
-  Rational value(numerator, denominator);
-  value.canonicalize();
-  return value;
+  return Rational(numerator) / denominator;
 }
 
 struct Reading {
@@ -77,6 +75,16 @@ TEST(ToText, is_the_form_of_the_files) {
   EXPECT_EQ(toText(Number(ratio(7, 3))), "2:1/3");
 }
 
+TEST(Shown, loses_the_middle_of_what_is_long) {
+  EXPECT_EQ(shown(ratio(-7, 3)), "-2:1/3");
+  EXPECT_EQ(shown(Number::infinity(-1)), "-inf");
+  const std::string longest(SHOWN_DIGITS, '7');
+  EXPECT_EQ(shown(parseNumber(longest, false)), longest);
+  const std::string half(SHOWN_DIGITS / 2, '7');
+  EXPECT_EQ(shown(parseNumber(longest + "7", false)), half + "..." + half);
+  EXPECT_EQ(shown(parseNumber("1e90000", true)).size(), SHOWN_DIGITS + 3);
+}
+
 TEST(NumberOrder, infinities_enclose_every_rational) {
   const Number low = Number::infinity(-1);
   const Number high = Number::infinity(1);
@@ -93,8 +101,8 @@ TEST(NumberOrder, infinities_enclose_every_rational) {
 TEST(PowerOfTen, and_wholeness) {
   EXPECT_EQ(powerOfTen(0), 1);
   EXPECT_EQ(powerOfTen(3), 1000);
-  EXPECT_TRUE(isWhole(ratio(8, 4)));
-  EXPECT_FALSE(isWhole(ratio(9, 4)));
+  EXPECT_TRUE(ratio(8, 4).isWhole());
+  EXPECT_FALSE(ratio(9, 4).isWhole());
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ TEST(OptReader, reads_all_items) {
   EXPECT_EQ(testing::toText(p.dt), "-inf inf 7");
   EXPECT_EQ(testing::toText(p.kt), "9 2 inf");
   ASSERT_EQ(p.At.size(), 3U);
-  EXPECT_EQ(p.At[1][0], Rational(1, 2));
+  EXPECT_EQ(p.At[1][0], Rational(1) / 2);
   ASSERT_EQ(p.Ag.size(), 1U);
   EXPECT_EQ(p.Ag[0][1], 2);
   EXPECT_EQ(p.bg[0], 7);

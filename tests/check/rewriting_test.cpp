@@ -41,22 +41,22 @@ Program withRows(const std::string& rows) {
 
 TEST(SlackNorm, is_the_distance_where_no_other_row_stands_before) {
   const Program p = withRows("[ ] [ ] [ [ 1 2 ] ] [ 0 ] [ 9 ]");
-  EXPECT_EQ(Rewriting(p).slackNorm({1, 1}), 1);
-  EXPECT_EQ(Rewriting(p).slackNorm({2, 1}), 0);
-  EXPECT_EQ(Rewriting(p).slackNorm({4, 4}), 5);
+  EXPECT_EQ(Rewriting(p).slackNorm(Scaled({1, 1})), 1);
+  EXPECT_EQ(Rewriting(p).slackNorm(Scaled({2, 1})), 0);
+  EXPECT_EQ(Rewriting(p).slackNorm(Scaled({4, 4})), 5);
 }
 
 TEST(SlackNorm, is_taken_from_an_equation_of_its_number) {
   const Program p = withRows("[ [ 1 0 ] ] [ 4 ] [ ] [ ] [ ]");
-  EXPECT_EQ(Rewriting(p).slackNorm({4, 4}), 0);
-  EXPECT_EQ(Rewriting(p).slackNorm({5, 4}), 1);
+  EXPECT_EQ(Rewriting(p).slackNorm(Scaled({4, 4})), 0);
+  EXPECT_EQ(Rewriting(p).slackNorm(Scaled({5, 4})), 1);
 }
 
 TEST(SlackNorm, is_taken_from_an_inequation_with_one_side) {
   const Program above = withRows("[ ] [ ] [ [ 1 2 ] ] [ 2 ] [ inf ]");
-  EXPECT_EQ(Rewriting(above).slackNorm({4, 4}), 10);
+  EXPECT_EQ(Rewriting(above).slackNorm(Scaled({4, 4})), 10);
   const Program below = withRows("[ ] [ ] [ [ 1 2 ] ] [ -inf ] [ 20 ]");
-  EXPECT_EQ(Rewriting(below).slackNorm({4, 4}), 8);
+  EXPECT_EQ(Rewriting(below).slackNorm(Scaled({4, 4})), 8);
 }
 
 TEST(SlackNorm, a_row_that_is_missing_is_the_targets_own) {
@@ -67,7 +67,7 @@ TEST(SlackNorm, a_row_that_is_missing_is_the_targets_own) {
   const Rewriting rewriting(p);
   ASSERT_EQ(rewriting.targetOrder(), (Order{2, 1, 0}));
   // 13 - 7 and 4 - 5: row 2 is that of target 3, row 3 does not exist, and place 3 holds target 1.
-  EXPECT_EQ(rewriting.slackNorm({1, 1, 2}), 1 + 6);
+  EXPECT_EQ(rewriting.slackNorm(Scaled({1, 1, 2})), 1 + 6);
 }
 
 TEST(SlackNorm, a_target_that_stays_where_it_is_counts_too) {
@@ -76,7 +76,7 @@ TEST(SlackNorm, a_target_that_stays_where_it_is_counts_too) {
       "[ 6 3 ]");
   const Rewriting rewriting(p);
   ASSERT_EQ(rewriting.targetOrder(), (Order{3, 1, 2, 0}));
-  EXPECT_EQ(rewriting.slackNorm({0, 0}), 2 + 3);
+  EXPECT_EQ(rewriting.slackNorm(Scaled({0, 0})), 2 + 3);
 }
 
 TEST(Replacement, equal_sides_take_the_equation_of_their_number) {

@@ -9,49 +9,41 @@ namespace {
 using testing::refusal;
 using testing::replaced;
 
-constexpr const char* LINE = "[ 8 -1.5 ] | 2:1/2 | [ 1e+03 0 ] | 0 | -1 | --verb=0 --sol=1 | 2.2.2\n";
+constexpr const char* LINE = "[ 8 -1.5 ] | 2:1/2 | [ 1e+03 0 ] | 0 | -1 | --verb=0 --sol=1 | 2.2.2";
 
 TEST(SolReader, reads_all_fields) {
-  const auto solutions = readSolutions(LINE);
-  ASSERT_EQ(solutions.size(), 1U);
-  const Solution& s = solutions.front();
-  EXPECT_EQ(s.line, 1);
-  EXPECT_EQ(testing::toText(s.x), "8 -1:1/2");
-  EXPECT_EQ(toText(s.targetNorm), "2:1/2");
-  EXPECT_EQ(testing::toText(s.targets), "1000 0");
-  EXPECT_EQ(toText(s.slackNorm), "0");
-  EXPECT_EQ(s.time, -1);
-  EXPECT_EQ(s.parameters, "--verb=0 --sol=1");
-  EXPECT_EQ(s.version, "2.2.2");
+  const auto s = readSolution(LINE, 7);
+  ASSERT_TRUE(s);
+  EXPECT_EQ(s->line, 7);
+  EXPECT_EQ(testing::toText(s->x), "8 -1:1/2");
+  EXPECT_EQ(toText(s->targetNorm), "2:1/2");
+  EXPECT_EQ(testing::toText(s->targets), "1000 0");
+  EXPECT_EQ(toText(s->slackNorm), "0");
+  EXPECT_EQ(s->time, -1);
+  EXPECT_EQ(s->parameters, "--verb=0 --sol=1");
+  EXPECT_EQ(s->version, "2.2.2");
 }
 
 TEST(SolReader, the_version_may_be_missing) {
-  const auto solutions = readSolutions("[ 1 ] | 0 | [ ] | 0 | 7 | p q");
-  ASSERT_EQ(solutions.size(), 1U);
-  EXPECT_EQ(solutions[0].parameters, "p q");
-  EXPECT_EQ(solutions[0].version, "");
-  EXPECT_EQ(solutions[0].time, 7);
+  const auto s = readSolution("[ 1 ] | 0 | [ ] | 0 | 7 | p q", 1);
+  ASSERT_TRUE(s);
+  EXPECT_EQ(s->parameters, "p q");
+  EXPECT_EQ(s->version, "");
+  EXPECT_EQ(s->time, 7);
 }
 
 TEST(SolReader, a_negative_factor_of_a_benchmark_gives_negative_times) {
   const std::string text = replaced(LINE, "| -1 |", "| -999999999999999999 |");
-  EXPECT_EQ(readSolutions(text)[0].time, -999999999999999999);
+  EXPECT_EQ(readSolution(text, 1)->time, -999999999999999999);
 }
 
-TEST(SolReader, blank_lines_count_as_lines_only) {
-  const auto solutions = readSolutions("\n \r\n" + std::string(LINE) + "\n// nothing\n" + LINE + "\n");
-  ASSERT_EQ(solutions.size(), 2U);
-  EXPECT_EQ(solutions[0].line, 3);
-  EXPECT_EQ(solutions[1].line, 6);
-}
-
-TEST(SolReader, no_lines_no_solutions) {
-  EXPECT_TRUE(readSolutions("").empty());
-  EXPECT_TRUE(readSolutions("\n\n").empty());
+TEST(SolReader, a_blank_line_is_no_solution) {
+  for (const char* text : {"", " \t\r", "// nothing", "/* nothing */ "})
+    EXPECT_FALSE(readSolution(text, 1)) << text;
 }
 
 TEST(SolReader, infinite_figures_are_read) {
-  EXPECT_FALSE(readSolutions(replaced(LINE, "2:1/2", "inf"))[0].targetNorm.isFinite());
+  EXPECT_FALSE(readSolution(replaced(LINE, "2:1/2", "inf"), 1)->targetNorm.isFinite());
 }
 
 struct Damage {
@@ -81,14 +73,27 @@ TEST(SolReader, says_what_is_wrong_and_where) {
        "line 2, column 42: expected '|' behind the time, found the end"},
       {"2.2.2", "2.2.2 | x", "line 2, column 70: a field behind the version"}};
   for (const Damage& d : damages)
-    EXPECT_EQ(refusal([&] { readSolutions("\n" + replaced(LINE, d.old, d.with)); }), d.message);
+    EXPECT_EQ(refusal([&] { readSolution(replaced(LINE, d.old, d.with), 2); }), d.message);
 }
 
-TEST(SolReader, refuses_every_truncation_before_the_parameters) {
+TEST(SolReader, a_line_that_is_cut_off_before_the_parameters_breaks_off) {
   const std::string text = LINE;
   const std::size_t end = text.find(" --verb");
   for (std::size_t length = 1; length < end; ++length)
-    EXPECT_NE(refusal([&] { readSolutions(text.substr(0, length)); }), "") << length;
+    EXPECT_THROW(readSolution(text.substr(0, length), 1), BrokenOff) << length;
+}
+
+TEST(SolReader, what_could_not_be_mended_by_more_text_does_not_break_off) {
+  for (const char* text : {"hello", "[ 8 x", "[ 8 1.5x", "[ 8 ] 2", "[ 8 ] | [", "[ 8 /*", "[ 1e999999 ]"}) {
+    EXPECT_NE(refusal([&] { readSolution(text, 1); }), "") << text;
+    try {
+      readSolution(text, 1);
+    } catch (const BrokenOff&) {
+      ADD_FAILURE() << text;
+    } catch (const Unreadable&) {
+      // As it should be.
+    }
+  }
 }
 
 }  // namespace

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "check/scanner.h"
@@ -33,5 +36,28 @@ inline std::string toText(const Vector& vector) {
   for (const Number& number : vector) text += (text.empty() ? "" : " ") + latbox::check::toText(number);
   return text;
 }
+
+// Each test has a folder of its own.
+class FolderTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = ::testing::TempDir() + "latbox-check-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+  }
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  // Returns the file's path.
+  std::string write(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name)) << text;
+    return path(name);
+  }
+  void append(const std::string& name, const std::string& text) const {
+    std::ofstream(path(name), std::ios::app) << text;
+  }
+
+  std::filesystem::path folder_;
+};
 
 }  // namespace latbox::check::testing

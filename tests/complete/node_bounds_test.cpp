@@ -18,7 +18,7 @@ TEST(NodeBoundsTest, CutNoPoint) {
     ASSERT_TRUE(reach);
     if (!SmallLattice::isShort(*reach)) continue;
     NodeBounds bounds(random.lattice, *reach);
-    ASSERT_TRUE(bounds.exist());
+    ASSERT_EQ(bounds.levels(), reach->size());
     for (const std::vector<double>& lambda : random.points(*reach)) {
       ++points;
       for (std::size_t t = lambda.size(); t-- > 0;)
@@ -115,7 +115,7 @@ TEST(NodeBoundsTest, CutNoPointOfAWideBox) {
     }
     const IntegerVector before = lattice.point;
     const auto reach = random.prepare();
-    if (!reach || !NodeBounds(lattice, *reach).exist()) {
+    if (!reach || NodeBounds(lattice, *reach).levels() == 0) {
       ++without;
       continue;
     }
@@ -145,7 +145,21 @@ TEST(NodeBoundsTest, OfNumbersThatAreTooLongThereAreNone) {
   SmallLattice random(5, 4, 5);
   const auto reach = *random.prepare();
   random.lattice.low[0] = -(Integer(1) << 60);
-  EXPECT_FALSE(NodeBounds(random.lattice, reach).exist());
+  EXPECT_EQ(NodeBounds(random.lattice, reach).levels(), 0u);
+}
+
+TEST(NodeBoundsTest, OfAVeryLargeRankTheLowerLevelsHaveThem) {
+  constexpr std::size_t RANK = 400;
+  BoxLattice lattice;
+  lattice.point.assign(RANK, 0);
+  lattice.low.assign(RANK, 0);
+  lattice.high.assign(RANK, 1);
+  lattice.basis.assign(RANK, IntegerVector(RANK));
+  for (std::size_t i = 0; i < RANK; ++i) lattice.basis[i][i] = 1;
+  NodeBounds bounds(lattice, std::vector<double>(RANK, 1));
+  EXPECT_GT(bounds.levels(), 100u);
+  EXPECT_LT(bounds.levels(), RANK);
+  EXPECT_EQ(bounds.bound(bounds.levels() - 1, 1, std::vector<double>(RANK), -INFINITY), 1);
 }
 
 }  // namespace

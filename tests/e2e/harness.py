@@ -129,9 +129,9 @@ class Case(unittest.TestCase):
         done = self.run_latbox_check(name + ".opt", "/dev/stdin", stdin=text.encode())
         self.assertEqual((done.status, done.err), (0, ""), done.out)
 
-    def run_latbox_check(self, *arguments, stdin=b"", limit=LIMIT):
+    def run_latbox_check(self, *arguments, stdin=b"", limit=LIMIT, prepare=None):
         done = subprocess.run([latbox_check(), *arguments], cwd=self.folder, input=stdin, timeout=limit,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, preexec_fn=prepare)
         return Result(done.returncode, done.stdout.decode(), done.stderr.decode())
 
     def assert_fails(self, result, message, before=""):

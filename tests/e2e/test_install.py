@@ -274,7 +274,7 @@ class CompletionTest(PrefixCase):
         super().setUp()
         need_tools("bash")
         self.script = self.installed("share/bash-completion/completions/latbox")
-        for name in ("prog one.opt", "prog.sol", "notes.txt"):
+        for name in ("prog one.opt", "prog.sol", "prog.all", "notes.txt"):
             self.write(name, "")
         os.mkdir(self.path("more.d"))
 
@@ -315,7 +315,7 @@ class CompletionTest(PrefixCase):
         script = self.installed("share/bash-completion/completions/latbox-check")
         self.assertEqual(self.complete("latbox-check p", script=script), ["prog one.opt"])
         self.assertEqual(self.complete("latbox-check --quiet p", script=script), ["prog one.opt"])
-        self.assertEqual(self.complete("latbox-check a.opt p", script=script), ["prog.sol"])
+        self.assertEqual(self.complete("latbox-check a.opt p", script=script), ["prog.sol", "prog.all"])
         usage = run("latbox-check", "--help", env=environment(self.prefix))
         self.assertEqual(self.complete("latbox-check --", script=script), re.findall(r"^  (--\w+)", usage, re.MULTILINE))
 

@@ -2,6 +2,7 @@
 
 import os
 import random
+import resource
 import subprocess
 
 import checker
@@ -77,6 +78,112 @@ class VerdictTest(Case):
             done = subprocess.run([harness.latbox_check(), "prog.opt"], cwd=self.folder, stdout=full,
                                   stderr=subprocess.PIPE, timeout=harness.LIMIT, check=False)
         self.assertEqual((done.returncode, done.stderr), (2, b"latbox-check: the output cannot be written\n"))
+
+
+class RepeatedTest(Case):
+    """Points are compared, not texts."""
+
+    def test_written_in_another_way(self):
+        result = self.check(GOOD + GOOD.replace("3", "6/2").replace("1 ]", "+01 ]") + GOOD.replace("3", "30e-1"))
+        self.assertEqual(result.status, 1)
+        self.assertEqual(result.out, "solution 1: ok, target norm 0, slack norm 0\n"
+                                     "solution 2: wrong (line 2): the same as solution 1\n"
+                                     "solution 3: wrong (line 3): the same as solution 1\n"
+                                     "prog.sol: 2 of 3 solutions wrong\n")
+
+    def test_random_files(self):
+        """The earliest of equal points is named, by a program that has all points of its box."""
+        draw = random.Random(8)
+        text = opt(au=[[0, 0]], lu=[0], ru=[0], dx=[0, 1], rx=[5, 1])
+        for _ in range(30):
+            points = [(draw.randrange(6), draw.randrange(11)) for _ in range(draw.randrange(80))]
+            sol = "".join("[ %d %d/10 ] | 0 | [ ] | 0 | 0 | p\n" % point for point in points)
+            wanted = [": ok, target norm 0, slack norm 0" if points.index(point) == i else
+                      ": wrong (line %d): the same as solution %d" % (i + 1, points.index(point) + 1)
+                      for i, point in enumerate(points)]
+            lines = self.check(sol, text).out.splitlines()
+            self.assertEqual([line for line in lines if line.startswith("solution")],
+                             ["solution %d%s" % (i + 1, text) for i, text in enumerate(wanted)])
+
+
+class TornTest(Case):
+    """A last line that breaks off, as a kill leaves it in a file to which lines are appended."""
+
+    def test_every_length(self):
+        for length in range(len(GOOD)):
+            result = self.check(GOOD + WRONG[:length])
+            self.assertEqual(result.err, "")
+            if length == 0:
+                verdict, status = "1 solution, all well", 0
+            elif length < WRONG.index(" --verb"):
+                verdict, status = "1 solution, all well; line 2 is torn, and no solution", 0
+            else:
+                verdict, status = "1 of 2 solutions wrong", 1
+            self.assertEqual((result.out.splitlines()[-1], result.status), ("prog.sol: " + verdict, status), length)
+
+    def test_only_the_last_line_may_be_torn(self):
+        result = self.check(GOOD[:9] + "\n" + GOOD)
+        self.assertEqual((result.status, result.out), (2, ""))
+        self.assertEqual(result.err, "latbox-check: prog.sol: line 1, column 10: expected a number, found the end\n")
+
+
+class LargeTest(Case):
+    """Files of the kind that latbox-all writes: neither text nor numbers of the lines are kept."""
+
+    LINES = 100000
+    VARIABLES = 60
+    # The process without a file needs 8 MB, the text of the lines alone 14 MB, their numbers 300 MB.
+    MEMORY = 20 << 20
+
+    def setUp(self):
+        super().setUp()
+        if harness.address_sanitizer():
+            self.skipTest("no limit of the address space under the address sanitizer")
+        self.program = opt(au=[[1] * self.VARIABLES], lu=[0], ru=[self.VARIABLES], rx=[1] * self.VARIABLES)
+
+    def line(self, i):
+        """Line i, from 1, holds i in binary; a 2 in the first place makes it wrong."""
+        first = "2" if i % 3 == 0 else "0"
+        return "[ %s %s ] | 0 | [ ] | 0 | 0 | p\n" % (first, " ".join(format(i, "0%db" % (self.VARIABLES - 1))))
+
+    def limited(self, *arguments, **keys):
+        limits = (self.MEMORY, self.MEMORY)
+        return self.run_latbox_check(*arguments, prepare=lambda: resource.setrlimit(resource.RLIMIT_AS, limits), **keys)
+
+    def text(self):
+        """Every third line is wrong; at the end the second and the last line stand once more."""
+        lines = [self.line(i) for i in range(1, self.LINES + 1)]
+        return "".join(lines + [lines[1], lines[-1]])
+
+    def verdict(self):
+        return "%d of %d solutions wrong\n" % (self.LINES // 3 + 2, self.LINES + 2)
+
+    def test_memory_is_bounded_and_every_line_is_told(self):
+        self.write("prog.opt", self.program)
+        self.write("prog.sol", self.text())
+        result = self.limited("prog.opt")
+        self.assertEqual((result.status, result.err), (1, ""))
+        lines = result.out.splitlines(True)
+        self.assertEqual(lines[-1], "prog.sol: " + self.verdict())
+        for i, line in enumerate(lines[:self.LINES], 1):
+            self.assertEqual(line, "solution %d: wrong (line %d): x1 = 2 is outside 0 .. 1\n" % (i, i) if i % 3 == 0 else
+                             "solution %d: ok, target norm 0, slack norm 0\n" % i)
+        self.assertEqual(lines[self.LINES:-1],
+                         ["solution %d: wrong (line %d): the same as solution %d\n" % (i, i, same)
+                          for i, same in ((self.LINES + 1, 2), (self.LINES + 2, self.LINES))])
+
+    def test_many_repetitions(self):
+        self.write("prog.opt", self.program)
+        self.write("prog.sol", "".join(self.line(1 + i % 1000) for i in range(self.LINES)))
+        result = self.limited("--quiet", "prog.opt")
+        # A third of the first thousand is wrong, and all lines behind them.
+        self.assertEqual((result.status, result.err, result.out),
+                         (1, "", "prog.sol: %d of %d solutions wrong\n" % (self.LINES - 1000 + 333, self.LINES)))
+
+    def test_through_a_pipe(self):
+        self.write("prog.opt", self.program)
+        result = self.limited("--quiet", "prog.opt", "/dev/stdin", stdin=self.text().encode())
+        self.assertEqual((result.status, result.err, result.out), (1, "", "/dev/stdin: " + self.verdict()))
 
 
 class SolverTest(Case):

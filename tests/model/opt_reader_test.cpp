@@ -7,9 +7,9 @@
 namespace latbox {
 namespace {
 
+using testing::MemoryFile;
 using testing::readProgram;
 using testing::shown;
-using testing::TemporaryFile;
 
 const char* const EXAMPLE =
     "// minimise x1 + x2 subject to x1 + 2 x2 = 7, 3 x1 - x2 >= 0\n"
@@ -97,8 +97,8 @@ TEST(OptReader, AnEmptyItemMayNotBeLeftOut) {
 }
 
 TEST(OptReader, ASecondReadStartsFromNothing) {
-  const TemporaryFile first("[][][[1 1 1 1]][4][[1 1 1 1]][1][2][0 0 0 0][0 -inf 0 0][1 1 inf inf]");
-  const TemporaryFile second("[ 3 ][[1]][][][][][][0][0][1]");
+  const MemoryFile first("[][][[1 1 1 1]][4][[1 1 1 1]][1][2][0 0 0 0][0 -inf 0 0][1 1 inf inf]");
+  const MemoryFile second("[ 3 ][[1]][][][][][][0][0][1]");
   Tessik<QQ> p;
   p.optFile = first.path();
   p.solFile = "kept.sol";

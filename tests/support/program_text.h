@@ -2,15 +2,12 @@
 // test library.
 #pragma once
 
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <type_traits>
 
 #include "model/tessik.h"
 #include "numbers/number.h"
+#include "support/memory_file.h"
 
 namespace latbox::testing {
 
@@ -21,27 +18,6 @@ inline constexpr const char* SMALL = "[ ] [ ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 
 inline constexpr const char* SMALL_TARGET =
     "[ -inf ] [ [ 1 -1 ] ] [ ] [ ] [ [ 1 1 ] ] [ 1 ] [ 3 ] [ 0 0 ] [ 0 0 ] [ 4 4 ]";
 
-// A file that goes away with the object.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& text, const std::string& name = "program.opt")
-      : path_(std::filesystem::temp_directory_path() /
-              (std::to_string(getpid()) + "_" + std::to_string(count()++) + "_" + name)) {
-    std::ofstream(path_, std::ios::binary) << text;
-  }
-  ~TemporaryFile() { unlink(path_.c_str()); }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  static int& count() {
-    static int number = 0;
-    return number;
-  }
-  std::string path_;
-};
-
 inline Tessik<QQ> readProgramFile(const std::string& path) {
   Tessik<QQ> program;
   program.optFile = path;
@@ -50,7 +26,7 @@ inline Tessik<QQ> readProgramFile(const std::string& path) {
 }
 
 inline Tessik<QQ> readProgram(const std::string& text) {
-  return readProgramFile(TemporaryFile(text).path());
+  return readProgramFile(MemoryFile(text).path());
 }
 
 template <class T>
