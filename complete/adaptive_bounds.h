@@ -50,6 +50,12 @@ class AdaptiveBounds {
   }
   std::size_t endTrial(std::size_t t);
 
+  // The level whose candidate a trial walks, if one does. What is below holds no point: it need not be kept,
+  // and nobody else should search it, for its tree may have no end.
+  std::optional<std::size_t> trialLevel() const {
+    return trial_.isRunning ? std::optional(trial_.level) : std::nullopt;
+  }
+
   // To be called now and then, after so many candidates more: levels that are off get their chance.
   void review(unsigned long candidates);
 
