@@ -289,6 +289,34 @@ class ExamplesTest(Case):
             self.assert_verdict(self.run_plain("--count=1", "--quiet=1", path), "all %d" % count, 10)
 
 
+class KnapsackTest(Case):
+    """Knapsacks that the bounds of the linear relaxation make easy; without them none of these ends in time."""
+
+    def program(self, name):
+        with open(os.path.join(os.path.dirname(harness.Settings.examples), "bench", "instances", name + ".opt"),
+                  encoding="utf-8") as file:
+            return file.read()
+
+    def test_equality_knapsacks(self):
+        """The right side is the Frobenius number plus 1; the number itself has no representation."""
+        for name, side, points in (("cuww1", 89643482, 1), ("cuww3", 58925135, 2), ("prob1", 33367336, None)):
+            for form in ("", "_box"):
+                with self.subTest(name + form):
+                    text = self.program("knap_%s_Fp1%s" % (name, form))
+                    self.assert_verdict(self.run_all(text, "--first=1", "--quiet=1"), "found 1", 11)
+                    if points is not None:
+                        self.assert_verdict(self.run_all(text, "--quiet=1"), "all %d" % points, 10)
+                        self.assertEqual(len(self.listed()), points)
+                    self.assertEqual(text.count(str(side)), 1)
+                    none = text.replace(str(side), str(side - 1))
+                    self.assert_verdict(self.run_all(none, "--quiet=1"), "none", 20)
+
+    def test_zero_one_knapsacks(self):
+        for name, best in (("mkp_n20_s1", -827), ("mkp_n30_s1", -1165)):
+            self.assert_verdict(self.run_all(self.program(name), "--quiet=1"), "optimum %d" % best, 10)
+            self.assertEqual(len(self.listed()), 1)
+
+
 class RandomTest(Case):
     in_memory = True
 
