@@ -183,6 +183,14 @@ class Sizing : public Visitor {
 
 }  // namespace
 
+std::chrono::steady_clock::time_point SearchControl::nextKeep() const {
+  constexpr double LONGEST = 1e9;
+  using Clock = std::chrono::steady_clock;
+  if (!keep || keepEvery <= 0) return Clock::time_point::max();
+  const std::chrono::duration<double> between(std::min(keepEvery, LONGEST));
+  return lastKeep + std::chrono::duration_cast<Clock::duration>(between);
+}
+
 bool isSmall(BoxLattice& lattice, unsigned long candidates) {
   const auto tables = cutTablesOf<double>(lattice, DOUBLE_BITS);
   if (!tables) return false;

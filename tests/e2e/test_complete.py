@@ -200,7 +200,6 @@ class OptionsTest(Case):
                 (["--rtime=abc"], "--rtime=abc: " + seconds),
                 (["--rtime=1e3"], "--rtime=1e3: " + seconds),
                 (["--rtime=-1"], "--rtime=-1: " + seconds),
-                (["--resume=1"], "--resume=1: not available in this version"),
                 (["--first=1", "--ties=1"], "--first and --ties exclude each other"),
                 (["--first=1", "--limit=2"], "--first and --limit exclude each other"),
                 (["--first=1", "--count=1"], "--first and --count exclude each other"),
