@@ -10,9 +10,9 @@
 // allowance, by which they are tried at the beginning and rarely later on. All is counted, in
 // multiplications, and nothing is timed: a search repeats itself.
 //
-// Measured: equality knapsacks have bounds at all levels, 0/1 knapsacks at each second to fourth, and trees of
-// hundreds to thousands of nodes in place of hopeless ones. In market splits a bound saves a hundredth to a
-// tenth of what it costs, at every level.
+// Measured: equality knapsacks have bounds at all levels, 0/1 knapsacks at each second to fourth, and trees
+// of hundreds to thousands of nodes in place of hopeless ones. In market splits a bound saves a hundredth to
+// a tenth of what it costs, at every level.
 #pragma once
 
 #include <limits>
@@ -57,10 +57,7 @@ class AdaptiveBounds {
     return trial_.isRunning && (t >= trial_.level || trial_.work > trial_.limit);
   }
   std::size_t endTrial(std::size_t t);
-  // That is to be asked at this level and those above, and after so many candidates.
-  std::size_t trialLevel() const {
-    return trial_.isRunning ? trial_.level : std::numeric_limits<std::size_t>::max();
-  }
+  // That is to be asked at the trial's level and those above, and after so many candidates.
   unsigned long trialCandidates() const;
   // The search goes elsewhere.
   void cancelTrial() { trial_.isRunning = false; }

@@ -169,8 +169,7 @@ class Reducer {
     reduceBlocks(rows, blockSize);
     for (IntegerVector& row : rows)
       for (std::size_t j = 0; j < row.size(); ++j) divideBack(row[j], multipliers[j]);
-    rows.push_back(lattice_.point);
-    if (!takeGenerators(lattice_, rows)) throw ReductionFailure("the reduced basis is another lattice's");
+    if (!takeBasis(lattice_, rows)) throw ReductionFailure("the reduced basis is another lattice's");
   }
 
  private:
@@ -202,23 +201,11 @@ IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
   return z;
 }
 
-IntegerMatrix generatorsOf(const BoxLattice& lattice) {
-  IntegerMatrix generators = lattice.basis;
-  generators.push_back(lattice.point);
-  return generators;
-}
-
-// Of the whole solutions of the equations any one will do as the point.
-bool takeGenerators(BoxLattice& lattice, const IntegerMatrix& generators) {
-  if (generators.empty()) return false;
-  for (const IntegerVector& row : generators)
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
     if (row.size() != lattice.coordinates()) return false;
-  for (std::size_t i = 0; i < lattice.equations.size(); ++i)
-    if (innerProduct(lattice.equations[i], generators.back()) != lattice.sides[i]) return false;
-  const IntegerMatrix rows(generators.begin(), generators.end() - 1);
   if (!isSameKernel(lattice.equations, lattice.basis, rows)) return false;
   lattice.basis = rows;
-  lattice.point = generators.back();
   return true;
 }
 

@@ -35,11 +35,8 @@ struct BoxLattice {
 // others it is scrambled before. Throws ReductionFailure.
 void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed);
 
-// What makes the lattice: its basis, and behind that its point.
-IntegerMatrix generatorsOf(const BoxLattice& lattice);
-// Takes generators of the same lattice for the present ones. False, and the lattice stays as it is: they are
-// none.
-bool takeGenerators(BoxLattice& lattice, const IntegerMatrix& generators);
+// False, and the lattice stays as it is: the rows are no basis of it.
+bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows);
 
 // The lattice of a program, its basis reduced in small blocks. Nothing: the program has no point, by proof.
 // Requires finite ranges of all variables. Throws ReductionFailure.

@@ -46,11 +46,10 @@ struct FileState {
 
 struct OpenSearch {
   std::string key;
-  // Of the lattice that the pieces belong to, and its generators, which may have taken long to make.
+  // Of the lattice that the pieces belong to, and its basis, which may have taken long to make.
   std::string lattice;
-  IntegerMatrix generators;
+  IntegerMatrix basis;
   FileState begin;
-  std::optional<IntegerVector> point;
   Frontier frontier;
 };
 

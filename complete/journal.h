@@ -25,8 +25,8 @@ class Journal {
   // Goes on from `past`, whose identity is this run's. Both outlive the journal.
   Journal(SearchControl& control, Keeping keeping, Checkpoint past = {});
 
-  // Makes the lattice of a search, with these generators if they are of it; there may be none.
-  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& generators)>;
+  // Makes the lattice of a search, with this basis if it is one of it; an empty one is none.
+  using Prepare = std::function<std::optional<BoxLattice>(const IntegerMatrix& basis)>;
 
   // Searches the lattice that `prepare` makes, if any: `key` says what it is, whatever names it. Nothing:
   // there is no lattice. Else as search().
@@ -34,14 +34,15 @@ class Journal {
                                     SearchSettings settings = {});
 
   SearchControl& control() { return control_; }
-  // With what is known of the present search.
+  // With what is known of the present search, or what was of a past one that this run has not come to.
   void save() const;
 
  private:
   const SearchRecord* recorded(const std::string& key);
   std::optional<bool> searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
                                  SearchSettings settings);
-  std::vector<Piece> takeOpen(OpenSearch& open, Visitor& visitor);
+  std::vector<Piece> takeOpen(OpenSearch& open);
+  void leavePast();
   void record(const std::string& key, SearchEnd end, const Visitor& visitor);
   void beLive();
 

@@ -16,9 +16,8 @@ struct Prepared {
   double nodes = 0;
 };
 
-// Nothing: the program has no point, by proof. Generators that were made before are taken as they are, and
-// the search is not estimated. Requires finite ranges of all variables. Throws ReductionFailure.
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program,
-                                          const IntegerMatrix& generators = {});
+// Nothing: the program has no point, by proof. A basis that was made before and is one of the lattice is
+// taken as it is, its search not estimated. Requires finite ranges of all variables. Throws ReductionFailure.
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis = {});
 
 }  // namespace latbox::complete

@@ -37,8 +37,7 @@ class Listing : public Visitor {
 
   Integer limit() const override { return 0; }
   // The number of points is reached.
-  bool isInterrupted() const override { return limit_ != 0 && count() >= limit_; }
-  unsigned long count() const { return finds_.count(); }
+  bool isInterrupted() const override { return limit_ != 0 && finds_.count() >= limit_; }
 
  protected:
   virtual bool isWanted(const Point&, const Norms&) const { return true; }
@@ -202,8 +201,8 @@ class Solver {
  private:
   // Of the search: nothing if there is nothing to search.
   std::optional<bool> searchThrough(const IntegerProgram& program, Visitor& visitor) {
-    const auto prepare = [&](const IntegerMatrix& generators) -> std::optional<BoxLattice> {
-      auto prepared = preparedLatticeOf(program, generators);
+    const auto prepare = [&](const IntegerMatrix& basis) -> std::optional<BoxLattice> {
+      auto prepared = preparedLatticeOf(program, basis);
       if (!prepared) return std::nullopt;
       return std::move(prepared->lattice);
     };
@@ -225,9 +224,9 @@ class Solver {
 
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
-    if (listing.isInterrupted()) return Outcome::STOPPED;
-    if (!searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
-    return listing.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+    // A run that goes on may have them all.
+    if (listing.isInterrupted() || !searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
+    return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
   Outcome findBest() {
