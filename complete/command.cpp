@@ -152,7 +152,7 @@ class Run {
     return std::max(1u, std::thread::hardware_concurrency());
   }
 
-  Task task() const { return {options_.all, options_.ties, options_.first, options_.limit}; }
+  Task task() const { return {options_.all, options_.ties, options_.first, options_.limit, options_.seed}; }
 
   void takeUp(const Checkpoint& past) {
     control_.nodes = past.nodes;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "complete/closing.h"
+#include "complete/first_point.h"
 #include "complete/least_norm.h"
 #include "complete/preparation.h"
 #include "complete/presolve.h"
@@ -225,8 +226,24 @@ class Solver {
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
     // A run that goes on may have them all.
-    if (listing.isInterrupted() || !searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
+    if (listing.isInterrupted()) return Outcome::STOPPED;
+    const bool complete = task_.first ? findFirst(listing) : searchThrough(whole_, listing).value_or(true);
+    if (!complete) return Outcome::STOPPED;
     return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+  // A small tree is searched through, and of a large one the likely parts of several bases before that. True:
+  // there is no point.
+  bool findFirst(Listing& listing) {
+    const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(whole_); };
+    SearchSettings trial;
+    trial.isTrial = true;
+    if (journal_.searchThrough(keyOf(whole_), prepare, listing, trial).value_or(true)) return true;
+    const auto isOver = [&] { return control_.stop || listing.isInterrupted(); };
+    if (isOver()) return false;
+    if (const auto lattice = boxLatticeOf(whole_))
+      findByPasses(keyOf(whole_), *lattice, task_.seed, journal_, listing);
+    return !isOver() && searchThrough(whole_, listing).value_or(true);
   }
 
   Outcome findBest() {

@@ -30,6 +30,8 @@ struct Task {
   bool first = false;
   // End with so many listed points; 0: no limit.
   unsigned long limit = 0;
+  // Where the random bases of a first point begin.
+  unsigned long seed = 0;
 };
 
 enum class Outcome { COMPLETE, NONE, STOPPED };
