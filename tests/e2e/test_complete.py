@@ -250,7 +250,9 @@ class StopTest(Case):
 
     def test_progress(self):
         process = self.start_endless("--count=1")
-        line = r"^\d+ s: .* nodes, .* points\n$"
+        line = r"^\d+ s: .* nodes, .* points"
+        self.assertRegex(process.stderr.readline(), r"^estimate: \S+ nodes, \S+ years, \S+ points\n$")
+        self.assertRegex(process.stderr.readline(), r"^this search will not end in 5 years; ")
         self.assertRegex(process.stderr.readline(), line)
         process.send_signal(signal.SIGUSR1)
         self.assertRegex(process.stderr.readline(), line)
