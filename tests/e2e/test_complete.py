@@ -135,7 +135,7 @@ class VerdictTest(Case):
         self.assertTrue(os.path.isdir(self.path("folder.all")))
 
     def test_a_run_that_ends_with_a_usage_error_leaves_the_files(self):
-        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
+        open_program = "[ inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
         self.write("p.all", "kept")
         result = self.run_all(open_program)
         self.assertEqual((result.status, result.out), (2, ""), result.err)
