@@ -1,17 +1,18 @@
 // The bounds of linear programs, at the levels where they pay.
 //
-// A bound costs as much as some ten to some thousand candidates by the plain cuts. It saves the trees below
-// the candidates that it excludes and the plain cuts have kept; so these are asked first, and only then is
-// the bound. What such a tree costs is not known, and the average tree of the level is no guide: in market
-// splits the bounds exclude four candidates of five at the upper levels, and together only a thirtieth of the
-// nodes. So now and then an excluded candidate is walked all the same, as a trial: until its tree ends, or
-// has cost several times what makes the bounds of its level pay, and is left. A level has bounds while the
-// trees that they save cost more than they do. For the other levels there is an allowance, by which they are
-// tried at the beginning and rarely later on. All is counted, in multiplications, and nothing is timed: a
-// search repeats itself.
+// A bound costs as much as some ten to some thousand candidates by the plain cuts. It saves the trees
+// below the candidates that it excludes and the plain cuts have kept; so these are asked first, and only
+// then is the bound. What such a tree costs is not known, and the average tree of the level is no guide:
+// in market splits the bounds exclude a candidate in four nodes of five at the upper levels, and together
+// only a thirtieth of the nodes. So now and then an excluded candidate is walked all the same, as a trial:
+// until its tree ends, or has cost several times what makes the bounds of its level pay, and is left. A
+// level has bounds while the trees that they save cost more than they do. For the other levels there is an
+// allowance, by which they are tried at the beginning and rarely later on. All is counted, in
+// multiplications, and nothing is timed: a search repeats itself.
 //
-// Measured: knapsacks, equations or 0/1, have bounds at nearly all levels, and trees of hundreds to thousands
-// of nodes in place of hopeless ones; market splits have them nowhere but at the first few levels.
+// Measured: equality knapsacks have bounds at all levels, 0/1 knapsacks at each second to fourth, and trees
+// of hundreds to thousands of nodes in place of hopeless ones. In market splits a bound saves a hundredth to
+// a tenth of what it costs, at every level.
 #pragma once
 
 #include <limits>
@@ -56,13 +57,16 @@ class AdaptiveBounds {
     return trial_.isRunning && (t >= trial_.level || trial_.work > trial_.limit);
   }
   std::size_t endTrial(std::size_t t);
-  // That is to be asked at this level and those above, and after so many candidates.
-  std::size_t trialLevel() const {
-    return trial_.isRunning ? trial_.level : std::numeric_limits<std::size_t>::max();
-  }
+  // That is to be asked at the trial's level and those above, and after so many candidates.
   unsigned long trialCandidates() const;
   // The search goes elsewhere.
   void cancelTrial() { trial_.isRunning = false; }
+
+  // The level whose candidate a trial walks, if one does. What is below holds no point: it need not be kept,
+  // and nobody else should search it, for its tree may have no end.
+  std::optional<std::size_t> trialLevel() const {
+    return trial_.isRunning ? std::optional(trial_.level) : std::nullopt;
+  }
 
   // To be called now and then, after so many candidates more: levels that are off get their chance.
   void review(unsigned long candidates);

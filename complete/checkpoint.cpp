@@ -26,8 +26,7 @@ void write(std::ostream& out, const std::optional<IntegerVector>& point) {
 
 void write(std::ostream& out, const OpenSearch& open) {
   out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes
-      << ' ' << open.frontier.share;
-  write(out, open.point);
+      << ' ' << open.frontier.share << '\n';
   for (const IntegerVector& row : open.basis) {
     out << "row";
     for (const Integer& value : row) out << ' ' << value;
@@ -57,16 +56,18 @@ class Words {
   std::optional<IntegerVector> point() {
     const auto word = next<std::string>();
     if (word == "-") return std::nullopt;
-    IntegerVector values;
-    for (unsigned long size = std::stoul(word); size > 0; --size) values.push_back(next<Integer>());
+    const IntegerVector values = all();
+    if (std::to_string(values.size()) != word) throw BadCheckpoint("a point of another number of variables");
     return values;
   }
 
   IntegerVector all() {
     IntegerVector values;
-    for (Integer value; in_ >> value;) values.push_back(value);
+    while (!isAtEnd()) values.push_back(next<Integer>());
     return values;
   }
+
+  bool isAtEnd() { return (in_ >> std::ws).eof(); }
 
   std::string rest() {
     std::string text;
@@ -91,14 +92,17 @@ const char* wordOf(SearchEnd end) {
 }
 
 Piece pieceOf(Words& words) {
-  Piece piece(words.next<std::size_t>());
-  for (Choice& choice : piece) {
+  const auto size = words.next<std::size_t>();
+  Piece piece;
+  while (!words.isAtEnd()) {
+    Choice& choice = piece.emplace_back();
     choice.chosen = words.next<Integer>();
     choice.up = words.next<Integer>();
     choice.down = words.next<Integer>();
     choice.closedUp = words.next<bool>();
     choice.closedDown = words.next<bool>();
   }
+  if (piece.size() != size) throw BadCheckpoint("a piece of another number of levels");
   return piece;
 }
 
@@ -109,7 +113,6 @@ OpenSearch openOf(Words& words) {
   open.begin.count = words.next<unsigned long>();
   open.begin.bytes = words.next<unsigned long>();
   open.frontier.share = words.next<double>();
-  open.point = words.point();
   return open;
 }
 
@@ -142,6 +145,7 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
   } else {
     throw BadCheckpoint("a line that begins with '" + name + "'");
   }
+  if (!words.isAtEnd()) throw BadCheckpoint("more than belongs to '" + name + "'");
 }
 
 }  // namespace

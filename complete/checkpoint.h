@@ -50,7 +50,6 @@ struct OpenSearch {
   std::string lattice;
   IntegerMatrix basis;
   FileState begin;
-  std::optional<IntegerVector> point;
   Frontier frontier;
 };
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -88,17 +89,14 @@ int printVerdict(const std::string& text, int status) {
   return status;
 }
 
-// Of what another run has left: what this one can go on from.
-std::optional<Checkpoint> pastOf(const Options& options, const std::string& identity) {
-  if (!options.resume) return std::nullopt;
-  std::optional<Checkpoint> past = readCheckpoint(checkpointPath(options));
-  if (!past || past->identity != identity) return std::nullopt;
+// Whether the points file is as long as the checkpoint wants it. A run that was killed may have written more,
+// or, where it keeps a `single` point, another one in its place.
+bool isLongEnough(const std::string& path, const Checkpoint& past, bool single) {
   std::error_code error;
-  const bool single = past->file.count <= 1;
-  if (!options.count &&
-      (std::filesystem::file_size(basePath(options), error) < (single ? 0 : past->file.bytes) || error))
-    return std::nullopt;
-  return past;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (error) return false;
+  if (!past.verdict.empty()) return size == past.file.bytes;
+  return single && past.file.count == 1 ? size > 0 : size >= past.file.bytes;
 }
 
 class Run {
@@ -132,9 +130,18 @@ class Run {
       : options_(options),
         program_(readProgram(text, options.file)),
         identity_(identityOf(options, text)),
-        results_(program_, options.count ? "" : basePath(options), options.text) {
+        results_(program_, options.count ? "" : basePath(options), options.text,
+                 [this] { keepOther(checkpointPath(options_)); }) {
     guardPaths(options);
-    past_ = pastOf(options, identity_);
+    if (options.resume) past_ = pastRun();
+  }
+
+  // Of what another run has left: what this one can go on from.
+  std::optional<Checkpoint> pastRun() const {
+    std::optional<Checkpoint> past = readCheckpoint(checkpointPath(options_));
+    if (!past || past->identity != identity_) return std::nullopt;
+    if (!options_.count && !isLongEnough(basePath(options_), *past, !listsAll())) return std::nullopt;
+    return past;
   }
 
   bool listsAll() const { return options_.all || program_.targets.empty(); }
@@ -175,23 +182,23 @@ class Run {
       checkpoint.verdict = verdict_->text;
       checkpoint.status = verdict_->status;
     }
-    const std::string path = checkpointPath(options_);
-    if (!saved_ && !past_) keepOther(path);
-    saved_ = true;
-    writeCheckpoint(path, checkpoint, surely);
+    writeCheckpoint(checkpointPath(options_), checkpoint, surely);
   }
 
-  // The file of another run goes with the points that it belongs to.
+  // The checkpoint of another run goes before the points that it belongs to: it must not be found beside
+  // those of this one.
   static void keepOther(const std::string& path) {
     std::error_code error;
     if (std::filesystem::exists(path)) std::filesystem::rename(path, path + PointsFile::KEPT, error);
+    if (error)
+      throw WriteFailure(path + ": cannot be kept as " + path + PointsFile::KEPT + ": " + error.message());
   }
 
   Verdict verdictOf(Outcome outcome) const {
     const unsigned long count = results_.count();
     if (outcome == Outcome::STOPPED) {
       if (count == 0) return {"unknown", UNKNOWN, false};
-      return {"found " + std::to_string(count), FOUND, false};
+      return {"found " + std::to_string(count), FOUND, options_.first};
     }
     if (outcome == Outcome::NONE) return {"none", NONE, true};
     if (options_.first) return {"found " + std::to_string(count), FOUND, true};
@@ -238,7 +245,6 @@ class Run {
   Results results_;
   // Of a run that has ended.
   const Verdict* verdict_ = nullptr;
-  bool saved_ = false;
 };
 
 int run(const std::vector<std::string>& arguments) {

@@ -39,6 +39,10 @@ std::string keyOf(const IntegerProgram& program) {
   return digestOf(out.str());
 }
 
+Journal::Journal(SearchControl& control)
+    : Journal(control,
+              {[](const Checkpoint&) {}, [] { return FileState(); }, [](const FileState&) {}, [] {}}) {}
+
 Journal::Journal(SearchControl& control, Keeping keeping, Checkpoint past)
     : control_(control),
       keeping_(std::move(keeping)),
@@ -52,29 +56,36 @@ std::optional<bool> Journal::searchThrough(const std::string& key, const Prepare
     if (record->end == SearchEnd::EMPTY) return std::nullopt;
     return record->end == SearchEnd::COMPLETE;
   }
+  if (past_ && past_->key != key) leavePast();
   beLive();
-  auto lattice = prepare(past_ && past_->key == key ? past_->basis : IntegerMatrix());
+  if (saved_ && control_.isKeepDue()) save();
+  auto lattice = prepare(past_ ? past_->basis : IntegerMatrix());
   if (!lattice) {
-    past_.reset();
+    if (past_) leavePast();
     record(key, SearchEnd::EMPTY, visitor);
     return std::nullopt;
   }
-  OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), visitor.held(), {}};
-  settings.pieces = takeOpen(open, visitor);
+  OpenSearch open{key, keyOf(*lattice), lattice->basis, keeping_.fileState(), {}};
+  settings.pieces = takeOpen(open);
   return searchLive(std::move(open), *lattice, visitor, std::move(settings));
 }
 
-// The next record, if it is of this search. A run that goes another way than the one before, say after a
-// change of a library, has nothing more to take.
+// The next record, if it is of this search.
 const SearchRecord* Journal::recorded(const std::string& key) {
   if (live_ || taken_ == searches_.size()) return nullptr;
   if (searches_[taken_].key != key) {
-    searches_.resize(taken_);
-    past_.reset();
-    keeping_.rewind({});
+    leavePast();
     return nullptr;
   }
   return &searches_[taken_++];
+}
+
+// A run that goes another way than the one before, say after a change of a library, has nothing more to take,
+// and what that one had found goes.
+void Journal::leavePast() {
+  searches_.resize(taken_);
+  past_.reset();
+  keeping_.rewind({});
 }
 
 void Journal::beLive() {
@@ -85,38 +96,34 @@ void Journal::beLive() {
 
 // What was left of this search. Of another lattice the pieces say nothing: it is searched from its beginning,
 // and what it had found goes.
-std::vector<Piece> Journal::takeOpen(OpenSearch& open, Visitor& visitor) {
+std::vector<Piece> Journal::takeOpen(OpenSearch& open) {
   if (!past_) return {};
   OpenSearch past = std::move(*past_);
   past_.reset();
-  if (past.key != open.key) {
-    keeping_.rewind({});
-    open.begin = keeping_.fileState();
-    return {};
-  }
   open.begin = past.begin;
-  if (past.point) visitor.visit(*past.point);
   if (past.lattice == open.lattice) return std::move(past.frontier.pieces);
   keeping_.rewind(past.begin);
   return {};
 }
 
+// A visitor that has found what it holds is done with this search. A trial is no long one, and must not
+// depend on how often a run was stopped: it is begun anew.
 std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
                                         SearchSettings settings) {
   open.frontier.pieces = settings.pieces;
   open_ = std::move(open);
   control_.keep = [&](const Frontier& left) {
     open_->frontier = left;
-    open_->point = visitor.held();
     save();
   };
   if (!saved_) save();
   saved_ = true;
+  const std::optional<IntegerVector> before = visitor.held();
   const bool complete = search(lattice, visitor, control_, settings);
-  control_.keep = nullptr;
-  if (!complete && (control_.stop || visitor.isInterrupted())) {
+  const bool isDone = complete || visitor.held() != before;
+  if (!isDone && (control_.stop || visitor.isInterrupted())) {
     open_->frontier = control_.left;
-    open_->point = visitor.held();
+    if (settings.isTrial) open_.reset();
     return false;
   }
   const std::string key = open_->key;
@@ -132,9 +139,10 @@ void Journal::record(const std::string& key, SearchEnd end, const Visitor& visit
 
 void Journal::save() const {
   Checkpoint checkpoint;
-  checkpoint.searches.assign(searches_.begin(), searches_.begin() + static_cast<std::ptrdiff_t>(taken_));
-  checkpoint.open = open_;
+  checkpoint.searches = searches_;
+  checkpoint.open = open_ ? open_ : past_;
   keeping_.save(std::move(checkpoint));
+  control_.lastKeep = std::chrono::steady_clock::now();
 }
 
 }  // namespace latbox::complete

@@ -20,6 +20,8 @@ class Journal {
     std::function<void()> goLive;
   };
 
+  // Nothing is kept.
+  explicit Journal(SearchControl& control);
   // Goes on from `past`, whose identity is this run's. Both outlive the journal.
   Journal(SearchControl& control, Keeping keeping, Checkpoint past = {});
 
@@ -32,14 +34,15 @@ class Journal {
                                     SearchSettings settings = {});
 
   SearchControl& control() { return control_; }
-  // With what is known of the present search.
+  // With what is known of the present search, or what was of a past one that this run has not come to.
   void save() const;
 
  private:
   const SearchRecord* recorded(const std::string& key);
   std::optional<bool> searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
                                  SearchSettings settings);
-  std::vector<Piece> takeOpen(OpenSearch& open, Visitor& visitor);
+  std::vector<Piece> takeOpen(OpenSearch& open);
+  void leavePast();
   void record(const std::string& key, SearchEnd end, const Visitor& visitor);
   void beLive();
 

@@ -22,7 +22,8 @@ struct Choice {
 };
 
 // From the last level down. The lowest one has not chosen yet: its candidates, and the open ones of the
-// levels above, are what is left. Empty: the whole tree.
+// levels above, are what is left. Empty: the whole tree. A lattice of rank 0 has one leaf and no levels: a
+// piece of it that is not empty has nothing left.
 using Piece = std::vector<Choice>;
 
 // What is left of a search.

@@ -51,7 +51,7 @@ std::string lineOf(const Program& program, const Point& x, const Norms& norms, l
 
 PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
   std::error_code error;
-  if (std::filesystem::exists(path_, error)) {
+  if (std::filesystem::exists(path_, error) && !std::filesystem::is_empty(path_, error)) {
     std::filesystem::rename(path_, path_ + KEPT, error);
     if (error) throw WriteFailure(path_ + ": cannot be kept as " + path_ + KEPT + ": " + error.message());
   }
@@ -81,11 +81,10 @@ void PointsFile::append(const std::string& line) {
   bytes_ += line.size();
 }
 
-void PointsFile::flush(bool surely) {
+void PointsFile::flush() {
   errno = 0;
   file_.flush();
   require(file_.good());
-  if (surely) synchronise(path_);
 }
 
 void PointsFile::replace(const std::string& line) {

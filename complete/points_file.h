@@ -20,7 +20,9 @@ class PointsFile {
   static constexpr const char* KEPT = ".old";
   static constexpr const char* NEXT = ".tmp";
 
-  // Begins an empty file; one that is there is kept as PATH.old. Throws WriteFailure.
+  // Begins an empty file; one that is there is kept as PATH.old, unless it is empty too, so that a run which
+  // is killed at its beginning and begun again does not put nothing in the place of what was kept. Throws
+  // WriteFailure.
   explicit PointsFile(std::string path);
   // Goes on with the first `bytes` bytes of the file that is there; what stands behind them goes. Throws
   // WriteFailure, also if it is shorter.
@@ -29,8 +31,8 @@ class PointsFile {
   void append(const std::string& line);
   // The line becomes the only one, by a rename: a reader finds the old content or the new.
   void replace(const std::string& line);
-  // What was appended stands in the file; with `surely`, on the disk.
-  void flush(bool surely = false);
+  // What was appended stands in the file.
+  void flush();
   unsigned long bytes() const { return bytes_; }
 
  private:

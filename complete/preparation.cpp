@@ -12,6 +12,8 @@ constexpr unsigned SAMPLE = 1000;
 // A part of the search that may be spent on making it smaller.
 constexpr double EFFORT = 0.1;
 constexpr unsigned long MOST_BASES = 30;
+// Years of search: whoever begins it wants points, and soon.
+constexpr double HOPELESS = 1e15;
 // Candidates that are looked at before another basis is thought of.
 constexpr unsigned long SMALL = 20'000;
 
@@ -27,18 +29,13 @@ int blockFor(double nodes) {
   return nodes < 3e8 ? 30 : 40;
 }
 
-}  // namespace
-
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
-  auto lattice = boxLatticeOf(program);
-  if (!lattice) return std::nullopt;
-  Prepared best{std::move(*lattice), 0};
-  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
+// Takes other bases while that makes the search cheaper by more than it costs.
+void chooseBasis(Prepared& best) {
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
-  if (cost > EFFORT * best.nodes) return best;
+  if (cost > EFFORT * best.nodes || best.nodes > HOPELESS) return;
   // The sample knows the plain cuts alone. Where those of linear programs pay, little is left.
-  if (isSmall(best.lattice, SMALL)) return best;
+  if (isSmall(best.lattice, SMALL)) return;
   double spent = 0;
   for (unsigned long seed = 1; seed <= MOST_BASES && std::isfinite(best.nodes); ++seed) {
     spent += cost;
@@ -48,6 +45,19 @@ std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const I
     const double nodes = estimatedNodes(other, SAMPLE);
     if (nodes < best.nodes) best = {std::move(other), nodes};
   }
+}
+
+}  // namespace
+
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
+  auto lattice = boxLatticeOf(program);
+  if (!lattice) return std::nullopt;
+  const IntegerVector point = lattice->point;
+  Prepared best{std::move(*lattice), 0};
+  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
+  chooseBasis(best);
+  // Estimates have moved it. Who comes with this basis later begins with the same lattice.
+  best.lattice.point = point;
   return best;
 }
 

@@ -6,12 +6,18 @@
 
 namespace latbox::complete {
 
-Results::Results(const Program& program, std::string path, std::string parameters)
-    : program_(program), path_(std::move(path)), parameters_(std::move(parameters)) {}
+Results::Results(const Program& program, std::string path, std::string parameters,
+                 std::function<void()> clear)
+    : program_(program),
+      path_(std::move(path)),
+      parameters_(std::move(parameters)),
+      clear_(std::move(clear)) {}
 
 void Results::open() {
+  if (begun_) return;
   begun_ = true;
-  if (!path_.empty() && !file_) file_.emplace(path_);
+  if (clear_) clear_();
+  if (!path_.empty()) file_.emplace(path_);
 }
 
 void Results::begin() {
@@ -57,8 +63,10 @@ void Results::replace(const Point& x, const Norms& norms) {
 // later, of any length: it stays until the one that is known is written over it.
 void Results::resume(const FileState& state, double seconds, bool single) {
   const std::lock_guard lock(mutex_);
+  begun_ = true;
   single_ = single && state.count <= 1;
-  if (!path_.empty()) file_.emplace(path_, single_ ? std::filesystem::file_size(path_) : state.bytes);
+  const bool stays = single_ && state.count == 1;
+  if (!path_.empty()) file_.emplace(path_, stays ? std::filesystem::file_size(path_) : state.bytes);
   count_ = state.count;
   before_ = seconds;
   known_ = true;
@@ -68,25 +76,37 @@ void Results::goLive() {
   const std::lock_guard lock(mutex_);
   if (!known_) return;
   known_ = false;
-  if (!single_ || !file_) return;
-  if (count_ == 1)
-    file_->replace(replaced_);
-  else
+  if (single_) takeReplaced();
+}
+
+// The best point that is known already, alone.
+void Results::takeReplaced() {
+  count_ = replaced_.empty() ? 0 : 1;
+  if (!file_) return;
+  if (replaced_.empty())
     file_.emplace(path_, 0);
+  else
+    file_->replace(replaced_);
 }
 
 void Results::rewind(const FileState& state) {
   const std::lock_guard lock(mutex_);
+  if (state.count <= 1) return takeReplaced();
   count_ = state.count;
-  if (!file_) return;
-  file_.reset();
-  file_.emplace(path_, state.bytes);
+  if (file_) file_.emplace(path_, state.bytes);
 }
 
+// A disk may take its time, in which others may ask how far this is.
 FileState Results::state(bool surely) {
-  const std::lock_guard lock(mutex_);
-  if (file_) file_->flush(surely);
-  return {count_, file_ ? file_->bytes() : 0};
+  FileState state;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!file_) return {count_, 0};
+    file_->flush();
+    state = {count_, file_->bytes()};
+  }
+  if (surely) synchronise(path_);
+  return state;
 }
 
 void Results::flush() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -14,8 +15,9 @@ namespace latbox::complete {
 
 class Results : public Finds {
  public:
-  // Without a path the points are counted only. The program must outlive the results.
-  Results(const Program& program, std::string path, std::string parameters);
+  // Without a path the points are counted only. `clear` is called before a new file takes the place of an
+  // old one. The program must outlive the results.
+  Results(const Program& program, std::string path, std::string parameters, std::function<void()> clear = {});
 
   void begin() override;
   bool hasBegun() const { return begun_; }
@@ -28,7 +30,8 @@ class Results : public Finds {
   // WriteFailure if the file does not hold what it should.
   void resume(const FileState& state, double seconds, bool single);
   void goLive();
-  // The file is as it was in that state. Requires a state that it has been in.
+  // The file is as it was in that state, or, if that has one point at most, as the points that are known
+  // already have made it. Requires a state that it has been in.
   void rewind(const FileState& state);
   // With all points in the file; with `surely`, on the disk.
   FileState state(bool surely = false);
@@ -46,6 +49,7 @@ class Results : public Finds {
 
  private:
   void open();
+  void takeReplaced();
   std::string line(const Point& x, const Norms& norms) const;
   void waitForEnd(std::unique_lock<std::mutex>& lock) const;
 
@@ -53,6 +57,7 @@ class Results : public Finds {
   std::string path_;
   std::optional<PointsFile> file_;
   std::string parameters_;
+  std::function<void()> clear_;
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   double before_ = 0;
   mutable std::mutex mutex_;

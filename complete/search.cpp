@@ -31,7 +31,7 @@ class NoBounds {
   const Range* excluding(std::size_t, const FloatVector&) { return nullptr; }
   bool isTrialOver(std::size_t) const { return false; }
   std::size_t endTrial(std::size_t t) { return t; }
-  std::size_t trialLevel() const { return Walk<Float>::NO_CEILING; }
+  std::optional<std::size_t> trialLevel() const { return std::nullopt; }
   unsigned long trialCandidates() const { return BETWEEN_LOOKS; }
   void cancelTrial() {}
   void review(unsigned long) {}
@@ -60,9 +60,9 @@ class PointWalk : public PieceWalk {
     walk_.start(piece);
     arrange();
   }
-  Piece rest() const override { return walk_.rest(); }
+  Piece rest() const override { return walk_.rest(bounds_.trialLevel().value_or(0)); }
   double share() const override { return walk_.share(); }
-  bool split(Piece& other) override { return walk_.split(other); }
+  bool split(Piece& other) override { return walk_.split(other, bounds_.trialLevel().value_or(0)); }
   unsigned long takeNodes() override { return std::exchange(nodes_, 0ul); }
 
   Pause goOn() override {
@@ -74,7 +74,7 @@ class PointWalk : public PieceWalk {
       if (pause == WalkPause::LEAF && !visitLeaf()) return Pause::STOP;
       // What a trial leaves holds no point.
       if (bounds_.isTrialOver(walk_.level())) walk_.leaveBelow(bounds_.endTrial(walk_.level()));
-      walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
+      walk_.pauseAt(bounds_.trialLevel().value_or(Walk<R>::NO_CEILING), bounds_.trialCandidates());
       if (sinceLook_ < BETWEEN_LOOKS) continue;
       heedLimit();
       arrange();
@@ -94,7 +94,7 @@ class PointWalk : public PieceWalk {
   void arrange() {
     bounds_.review(std::exchange(sinceLook_, 0ul));
     for (std::size_t t = 0; t < lattice_.rank(); ++t) walk_.askAt(t, bounds_.isOn(t));
-    walk_.pauseAt(bounds_.trialLevel(), bounds_.trialCandidates());
+    walk_.pauseAt(bounds_.trialLevel().value_or(Walk<R>::NO_CEILING), bounds_.trialCandidates());
   }
 
   // Of a candidate that the cuts have kept.
@@ -182,6 +182,14 @@ class Sizing : public Visitor {
 };
 
 }  // namespace
+
+std::chrono::steady_clock::time_point SearchControl::nextKeep() const {
+  constexpr double LONGEST = 1e9;
+  using Clock = std::chrono::steady_clock;
+  if (!keep || keepEvery <= 0) return Clock::time_point::max();
+  const std::chrono::duration<double> between(std::min(keepEvery, LONGEST));
+  return lastKeep + std::chrono::duration_cast<Clock::duration>(between);
+}
 
 bool isSmall(BoxLattice& lattice, unsigned long candidates) {
   const auto tables = cutTablesOf<double>(lattice, DOUBLE_BITS);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 
 #include "complete/box_lattice.h"
@@ -41,12 +42,17 @@ struct SearchControl {
   // The share of the present search that is done, estimated; below 0: not known.
   std::atomic<double> done = -1;
   unsigned threads = 1;
-  // Is given what is left each `keepEvery` seconds; all threads stand still meanwhile, so that what was
-  // visited is exactly what is not left.
+  // Is given what is left each `keepEvery` seconds, unless these are 0; all threads stand still meanwhile, so
+  // that what was visited is exactly what is not left.
   std::function<void(const Frontier&)> keep;
   double keepEvery = 60;
+  // A run of many short searches keeps time across them.
+  std::chrono::steady_clock::time_point lastKeep = std::chrono::steady_clock::now();
   // Of a search that has ended without being complete.
   Frontier left;
+
+  std::chrono::steady_clock::time_point nextKeep() const;
+  bool isKeepDue() const { return std::chrono::steady_clock::now() >= nextKeep(); }
 };
 
 struct SearchSettings {

@@ -23,7 +23,7 @@ Point verified(const Program& program, const IntegerVector& z) {
 class Listing : public Visitor {
  public:
   Listing(const Program& program, Finds& finds, unsigned long limit)
-      : program_(program), finds_(finds), limit_(limit), count_(finds.count()) {}
+      : program_(program), finds_(finds), limit_(limit) {}
 
   Next visit(const IntegerVector& z) override {
     const Point x = verified(program_, z);
@@ -32,14 +32,12 @@ class Listing : public Visitor {
     const std::lock_guard lock(mutex_);
     if (isInterrupted()) return Next::REFUSED;
     finds_.list(x, norms);
-    ++count_;
     return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
 
   Integer limit() const override { return 0; }
   // The number of points is reached.
-  bool isInterrupted() const override { return limit_ != 0 && count_ >= limit_; }
-  unsigned long count() const { return count_; }
+  bool isInterrupted() const override { return limit_ != 0 && finds_.count() >= limit_; }
 
  protected:
   virtual bool isWanted(const Point&, const Norms&) const { return true; }
@@ -49,7 +47,6 @@ class Listing : public Visitor {
   Finds& finds_;
   unsigned long limit_;
   std::mutex mutex_;
-  unsigned long count_;
 };
 
 struct Best {
@@ -227,8 +224,9 @@ class Solver {
 
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
-    if (!searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
-    return listing.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+    // A run that goes on may have them all.
+    if (listing.isInterrupted() || !searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
+    return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
   Outcome findBest() {

@@ -157,7 +157,7 @@ void Walk<R>::start(const Piece& piece) {
   data_.level = k_;
   leafLeft_ = false;
   if (!enterRoot()) return;
-  leafLeft_ = k_ == 0;
+  leafLeft_ = k_ == 0 && piece.empty();
   if (k_ == 0) return;
   if (piece.empty()) {
     enter(data_, data_.level = k_ - 1);
@@ -268,9 +268,10 @@ Choice Walk<R>::choiceAt(std::size_t t) const {
 }
 
 template <class R>
-Piece Walk<R>::rest() const {
+Piece Walk<R>::rest(std::size_t least) const {
   Piece piece;
-  for (std::size_t t = k_; t-- > data_.level;) piece.push_back(choiceAt(t));
+  if (k_ == 0 && !leafLeft_) piece.push_back({0, 1, -1, true, true});
+  for (std::size_t t = k_; t-- > std::max(data_.level, least);) piece.push_back(choiceAt(t));
   if (!piece.empty()) piece.back().chosen = 0;
   return piece;
 }
@@ -282,9 +283,9 @@ double Walk<R>::openPart(std::size_t t, double& chosenPart) const {
   const Level& level = levels_[t];
   const double cap = toDouble(level.cap);
   const double before = toDouble(levels_[t + 1].value);
-  const double step = toDouble(level.step);
+  const double length = toDouble(level.step);
   const auto weight = [&](double lambda) {
-    const double p = toDouble(level.base) + lambda * step;
+    const double p = toDouble(level.base) + lambda * length;
     const double left = cap - before - p * p * toDouble(level.inverseNorm);
     return left > 0 ? std::pow(left / cap, static_cast<double>(t) / 2) : 0;
   };
@@ -292,11 +293,14 @@ double Walk<R>::openPart(std::size_t t, double& chosenPart) const {
   double open = 0;
   const double up = toDouble(level.up);
   const double down = toDouble(level.down);
-  const double reach = std::sqrt(std::max(0.0, cap - before) / toDouble(level.inverseNorm)) / step;
-  const double centre = -toDouble(level.base) / step;
+  const double reach = std::sqrt(std::max(0.0, cap - before) / toDouble(level.inverseNorm)) / length;
+  const double centre = -toDouble(level.base) / length;
   constexpr double MOST = 1000;
   const double width = std::min(reach, MOST);
-  for (double lambda = std::ceil(centre - width); lambda <= centre + width; ++lambda) {
+  // Counted by steps: to a large number 1 cannot be added.
+  const double first = std::ceil(centre - width);
+  for (double step = 0; step <= 2 * MOST && first + step <= centre + width; ++step) {
+    const double lambda = first + step;
     const double w = weight(lambda);
     sum += w;
     if ((lambda >= up && !level.closedUp) || (lambda <= down && !level.closedDown)) open += w;
@@ -320,10 +324,10 @@ double Walk<R>::share() const {
 }
 
 template <class R>
-bool Walk<R>::split(Piece& other) {
+bool Walk<R>::split(Piece& other, std::size_t least) {
   // Subtrees of a few levels are searched sooner than they are handed over.
   constexpr std::size_t LEAST_LEVELS = 4;
-  for (std::size_t t = k_; t-- > data_.level + 1 && t >= LEAST_LEVELS;) {
+  for (std::size_t t = k_; t-- > data_.level + 1 && t >= std::max(least, LEAST_LEVELS);) {
     if (!levels_[t].isOpen()) continue;
     other.clear();
     for (std::size_t s = k_; s-- > t;) {

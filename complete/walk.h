@@ -53,13 +53,14 @@ class Walk {
   // it is.
   void shrink(const std::vector<ShrunkRange>& ranges);
 
-  // What next() has yet to look at, unless it has come to the end. The walk may go on.
-  Piece rest() const;
+  // What next() has yet to look at, unless it has come to the end. The walk may go on. What is open below
+  // level `least` is left out: the caller knows that it holds no point. The same of split().
+  Piece rest(std::size_t least = 0) const;
   // The share of the tree that rest() is, estimated.
   double share() const;
   // Gives away what is open at the highest level below which something is open too; false: there is none
   // worth it.
-  bool split(Piece& other);
+  bool split(Piece& other, std::size_t least = 0);
   // The number of candidates in the whole tree, guessed from `most` nodes of each level: the children of a
   // random choice of the children of the level above, each of which stands for as many as there were too
   // many. Right on average (Rubinstein, Stochastic enumeration method for counting NP-hard problems, 2013,

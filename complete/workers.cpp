@@ -27,11 +27,17 @@ class Crew {
     control_.done = -1;
     auto first = make_();
     if (walkAlone(*first)) return finish();
+    share_ = 0;
     workers_.push_back(std::move(first));
     while (workers_.size() < std::max(1u, control_.threads)) workers_.push_back(make_());
     std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < workers_.size(); ++i) threads.emplace_back([this, i] { work(*workers_[i]); });
-    coordinate();
+    try {
+      for (std::size_t i = 0; i < workers_.size(); ++i)
+        threads.emplace_back([this, i] { work(*workers_[i]); });
+      coordinate();
+    } catch (...) {
+      fail();
+    }
     for (std::thread& thread : threads) thread.join();
     if (failure_) std::rethrow_exception(failure_);
     return finish();
@@ -49,7 +55,9 @@ class Crew {
         nodes += count(walk);
         if (pause == PieceWalk::Pause::END) break;
         stopped_ = stopped_ || pause == PieceWalk::Pause::STOP || control_.stop.load();
-        if (!stopped_ && nodes < SMALL_TREE) continue;
+        // What is slow is kept too; a trial ends after so many candidates whatever the clock says.
+        const bool isSmall = nodes < SMALL_TREE && (isTrial_ || !control_.isKeepDue());
+        if (!stopped_ && isSmall) continue;
         stopped_ = stopped_ || isTrial_;
         share_ += walk.share();
         queue_.push_front(walk.rest());
@@ -70,11 +78,15 @@ class Crew {
     try {
       while (take(walk)) walkPiece(walk);
     } catch (...) {
-      const std::lock_guard lock(mutex_);
-      if (!failure_) failure_ = std::current_exception();
-      stopped_ = true;
-      --busy_;
+      fail();
     }
+  }
+
+  // Whoever has caught something: all others end, and the first failure is thrown on.
+  void fail() {
+    const std::lock_guard lock(mutex_);
+    if (!failure_) failure_ = std::current_exception();
+    stopped_ = true;
     changed_.notify_all();
   }
 
@@ -128,27 +140,25 @@ class Crew {
     changed_.notify_all();
   }
 
-  // Stands still until the frontier has been told.
+  // Stands still until the frontier has been told. The next pause may have begun when this thread wakes up:
+  // it waits for the end of this one.
   void rest(PieceWalk& walk, std::unique_lock<std::mutex>& lock) {
     resting_.push_back(&walk);
     changed_.notify_all();
-    changed_.wait(lock, [this] { return !pausing_; });
+    changed_.wait(lock, [this, before = pauses_] { return stopped_ || pauses_ != before; });
   }
 
   // The calling thread keeps the time.
   void coordinate() {
     constexpr auto BETWEEN_SHARES = std::chrono::seconds(1);
     auto nextShare = Clock::now() + BETWEEN_SHARES;
-    auto nextKeep = Clock::now() + std::chrono::duration<double>(control_.keepEvery);
     std::unique_lock lock(mutex_);
     while (!stopped_ && !isDone()) {
-      changed_.wait_until(lock, nextShare);
-      const auto now = Clock::now();
-      if (now < nextShare || stopped_ || isDone()) continue;
-      nextShare = now + BETWEEN_SHARES;
-      const bool keep = now >= nextKeep;
-      if (keep) nextKeep = now + std::chrono::duration<double>(control_.keepEvery);
+      changed_.wait_until(lock, std::min(nextShare, control_.nextKeep()));
+      const bool keep = control_.isKeepDue();
+      if (stopped_ || isDone() || (!keep && Clock::now() < nextShare)) continue;
       pauseFor(lock, keep);
+      nextShare = Clock::now() + BETWEEN_SHARES;
     }
   }
 
@@ -162,14 +172,16 @@ class Crew {
       // Pieces that nobody has begun have their share in it only then.
       for (const PieceWalk* walk : resting_) frontier.share += walk->share();
       control_.done = std::max(0.0, 1 - frontier.share);
-      if (keep && control_.keep) {
+      if (keep) {
         frontier.pieces.assign(queue_.begin(), queue_.end());
         for (const PieceWalk* walk : resting_) frontier.pieces.push_back(walk->rest());
         control_.keep(frontier);
+        control_.lastKeep = Clock::now();
       }
     }
     resting_.clear();
     pausing_ = false;
+    ++pauses_;
     changed_.notify_all();
   }
 
@@ -195,6 +207,8 @@ class Crew {
   std::atomic<std::size_t> idle_ = 0;
   std::vector<PieceWalk*> resting_;
   std::atomic<bool> pausing_ = false;
+  // That have ended.
+  unsigned long pauses_ = 0;
   std::atomic<bool> stopped_ = false;
   double share_ = 0;
   std::exception_ptr failure_;

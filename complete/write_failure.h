@@ -11,7 +11,8 @@ class WriteFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// What was written to the file is on the disk when this returns, as far as the system can tell.
+// What was written to the file is on the disk when this returns, as far as the system can tell. Throws
+// WriteFailure.
 void synchronise(const std::string& path);
 
 }  // namespace latbox::complete

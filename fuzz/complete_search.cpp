@@ -67,6 +67,8 @@ class Found : public Finds {
     points = {x};
   }
 
+  unsigned long count() const override { return points.size(); }
+
   std::set<Point> points;
 
  private:
@@ -133,9 +135,10 @@ std::vector<IntegerVector> someValues(const std::vector<Range>& box) {
 void requireAll(const Program& program, const std::set<Point>& truth) {
   Found found(program);
   SearchControl control;
+  Journal journal(control);
   Task task;
   task.all = true;
-  const Outcome outcome = solve(program, task, found, control);
+  const Outcome outcome = solve(program, task, found, journal);
   require(found.points == truth, "all points");
   require(outcome == (truth.empty() ? Outcome::NONE : Outcome::COMPLETE), "the outcome of all points");
 }
@@ -152,9 +155,10 @@ std::set<Point> bestOf(const Program& program, const std::set<Point>& points) {
 void requireBest(const Program& program, const std::set<Point>& truth) {
   Found found(program);
   SearchControl control;
+  Journal journal(control);
   Task task;
   task.ties = true;
-  const Outcome outcome = solve(program, task, found, control);
+  const Outcome outcome = solve(program, task, found, journal);
   require(found.points == bestOf(program, truth), "the best points");
   require(outcome == (truth.empty() ? Outcome::NONE : Outcome::COMPLETE), "the outcome of the best points");
 }
@@ -163,10 +167,11 @@ void requireBest(const Program& program, const std::set<Point>& truth) {
 void requireNoContradiction(const Program& program, const Task& task, bool hasPoint) {
   Found found(program);
   SearchControl control;
+  Journal journal(control);
   control.stop = true;
   Outcome outcome = Outcome::STOPPED;
   try {
-    outcome = solve(program, task, found, control);
+    outcome = solve(program, task, found, journal);
   } catch (const BadInput&) {
     require(!openVariables(integerProgramOf(program)).empty(), "bounds are asked for where some are missing");
     return;

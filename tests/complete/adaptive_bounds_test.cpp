@@ -93,11 +93,14 @@ TEST_F(AdaptiveBoundsTest, AreTriedAgainWhenTheSearchHasGoneOn) {
 }
 
 TEST_F(AdaptiveBoundsTest, OneTrialRunsAtATime) {
+  EXPECT_FALSE(bounds_.trialLevel());
   bounds_.enter(LEVEL);
   ASSERT_FALSE(bounds_.excluding(LEVEL, far_));
+  EXPECT_EQ(bounds_.trialLevel(), LEVEL);
   bounds_.enter(LEVEL - 1);
   EXPECT_TRUE(bounds_.excluding(LEVEL - 1, far_));
   EXPECT_EQ(bounds_.endTrial(LEVEL - 1), LEVEL);
+  EXPECT_FALSE(bounds_.trialLevel());
   bounds_.enter(LEVEL - 1);
   EXPECT_FALSE(bounds_.excluding(LEVEL - 1, far_));
 }

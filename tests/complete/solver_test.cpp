@@ -32,8 +32,7 @@ class Record : public Finds {
 
 struct Solved {
   explicit Solved(const std::string& text, const Task& task = {}) : program(readProgram(text, "p.opt")) {
-    Journal journal(control,
-                    {[](const Checkpoint&) {}, [] { return FileState(); }, [](const FileState&) {}, [] {}});
+    Journal journal(control);
     outcome = solve(program, task, record, journal);
   }
 

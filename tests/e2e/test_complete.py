@@ -135,7 +135,7 @@ class VerdictTest(Case):
         self.assertTrue(os.path.isdir(self.path("folder.all")))
 
     def test_a_run_that_ends_with_a_usage_error_leaves_the_files(self):
-        open_program = "[ inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
+        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ -inf -inf ] [ inf inf ]"
         self.write("p.all", "kept")
         result = self.run_all(open_program)
         self.assertEqual((result.status, result.out), (2, ""), result.err)
@@ -223,7 +223,7 @@ class OptionsTest(Case):
                 (["--rtime=abc"], "--rtime=abc: " + seconds),
                 (["--rtime=1e3"], "--rtime=1e3: " + seconds),
                 (["--rtime=-1"], "--rtime=-1: " + seconds),
-                (["--resume=1"], "--resume=1: not available in this version"),
+                (["--resume=2"], "--resume=2: 0 or 1 is wanted"),
                 (["--first=1", "--ties=1"], "--first and --ties exclude each other"),
                 (["--first=1", "--limit=2"], "--first and --limit exclude each other"),
                 (["--first=1", "--count=1"], "--first and --count exclude each other"),
@@ -290,6 +290,11 @@ class StopTest(Case):
 
 
 class ExamplesTest(Case):
+    def example(self, name):
+        """Its text: a run beside it would leave a checkpoint there."""
+        with open(os.path.join(harness.Settings.examples, name + ".opt"), encoding="utf-8") as file:
+            return file.read()
+
     def test_counts_and_optima(self):
         """What exhaustive search has found of the examples that it can take, and counts known from elsewhere."""
         with open(os.path.join(harness.Settings.examples, "expected.json"), encoding="utf-8") as file:
@@ -297,19 +302,45 @@ class ExamplesTest(Case):
         self.assertGreater(len(known), 10)
         for name, row in known.items():
             with self.subTest(name):
-                path = os.path.join(harness.Settings.examples, name + ".opt")
-                result = self.run_plain("--all=1", "--count=1", "--quiet=1", path)
+                text = self.example(name)
+                result = self.run_all(text, "--all=1", "--count=1", "--quiet=1")
                 self.assert_verdict(result, "all %d" % row["points"], 10)
-                with open(path, encoding="utf-8") as file:
-                    if checker.Program(file.read()).dt:
-                        result = self.run_plain("--quiet=1", "--out=best.all", path)
-                        best = complete_random.mixed(Fraction(row["best"]))
-                        self.assertTrue(result.out.startswith("verdict: optimum %s" % best), result.out)
+                if checker.Program(text).dt:
+                    result = self.run_all(text, "--quiet=1", "--resume=0")
+                    best = complete_random.mixed(Fraction(row["best"]))
+                    self.assertTrue(result.out.startswith("verdict: optimum %s" % best), result.out)
 
     def test_counts_of_designs(self):
         for name, count in (("triples_9", 840), ("queens_8", 92), ("steiner_5_6_12", 2), ("quadruples_16", 4)):
-            path = os.path.join(harness.Settings.examples, name + ".opt")
-            self.assert_verdict(self.run_plain("--count=1", "--quiet=1", path), "all %d" % count, 10)
+            self.assert_verdict(self.run_all(self.example(name), "--count=1", "--quiet=1"), "all %d" % count, 10)
+
+
+class KnapsackTest(Case):
+    """Knapsacks that the bounds of the linear relaxation make easy; without them none of these ends in time."""
+
+    def program(self, name):
+        with open(os.path.join(os.path.dirname(harness.Settings.examples), "bench", "instances", name + ".opt"),
+                  encoding="utf-8") as file:
+            return file.read()
+
+    def test_equality_knapsacks(self):
+        """The right side is the Frobenius number plus 1; the number itself has no representation."""
+        for name, side, points in (("cuww1", 89643482, 1), ("cuww3", 58925135, 2), ("prob1", 33367336, None)):
+            for form in ("", "_box"):
+                with self.subTest(name + form):
+                    text = self.program("knap_%s_Fp1%s" % (name, form))
+                    self.assert_verdict(self.run_all(text, "--first=1", "--quiet=1"), "found 1", 11)
+                    if points is not None:
+                        self.assert_verdict(self.run_all(text, "--quiet=1"), "all %d" % points, 10)
+                        self.assertEqual(len(self.listed()), points)
+                    self.assertEqual(text.count(str(side)), 1)
+                    none = text.replace(str(side), str(side - 1))
+                    self.assert_verdict(self.run_all(none, "--quiet=1"), "none", 20)
+
+    def test_zero_one_knapsacks(self):
+        for name, best in (("mkp_n20_s1", -827), ("mkp_n30_s1", -1165)):
+            self.assert_verdict(self.run_all(self.program(name), "--quiet=1"), "optimum %d" % best, 10)
+            self.assertEqual(len(self.listed()), 1)
 
 
 if __name__ == "__main__":
