@@ -27,13 +27,9 @@ int blockFor(double nodes) {
   return nodes < 3e8 ? 30 : 40;
 }
 
-}  // namespace
-
-std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
-  auto lattice = boxLatticeOf(program);
-  if (!lattice) return std::nullopt;
-  Prepared best{std::move(*lattice), 0};
-  if (!basis.empty() && takeBasis(best.lattice, basis)) return best;
+// The first basis and others, as long as they pay.
+Prepared bestOf(BoxLattice lattice) {
+  Prepared best{std::move(lattice), 0};
   best.nodes = estimatedNodes(best.lattice, SAMPLE);
   const double cost = costOfBasis(best.lattice.rank());
   if (cost > EFFORT * best.nodes) return best;
@@ -48,6 +44,19 @@ std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const I
     const double nodes = estimatedNodes(other, SAMPLE);
     if (nodes < best.nodes) best = {std::move(other), nodes};
   }
+  return best;
+}
+
+}  // namespace
+
+std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
+  auto lattice = boxLatticeOf(program);
+  if (!lattice) return std::nullopt;
+  if (!basis.empty() && takeBasis(*lattice, basis)) return Prepared{std::move(*lattice), 0};
+  // Estimates move it, by ways that depend on all bases there were.
+  const IntegerVector point = lattice->point;
+  Prepared best = bestOf(std::move(*lattice));
+  best.lattice.point = point;
   return best;
 }
 

@@ -157,7 +157,7 @@ void Walk<R>::start(const Piece& piece) {
   data_.level = k_;
   leafLeft_ = false;
   if (!enterRoot()) return;
-  leafLeft_ = k_ == 0;
+  leafLeft_ = k_ == 0 && piece.empty();
   if (k_ == 0) return;
   if (piece.empty()) {
     enter(data_, data_.level = k_ - 1);
@@ -267,8 +267,11 @@ Choice Walk<R>::choiceAt(std::size_t t) const {
   return {whole(lambda_[t]), whole(level.up), whole(level.down), level.closedUp, level.closedDown};
 }
 
+// Of a lattice of rank 0 the empty piece is the leaf, and a closed level, which it does not have, is what is
+// left behind it.
 template <class R>
 Piece Walk<R>::rest() const {
+  if (k_ == 0 && !leafLeft_) return {{0, 0, 0, true, true}};
   Piece piece;
   for (std::size_t t = k_; t-- > data_.level;) piece.push_back(choiceAt(t));
   if (!piece.empty()) piece.back().chosen = 0;
