@@ -183,7 +183,7 @@ class TableBuilder {
       if (i == t && value <= 0) acceptable_ = false;
     }
     const Float size = sizeOf(g);
-    const Float slip = (drift + unit_ * sizes * (2 * (k_ - t) + 8)) * WIDER;
+    const Float slip = (drift + unit_ * (sizes + size) * (2 * (k_ - t) + 8)) * WIDER;
     const Float inverse = t == k_ && size == 0 ? zero() : Float(1 / gso_.norms[t]);
     assign(level.inverseNorm, inverse);
     assignUp(level.size, size);

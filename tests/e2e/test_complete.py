@@ -103,6 +103,18 @@ class VerdictTest(Case):
         self.assert_verdict(self.run_all(NINE, "--limit=9"), "found 9", 11)
         self.assert_verdict(self.run_all(NOTHING, "--first=1"), "none", 20)
 
+    def test_a_limit_that_all_points_reach_leaves_nothing(self):
+        for text, count in ((ONE, 1), (NINE, 9)):
+            self.assert_verdict(self.run_all(text, "--limit=%d" % count, "--resume=0"), "found %d" % count, 11)
+            self.assert_verdict(self.run_all(text), "all %d" % count, 10)
+            self.assertEqual(len(self.listed()), count)
+
+    def test_coefficients_beyond_the_range_of_double(self):
+        rows = [10 ** 200 // 7 + k * k for k in (1, 5, 8)]
+        side = sum(a * x for a, x in zip(rows, (2, 7, 4)))
+        self.assert_verdict(self.run_all(opt(ag=[rows], bg=[side], rx=[9] * 3)), "all 1", 10)
+        self.assertEqual(self.listed(), [[2, 7, 4]])
+
     def test_an_existing_file_is_kept(self):
         self.write("p.all", "somebody's\n")
         self.assert_verdict(self.run_all(ONE), "all 1", 10)
@@ -126,7 +138,7 @@ class VerdictTest(Case):
         self.assertTrue(os.path.isdir(self.path("folder.all")))
 
     def test_a_run_that_ends_with_a_usage_error_leaves_the_files(self):
-        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 -inf ] [ inf inf ]"
+        open_program = "[ -inf ] [ [ 1 0 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ -inf 0 ] [ inf inf ]"
         self.write("p.all", "kept")
         result = self.run_all(open_program)
         self.assertEqual((result.status, result.out), (2, ""), result.err)
@@ -200,7 +212,7 @@ class OptionsTest(Case):
                 (["--rtime=abc"], "--rtime=abc: " + seconds),
                 (["--rtime=1e3"], "--rtime=1e3: " + seconds),
                 (["--rtime=-1"], "--rtime=-1: " + seconds),
-                (["--resume=1"], "--resume=1: not available in this version"),
+                (["--resume=no"], "--resume=no: 0 or 1 is wanted"),
                 (["--first=1", "--ties=1"], "--first and --ties exclude each other"),
                 (["--first=1", "--limit=2"], "--first and --limit exclude each other"),
                 (["--first=1", "--count=1"], "--first and --count exclude each other"),
