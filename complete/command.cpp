@@ -113,10 +113,8 @@ class Run {
         tellOutlook(nodes, points, coordinates);
       };
     if (past_) takeUp(*past_);
-    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
     Journal journal(control_, keeping(), past_.value_or(Checkpoint()));
-    const Outcome outcome = solve(program_, task(), results_, journal);
-    if (!results_.close()) waitForEnd();
+    const Outcome outcome = watched([&] { return solve(program_, task(), results_, journal); });
     const Verdict verdict = verdictOf(outcome);
     if (verdict.isLast) verdict_ = &verdict;
     journal.save();
@@ -177,6 +175,15 @@ class Run {
     outlook.lineBytes = options_.count ? 0 : 2 * static_cast<double>(program_.variables()) + BESIDE;
     outlook.speed = SPEED * control_.threads / static_cast<double>(coordinates + 20);
     std::fputs(textOf(outlook).c_str(), stderr);
+  }
+
+  // The watch is over before the verdict is told.
+  template <class Search>
+  Outcome watched(Search search) {
+    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
+    const Outcome outcome = search();
+    if (!results_.close()) waitForEnd();
+    return outcome;
   }
 
   Journal::Keeping keeping() {

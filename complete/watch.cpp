@@ -48,6 +48,7 @@ void Watch::run() {
   while (!ended_) {
     const timespec tick{0, TICK};
     heed(sigtimedwait(&signals, nullptr, &tick));
+    if (ended_) return;
     const double now = results_.seconds();
     if (settings_.rtime > 0 && now >= settings_.rtime) control_.stop = true;
     if (now >= nextLine || hasFound()) {
