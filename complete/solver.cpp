@@ -4,6 +4,8 @@
 #include <stdexcept>
 
 #include "complete/closing.h"
+#include "complete/estimate.h"
+#include "complete/first_point.h"
 #include "complete/least_norm.h"
 #include "complete/preparation.h"
 #include "complete/presolve.h"
@@ -154,6 +156,7 @@ class HeldFinds : public Finds {
 
   void begin() override { release(); }
   void list(const Point& x, const Norms& norms) override { next_.list(x, norms); }
+  void prove(const Rational& least) override { next_.prove(least); }
   unsigned long count() const override { return next_.count(); }
   void replace(const Point& x, const Norms& norms) override {
     if (released_)
@@ -204,6 +207,10 @@ class Solver {
     const auto prepare = [&](const IntegerMatrix& basis) -> std::optional<BoxLattice> {
       auto prepared = preparedLatticeOf(program, basis);
       if (!prepared) return std::nullopt;
+      constexpr double MOMENTS = 1e7;
+      if (control_.announce && prepared->nodes > MOMENTS)
+        control_.announce(prepared->nodes, expectedPoints(prepared->lattice),
+                          prepared->lattice.coordinates());
       return std::move(prepared->lattice);
     };
     return journal_.searchThrough(keyOf(program), prepare, visitor);
@@ -225,8 +232,24 @@ class Solver {
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
     // A run that goes on may have them all.
-    if (listing.isInterrupted() || !searchThrough(whole_, listing).value_or(true)) return Outcome::STOPPED;
+    if (listing.isInterrupted()) return Outcome::STOPPED;
+    const bool complete = task_.first ? findFirst(listing) : searchThrough(whole_, listing).value_or(true);
+    if (!complete) return Outcome::STOPPED;
     return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+  // A small tree is searched through, and of a large one the likely parts of several bases before that. True:
+  // there is no point.
+  bool findFirst(Listing& listing) {
+    const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(whole_); };
+    SearchSettings trial;
+    trial.isTrial = true;
+    if (journal_.searchThrough(keyOf(whole_), prepare, listing, trial).value_or(true)) return true;
+    const auto isOver = [&] { return control_.stop || listing.isInterrupted(); };
+    if (isOver()) return false;
+    if (const auto lattice = boxLatticeOf(whole_))
+      findByPasses(keyOf(whole_), *lattice, task_.seed, journal_, listing);
+    return !isOver() && searchThrough(whole_, listing).value_or(true);
   }
 
   Outcome findBest() {
@@ -265,6 +288,7 @@ class Solver {
     Window& window = improving.window();
     findLeast(window, objective, program);
     while (!window.isClosed()) {
+      if (&objective == &objective_ && window.least()) finds_.prove(objective.normOf(*window.least()));
       const Integer limit = window.limit();
       IntegerProgram better = withRows(program, objective.rows(limit, window.least()));
       if (!close(better) || isEmpty(better, improving)) window.raise(limit + 1);

@@ -106,6 +106,58 @@ TEST(Search, TakesCoefficientsThatNoDoubleHolds) {
   EXPECT_EQ(searched(program, 53), (std::set<IntegerVector>{testing::vectorOf({123456, 654321, 777777})}));
 }
 
+// Vectors whose squared lengths no double holds, and boxes whose inverse none holds.
+TEST(Search, TakesNumbersBeyondTheRangeOfDouble) {
+  for (const unsigned long digits : {160ul, 200ul, 700ul}) {
+    IntegerProgram program;
+    program.box.assign(3, rangeOf(0, 9));
+    Row row;
+    Integer side = 0;
+    for (const long z : {2, 7, 4}) {
+      row.a.push_back(powerOfTen(digits) / (z + 4) + z);
+      side += row.a.back() * z;
+    }
+    row.range = {side, side};
+    program.rows.push_back(row);
+    EXPECT_TRUE(searched(program, 53).contains(testing::vectorOf({2, 7, 4}))) << digits;
+  }
+  for (const unsigned long digits : {40ul, 120ul, 330ul}) {
+    const Integer end = powerOfTen(digits);
+    IntegerProgram program;
+    program.box.assign(3, Range{Integer(-end), end});
+    for (const long a : {3, 1}) {
+      program.rows.emplace_back();
+      program.rows.back().a = {end + a, end - 2 * a, Integer(7)};
+      program.rows.back().range = {-end, end};
+    }
+    auto lattice = boxLatticeOf(program);
+    ASSERT_TRUE(lattice);
+    Collector three(3);
+    SearchControl control;
+    EXPECT_FALSE(search(*lattice, three, control));
+    EXPECT_EQ(three.points.size(), 3u) << digits;
+  }
+}
+
+// Its only point is the first candidate and the last.
+TEST(Search, LeavesNothingBehindTheLastPoint) {
+  for (const std::size_t variables : {0u, 1u, 2u}) {
+    IntegerProgram program;
+    program.box.assign(variables, rangeOf(0, 1));
+    auto lattice = boxLatticeOf(program);
+    ASSERT_TRUE(lattice);
+    ASSERT_EQ(lattice->rank(), variables);
+    const std::size_t all = std::size_t{1} << variables;
+    Collector enough(all);
+    SearchControl control;
+    EXPECT_FALSE(search(*lattice, enough, control));
+    EXPECT_EQ(enough.points.size(), all);
+    Collector more;
+    EXPECT_TRUE(search(*lattice, more, control, {control.left.pieces, {}, false}));
+    EXPECT_TRUE(more.points.empty()) << variables;
+  }
+}
+
 // Knapsacks whose relaxation nearly misses all whole points: without its bounds the trees are hopeless.
 TEST(Search, UsesLinearBoundsWhereTheyPay) {
   for (const long side : {58925135L, 58925134L}) {

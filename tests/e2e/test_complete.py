@@ -112,6 +112,18 @@ class VerdictTest(Case):
         self.assert_verdict(self.run_all(NINE, "--limit=9"), "found 9", 11)
         self.assert_verdict(self.run_all(NOTHING, "--first=1"), "none", 20)
 
+    def test_a_limit_that_all_points_reach_leaves_nothing(self):
+        for text, count in ((ONE, 1), (NINE, 9)):
+            self.assert_verdict(self.run_all(text, "--limit=%d" % count, "--resume=0"), "found %d" % count, 11)
+            self.assert_verdict(self.run_all(text), "all %d" % count, 10)
+            self.assertEqual(len(self.listed()), count)
+
+    def test_coefficients_beyond_the_range_of_double(self):
+        rows = [10 ** 200 // 7 + k * k for k in (1, 5, 8)]
+        side = sum(a * x for a, x in zip(rows, (2, 7, 4)))
+        self.assert_verdict(self.run_all(opt(ag=[rows], bg=[side], rx=[9] * 3)), "all 1", 10)
+        self.assertEqual(self.listed(), [[2, 7, 4]])
+
     def test_an_existing_file_is_kept(self):
         self.write("p.all", "somebody's\n")
         self.assert_verdict(self.run_all(ONE), "all 1", 10)
@@ -273,7 +285,9 @@ class StopTest(Case):
 
     def test_progress(self):
         process = self.start_endless("--count=1")
-        line = r"^\d+ s: .* nodes, .* points\n$"
+        line = r"^\d+ s: .* nodes, .* points"
+        self.assertRegex(process.stderr.readline(), r"^estimate: \S+ nodes, \S+ years, \S+ points\n$")
+        self.assertRegex(process.stderr.readline(), r"^this search will not end in 5 years; ")
         self.assertRegex(process.stderr.readline(), line)
         process.send_signal(signal.SIGUSR1)
         self.assertRegex(process.stderr.readline(), line)
