@@ -4,6 +4,8 @@ A program is drawn until it is of the kind that its number asks for (no point, o
 small one), or its tries are used up.
 """
 
+import contextlib
+import itertools
 import random
 from fractions import Fraction
 
@@ -23,9 +25,22 @@ class Candidate:
     def __init__(self, text, listing):
         self.text = text
         self.program = checker.Program(text)
-        whole = Whole(self.program)
-        self.points = set(whole.x(z) for z in listing(whole))
-        self.rank = rank_of(whole)
+        self.whole = Whole(self.program)
+        self.rank = rank_of(self.whole)
+        self.listing = listing
+        self.points = None
+
+    def list(self, most=None):
+        """Whether these are all points, if at most so many are wanted. Raises TooMany."""
+        found = list(itertools.islice(self.listing(self.whole), None if most is None else most + 1))
+        self.points = set(map(self.whole.x, found))
+        return most is None or len(found) <= most
+
+    def is_of(self, kind, large):
+        """Whether it is, at the least cost; if so, its points are listed."""
+        if (self.rank >= RANK) != large:
+            return False
+        return self.list({"none": 0, "one": 1}.get(kind)) and self.kind == kind
 
     @property
     def kind(self):
@@ -48,19 +63,22 @@ def line(values):
 
 
 def drawn(number, draw, listing):
-    """The first candidate that is what the number asks for."""
+    """The first candidate that is what the number asks for, or the last one whose points can be listed; None: there is
+    none."""
     pick = random.Random(number)
     kind = KINDS[number % 3]
     large = number // 3 % 2 == 1
-    candidate = None
+    candidates = []
     for _ in range(TRIES):
-        try:
-            candidate = Candidate(draw(pick, number, kind, large).text(), listing)
-        except TooMany:
-            continue
-        if candidate.kind == kind and (candidate.rank >= RANK) == large:
-            break
-    return candidate
+        candidates.append(Candidate(draw(pick, number, kind, large).text(), listing))
+        with contextlib.suppress(TooMany):
+            if candidates[-1].is_of(kind, large):
+                return candidates[-1]
+    for candidate in reversed(candidates):
+        with contextlib.suppress(TooMany):
+            candidate.list()
+            return candidate
+    return None
 
 
 def ordinary(number):
