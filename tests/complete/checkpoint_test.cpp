@@ -160,12 +160,14 @@ TEST_F(CheckpointFile, WhatCannotBeReadIsNone) {
 }
 
 TEST_F(CheckpointFile, TheOldOneStandsWhenTheNewOneCannotBeWritten) {
-  writeCheckpoint(path(), Checkpoint(), false);
+  Checkpoint old;
+  old.identity = "old";
+  writeCheckpoint(path(), old, false);
   std::filesystem::create_directory(path() + ".tmp");
   EXPECT_THROW(writeCheckpoint(path(), example(), true), WriteFailure);
   const auto read = readCheckpoint(path());
   ASSERT_TRUE(read);
-  EXPECT_EQ(textOf(*read), textOf(Checkpoint()));
+  EXPECT_EQ(textOf(*read), textOf(old));
 }
 
 TEST(Digest, DiffersWithTheText) {

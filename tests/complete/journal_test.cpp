@@ -52,7 +52,10 @@ struct TestRun {
   explicit TestRun(const Checkpoint& past = {}) : journal(control, keeping(), past) {}
 
   Journal::Keeping keeping() {
-    return {[this](const Checkpoint& checkpoint) { saved = parseCheckpoint(textOf(checkpoint)); },
+    return {[this](Checkpoint checkpoint) {
+              checkpoint.identity = "program";
+              saved = parseCheckpoint(textOf(checkpoint));
+            },
             [this] { return file; },
             [this](const FileState& state) {
               file = state;
