@@ -299,7 +299,9 @@ double Walk<R>::openPart(std::size_t t, double& chosenPart) const {
   const double centre = -toDouble(level.base) / step;
   constexpr double MOST = 1000;
   const double width = std::min(reach, MOST);
-  for (double lambda = std::ceil(centre - width); lambda <= centre + width; ++lambda) {
+  // Counted: where the centre is far out, the next double may be several steps away.
+  for (double i = 0; i <= 2 * width; ++i) {
+    const double lambda = std::ceil(centre - width) + i;
     const double w = weight(lambda);
     sum += w;
     if ((lambda >= up && !level.closedUp) || (lambda <= down && !level.closedDown)) open += w;
