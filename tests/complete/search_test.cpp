@@ -194,6 +194,70 @@ TEST(Search, FindsEveryPointWhateverTheBoundsDo) {
   }
 }
 
+// Wants less of one row after each point, while the walk stands at any place.
+class Descending : public Visitor {
+ public:
+  explicit Descending(const Row& row) : row_(row) {}
+  static Integer valueOf(const Row& row, const IntegerVector& z) {
+    const Integer value = innerProduct(row.a, z);
+    return row.kind == RowKind::TARGET_SIZE ? Integer(abs(value)) : value;
+  }
+  Next visit(const IntegerVector& z) override {
+    const Integer value = valueOf(row_, z);
+    // A row that follows from the others is none of the lattice's.
+    if (best && value >= *best) return Next::GO_ON;
+    best = value;
+    return Next::LIMIT;
+  }
+  Integer limit() const override { return *best - 1; }
+
+  std::optional<Integer> best;
+
+ private:
+  const Row& row_;
+};
+
+TEST(Search, ComesToTheLeastWhileRangesShrink) {
+  std::size_t found = 0;
+  for (unsigned seed = 0; seed < 600; ++seed) {
+    const RandomProgram random(seed);
+    Row target;
+    std::mt19937 draws(seed);
+    for (std::size_t j = 0; j < random.program.box.size(); ++j)
+      target.a.emplace_back(static_cast<long>(draws() % 19) - 9);
+    target.kind = seed % 2 == 0 ? RowKind::TARGET : RowKind::TARGET_SIZE;
+    // Less than the box allows, or the row would go.
+    target.range = {Integer(1), Integer(-1)};
+    for (std::size_t j = 0; j < target.a.size(); ++j) {
+      const Range& range = random.program.box[j];
+      const bool rises = target.a[j] > 0;
+      *target.range.low += target.a[j] * (rises ? *range.low : *range.high);
+      *target.range.high += target.a[j] * (rises ? *range.high : *range.low);
+    }
+    std::optional<Integer> least;
+    for (const IntegerVector& z : random.points()) {
+      const Integer row = innerProduct(target.a, z);
+      if (row < *target.range.low || row > *target.range.high) continue;
+      const Integer value = Descending::valueOf(target, z);
+      if (!least || value < *least) least = value;
+    }
+    IntegerProgram program = random.program;
+    program.rows.push_back(target);
+    auto lattice = boxLatticeOf(program);
+    Descending visitor(target);
+    SearchControl control;
+    for (const unsigned long bits : {53ul, 256ul}) {
+      visitor.best.reset();
+      if (lattice) {
+        EXPECT_TRUE(searchWith(bits, *lattice, visitor, control));
+      }
+      EXPECT_EQ(visitor.best, least) << seed;
+    }
+    found += least ? 1 : 0;
+  }
+  EXPECT_GT(found, 100u);
+}
+
 TEST(Search, StopsWhenAsked) {
   IntegerProgram program;
   program.box.assign(6, rangeOf(0, 3));
