@@ -274,7 +274,7 @@ class ExamplesTest(Case):
         for name, row in known.items():
             with self.subTest(name):
                 path = os.path.join(harness.Settings.examples, name + ".opt")
-                result = self.run_plain("--all=1", "--count=1", "--quiet=1", path)
+                result = self.run_plain("--all=1", "--count=1", "--quiet=1", "--out=count.all", path)
                 self.assert_verdict(result, "all %d" % row["points"], 10)
                 with open(path, encoding="utf-8") as file:
                     if checker.Program(file.read()).dt:
@@ -285,7 +285,7 @@ class ExamplesTest(Case):
     def test_counts_of_designs(self):
         for name, count in (("triples_9", 840), ("queens_8", 92), ("steiner_5_6_12", 2), ("quadruples_16", 4)):
             path = os.path.join(harness.Settings.examples, name + ".opt")
-            self.assert_verdict(self.run_plain("--count=1", "--quiet=1", path), "all %d" % count, 10)
+            self.assert_verdict(self.run_plain("--count=1", "--quiet=1", "--out=count.all", path), "all %d" % count, 10)
 
 
 class RandomTest(Case):
