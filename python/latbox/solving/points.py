@@ -1,0 +1,74 @@
+"""The engines' files of points, followed while they grow or are put in each other's place; and their numbers."""
+
+from __future__ import annotations
+
+import os
+import re
+from fractions import Fraction
+
+from ..errors import EngineError
+
+NUMBER = re.compile(r"(-?)(?:([0-9]+):)?([0-9]+)/([0-9]+)\Z")
+
+
+def number(text: str) -> Fraction:
+    """5, -1.25, 3/4, -2:1/3 (seven thirds, negative)."""
+    mixed = NUMBER.match(text)
+    if not mixed:
+        return Fraction(text)
+    sign, whole, numerator, denominator = mixed.groups()
+    value = int(whole or 0) + Fraction(int(numerator), int(denominator))
+    return -value if sign else value
+
+
+def text_of(values: list) -> str:
+    """The beginning of a .sol line, which is all that is read of it."""
+    return "[ %s ]" % " ".join(number_text(Fraction(value)) for value in values)
+
+
+def number_text(value: Fraction) -> str:
+    """Fractions as mixed numbers, as the .sol format has them."""
+    whole, rest = divmod(abs(value.numerator), value.denominator)
+    if not rest:
+        return str(value)
+    sign = "-" if value < 0 else ""
+    return sign + ("%d:" % whole if whole else "") + "%d/%d" % (rest, value.denominator)
+
+
+class Follower:
+    """New whole lines of a file that another process appends to, or replaces by a rename."""
+
+    def __init__(self, path: str) -> None:
+        self.path = path
+        self._file = None
+        self._seen = None
+        self._offset = 0
+
+    def points(self) -> list[list[Fraction]]:
+        """The points of lines that have come since the last call; of a file that took another's place, all."""
+        try:
+            state = os.stat(self.path)
+        except FileNotFoundError:
+            return []
+        if self._file != state.st_ino:
+            self._file, self._offset, self._seen = state.st_ino, 0, None
+        if self._seen == (state.st_size, state.st_mtime_ns):
+            return []
+        self._seen = (state.st_size, state.st_mtime_ns)
+        with open(self.path, "rb") as file:
+            file.seek(self._offset)
+            data = file.read()
+        whole = data[: data.rfind(b"\n") + 1]
+        self._offset += len(whole)
+        return [point(line) for line in whole.decode().splitlines()]
+
+
+def point(line: str) -> list[Fraction]:
+    """The point of a line `[ x1 x2 ... ] | ...`."""
+    begin, end = line.find("["), line.find("]")
+    try:
+        if begin != 0 or end < 0:
+            raise ValueError
+        return [number(word) for word in line[begin + 1 : end].split()]
+    except (ValueError, ZeroDivisionError):
+        raise EngineError("an engine wrote a line of points that cannot be read: " + line[:80]) from None
