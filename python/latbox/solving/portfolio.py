@@ -90,6 +90,12 @@ class Portfolio:
         """The next event is the last one: the answer so far."""
         self._interrupted = True
 
+    def abandon(self) -> None:
+        """Ends the engines and clears away, at once; for whoever ends the process behind it."""
+        self._stop()
+        if self._folder:
+            shutil.rmtree(self._folder, ignore_errors=True)
+
     def events(self) -> Iterator[Event]:
         """Throws LatboxError: ModelError before anything starts, EngineError if no engine can go on."""
         self._folder = tempfile.mkdtemp(prefix="latbox-")
