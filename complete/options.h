@@ -12,6 +12,8 @@ struct Options {
   std::string file;
   // Empty: NAME.all.
   std::string out;
+  // Where others write points that they find; empty: there are none.
+  std::string best;
   bool help = false;
   bool version = false;
   bool all = false;
