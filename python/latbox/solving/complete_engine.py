@@ -57,7 +57,7 @@ class CompleteEngine:
         self.open_columns: list[int] | None = None  # it cannot begin: these columns need bounds
         self._program = os.path.join(folder, "program.opt")
         self._best = os.path.join(folder, "known.sol")
-        self._task = task
+        self._program_has_targets = bool(program.targets)
         with open(self._program, "w", encoding="utf-8", errors="surrogateescape") as file:
             file.write(program.text(notes))
         out = os.path.join(folder, "points.all")
@@ -65,8 +65,10 @@ class CompleteEngine:
         self.process = Process(self._arguments(task, out), folder, memory, log)
 
     def _arguments(self, task: Task, out: str) -> list[str]:
-        options = {"out": out, "threads": task.threads, "seed": task.seed, "resume": 0, "checkpoint": 0}
+        options: dict[str, object] = {"out": out, "threads": task.threads, "seed": task.seed, "resume": 0, "checkpoint": 0}
         options.update({key: 1 for key in ("all", "ties", "first") if getattr(task, key)})
+        if not (task.all or task.first or task.ties) and self._program_has_targets:
+            options["best"] = self._best
         if task.limit:
             options["limit"] = task.limit
         if task.proof:
@@ -107,7 +109,11 @@ class CompleteEngine:
             raise EngineError("latbox-all failed with status %d: %s" % (status, words))
 
     def offer(self, values: list[Fraction]) -> None:
-        """A point of the program that somebody else has found."""
+        """A point of the program that somebody else has found: of use where the best one is wanted."""
+        draft = self._best + ".tmp"
+        with open(draft, "w", encoding="ascii") as file:
+            file.write(points.text_of(values) + "\n")
+        os.replace(draft, self._best)
 
     @property
     def is_over(self) -> bool:
@@ -120,3 +126,8 @@ class CompleteEngine:
         found = self._file.points()
         self.process.stop()
         return found
+
+    def stop(self) -> None:
+        """Its process is gone when this returns."""
+        self.process.stop()
+        self._file.close()

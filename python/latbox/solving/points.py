@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 import re
 from fractions import Fraction
+from typing import BinaryIO
 
 from ..errors import EngineError
 
@@ -36,31 +37,43 @@ def number_text(value: Fraction) -> str:
 
 
 class Follower:
-    """New whole lines of a file that another process appends to, or replaces by a rename."""
+    """New whole lines of a file that another process appends to, or replaces by a rename.
+
+    The file that was read last stays open: while it is, no other one can get its number, by which it is known again.
+    """
 
     def __init__(self, path: str) -> None:
         self.path = path
-        self._file = None
-        self._seen = None
+        self._file: BinaryIO | None = None
         self._offset = 0
 
     def points(self) -> list[list[Fraction]]:
         """The points of lines that have come since the last call; of a file that took another's place, all."""
-        try:
-            state = os.stat(self.path)
-        except FileNotFoundError:
-            return []
-        if self._file != state.st_ino:
-            self._file, self._offset, self._seen = state.st_ino, 0, None
-        if self._seen == (state.st_size, state.st_mtime_ns):
-            return []
-        self._seen = (state.st_size, state.st_mtime_ns)
-        with open(self.path, "rb") as file:
-            file.seek(self._offset)
-            data = file.read()
+        if not self._is_current():
+            self.close()
+            try:
+                self._file = open(self.path, "rb")
+            except FileNotFoundError:
+                return []
+            self._offset = 0
+        self._file.seek(self._offset)
+        data = self._file.read()
         whole = data[: data.rfind(b"\n") + 1]
         self._offset += len(whole)
         return [point(line) for line in whole.decode().splitlines()]
+
+    def _is_current(self) -> bool:
+        if self._file is None:
+            return False
+        try:
+            return os.path.samestat(os.stat(self.path), os.fstat(self._file.fileno()))
+        except FileNotFoundError:
+            return True
+
+    def close(self) -> None:
+        if self._file is not None:
+            self._file.close()
+            self._file = None
 
 
 def point(line: str) -> list[Fraction]:

@@ -194,7 +194,7 @@ class Portfolio:
         """Returns the status, None for a stop without a proof."""
         next_progress = 0.0
         while True:
-            for engine in [*self._searches, *([self._complete] if self._complete else [])]:
+            for engine in self._engines():
                 yield from self._hear(engine)
             yield from self._take_bound()
             status, is_over = self._verdict()
@@ -220,7 +220,7 @@ class Portfolio:
         if self.settings.time is not None:
             tick = max(0.0, min(tick, self.settings.time - self.seconds()))
         with selectors.DefaultSelector() as selector:
-            for engine in [*self._searches, *([self._complete] if self._complete else [])]:
+            for engine in self._engines():
                 for pipe in engine.process.pipes():
                     selector.register(pipe, selectors.EVENT_READ)
             if selector.get_map():
@@ -361,7 +361,8 @@ class Portfolio:
         return hasattr(self, "_statement") and self._statement.on_grid
 
     def _stop(self) -> None:
-        for engine in self._searches:
-            engine.process.stop()
-        if self._complete is not None:
-            self._complete.process.stop()
+        for engine in self._engines():
+            engine.stop()
+
+    def _engines(self) -> list:
+        return [*self._searches, *([self._complete] if self._complete else [])]

@@ -97,3 +97,8 @@ class SearchEngine:
         found = self._points()
         self.process.stop()
         return found
+
+    def stop(self) -> None:
+        """Its process is gone when this returns."""
+        self.process.stop()
+        self._file.close()
