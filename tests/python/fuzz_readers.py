@@ -57,7 +57,7 @@ def seeds() -> list[tuple[str, str]]:
     for name in sorted(os.listdir(MODELS)):
         with open(os.path.join(MODELS, name), encoding="utf-8") as file:
             text = file.read()
-        forms = ("lp",) if name.endswith(".lp") else ("mps", "free-mps", "fixed-mps")
+        forms = ("lp",) if name.endswith(".lp") else ("mps", "free-mps")
         found += [(form, text) for form in forms]
     return found
 

@@ -6,7 +6,7 @@ import support
 import checker
 import harness
 from latbox.errors import ModelError, ReadError
-from latbox.models import name_map, opt_writer, read_text
+from latbox.models import INF, name_map, opt_writer, read_text
 from support import ToolsCase, converted, program_points, reader
 
 LP = """Minimize
@@ -132,6 +132,63 @@ class LpDialectTest(ToolsCase):
         text = "min a*/b\nst\n c: x[1] + a!b <= 1\ngeneral\n x[1] a!b\nend\n".replace("a*/b", "a!b")
         names = [column.name for column in name_map.read_map(converted(reader("lp"), text)).columns]
         self.assertEqual(names, ["a!b", "x[1]"])
+
+
+class KindsTest(ToolsCase):
+    """What the sections say of a variable."""
+
+    def kinds(self, text):
+        return [(v.name, v.integer, v.semi, v.lower, v.upper) for v in read_text(text, "lp").variables]
+
+    def test_kinds_of_variables(self) -> None:
+        text = ("max a + b + c + d + e\nst\n r: a + b + c + d + e <= 9\nbounds\n 2 <= d <= 5\n e <= 7\n b free\n"
+                "generals\n b d\nbinaries\n c\nsemi-continuous\n d e\nend\n")
+        self.assertEqual(self.kinds(text), [("a", False, False, 0, INF), ("b", True, False, -INF, INF),
+                                            ("c", True, False, 0, 1), ("d", True, True, 2, 5), ("e", False, True, 0, 7)])
+        for word in ("semi", "semis", "Semi-Continuous"):
+            self.assertEqual(self.kinds(text.replace("semi-continuous", word))[4], ("e", False, True, 0, 7))
+
+    def test_every_word_of_every_section(self) -> None:
+        for head in ("max", "maximize", "MAXIMISE", "maximum", "min", "Minimize", "minimise", "minimum"):
+            for rows in ("st", "s.t.", "st.", "subject to", "Subject   To", "such that"):
+                for kind in ("general", "generals", "gen", "integer", "integers", "int", "binary", "binaries", "bin"):
+                    for bounds in ("bound", "bounds"):
+                        model = read_text("%s x\n%s\n c: x <= 3\n%s\n x <= 1\n%s\n x\nend\n" %
+                                          (head, rows, bounds, kind), "lp")
+                        self.assertEqual((model.maximise, len(model.rows), model.variables[0].integer),
+                                         (head.lower().startswith("max"), 1, True))
+
+    def test_a_negative_upper_bound_is_noted(self) -> None:
+        model = read_text(LP.replace("x <= 3", "x <= -3"), "lp")
+        self.assertEqual([(note.message, note.place) for note in model.notes],
+                         [("x has a negative upper bound and no lower one: its lower bound is 0, as the form says", (7, 2))])
+        for bound in ("-inf <= x <= -3", "x >= -5\n x <= -3", "x free\n x <= -3", "x = -3", "x <= 3"):
+            self.assertEqual(read_text(LP.replace("x <= 3", bound), "lp").notes, [], bound)
+
+    def test_exact_numbers(self) -> None:
+        text = LP.replace("2 y", "1.00000000000000000001 y").replace("<= 4", "<= 12345678901234567890.5e-3")
+        model = read_text(text, "lp")
+        assert model.objective is not None
+        self.assertEqual(model.objective.coefficients[1], 1 + Fraction(1, 10**20))
+        self.assertEqual(model.rows[0].upper, Fraction("12345678901234567.8905"))
+
+    def test_terms_that_repeat(self) -> None:
+        """Beside the short way that most terms take: variables that stand twice, signs in a row, constants."""
+        for text, value, constant in (("2 x + 3 x", 5, 0), ("x - x", 0, 0), ("- 2 x - - 3 x", 1, 0), ("2 x + 3 - 4 + x", 3, -1),
+                                      ("+ x + 2 x + 3 x", 6, 0), ("1.5 x - 0.5 x + 1e2", 1, 100)):
+            model = read_text("min " + text + "\nst\nend\n", "lp")
+            assert model.objective is not None
+            self.assertEqual((model.objective.coefficients, model.constant), ({0: value}, constant), text)
+
+    def test_what_writers_write(self) -> None:
+        """Names and comments as other programs print them."""
+        text = ("\\* workshop *\\\nMaximize\nOBJ: 3 x_(1,'a') + 2 y[2] - 0.5 z.1#\nSubject To\n_C1: x_(1,'a') + y[2] <= 4\n"
+                "C_5.0_1.0: - z.1# + 2 y[2] >= -1.5\n\nBounds\n x_(1,'a') <= 3\n -inf <= z.1# <= 8\n y[2] free\nGenerals\n"
+                "x_(1,'a')\nz.1#\nEnd\n\n\\* eof *\\\n")
+        model = read_text(text, "lp")
+        self.assertEqual([v.name for v in model.variables], ["x_(1,'a')", "y[2]", "z.1#"])
+        self.assertEqual([(r.name, r.coefficients, r.lower, r.upper) for r in model.rows],
+                         [("_C1", {0: 1, 1: 1}, -INF, 4), ("C_5.0_1.0", {2: -1, 1: 2}, Fraction("-1.5"), INF)])
 
 
 class RefusalTest(ToolsCase):

@@ -1,13 +1,19 @@
 """The reader of MPS models: what it takes, what it refuses and where, and what it does where readers differ."""
 
+import os
+import re
+import unittest
 from fractions import Fraction
 
 import support
 import checker
 import harness
 from latbox.errors import ModelError, ReadError
-from latbox.models import name_map, opt_writer, read_text
+from latbox.models import INF, name_map, opt_writer, read_model, read_text
 from support import ToolsCase, converted, program_points, reader
+
+SAMPLES = "/usr/share/coin/Data/Sample"
+PEER_EXAMPLES = "/usr/share/doc/glpk-utils/examples"
 
 MPS = """NAME T
 ROWS
@@ -210,6 +216,172 @@ class MpsDialectTest(ToolsCase):
         self.assertEqual(program.au[0], [12345678901234567890 + Fraction(1, 2), 0])
         # The greatest value of the row that is not above 2e19.
         self.assertEqual(program.ru[0], 12345678901234567890 + Fraction(1, 2))
+
+
+# The dialects that other readers take: a text, and what is read of it.
+OPEN_MARKER = """* a small problem whose marker stays open
+NAME          open
+ROWS
+ N  R1001
+ L  R1006
+ G  ROWA
+COLUMNS
+    C0        R1001        12.000000
+    SET00001  'MARKER'                 'INTORG'
+    C1045     R1001       155.000000
+    C1045     R1006       161.000000
+    C1047     R1006      -120.000000
+    C1047     ROWA          1.000000
+RHS
+    RHS       R1006        -5.000000
+    RHS       ROWA          0.627000
+BOUNDS
+ BV ONE       C1045         1.000000
+ENDATA
+"""
+# Remarks behind names and values, and names that are left blank where they repeat.
+REMARKS = """* comments with a dollar sign
+NAME          PLAN
+ROWS
+ N  COST      $ Cost                   $
+ G  MIN.BF    $ Butterfat              lbs
+ L  MAX.BF
+COLUMNS
+* Cream (40%)
+    I 1       COST           27.9
+              MIN.BF           .40     $ a remark here
+              MAX.BF           .40
+    I 2       COST           10.3      MIN.BF        .38
+RHS
+    RHS       MIN.BF        100
+              MAX.BF        160
+BOUNDS
+ UP BND       I 1           8.5        $ as much as there is
+ LO           I 2           1.5
+ENDATA
+"""
+SEMI = """NAME T
+ROWS
+ N COST
+ G R1
+COLUMNS
+ A COST 1 R1 1
+ M 'MARKER' 'INTORG'
+ B COST 1 R1 1
+ M 'MARKER' 'INTEND'
+ C COST 1 R1 1
+RHS
+ RHS R1 4
+BOUNDS
+ SC BND A 3.5
+ LO BND B 2
+ SC BND B 9
+ SI BND C 7
+ENDATA
+"""
+
+
+class FieldDialectTest(ToolsCase):
+    """What other readers take of the forms of lines."""
+
+    def kinds(self, model):
+        return [(v.name, v.integer, v.semi, v.lower, v.upper) for v in model.variables]
+
+    def test_a_marker_that_stays_open(self) -> None:
+        model = read_text(OPEN_MARKER, "mps")
+        self.assertEqual(self.kinds(model), [("C0", False, False, 0, INF), ("C1045", True, False, 0, 1),
+                                             ("C1047", True, False, 0, INF)])
+        self.assertEqual([(note.message, note.place) for note in model.notes], [
+            ("marker INTORG without INTEND: all columns behind it are integer", (9, 40)),
+            ("1 integer column(s) without a bound, the first is C1047: taken as 0 to inf (--marker-bounds)", (12, 5))])
+
+    def test_remarks_and_blank_names(self) -> None:
+        for form in ("mps", "fixed-mps"):
+            model = read_text(REMARKS, form)
+            self.assertEqual(self.kinds(model), [("I 1", False, False, 0, Fraction("8.5")),
+                                                 ("I 2", False, False, Fraction("1.5"), INF)])
+            self.assertEqual([(row.name, row.coefficients, row.lower, row.upper) for row in model.rows],
+                             [("MIN.BF", {0: Fraction("0.4"), 1: Fraction("0.38")}, 100, INF),
+                              ("MAX.BF", {0: Fraction("0.4")}, -INF, 160)])
+
+    def test_remarks_in_free_form(self) -> None:
+        text = MPS.replace(" L R1\n", " L R1 $ first\n").replace("Y R2 1\n", "Y R2 1 $ of Y\n")
+        text = text.replace("UP BND X 3", "UP BND X 3 $3").replace("RHS R1 4 R2 1", "RHS R1 4 $ R2 1")
+        model = read_text(text, "free-mps")
+        self.assertEqual([(row.lower, row.upper) for row in model.rows], [(-INF, 4), (0, INF)])
+
+    def test_names_that_begin_like_remarks(self) -> None:
+        """A row or column with just that name is meant, in both forms."""
+        for form, text in (("free-mps", MPS), ("fixed-mps", fixed(MPS))):
+            text = text.replace("R2", "$2").replace("X ", "$X")
+            if form == "free-mps":
+                text = text.replace("$X", "$X ")
+            model = read_text(text, form)
+            self.assertEqual([(row.name, row.coefficients) for row in model.rows], [("R1", {0: 1, 1: 1}), ("$2", {1: 1})])
+            self.assertEqual([variable.upper for variable in model.variables], [3, 3])
+
+    def test_semicontinuous_and_semi_integer_columns(self) -> None:
+        self.assertEqual(self.kinds(read_text(SEMI, "mps")), [
+            ("A", False, True, 0, Fraction("3.5")), ("B", True, True, 2, 9), ("C", True, True, 0, 7)])
+        self.assertEqual(self.kinds(read_text(SEMI.replace("SC BND A 3.5", "SC BND A"), "mps"))[0], ("A", False, True, 0, INF))
+        self.assertEqual(self.kinds(read_text(SEMI.replace("3.5", "1e30"), "mps"))[0], ("A", False, True, 0, INF))
+
+    def test_senses(self) -> None:
+        for head, maximise in (("", False), ("OBJSENSE\n    MAX\n", True), ("OBJSENSE\n    MAXIMIZE\n", True),
+                               ("OBJSENSE MAX\n", True), ("OBJSENSE MIN\n", False), ("OBJSENSE\nMAX\n", True),
+                               ("OBJSENS\n Max\n", True), ("*SENSE:Maximize\n", True), ("*SENSE:Minimize\n", False),
+                               ("* sense: max\n", True), ("*SENSE:Maximize\nOBJSENSE\n MAX\n", True),
+                               ("* the SENSE:Maximize\n", False)):
+            self.assertEqual(read_text(head + MPS, "mps").maximise, maximise, head)
+        self.assertEqual([note.message for note in read_text("*SENSE:Maximize\n" + MPS, "mps").notes],
+                         ["the comment says the sense of the objective: maximise"])
+        # Behind the rows it is a comment like any other.
+        self.assertFalse(read_text(MPS.replace("RHS\n", "*SENSE:Maximize\nRHS\n", 1), "mps").maximise)
+
+    def test_the_name_may_say_free(self) -> None:
+        for head, name in (("NAME T FREE", "T"), ("NAME FREE", ""), ("NAME T U", "T U"), ("NAME FREEDOM", "FREEDOM")):
+            self.assertEqual(read_text(MPS.replace("NAME T", head), "mps").name, name)
+
+    def test_the_error_of_the_form_that_got_further(self) -> None:
+        for text, message in ((REMARKS.replace(".38", ".3.8"), "line 12, column 54: '.3.8' is not a number"),
+                              (MPS.replace("UP BND Y 3", "UP BND Y 3 3 3"),
+                               "line 16: a bound of type UP has a set, a column and a value")):
+            with self.assertRaises(ReadError) as caught:
+                read_text(text, "mps")
+            self.assertEqual(str(caught.exception), message)
+
+    def test_fixed_lines(self) -> None:
+        for old, new, message in (
+                ("    X         COST      1", "    X         COST      1" + " " * 11 + "7",
+                 "line 8, column 37: there is text between the fields of a fixed line"),
+                (" G  R2\n", " G  \n", "line 5, column 5: a row has an empty name"),
+                ("    Y         COST", "              C0ST", "line 9, column 15: unknown row 'C0ST'"),
+                ("    X         COST", "              COST", "line 8, column 5: a variable has an empty name")):
+            text = fixed(MPS)
+            self.assertEqual(text.count(old), 1, old)
+            with self.assertRaises(ReadError) as caught:
+                read_text(text.replace(old, new), "fixed-mps")
+            self.assertEqual(str(caught.exception), message)
+
+
+@unittest.skipUnless(os.path.isdir(SAMPLES) and os.path.isdir(PEER_EXAMPLES), "the samples are not installed")
+class SampleTest(ToolsCase):
+    """Models of other packages, where they are installed: sizes as those packages tell them."""
+
+    def test_all_that_are_linear_are_read(self) -> None:
+        sizes = {"tp3": (3, 3), "tp4": (6, 4), "tp5": (6, 4), "nw460": (9, 2), "p0033": (33, 16), "lseu": (89, 28)}
+        for name, size in sizes.items():
+            model = read_model(os.path.join(SAMPLES, name + ".mps"))
+            self.assertEqual((len(model.variables), len(model.rows)), size, name)
+
+    def test_the_examples_of_the_peer(self) -> None:
+        """Their heads tell rows, with the objective, and columns."""
+        for name in ("alloy", "furnace", "icecream", "murtagh"):
+            path = os.path.join(PEER_EXAMPLES, name + ".mps")
+            with open(path, encoding="utf-8") as file:
+                head = dict(re.findall(r"^\*(ROWS|COLUMNS): +(\d+)", file.read(), re.MULTILINE))
+            model = read_model(path)
+            self.assertEqual((len(model.rows) + 1, len(model.variables)), (int(head["ROWS"]), int(head["COLUMNS"])), name)
 
 
 class RefusalTest(ToolsCase):
