@@ -195,7 +195,7 @@ class _Reader:
     def take_column_name(self, line: Line) -> None:
         """A new column begins unless the name is that of the line before; a blank name (of a fixed line) repeats it."""
         name = line.fields[0]
-        if name == self.column_name or not name and self.column >= 0:
+        if self.column >= 0 and name in (self.column_name, ""):
             return
         try:
             self.column = self.model.add_variable(name, line.place(0))

@@ -1,8 +1,8 @@
 """A data line of an MPS file as its fields, in free or in fixed form.
 
-A field k of the fixed form stands in fixed columns; a field of the free form is a word. In both a `$` where a name would
-stand in field 3 or 5 begins a comment, unless a row or column has just that name: free files have such names, and in the
-fixed form nothing else can be meant. Fields are counted from 0, as they are in `fields`.
+A field of the fixed form stands in fixed columns, one of the free form is a word. In both a `$` where a name would stand
+in field 3 or 5, or behind all fields, begins a comment, unless a row or column has just that name: free files have such
+names, and in the fixed form nothing else can be meant. Fields are counted from 0, as they are in `fields`.
 """
 
 from __future__ import annotations
@@ -15,10 +15,8 @@ from ..errors import Place, ReadError
 # First and last column of the six fields of a fixed line, from 0.
 FIXED_FIELDS = ((1, 3), (4, 12), (14, 22), (24, 36), (39, 47), (49, 61))
 WORD = re.compile(r"\S+")
-# Where a comment may begin, as the fields of the sections are counted: fields 3 and 5.
-COMMENT_FIELDS = {"ROWS": (2, 4), "BOUNDS": (2, 4)}
-OTHER_COMMENT_FIELDS = (1, 3)
-
+# The first field of a free line that may be a comment; in the sections of values it is the second.
+FIRST_COMMENT = {"ROWS": 2, "BOUNDS": 2}
 
 class Line:
     """The fields of a data line: without blanks at the ends, none of them empty but the names of a fixed line."""
@@ -38,7 +36,7 @@ class Line:
         if self._first is not None:
             first, last = FIXED_FIELDS[self._first + k]
             field = self.text[first:last]
-            return Place(self.number, first + len(field) - len(field.lstrip()) + 1)
+            return Place(self.number, first + (len(field) - len(field.lstrip()) if field.strip() else 0) + 1)
         return Place(self.number, [match.start() + 1 for match in WORD.finditer(self.text)][k])
 
     def error(self, message: str, k: int | None = None) -> ReadError:
@@ -48,11 +46,9 @@ class Line:
 def free_line(text: str, number: int, section: str, names: Container[str]) -> Line:
     fields = text.split()
     if "$" in text:
-        for k in COMMENT_FIELDS.get(section, OTHER_COMMENT_FIELDS):
-            # Behind a line whose set is left out the fields are one less: what counts is that a name would stand there.
-            for at in (k, k - 1):
-                if 0 < at < len(fields) and fields[at].startswith("$") and fields[at] not in names:
-                    fields = fields[:at]
+        for k in range(FIRST_COMMENT.get(section, 1), len(fields)):
+            if fields[k].startswith("$") and fields[k] not in names:
+                return Line(text, number, fields[:k])
     return Line(text, number, fields)
 
 
@@ -84,7 +80,10 @@ def _first_between(text: str) -> int:
 
 
 def _without_comment(text: str, names: Container[str]) -> str:
-    for first, last in (FIXED_FIELDS[2], FIXED_FIELDS[4]):
-        if text[first:first + 1] == "$" and text[first:last].strip() not in names:
-            return text[:first].rstrip()
+    """It begins in field 3, or behind field 4."""
+    for at, letter in enumerate(text):
+        if letter == "$" and (at == FIXED_FIELDS[2][0] or at >= FIXED_FIELDS[3][1]) and text[at - 1].isspace():
+            last = next((end for first, end in FIXED_FIELDS if at == first), len(text))
+            if text[at:last].strip() not in names:
+                return text[:at].rstrip()
     return text

@@ -20,7 +20,7 @@ from ..errors import Place, ReadError
 from .model import INF, LONGEST_NUMBER, Bound, Goal, Model, Row, int_of_digits, shown
 
 # A slash directly behind a digit belongs to the number.
-TOKEN = re.compile(r"(?:\s+|//[^\n]*|/\*.*?\*/)*(?P<token>[][=]|/\*|[^\s][^\s\[\]=]*)?", re.DOTALL)
+TOKEN = re.compile(r"(?:\s+|//[^\n]*|/\*.*?\*/)*(?P<token>[][=]|-?inf(?=/[/*])|/\*|[^\s][^\s\[\]=]*)?", re.DOTALL)
 WHOLE = re.compile(r"[+-]?[0-9]+\Z", re.ASCII)
 DECIMAL = re.compile(r"([+-]?)([0-9]*)[.,](0*[1-9][0-9]*)\Z", re.ASCII)
 FRACTION = re.compile(r"([+-]?)(?:([0-9]+):)?([0-9]+)/([0-9]+)\Z", re.ASCII)
