@@ -12,7 +12,7 @@ from dataclasses import dataclass
 from fractions import Fraction
 
 from ..errors import EngineError
-from . import binaries, points
+from . import binaries, exact, points
 from .process import Process
 from .program import Program
 
@@ -67,7 +67,7 @@ class CompleteEngine:
     def _arguments(self, task: Task, out: str) -> list[str]:
         options: dict[str, object] = {"out": out, "threads": task.threads, "seed": task.seed, "resume": 0, "checkpoint": 0}
         options.update({key: 1 for key in ("all", "ties", "first") if getattr(task, key)})
-        if not (task.all or task.first or task.ties) and self._program_has_targets:
+        if not (task.all or task.first or task.ties or task.proof) and self._program_has_targets:
             options["best"] = self._best
         if task.limit:
             options["limit"] = task.limit
@@ -96,7 +96,7 @@ class CompleteEngine:
             share = match["share"]
             self.progress = Progress(float(share) / 100 if share else None, float(match["nodes"]), match["left"])
             if match["least"]:
-                self.least = points.number(match["least"])
+                self.least = exact.number(match["least"])
 
     def _take_end(self, status: int) -> None:
         words = self.process.words.strip()

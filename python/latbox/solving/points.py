@@ -1,39 +1,17 @@
-"""The engines' files of points, followed while they grow or are put in each other's place; and their numbers."""
+"""The engines' files of points, followed while they grow or are put in each other's place."""
 
 from __future__ import annotations
 
 import os
-import re
 from fractions import Fraction
 from typing import BinaryIO
 
 from ..errors import EngineError
-
-NUMBER = re.compile(r"(-?)(?:([0-9]+):)?([0-9]+)/([0-9]+)\Z")
-
-
-def number(text: str) -> Fraction:
-    """5, -1.25, 3/4, -2:1/3 (seven thirds, negative)."""
-    mixed = NUMBER.match(text)
-    if not mixed:
-        return Fraction(text)
-    sign, whole, numerator, denominator = mixed.groups()
-    value = int(whole or 0) + Fraction(int(numerator), int(denominator))
-    return -value if sign else value
-
+from . import exact
 
 def text_of(values: list) -> str:
     """The beginning of a .sol line, which is all that is read of it."""
-    return "[ %s ]" % " ".join(number_text(Fraction(value)) for value in values)
-
-
-def number_text(value: Fraction) -> str:
-    """Fractions as mixed numbers, as the .sol format has them."""
-    whole, rest = divmod(abs(value.numerator), value.denominator)
-    if not rest:
-        return str(value)
-    sign = "-" if value < 0 else ""
-    return sign + ("%d:" % whole if whole else "") + "%d/%d" % (rest, value.denominator)
+    return "[ %s ]" % " ".join(map(exact.mixed, values))
 
 
 class Follower:
@@ -82,6 +60,6 @@ def point(line: str) -> list[Fraction]:
     try:
         if begin != 0 or end < 0:
             raise ValueError
-        return [number(word) for word in line[begin + 1 : end].split()]
+        return [exact.number(word) for word in line[begin + 1 : end].split()]
     except (ValueError, ZeroDivisionError):
         raise EngineError("an engine wrote a line of points that cannot be read: " + line[:80]) from None

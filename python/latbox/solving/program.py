@@ -10,6 +10,7 @@ from fractions import Fraction
 from typing import Union
 
 from ..models.model import INF, Bound
+from . import exact
 
 Number = Union[int, Fraction]
 Terms = dict[int, Number]  # coefficients by column; none of them is 0
@@ -85,7 +86,7 @@ class Program:
         for terms, name in rows:
             cells = ["0"] * len(self.columns)
             for j, a in terms.items():
-                cells[j] = str(a)
+                cells[j] = exact.text(a)
             lines.append("  [ %s ]" % " ".join(cells) + (" // " + comment(name) if name else ""))
         return "\n".join(lines + ["]"])
 
@@ -97,7 +98,7 @@ def vector(values: list) -> str:
 def number_text(value: Bound) -> str:
     if value == INF:
         return "inf"
-    return "-inf" if value == -INF else str(value)
+    return "-inf" if value == -INF else exact.text(value)
 
 
 def comment(name: str) -> str:

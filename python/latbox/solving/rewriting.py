@@ -51,8 +51,9 @@ class Rewriting:
             try:
                 self._rewrite(distances[0], seed)
                 return
-            except Infeasible:
+            except Infeasible as reason:
                 distances.pop(0)
+                reason.is_proven = self.is_exact
                 if self.is_exact or not distances:
                     raise
 

@@ -23,7 +23,9 @@ Point = list[Fraction]
 
 
 class Infeasible(Exception):
-    """No point can satisfy this: the message says what."""
+    """No point can satisfy this: the message says what. Not proven where bounds were made up."""
+
+    is_proven = True
 
 
 class Statement:
@@ -61,6 +63,16 @@ class Statement:
         for j, switch in self._semi:
             values[switch] = Fraction(x[j] != 0)
         return values
+
+    def direction(self, steps: list) -> Point:
+        """As point(), of a difference of two points."""
+        return [Fraction(0) if j in self.fixed else Fraction(steps[self.column_of[j]])
+                for j in range(len(self.model.variables))]
+
+    def names(self, columns: list[int]) -> list[str]:
+        """Of the variables that these columns stand for."""
+        by_column = {column: self.model.variables[j].name for j, column in self.column_of.items()}
+        return [by_column[column] for column in columns if column in by_column]
 
     # ------------------------------------------------------------- variables
 
