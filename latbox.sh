@@ -6,26 +6,28 @@ set -u
 root=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$root/scripts/setup.sh"
 
-programs=latbox
+what=latbox
 case "${1-}" in
-  all)
-    programs=latbox-all
+  all | solve)
+    what=$1
     shift
     ;;
-  solve)
-    programs="latbox latbox-all"
-    shift
-    ;;
+esac
+case $what in
+  latbox) programs=latbox ;;
+  all) programs=latbox-all ;;
+  solve) programs="latbox latbox-all" ;;
 esac
 
 # A tree that was configured before the libraries were there does not know latbox-all: it is configured again.
 prepare() {
   install_packages $(build_packages) || return 1
-  [ "$programs" = latbox ] || install_packages $(complete_packages) || return 1
+  [ $what = latbox ] || install_packages $(complete_packages) || return 1
+  [ $what != solve ] || has_command python3 || install_packages python3 || return 1
   if [ ! -e "$build/build.ninja" ]; then
     note "the first start builds the solver"
     configure || return 1
-  elif [ "$programs" != latbox ] && ! grep -q '^build latbox-all:' "$build/build.ninja"; then
+  elif [ $what != latbox ] && ! grep -q '^build latbox-all:' "$build/build.ninja"; then
     configure || return 1
   fi
   compile $programs
@@ -35,5 +37,5 @@ exclusively prepare || exit 1
 
 # The solver takes this process's place, so that standard input, signals and the exit status are its own, and the
 # working folder is the caller's.
-[ "$programs" != "latbox latbox-all" ] || exec python3 "$root/python/bin/latbox-solve" "$@"
+if [ $what = solve ]; then exec python3 "$root/python/bin/latbox-solve" "$@"; fi
 exec "$build/$programs" "$@"

@@ -6,15 +6,15 @@ import os
 import signal
 import sys
 import time
-from collections.abc import Sequence
-from contextlib import ExitStack
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import ExitStack, contextmanager
 from typing import IO
 
 from ..errors import LatboxError, PlacedError, UsageError, place_text
 from ..models import Model, read_model
 from ..models.sources import shown_name
 from ..solving import statuses
-from ..solving.events import End
+from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
 from . import answer, options as table
 from .json_lines import JsonLines
@@ -36,7 +36,8 @@ class TooLate(BaseException):
 
 def main(arguments: Sequence[str] | None = None) -> int:
     """The exit status; messages stand on standard error."""
-    started = time.monotonic()
+    started = time.monotonic() - age()
+    sys.set_int_max_str_digits(0)  # the numbers of models are exact, and may be long
     try:
         options = table.parse(sys.argv[1:] if arguments is None else arguments)
         if options.help:
@@ -54,9 +55,26 @@ def main(arguments: Sequence[str] | None = None) -> int:
         return fail(os_error_text(error), statuses.FAILURE)
 
 
+def age() -> float:
+    """Seconds since this process began: what Python takes to start and to read the package counts too."""
+    try:
+        with open("/proc/self/stat", encoding="ascii", errors="replace") as file:
+            ticks = int(file.read().rpartition(")")[2].split()[19])
+        seconds = time.clock_gettime(time.CLOCK_BOOTTIME) - ticks / os.sysconf("SC_CLK_TCK")
+    except (OSError, ValueError, IndexError):
+        return time.process_time()
+    return max(0.0, seconds)
+
+
 def say(text: str) -> int:
-    sys.stdout.buffer.write(text.encode("utf-8", "surrogateescape"))
-    sys.stdout.buffer.flush()
+    """To standard output. Throws OSError, which names it."""
+    try:
+        sys.stdout.buffer.write(text.encode("utf-8", "surrogateescape"))
+        sys.stdout.buffer.flush()
+    except OSError as error:
+        # Python would try once more when it ends, and complain.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
+        raise OSError(error.errno, error.strerror, "standard output") from None
     return 0
 
 
@@ -74,13 +92,51 @@ def os_error_text(error: OSError) -> str:
     return where + (error.strerror or str(error))
 
 
+@contextmanager
+def naming(what: str) -> Iterator[None]:
+    """An OSError within gets the option that it comes from as its file's name."""
+    try:
+        yield
+    except OSError as error:
+        raise OSError(error.errno, error.strerror or str(error), what) from None
+
+
+class LogFile:
+    """Lines with their time. Throws OSError, which names it."""
+
+    def __init__(self, path: str, started: float) -> None:
+        self._name = "--log=" + path
+        self._started = started
+        with naming(self._name):
+            self._file = open(path, "w", encoding="utf-8")
+
+    def write(self, line: str) -> None:
+        with naming(self._name):
+            self._file.write("%.3f %s\n" % (time.monotonic() - self._started, line))
+            self._file.flush()
+
+    def close(self) -> None:
+        close_quietly(self._file)
+
+
+def close_quietly(file: IO[str]) -> None:
+    """What could not be written was told when it was written."""
+    try:
+        file.close()
+    except OSError:
+        pass
+
+
 class Command:
+    """One run. Its first signal ends it with the answer so far, a second one at once."""
+
     def __init__(self, options: Options, started: float) -> None:
         self.options = options
         self.started = started
         self.portfolio: Portfolio | None = None
         self.is_launched = False
         self.stops = 0
+        self.display: Display | None = None
 
     def run(self) -> int:
         for number in STOPS:
@@ -104,6 +160,8 @@ class Command:
         """The first one ends it with the answer so far, the second one at once."""
         self.stops += 1
         if self.stops > 1:
+            if self.display is not None:
+                self.display.clear()
             if self.portfolio is not None:
                 self.portfolio.abandon()
             os._exit(128 + number)
@@ -139,51 +197,60 @@ class Command:
         say(text)
         return 0 if well else statuses.FAILURE
 
-    def _settings(self, log: IO[str] | None) -> Settings:
+    def _settings(self, log: LogFile | None) -> Settings:
         options = self.options
-
-        def write(line: str) -> None:
-            log.write("%.3f %s\n" % (time.monotonic() - self.started, line))
-            log.flush()
-
         return Settings(options.engine, options.digits, options.time, options.solutions, options.target, options.gap,
-                        options.seed, options.threads, options.memory, {}, options.proof, write if log else None)
+                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None)
 
     def _solve(self, model: Model) -> End:
-        options = self.options
         with ExitStack() as stack:
-            log = stack.enter_context(open(options.log, "w", encoding="utf-8")) if options.log else None
-            tellers = []
-            if options.json:
-                tellers.append(JsonLines(stack.enter_context(self._json_file()), model, options.model))
-            if not options.quiet:
-                display = Display(sys.stderr, model, shown_name(options.model))
-                stack.callback(display.clear)
-                tellers.append(display)
+            tellers = self._tellers(model, stack)
+            log = LogFile(self.options.log, self.started) if self.options.log else None
+            if log is not None:
+                stack.callback(log.close)
             self.portfolio = Portfolio(model, self._settings(log), self.started)
             events = self.portfolio.events()
             stack.callback(events.close)
             for event in events:
                 self.is_launched = True
-                for teller in tellers:
-                    teller.tell(event)
+                for tell in tellers:
+                    tell(event)
                 if isinstance(event, End):
                     return event
         raise AssertionError("a solution has an end")
 
-    def _json_file(self) -> IO[str]:
-        if self.options.json == "-":
-            return open(os.dup(1), "w", encoding="utf-8")
-        return open(self.options.json, "w", encoding="utf-8")
+    def _tellers(self, model: Model, stack: ExitStack) -> list[Callable[[Event], None]]:
+        """Whoever wants to be told of each event."""
+        options = self.options
+        tellers: list[Callable[[Event], None]] = []
+        if options.json:
+            name = "--json=" + options.json
+            with naming(name):
+                file = open(os.dup(1) if options.json == "-" else options.json, "w", encoding="utf-8")
+            stack.callback(close_quietly, file)
+            lines = JsonLines(file, model, options.model)
+
+            def tell(event: Event) -> None:
+                with naming(name):
+                    lines.tell(event)
+
+            tellers.append(tell)
+        if not options.quiet:
+            self.display = Display(sys.stderr, model, shown_name(options.model))
+            stack.callback(self.display.clear)
+            tellers.append(self.display.tell)
+        return tellers
 
     def _tell(self, model: Model, end: End) -> int:
         options = self.options
         status = statuses.exit_status(end.status, end.x is not None, options.zero_exit)
-        if options.output is not None:
-            answer.write_whole(options.output, answer.output_text(model, end))
         if not options.quiet:
             for note in end.notes:
                 print("note: " + note, file=sys.stderr)
         if options.json != "-":
             say(answer.text(model, end, options.all_values))
+        # Last: where the file cannot be written the answer has been shown.
+        if options.output is not None:
+            with naming("--output=" + options.output):
+                answer.write_whole(options.output, answer.output_text(model, end))
         return status

@@ -12,8 +12,6 @@ from __future__ import annotations
 
 import os
 import selectors
-import shutil
-import tempfile
 import time
 from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
@@ -30,6 +28,7 @@ from .rewriting import Rewriting
 from .search_engine import SearchEngine
 from .statement import Infeasible, Statement
 from .tuning import rank, tuning
+from .work_folder import WorkFolder
 
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
@@ -91,8 +90,7 @@ class Portfolio:
         self.has_objective = checking.has_objective(model)
         self._started = time.monotonic() if started is None else started
         self._interrupted = False
-        self._folder = ""
-        self._runs = 0
+        self._folder: WorkFolder | None = None
         self._complete: CompleteEngine | None = None
         self._rays: CompleteEngine | None = None
         self._searches: list[SearchEngine] = []
@@ -111,12 +109,12 @@ class Portfolio:
     def abandon(self) -> None:
         """Ends the engines and clears away, at once; for whoever ends the process behind it."""
         self._stop()
-        if self._folder:
-            shutil.rmtree(self._folder, ignore_errors=True)
+        if self._folder is not None:
+            self._folder.remove()
 
     def events(self) -> Iterator[Event]:
         """Throws LatboxError: ModelError before anything starts, EngineError if no engine can go on."""
-        self._folder = tempfile.mkdtemp(prefix="latbox-")
+        self._folder = WorkFolder()
         try:
             yield from self._run()
         finally:
@@ -190,12 +188,6 @@ class Portfolio:
 
     # ------------------------------------------------------------- engines
 
-    def _folder_for(self, name: str) -> str:
-        self._runs += 1
-        path = os.path.join(self._folder, "%d-%s" % (self._runs, name))
-        os.mkdir(path)
-        return path
-
     def _first_mode(self) -> Mode:
         if self.settings.solutions == 1:
             return Mode.BEST if self._is_optimising() else Mode.FIRST
@@ -223,7 +215,7 @@ class Portfolio:
         if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
             program = self._with_proof(task, program)
         notes = proof.name_map(self._statement) if task.proof else ""
-        self._complete = CompleteEngine(program, task, self._folder_for("complete"), self._memory, settings.log, notes)
+        self._complete = CompleteEngine(program, task, self._folder.part("complete"), self._memory, settings.log, notes)
 
     def _with_proof(self, task: Task, program: Program) -> Program:
         """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
@@ -236,14 +228,14 @@ class Portfolio:
     def _start_rays(self) -> None:
         program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
         if program is not None:
-            self._rays = CompleteEngine(program, Task(first=True), self._folder_for("rays"), self._memory, self.settings.log)
+            self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
 
     def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
         if rewriting is None:
             return
         letter = LETTERS[min(number, len(LETTERS) - 1)]
         count = 0 if self._is_optimising() else self.settings.solutions
-        self._searches.append(SearchEngine(rewriting, count, letter, self._folder_for("search"), self._memory,
+        self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
                                            self.settings.search_options, self.settings.log))
 
     def _engines(self) -> list:
@@ -372,6 +364,7 @@ class Portfolio:
     def _verdict(self) -> tuple[str | None, bool]:
         """A status that is proven, if one is, and whether it is over."""
         if self._ray is not None and self._has_point():
+            self._notes.clear()  # that nothing bounds it is the answer, no complaint
             return statuses.UNBOUNDED, True
         if self._complete is not None and self._complete.verdict is not None:
             word, rest = self._complete.verdict

@@ -85,10 +85,10 @@ class Statement:
             return
         places = variable.digits
         if not variable.integer:
-            if digits is None:
+            places = variable.digits or digits
+            if places is None:
                 raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
                                  variable.name, variable.place)
-            places = digits
             self.on_grid = True
         step = Fraction(1, 10**places)
         low, high = rounded(low, step, ceil), rounded(high, step, floor)
