@@ -162,7 +162,7 @@ def plot(options: argparse.Namespace) -> None:
     if run.empty():
         raise LatboxError("%s: no report of a run in it; run latbox with --verb=2, or latbox-solve with --json=FILE" %
                           sources.shown_name(options.log))
-    if options.x == "iteration" and not run.iterations.at(math.inf):
+    if options.x == "iteration" and isinstance(run, json_log.Run) and not run.iterations.at(math.inf):
         raise LatboxError("%s: it tells no iterations; leave out --x=iteration" % sources.shown_name(options.log))
     sources.write(options.picture, xml_text(svg(run, options.x)))
 
