@@ -148,7 +148,10 @@ class Command:
             model = self._read()
             if self.options.check is not None:
                 return self._check(model)
-            end = self._solve(model)
+            try:
+                end = self._solve(model)
+            except PlacedError as error:
+                raise error.in_file(shown_name(self.options.model))
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)

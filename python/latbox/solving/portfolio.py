@@ -373,7 +373,7 @@ class Portfolio:
                 return status, status is not None or self._are_through()
         if self.settings.solutions == 1 and self._best is not None:
             objective = self._best[0]
-            if not self._is_optimising() or objective == self._bound:
+            if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
             if self._is_good_enough(objective):
                 return None, True
@@ -484,8 +484,11 @@ class Portfolio:
 
     def _end(self, status: str) -> End:
         self._stop()
-        if self._on_grid and status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
-            status = self._open_status()
+        if self._on_grid:
+            self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" %
+                               self._statement.grid_text())
+            if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
+                status = self._open_status()
         points = self._answer_points()
         objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
         return End(status, points[0] if points else None, objective, None if self._on_grid else self._bound, points,

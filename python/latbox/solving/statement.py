@@ -74,6 +74,12 @@ class Statement:
         by_column = {column: self.model.variables[j].name for j, column in self.column_of.items()}
         return [by_column[column] for column in columns if column in by_column]
 
+    def grid_text(self) -> str:
+        """Of the continuous columns: "2 digits", "1 to 3 digits"."""
+        digits = sorted({self.program.columns[column].digits for j, column in self.column_of.items()
+                         if not self.model.variables[j].integer})
+        return " to ".join(str(d) for d in dict.fromkeys([digits[0], digits[-1]])) + (" digit" if digits == [1] else " digits")
+
     # ------------------------------------------------------------- variables
 
     def _add(self, j: int, variable: Variable, digits: int | None) -> None:
