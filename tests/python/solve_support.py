@@ -83,8 +83,9 @@ class SolveCase(support.ToolsCase):
         os.mkdir(self.path("work"))
 
     def environment(self, **extra: str) -> dict[str, str]:
-        return dict(os.environ, PYTHONDONTWRITEBYTECODE="1", TMPDIR=self.path("work"),
-                    LATBOX_BIN_DIR=os.path.dirname(harness.Settings.binary), **extra)
+        own = {"PYTHONDONTWRITEBYTECODE": "1", "TMPDIR": self.path("work"),
+               "LATBOX_BIN_DIR": os.path.dirname(harness.Settings.binary)}
+        return {**os.environ, **own, **extra}
 
     def solve(self, *arguments: str, stdin: bytes = b"", prepare=None, **extra: str) -> harness.Result:
         done = subprocess.run([sys.executable, COMMAND, *arguments], cwd=self.folder, input=stdin, timeout=harness.LIMIT,

@@ -125,7 +125,7 @@ class AnswerTest(SolveCase):
             self.assert_answer(self.solve("--seed=%d" % seed, "--threads=%d" % (1 + 4 * seed), "m.lp"), 10, objective=44)
 
     def test_the_table_is_what_happens(self) -> None:
-        """Each status of the table is one of the above, and its exit status stands in the task."""
+        """Each status of the table is one of the above, and its exit status stands in the documents."""
         self.assertEqual({(s.name, s.has_point): s.exit_status for s in statuses.TABLE},
                          {("optimal", True): 10, ("all", True): 10, ("feasible", True): 11, ("interrupted", True): 11,
                           ("unknown", False): 12, ("interrupted", False): 12, ("unbounded", True): 13, ("infeasible", False): 20})

@@ -68,9 +68,11 @@ def age() -> float:
 
 def say(text: str) -> int:
     """To standard output. Throws OSError, which names it."""
+    data = text.encode("utf-8", "surrogateescape")
     try:
-        sys.stdout.buffer.write(text.encode("utf-8", "surrogateescape"))
-        sys.stdout.buffer.flush()
+        # An unbuffered stream, which the environment may ask for, writes less than all when a signal comes.
+        while data:
+            data = data[os.write(1, data) :]
     except OSError as error:
         # Python would try once more when it ends, and complain.
         os.dup2(os.open(os.devnull, os.O_WRONLY), 1)

@@ -104,7 +104,7 @@ class CompleteEngine:
             names = words[words.index(OPEN) + len(OPEN) :].split("\n")[0]
             self.open_columns = [int(name.lstrip("x")) - 1 for name in re.findall(r"x[0-9]+", names)]
         elif status < 0:
-            raise EngineError("latbox-all was ended by signal %d %s" % (-status, words))
+            raise EngineError(("latbox-all was ended by signal %d %s" % (-status, words)).strip())
         else:
             raise EngineError("latbox-all failed with status %d: %s" % (status, words))
 
