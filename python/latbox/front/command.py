@@ -37,6 +37,7 @@ class TooLate(BaseException):
 def main(arguments: Sequence[str] | None = None) -> int:
     """The exit status; messages stand on standard error."""
     started = time.monotonic() - age()
+    open_standard_streams()
     sys.set_int_max_str_digits(0)  # the numbers of models are exact, and may be long
     try:
         options = table.parse(sys.argv[1:] if arguments is None else arguments)
@@ -53,6 +54,17 @@ def main(arguments: Sequence[str] | None = None) -> int:
         return fail("out of memory", statuses.FAILURE)
     except OSError as error:
         return fail(os_error_text(error), statuses.FAILURE)
+
+
+def open_standard_streams() -> None:
+    """One that is closed becomes /dev/null: else the next file that is opened would be taken for it."""
+    for number in (0, 1, 2):
+        try:
+            os.fstat(number)
+        except OSError:
+            os.open(os.devnull, os.O_RDWR)
+    if sys.stderr is None:
+        sys.stderr = open(2, "w", encoding="utf-8", errors="replace", closefd=False)
 
 
 def age() -> float:
