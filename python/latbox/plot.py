@@ -71,7 +71,7 @@ def panels_of_log(run: run_log.Run, over: Callable[[Series], list[Point]]) -> li
 
 
 def panels_of_json(run: json_log.Run, over: Callable[[Series], list[Point]]) -> list[Panel]:
-    better = {"min": " (smaller is better)", "max": " (greater is better)"}.get(run.sense, "")
+    better = {"min": " (smaller is better)", "max": " (greater is better)"}.get(run.sense or "", "")
     value = Panel("best value and proven bound" + better if run.bound else "best value" + better)
     value.add("best value", "one", over(run.best))
     value.add("proven bound", "two", over(run.bound))

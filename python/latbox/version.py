@@ -5,6 +5,7 @@ An installation has a file build_info.py with both; a clone has none, and its ve
 
 from __future__ import annotations
 
+import importlib
 import os
 import re
 import subprocess
@@ -14,8 +15,7 @@ ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)),
 
 def version() -> str:
     try:
-        from .build_info import VERSION  # type: ignore[import-not-found]
-        return str(VERSION)
+        return str(importlib.import_module(".build_info", __package__).VERSION)
     except ImportError:
         pass
     try:
@@ -29,8 +29,7 @@ def version() -> str:
 def commit() -> str:
     """The short name of the commit, or `unknown`."""
     try:
-        from .build_info import COMMIT
-        return str(COMMIT)
+        return str(importlib.import_module(".build_info", __package__).COMMIT)
     except ImportError:
         pass
     if not os.path.exists(os.path.join(ROOT, ".git")):

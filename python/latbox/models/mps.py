@@ -14,6 +14,7 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass, replace
 from fractions import Fraction
+from typing import Container
 
 from ..errors import Place, ReadError
 from .model import INF, Bound, Model, Row, bound, number
@@ -98,7 +99,7 @@ class _Reader:
         if text[0] not in " \t":
             self.head(text, place)
         elif self.section in DATA_SECTIONS:
-            names = self.model._positions if self.section == "BOUNDS" else self.rows
+            names: Container[str] = self.model.names() if self.section == "BOUNDS" else self.rows
             getattr(self, "take_" + self.section.lower())(self.line_of(text, place, self.section, names))
         elif self.section in ("OBJSENSE", "OBJSENS"):
             self.sense(text.strip(), _at(text, text.strip(), place))
