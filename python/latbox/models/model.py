@@ -157,7 +157,11 @@ def bound(text: str, place: Place | None = None) -> Bound:
     match = INFINITE.match(text)
     if match:
         return -INF if match[1] == "-" else INF
-    value = number(text, place)
+    return limited(number(text, place))
+
+
+def limited(value: Fraction) -> Bound:
+    """A side or bound as the formats mean it: from 1e20 on it is none."""
     if abs(value) < INFINITE_FROM:
         return value
     return INF if value > 0 else -INF
