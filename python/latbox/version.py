@@ -1,11 +1,13 @@
 """The version of the package, and the commit it was made from.
 
-An installation has a file build_info.py with both; a clone has none, and its version stands in CMakeLists.txt.
+An installation has a file build_info.py with both; a clone has none, and its version stands in CMakeLists.txt; what pip has
+installed is known to importlib.
 """
 
 from __future__ import annotations
 
 import importlib
+import importlib.metadata
 import os
 import re
 import subprocess
@@ -23,7 +25,12 @@ def version() -> str:
             match = re.search(r"project\(latbox VERSION ([0-9.]+)", file.read())
     except OSError:
         match = None
-    return match[1] if match else "unknown"
+    if match:
+        return match[1]
+    try:
+        return importlib.metadata.version("latbox")
+    except importlib.metadata.PackageNotFoundError:
+        return "unknown"
 
 
 def commit() -> str:
