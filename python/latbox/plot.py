@@ -84,7 +84,8 @@ def panels_of_json(run: json_log.Run, over: Callable[[Series], list[Point]]) -> 
     share = Panel("share of the complete search, in percent")
     share.add("share", "one", over(run.share))
     nodes = Panel("nodes of the complete search", whole=True)
-    nodes.add("nodes", "one", over(run.nodes))
+    if any(value != 0 for _, value in run.nodes):
+        nodes.add("nodes", "one", over(run.nodes))
     return [points, value, violated, share, nodes]
 
 
