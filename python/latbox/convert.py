@@ -46,7 +46,7 @@ def _digits(text: str) -> int:
 def convert(options: argparse.Namespace) -> None:
     form = options.format
     if options.mps:
-        if sources.format_of(options.model, form) not in ("mps", options.mps):
+        if (form or sources.format_of_name(options.model)) not in (None, "mps", options.mps):
             raise UsageError("--fixed and --free are for MPS models")
         form = options.mps
     dialect = MpsDialect(marker_bound=INF if options.marker_bounds == "inf" else Fraction(1))

@@ -65,7 +65,7 @@ class InternalError(EngineError):
 
 def place_text(file: str | None, place: Place | None) -> str:
     """`m.lp, line 3, column 7: `, and as much of it as there is."""
-    parts = [file] * bool(file)
+    parts = [file] if file else []
     if place:
         parts.append("line %d" % place.line)
         parts += ["column %d" % place.column] * bool(place.column)

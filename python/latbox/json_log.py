@@ -42,7 +42,8 @@ class Run:
         self.share: Series = []  # in percent
         self.nodes: Series = []
         self.violated: Series = []
-        self.points: Series = []
+        self.points: Series = []  # counted as they are told
+        self.count: float | None = None  # as the end tells
         self.finds: Series = []
         self.events: dict[str, list[float]] = {}
         self.seconds, self.iterations = Clock(), Clock()
@@ -57,8 +58,8 @@ class Run:
             found.append("best %.12g" % self.best[-1][1])
         if self.bound:
             found.append("bound %.12g" % self.bound[-1][1])
-        if self.points:
-            found.append("%d point(s)" % self.points[-1][1])
+        if self.count is not None:
+            found.append("%d point(s)" % self.count)
         return found
 
 
@@ -123,7 +124,9 @@ def _take(run: Run, event: dict[str, Any]) -> None:
             value = number(event.get(key))
             if value is not None:
                 series.append((i, value * factor))
-        run.status = str(event.get("status") or "") if kind == "end" else run.status
+        if kind == "end":
+            run.status = str(event.get("status") or "")
+            run.count = number(event.get("points"))
 
 
 def _take_best(run: Run, i: int, value: float | None) -> None:

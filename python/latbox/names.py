@@ -111,7 +111,7 @@ def as_table(names: NameMap, solutions: list[Solution], nonzero: bool) -> str:
     for count, solution in enumerate(solutions, 1):
         head = "Solution %d" % count
         if names.objective:
-            head += ": %s = %s (%s)" % (names.objective[2] or "objective", decimal(solution.objective),
+            head += ": %s = %s (%s)" % (names.objective[2] or "objective", decimal(solution.objective or Fraction(0)),
                                         "maximise" if names.objective[0] else "minimise")
         lines.append(head + ", found after %d s" % solution.seconds)
         lines += ["  %-*s  %s" % (width, column.name, decimal(value))

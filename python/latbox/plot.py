@@ -71,7 +71,7 @@ def panels_of_log(run: run_log.Run, over: Callable[[Series], list[Point]]) -> li
 
 
 def panels_of_json(run: json_log.Run, over: Callable[[Series], list[Point]]) -> list[Panel]:
-    better = {"min": " (smaller is better)", "max": " (greater is better)"}.get(run.sense, "")
+    better = {"min": " (smaller is better)", "max": " (greater is better)"}.get(run.sense or "", "")
     value = Panel("best value and proven bound" + better if run.bound else "best value" + better)
     value.add("best value", "one", over(run.best))
     value.add("proven bound", "two", over(run.bound))
@@ -84,7 +84,8 @@ def panels_of_json(run: json_log.Run, over: Callable[[Series], list[Point]]) -> 
     share = Panel("share of the complete search, in percent")
     share.add("share", "one", over(run.share))
     nodes = Panel("nodes of the complete search", whole=True)
-    nodes.add("nodes", "one", over(run.nodes))
+    if any(value != 0 for _, value in run.nodes):
+        nodes.add("nodes", "one", over(run.nodes))
     return [points, value, violated, share, nodes]
 
 

@@ -116,9 +116,10 @@ def length(text: str) -> float | None:
     if len(words) < 3 or words[0] != "[" or words[-1] != "]":
         return None
     values = [number(word) for word in words[1:-1]]
-    if any(value is None for value in values):
+    finite = [value for value in values if value is not None]
+    if len(finite) < len(values):
         return None
-    size = math.hypot(*values)
+    size = math.hypot(*finite)
     return size if 0 < size < math.inf else None
 
 
@@ -168,7 +169,7 @@ def _take_times(run: Run, lines: list[str]) -> None:
     told: list[tuple[int, int, str | None]] = []  # line, seconds, target or None
     for i, line in enumerate(lines):
         match = RUNNING_TIME.match(line) or TARGET.match(line)
-        time = seconds(match.group(match.lastindex) or "") if match else None
+        time = seconds(match.group(match.lastindex or 0)) if match else None
         if match and time is not None:
             told.append((i, time, match.group(1) if match.re is TARGET else None))
     following = _following(told)

@@ -33,14 +33,19 @@ def run_tool(parser: Parser, work: Callable[[argparse.Namespace], Any], argument
     except LatboxError as error:
         return _fail(str(error))
     except BrokenPipeError:
-        # Python would complain once more when it flushes at the end.
-        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        _forget_output()
         return 1
     except OSError as error:
+        _forget_output()
         return _fail(str(error))
     except KeyboardInterrupt:
         return 130
     return 0
+
+
+def _forget_output() -> None:
+    """What could not be written is not tried again when Python ends, which would complain and change the status."""
+    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
 
 
 def _fail(message: str) -> int:

@@ -1,10 +1,13 @@
 """The version of the package, and the commit it was made from.
 
-An installation has a file build_info.py with both; a clone has none, and its version stands in CMakeLists.txt.
+An installation has a file build_info.py with both; a clone has none, and its version stands in CMakeLists.txt; what pip has
+installed is known to importlib.
 """
 
 from __future__ import annotations
 
+import importlib
+import importlib.metadata
 import os
 import re
 import subprocess
@@ -14,8 +17,7 @@ ROOT = os.path.normpath(os.path.join(os.path.dirname(os.path.abspath(__file__)),
 
 def version() -> str:
     try:
-        from .build_info import VERSION  # type: ignore[import-not-found]
-        return str(VERSION)
+        return str(importlib.import_module(".build_info", __package__).VERSION)
     except ImportError:
         pass
     try:
@@ -23,14 +25,18 @@ def version() -> str:
             match = re.search(r"project\(latbox VERSION ([0-9.]+)", file.read())
     except OSError:
         match = None
-    return match[1] if match else "unknown"
+    if match:
+        return match[1]
+    try:
+        return importlib.metadata.version("latbox")
+    except importlib.metadata.PackageNotFoundError:
+        return "unknown"
 
 
 def commit() -> str:
     """The short name of the commit, or `unknown`."""
     try:
-        from .build_info import COMMIT
-        return str(COMMIT)
+        return str(importlib.import_module(".build_info", __package__).COMMIT)
     except ImportError:
         pass
     if not os.path.exists(os.path.join(ROOT, ".git")):

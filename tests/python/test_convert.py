@@ -2,10 +2,14 @@
 
 import gzip
 import json
+import os
 import random
 import re
+import resource
 import shutil
+import signal
 import subprocess
+import sys
 import unittest
 from fractions import Fraction
 
@@ -17,7 +21,7 @@ from latbox.errors import PlacedError
 from latbox.models import name_map
 from test_lp import LP
 from test_mps import MPS
-from support import ToolsCase, converted, program_points, reader
+from support import PACKAGE, ToolsCase, converted, program_points, reader
 
 REACH = 4
 
@@ -217,6 +221,12 @@ class EndToEndTest(ToolsCase):
         self.assertEqual(best, Fraction("207.25"))
 
 
+def files_of_at_most(size):
+    """A disk that is full after so many bytes."""
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+
+
 class CommandTest(ToolsCase):
     """Exit status, messages and files of the command."""
 
@@ -255,6 +265,9 @@ class CommandTest(ToolsCase):
         self.write("m.txt", LP)
         known = self.tool("latbox-convert", "m.lp").out
         self.assertEqual(self.tool("latbox-convert", "--format=lp", "m.txt").out, known.replace("m.lp", "m.txt"))
+        self.write("workshop", MPS)
+        self.assertEqual(self.tool("latbox-convert", "--free", "workshop").out,
+                         self.tool("latbox-convert", "--format=mps", "workshop").out)
         piped = self.tool("latbox-convert", "--format=lp", "-", stdin=gzip.compress(LP.encode())).out
         self.assertEqual(piped, known.replace("m.lp", "standard input"))
 
@@ -272,6 +285,33 @@ class CommandTest(ToolsCase):
     def test_numbers_of_ten_thousand_digits(self):
         self.write("m.lp", LP.replace("2 y", "1" * 10000 + " y"))
         self.assertIn(" " + "1" * 10000 + " ", self.tool("latbox-convert", "m.lp").out)
+
+    def test_an_output_that_cannot_be_written(self):
+        """Status 1 and the reason; a file that was there stays as it was."""
+        self.write("m.lp", LP)
+        self.write("m.opt", "old")
+        self.assertEqual(self.tool("latbox-convert", "m.lp", "/dev/full", status=1).err,
+                         "[Errno 28] No space left on device\n")
+        self.assertIn("No such file", self.tool("latbox-convert", "m.lp", "none/m.opt", status=1).err)
+        command = [sys.executable, os.path.join(PACKAGE, "bin", "latbox-convert"), "m.lp"]
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run(command, cwd=self.folder, stdout=full, stderr=subprocess.PIPE, check=False,
+                                  timeout=harness.LIMIT)
+        self.assertEqual((done.returncode, done.stderr), (1, b"[Errno 28] No space left on device\n"))
+        done = subprocess.run(command + ["m.opt"], cwd=self.folder, stderr=subprocess.PIPE, check=False,
+                              timeout=harness.LIMIT, preexec_fn=lambda: files_of_at_most(16))
+        self.assertEqual((done.returncode, done.stderr), (1, b"[Errno 27] File too large\n"))
+        self.assertEqual(self.read("m.opt"), "old")
+        self.assertEqual(sorted(os.listdir(self.folder)), ["m.lp", "m.opt"])
+
+    def test_a_reader_that_goes_away(self):
+        self.write("m.lp", LP)
+        read, write = os.pipe()
+        os.close(read)
+        done = subprocess.run([sys.executable, os.path.join(PACKAGE, "bin", "latbox-convert"), "m.lp"], cwd=self.folder,
+                              stdout=write, stderr=subprocess.PIPE, check=False, timeout=harness.LIMIT)
+        os.close(write)
+        self.assertEqual((done.returncode, done.stderr), (1, b""))
 
     def test_version_and_help(self):
         self.assertRegex(self.tool("latbox-convert", "--version").out, r"^latbox-convert [0-9.]+\n\Z")

@@ -338,6 +338,22 @@ class FieldDialectTest(ToolsCase):
         # Behind the rows it is a comment like any other.
         self.assertFalse(read_text(MPS.replace("RHS\n", "*SENSE:Maximize\nRHS\n", 1), "mps").maximise)
 
+    def test_sides_from_1e20_on_are_none(self) -> None:
+        """As bounds are; a row that is left without a side asks for nothing."""
+        for kind, right, width, sides in (
+                ("L", "1e20", None, None), ("G", "-1e30", None, None), ("L", "-1e20", None, (-INF, -INF)),
+                ("L", "5", "1e20", (-INF, 5)), ("G", "5", "1e30", (5, INF)), ("E", "5", "-1e20", (-INF, 5)),
+                ("E", "5", "1e20", (5, INF)), ("L", "9.9e19", None, (-INF, 99 * 10**18))):
+            text = MPS.replace(" L R1", " %s R1" % kind).replace("RHS R1 4", "RHS R1 " + right)
+            if width:
+                text = text.replace("BOUNDS\n", "RANGES\n RNG R1 %s\nBOUNDS\n" % width)
+            model = read_text(text, "mps")
+            found = [(row.lower, row.upper) for row in model.rows if row.name == "R1"]
+            self.assertEqual((found, model.left_out), ([sides] if sides else [], [] if sides else ["R1"]), text)
+        with self.assertRaises(ReadError) as caught:
+            read_text(MPS.replace(" L R1", " E R1").replace("RHS R1 4", "RHS R1 1e20"), "mps")
+        self.assertEqual(str(caught.exception), "line 4, column 4: row R1 equals an infinity")
+
     def test_the_name_may_say_free(self) -> None:
         for head, name in (("NAME T FREE", "T"), ("NAME FREE", ""), ("NAME T U", "T U"), ("NAME FREEDOM", "FREEDOM")):
             self.assertEqual(read_text(MPS.replace("NAME T", head), "mps").name, name)

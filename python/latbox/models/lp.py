@@ -11,10 +11,10 @@ from fractions import Fraction
 
 from ..errors import Place, ReadError
 from .lp_tokens import READ, Section, sections
-from .model import INF, Bound, Model, Row, Variable, bound, number
+from .model import INF, Bound, Model, Row, Variable, bound, finite, number
 
 MIRRORED = {"<": ">", ">": "<", "=": "="}
-ONE = Fraction(1)
+ZERO, ONE = Fraction(0), Fraction(1)
 
 
 def read_lp(text: str) -> Model:
@@ -83,7 +83,7 @@ class _Reader:
         section.at = at + 3
         return True
 
-    def term(self, row: Row, section: Section) -> Fraction | int:
+    def term(self, row: Row, section: Section) -> Fraction:
         sign = section.sign()
         factor = self.number(section) if section.kind() == "number" else None
         if section.kind() != "name" or section.kind(1) == "colon":
@@ -101,7 +101,7 @@ class _Reader:
         coefficient = factor if sign > 0 else -factor
         known = row.coefficients.get(position)
         row.coefficients[position] = coefficient if known is None else known + coefficient
-        return 0
+        return ZERO
 
     def value(self, section: Section) -> Bound:
         """A signed number or infinity."""
@@ -120,7 +120,7 @@ class _Reader:
         self.model.maximise = section.name == "maximise"
         row = Row(section.label() or "obj", section.place())
         if section.kind() is not None:
-            self.model.constant = Fraction(self.expression(row, section))
+            self.model.constant = self.expression(row, section)
             self.model.objective = row
         if section.kind() is not None:
             section.refuse("a sign or Subject To")
@@ -144,7 +144,7 @@ class _Reader:
         if section.kind() == "arrow":
             section.refuse("a row")
         if left is not None:
-            self.set_side(row, MIRRORED[left[1]], left[0] - constant)
+            self.set_side(row, MIRRORED[left[1]], _moved(left[0], constant))
         if abs(row.lower) == INF and abs(row.upper) == INF and row.lower != row.upper:
             self.model.left_out.append(row.name)
         else:
@@ -170,7 +170,7 @@ class _Reader:
         value = self.value(section)
         if relation == "=" and abs(value) == INF:
             raise ReadError("row %s equals an infinity" % row.name, place)
-        self.set_side(row, relation, value - constant)
+        self.set_side(row, relation, _moved(value, constant))
 
     def set_side(self, of: Row | Variable, relation: str, value: Bound) -> None:
         if relation in ("<", "="):
@@ -238,3 +238,8 @@ class _Reader:
                 self.model.note("%s has a negative upper bound and no lower one: its lower bound is 0, as the form says" %
                                 variable.name, variable.place)
         return self.model
+
+
+def _moved(side: Bound, constant: Fraction) -> Bound:
+    """The side of a row when a constant has gone over to it."""
+    return side if abs(side) == INF else finite(side) - constant

@@ -9,7 +9,7 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass, field
 from fractions import Fraction
-from typing import Union
+from typing import KeysView, Union
 
 from ..errors import Place, ReadError
 
@@ -74,6 +74,12 @@ class Note:
     place: Place | None = None
 
 
+def finite(bound: Bound) -> Fraction:
+    """A bound that is known to be finite, as the Fraction that it is then."""
+    assert isinstance(bound, Fraction)
+    return bound
+
+
 class Model:
     """variables, rows, and what is minimised or maximised:
 
@@ -96,6 +102,10 @@ class Model:
     def position(self, name: str) -> int | None:
         """The position of a variable, or None."""
         return self._positions.get(name)
+
+    def names(self) -> KeysView[str]:
+        """Those of the variables, to look one up."""
+        return self._positions.keys()
 
     def add_variable(self, name: str, place: Place | None = None) -> int:
         """A new variable, continuous from 0 on, and its position."""
@@ -138,7 +148,7 @@ def int_of_digits(text: str) -> int:
     negative = text[0] == "-"
     digits = text.lstrip("+-")
     half = len(digits) // 2
-    value = int_of_digits(digits[:-half]) * 10**half + int_of_digits(digits[-half:])
+    value: int = int_of_digits(digits[:-half]) * 10**half + int_of_digits(digits[-half:])
     return -value if negative else value
 
 
@@ -147,7 +157,11 @@ def bound(text: str, place: Place | None = None) -> Bound:
     match = INFINITE.match(text)
     if match:
         return -INF if match[1] == "-" else INF
-    value = number(text, place)
+    return limited(number(text, place))
+
+
+def limited(value: Fraction) -> Bound:
+    """A side or bound as the formats mean it: from 1e20 on it is none."""
     if abs(value) < INFINITE_FROM:
         return value
     return INF if value > 0 else -INF

@@ -14,9 +14,10 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass, replace
 from fractions import Fraction
+from typing import Container
 
 from ..errors import Place, ReadError
-from .model import INF, Bound, Model, Row, bound, number
+from .model import INF, Bound, Model, Row, bound, limited, number
 from .mps_lines import Line, fixed_line, free_line
 
 SECTIONS = ("NAME", "OBJSENSE", "OBJSENS", "OBJNAME", "ROWS", "COLUMNS", "RHS", "RANGES", "BOUNDS", "ENDATA")
@@ -27,7 +28,7 @@ REFUSED_SECTIONS = {
     "GENCONS": "general constraints", "PWLOBJ": "a piecewise linear objective", "LAZYCONS": "lazy rows",
     "USERCUTS": "user cuts", "SCENARIOS": "scenarios",
 }
-SENSES = {"MAX": True, "MAXIMIZE": True, "MAXIMISE": True, "MIN": False, "MINIMIZE": False, "MINIMISE": False}
+SENSES = {word + end: word == "MAX" for word in ("MAX", "MIN") for end in ("", "IMIZE", "IMISE", "IMUM")}
 SENSE_COMMENT = re.compile(r"\*\s*SENSE\s*:\s*(\w+)\s*\Z", re.IGNORECASE)
 VALUELESS_BOUNDS = ("FR", "MI", "PL", "BV")
 VALUE_BOUNDS = ("UP", "LO", "FX", "UI", "LI", "SC", "SI")
@@ -98,7 +99,7 @@ class _Reader:
         if text[0] not in " \t":
             self.head(text, place)
         elif self.section in DATA_SECTIONS:
-            names = self.model._positions if self.section == "BOUNDS" else self.rows
+            names: Container[str] = self.model.names() if self.section == "BOUNDS" else self.rows
             getattr(self, "take_" + self.section.lower())(self.line_of(text, place, self.section, names))
         elif self.section in ("OBJSENSE", "OBJSENS"):
             self.sense(text.strip(), _at(text, text.strip(), place))
@@ -345,7 +346,10 @@ class _Reader:
                 self.model.left_out.append(name)
             else:
                 self.sides(row)
-                self.model.rows.append(row)
+                if (row.lower, row.upper) == (-INF, INF):
+                    self.model.left_out.append(name)
+                else:
+                    self.model.rows.append(row)
         return self.model
 
     def take_comment_sense(self) -> None:
@@ -378,17 +382,19 @@ class _Reader:
                             (len(bare), bare[0].name, self.dialect.marker_bound), bare[0].place)
 
     def sides(self, row: Row) -> None:
-        right = self.right_sides.get(row.name, Fraction(0))
+        right = limited(self.right_sides.get(row.name, Fraction(0)))
         kind = self.kinds[row.name]
+        if kind == "E" and abs(right) == INF:
+            raise ReadError("row %s equals an infinity" % row.name, row.place)
         row.lower = -INF if kind == "L" else right
         row.upper = INF if kind == "G" else right
-        if row.name not in self.ranges:
+        width = limited(abs(self.ranges.get(row.name, Fraction(0))))
+        if row.name not in self.ranges or abs(right) == INF:
             return
-        width = abs(self.ranges[row.name])
         if kind == "L" or kind == "E" and self.ranges[row.name] < 0:
-            row.lower = right - width
+            row.lower = -INF if width == INF else right - width
         else:
-            row.upper = right + width
+            row.upper = INF if width == INF else right + width
 
 
 def _at(text: str, part: str, line: int) -> Place:

@@ -17,7 +17,7 @@ from fractions import Fraction
 from typing import NamedTuple
 
 from ..errors import Place, ReadError
-from .model import INF, LONGEST_NUMBER, Bound, Goal, Model, Row, int_of_digits, shown
+from .model import INF, LONGEST_NUMBER, Bound, Goal, Model, Row, finite, int_of_digits, shown
 
 # A slash directly behind a digit belongs to the number.
 TOKEN = re.compile(r"(?:\s+|//[^\n]*|/\*.*?\*/)*(?P<token>[][=]|-?inf(?=/[/*])|/\*|[^\s][^\s\[\]=]*)?", re.DOTALL)
@@ -87,6 +87,7 @@ class _Reader:
         """The token that is not taken yet, None at the end of the text."""
         if self.token is None and self.next <= len(self.text):
             match = TOKEN.match(self.text, self.next)
+            assert match  # of anything, if only of nothing
             self.token = match["token"]
             self.at = match.start("token") if self.token is not None else len(self.text)
             if self.token is not None and self.token.startswith("/*"):
@@ -222,7 +223,7 @@ class _Reader:
         variable.lower, variable.upper = low, high
 
     def row(self, name: str, row: Vector, lower: Bound, upper: Bound) -> Row:
-        return Row(name, self.place(row.at), lower, upper, {j: a for j, a in enumerate(row.values) if a})
+        return Row(name, self.place(row.at), lower, upper, {j: finite(a) for j, a in enumerate(row.values) if a})
 
     def inequation(self, i: int, row: Vector, lu: Vector, ru: Vector) -> Row:
         low, high = lu.values[i], ru.values[i]
@@ -236,7 +237,7 @@ class _Reader:
     def targets(self, model: Model, dt: Vector, at: Matrix) -> None:
         rows = [self.row("t%d" % (i + 1), row, -INF, INF) for i, row in enumerate(at.rows)]
         linear = [(row, value == INF) for row, value in zip(rows, dt.values) if abs(value) == INF]
-        model.goals = [Goal(row, value) for row, value in zip(rows, dt.values) if abs(value) != INF]
+        model.goals = [Goal(row, finite(value)) for row, value in zip(rows, dt.values) if abs(value) != INF]
         if not linear:
             return
         if len(linear) == 1 and not model.goals:

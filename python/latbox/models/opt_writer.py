@@ -22,7 +22,7 @@ from typing import Iterable
 
 from ..errors import ModelError
 from . import name_map
-from .model import INF, Bound, Model, Row, Variable
+from .model import INF, Bound, Model, Row, Variable, finite
 
 # Passes over the rows in search of missing bounds. Each bound is found at most once, so this only caps the time.
 GREATEST_PASSES = 100
@@ -74,7 +74,7 @@ class _Program:
             if abs(side) == INF:
                 continue
             terms = {j: sign * a for j, a in row.coefficients.items() if a != 0}
-            found = self.bounds_from_side(terms, sign * side) or found
+            found = self.bounds_from_side(terms, sign * finite(side)) or found
         return found
 
     def bounds_from_side(self, terms: dict[int, Fraction], side: Fraction) -> bool:
@@ -83,9 +83,9 @@ class _Program:
         missing = [j for j, value in least.items() if abs(value) == INF]
         if len(missing) > 1:
             return False
-        rest = side - sum(value for value in least.values() if abs(value) != INF)
+        rest = side - sum((finite(value) for value in least.values() if abs(value) != INF), Fraction(0))
         # With every lesser side finite each term has a greatest value; else only the one that lacks it.
-        return any([self.set_missing(j, terms[j], rest + (0 if missing else least[j]))
+        return any([self.set_missing(j, terms[j], rest + (0 if missing else finite(least[j])))
                     for j in (missing or terms)])
 
     def lesser(self, j: int, a: Fraction) -> Bound:
@@ -135,7 +135,7 @@ class _Program:
         if abs(side) == INF:
             raise ModelError("row %s has one side only, and the bounds of its variables allow no %s value to close it: "
                           "bound the variables, or the row on both sides" % (row.name, word), row.place)
-        return side
+        return finite(side)
 
     def step(self, coefficients: dict[int, Fraction]) -> Fraction:
         """The row takes multiples of this, counted from its value at the offsets; 0 if it has one value only."""
@@ -171,7 +171,8 @@ class _Program:
         equations, inequations = self.equations, self.inequations
         if not target and not equations and not inequations:
             # The format finds the number of variables in the rows, so there must be one.
-            equations = [([Fraction(0)] * len(self.columns), 0, 0, "no rows: every point of the box is feasible")]
+            zero = Fraction(0)
+            equations = [([zero] * len(self.columns), zero, zero, "no rows: every point of the box is feasible")]
         ranges = [_range(low, high) for low, high in zip(self.low, self.high)]
         items = [_vector(["inf" if self.model.maximise else "-inf"] if target else []),
                  _matrix([(row, name) for row, name in target]),
@@ -231,9 +232,9 @@ def _on_grid(variable: Variable, digits: int) -> tuple[Bound, Bound]:
 
 def _column(name: str, low: Bound, high: Bound) -> name_map.Column:
     if low != -INF:
-        return name_map.Column(name, low, 1)
+        return name_map.Column(name, finite(low), 1)
     if high != INF:
-        return name_map.Column(name, high, -1)
+        return name_map.Column(name, finite(high), -1)
     return name_map.Column(name, Fraction(0), 1)
 
 

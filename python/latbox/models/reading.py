@@ -6,13 +6,12 @@ from ..errors import ReadError
 from . import lp, mps, opt, sources
 from .model import Model
 from .mps import MpsDialect
-from .sources import FORMATS
 
 
 def read_model(path: str, form: str | None = None, dialect: MpsDialect = MpsDialect()) -> Model:
     """The model in a file: plain or packed as .gz, .bz2 or .xz; `-` is standard input.
 
-    `form` is one of FORMATS; without it the file's name tells (`-` needs it). Raises a ReadError, with file, line and
+    `form` is one of sources.FORMATS; without it the file's name tells (`-` needs it). Raises a ReadError, with file, line and
     column as far as they are known, or an OSError.
     """
     try:
@@ -23,7 +22,7 @@ def read_model(path: str, form: str | None = None, dialect: MpsDialect = MpsDial
 
 
 def read_text(text: str, form: str, dialect: MpsDialect = MpsDialect()) -> Model:
-    """The model of a text in one of the FORMATS."""
+    """The model of a text in one of sources.FORMATS."""
     if form == "opt":
         return opt.read_opt(text)
     if form == "lp":

@@ -30,20 +30,22 @@ def shown_name(path: str) -> str:
 
 def format_of(path: str, form: str | None = None) -> str:
     """The format that is asked for, or that of the name; a UsageError if there is neither."""
-    if form is not None:
-        if form not in FORMATS:
-            raise UsageError("--format=%s: one of %s is wanted" % (form, ", ".join(FORMATS)))
-        return form
-    if path == "-":
+    found = form or format_of_name(path)
+    if form is not None and form not in FORMATS:
+        raise UsageError("--format=%s: one of %s is wanted" % (form, ", ".join(FORMATS)))
+    if found is None and path == "-":
         raise UsageError("standard input has no name that tells its format: say --format=%s" % "|".join(FORMATS))
-    name = path.lower()
-    for ending in PACKED_ENDINGS:
-        name = name.removesuffix(ending)
-    found = ENDINGS.get(os.path.splitext(name)[1])
     if found is None:
         raise UsageError("%s: its name does not end in .opt, .lp or .mps (or that and .gz, .bz2, .xz): say --format=%s" %
                          (path, "|".join(FORMATS)))
     return found
+
+
+def format_of_name(path: str) -> str | None:
+    name = path.lower()
+    for ending in PACKED_ENDINGS:
+        name = name.removesuffix(ending)
+    return ENDINGS.get(os.path.splitext(name)[1])
 
 
 def read(path: str) -> str:
@@ -74,11 +76,25 @@ def decoded(data: bytes) -> str:
 
 
 def write(path: str | None, text: str) -> None:
-    """The way out: a file, or standard output where there is no path."""
+    """The way out: a file, or standard output where there is no path. A file is there as a whole or as it was before."""
     data = text.encode("utf-8", errors="surrogateescape")
     if path is None or path == "-":
         sys.stdout.buffer.write(data)
         sys.stdout.buffer.flush()
-    else:
+    elif os.path.exists(path) and not os.path.isfile(path):
         with open(path, "wb") as file:
             file.write(data)
+    else:
+        _replace(os.path.realpath(path), data)
+
+
+def _replace(path: str, data: bytes) -> None:
+    beside = "%s.%d.new" % (path, os.getpid())
+    try:
+        with open(beside, "wb") as file:
+            file.write(data)
+        os.replace(beside, path)
+    except BaseException:
+        if os.path.exists(beside):
+            os.remove(beside)
+        raise
