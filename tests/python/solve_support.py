@@ -15,7 +15,7 @@ COMMAND = os.path.join(support.PACKAGE, "bin", "latbox-solve")
 
 KNAPSACK = """\\ five things
 maximize
- obj: 3 x1 + 5 x2 + 7 x3 + 11 x4 + 17 x5 + 4
+ obj: 6 x1 + 9 x2 + 14 x3 + 19 x4 + 35 x5 + 4
 subject to
  cap: 2 x1 + 3 x2 + 4 x3 + 7 x4 + 9 x5 <= 20
 bounds
@@ -28,8 +28,7 @@ general
  x1 x2 x3 x4 x5
 end
 """
-# Its optimum: x4 = -1, x5 = 3, and nothing else.
-KNAPSACK_OPTIMUM = 44
+# Its only optimum is 90, with x4 = -1 and x5 = 3; the next best point has 89.
 
 NO_POINT = "minimize\n obj: x\nsubject to\n c: 3 x + 5 y = 7\nbounds\n x <= 2\n y <= 2\ngeneral\n x y\nend\n"
 UNBOUNDED = "maximize\n obj: x + y\nsubject to\n c: x - 2 y <= 3\nbounds\n x >= 2\ngeneral\n x y\nend\n"

@@ -81,7 +81,7 @@ class JsonTest(SolveCase):
     def test_the_last_line_is_the_answer(self) -> None:
         self.write("m.lp", KNAPSACK)
         end = self.events("m.lp")[-1]
-        self.assertEqual((end["status"], end["objective"], end["values"]["x5"]), ("optimal", 44, 3))
+        self.assertEqual((end["status"], end["objective"], end["values"]["x5"]), ("optimal", 90, 3))
 
 
 class ValueTest(unittest.TestCase):

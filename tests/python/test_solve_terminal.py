@@ -64,7 +64,7 @@ class TerminalTest(SolveCase):
     def test_a_wide_one_shows_more(self) -> None:
         self.write("m.lp", KNAPSACK)
         shown, _, _ = self.on_terminal(200, "--time=4", "--engine=search", "m.lp")
-        self.assertRegex(shown, r"\r\x1b\[K[0-9.]+ s  best 44  iteration [0-9]+")
+        self.assertRegex(shown, r"\r\x1b\[K[0-9.]+ s  best 90  iteration [0-9]+")
 
     def test_finds_stand_in_lines_of_their_own(self) -> None:
         self.write("o.opt", hard_objective())
