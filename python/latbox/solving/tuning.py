@@ -20,6 +20,8 @@ MARKET_SPLIT = Tuning("market split", {"eprune": 0, "beta": 30})
 # One or two equations with large numbers and wide columns.
 OTHER = Tuning("general", {})
 
+TABLE = [MARKET_SPLIT, OTHER]
+
 LEAST_EQUATIONS = 2
 LEAST_FILLED = 0.5
 
