@@ -252,7 +252,7 @@ def exact(name: str, value: Any) -> Fraction:
     if hasattr(value, "item") and not isinstance(value, (int, float, Fraction, Decimal)):
         value = value.item()  # of numpy
     if isinstance(value, float) and math.isfinite(value):
-        return Fraction(repr(value))
+        return Fraction(float.__repr__(value))
     if isinstance(value, (int, Fraction)) or (isinstance(value, Decimal) and value.is_finite()):
         return Fraction(value)
     raise UsageError("%s: %r is not a number" % (name, value))
