@@ -274,7 +274,12 @@ class Solver {
       if (!minimise(improving, slack, bests)) return Outcome::STOPPED;
       bests = withRows(bests, slack.conditions(slack.valueOf(norms)));
     }
-    if (task_.known) task_.known->end();
+    if (task_.known) {
+      // What others have found was not to be foreseen either: the point at hand is as good as the canonical
+      // one.
+      task_.known->end();
+      if (!task_.ties) return Outcome::COMPLETE;
+    }
     return task_.ties ? listTies(*improving.best(), bests) : tellCanonical(*improving.best(), bests);
   }
 
