@@ -394,8 +394,8 @@ def plain_lp(model: Model) -> str:
         if row.lower == row.upper:
             lines.append("r%d: %s = %s" % (i, terms(row), decimal(row.lower)))
             continue
-        lines += ["l%d: %s >= %s" % (i, terms(row), decimal(row.lower))] * (row.lower != -INF)
-        lines += ["u%d: %s <= %s" % (i, terms(row), decimal(row.upper))] * (row.upper != INF)
+        lines += ["%s%d: %s %s %s" % (name, i, terms(row), relation, decimal(side))
+                  for name, relation, side in (("l", ">=", row.lower), ("u", "<=", row.upper)) if abs(side) != INF]
     lines.append("Bounds")
     lines += ["%s <= v%d <= %s" % ("-inf" if v.lower == -INF else decimal(v.lower), j,
                                    "+inf" if v.upper == INF else decimal(v.upper)) for j, v in enumerate(model.variables)]
