@@ -31,8 +31,8 @@ def parser() -> Parser:
     form.add_argument("--fixed", dest="mps", action="store_const", const="fixed-mps",
                       help="MPS: fields by their columns; names may hold blanks")
     form.add_argument("--free", dest="mps", action="store_const", const="free-mps", help="MPS: fields by blanks")
-    found.add_argument("--marker-bounds", choices=("inf", "1"), default="inf",
-                       help="MPS: upper bound of integer columns that have no bound at all; default inf")
+    found.add_argument("--marker-bounds", choices=("inf", "1"), default="1",
+                       help="MPS: upper bound of integer columns that have no bound at all; default 1")
     return found
 
 

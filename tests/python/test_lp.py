@@ -29,6 +29,8 @@ NOT_READ: tuple[tuple[str, str, str], ...] = (
     ("End\n", "End\n x\n", "line 12, column 2: there is text behind End"),
     ("x + 2 y", "x + [ y ^ 2 ] / 2", "line 2, column 12: quadratic terms are not read"),
     ("x + 2 y", "x + y ^ 2", "line 2, column 14: quadratic terms are not read"),
+    ("x + 2 y", "x + 2 y + Inf", "line 2, column 18: an infinity is no term"),
+    ("c2: y >= 1", "c2: 0 <= y - 2 infinity", "line 5, column 17: an infinity is no term"),
     ("x + 2 y", "x + 2 3 y", "line 2, column 14: expected a sign or Subject To, found 3"),
     ("x + 2 y", "x + 2 y +", "line 2, column 16: expected a term, found the end of the section"),
     ("x + 2 y", "x + 1e99999999 y", "line 2, column 12: the exponent of '1e99999999' is beyond 4000"),

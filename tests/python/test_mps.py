@@ -2,6 +2,8 @@
 
 import os
 import re
+import shutil
+import subprocess
 import unittest
 from fractions import Fraction
 
@@ -9,7 +11,8 @@ import support
 import checker
 import harness
 from latbox.errors import ModelError, ReadError
-from latbox.models import INF, name_map, opt_writer, read_model, read_text
+from latbox.models import INF, Model, Row, name_map, opt_writer, read_model, read_text
+from latbox.names import decimal
 from support import ToolsCase, converted, program_points, reader
 
 SAMPLES = "/usr/share/coin/Data/Sample"
@@ -290,10 +293,10 @@ class FieldDialectTest(ToolsCase):
     def test_a_marker_that_stays_open(self) -> None:
         model = read_text(OPEN_MARKER, "mps")
         self.assertEqual(self.kinds(model), [("C0", False, False, 0, INF), ("C1045", True, False, 0, 1),
-                                             ("C1047", True, False, 0, INF)])
+                                             ("C1047", True, False, 0, 1)])
         self.assertEqual([(note.message, note.place) for note in model.notes], [
             ("marker INTORG without INTEND: all columns behind it are integer", (9, 40)),
-            ("1 integer column(s) without a bound, the first is C1047: taken as 0 to inf (--marker-bounds)", (12, 5))])
+            ("1 integer column(s) without a bound, the first is C1047: taken as 0 to 1 (--marker-bounds)", (12, 5))])
 
     def test_remarks_and_blank_names(self) -> None:
         for form in ("mps", "fixed-mps"):
@@ -380,6 +383,26 @@ class FieldDialectTest(ToolsCase):
             self.assertEqual(str(caught.exception), message)
 
 
+def plain_lp(model: Model) -> str:
+    """A model without constant as LP text: every row once for each side, every bound, names by number."""
+
+    def terms(row):
+        return " ".join("%s %s v%d\n" % ("-" if a < 0 else "+", decimal(abs(a)), j) for j, a in row.coefficients.items()) or "0 v0"
+
+    lines = ["Maximize" if model.maximise else "Minimize", "o: " + terms(model.objective or Row("o")), "Subject To"]
+    for i, row in enumerate(model.rows):
+        if row.lower == row.upper:
+            lines.append("r%d: %s = %s" % (i, terms(row), decimal(row.lower)))
+            continue
+        lines += ["%s%d: %s %s %s" % (name, i, terms(row), relation, decimal(side))
+                  for name, relation, side in (("l", ">=", row.lower), ("u", "<=", row.upper)) if abs(side) != INF]
+    lines.append("Bounds")
+    lines += ["%s <= v%d <= %s" % ("-inf" if v.lower == -INF else decimal(v.lower), j,
+                                   "+inf" if v.upper == INF else decimal(v.upper)) for j, v in enumerate(model.variables)]
+    lines += ["Generals"] + ["v%d" % j for j, v in enumerate(model.variables) if v.integer]
+    return "\n".join(lines + ["End"]) + "\n"
+
+
 @unittest.skipUnless(os.path.isdir(SAMPLES) and os.path.isdir(PEER_EXAMPLES), "the samples are not installed")
 class SampleTest(ToolsCase):
     """Models of other packages, where they are installed: sizes as those packages tell them."""
@@ -389,6 +412,22 @@ class SampleTest(ToolsCase):
         for name, size in sizes.items():
             model = read_model(os.path.join(SAMPLES, name + ".mps"))
             self.assertEqual((len(model.variables), len(model.rows)), size, name)
+
+    @unittest.skipUnless(shutil.which("glpsol"), "glpsol is not installed")
+    def test_another_reader_finds_the_same_in_them(self) -> None:
+        """What was read, written down again in the plainest form, has the optimum that the peer finds in the file itself."""
+        for folder, names in ((SAMPLES, ("tp3", "tp4", "tp5", "nw460", "p0033", "exmip1", "afiro", "brandy", "finnis", "pack1")),
+                              (PEER_EXAMPLES, ("alloy", "furnace", "icecream", "plan", "samp1", "samp2"))):
+            for name in names:
+                path = os.path.join(folder, name + ".mps")
+                self.write("again.lp", plain_lp(read_model(path)))
+                self.assertEqual(self.optimum("--lp", "again.lp"), self.optimum("--mps", path), name)
+
+    def optimum(self, *arguments: str) -> tuple[str, str]:
+        subprocess.run(["glpsol", *arguments, "-o", "out"], cwd=self.folder, check=True, stdout=subprocess.PIPE,
+                       timeout=harness.LIMIT)
+        found = [re.search(pattern, self.read("out"), re.MULTILINE) for pattern in (r"^Status: +(.*)$", r"^Objective: .* = (\S+)")]
+        return tuple(match.group(1) for match in found if match)
 
     def test_the_examples_of_the_peer(self) -> None:
         """Their heads tell rows, with the objective, and columns."""

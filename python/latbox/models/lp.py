@@ -93,6 +93,8 @@ class _Reader:
         name = section.text()
         position = self.model.position(name)
         if position is None:
+            if section.at_infinity():
+                raise ReadError("an infinity is no term", section.place())
             position = self.model.add_variable(name, section.place())
         section.at += 1
         if section.text() == "^":

@@ -39,10 +39,10 @@ LINES = {"free-mps": free_line, "fixed-mps": fixed_line}
 @dataclass(frozen=True)
 class MpsDialect:
     """`form` is mps (either), free-mps or fixed-mps; `marker_bound` the upper bound of an integer column between markers
-    that has none of its own: INF, or 1 as the oldest readers had it."""
+    that has no bound at all: 1, as the oldest readers had it and most have, or INF."""
 
     form: str = "mps"
-    marker_bound: Bound = INF
+    marker_bound: Bound = Fraction(1)
 
     def in_form(self, form: str) -> MpsDialect:
         return replace(self, form=form)
