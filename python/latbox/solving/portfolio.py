@@ -38,6 +38,8 @@ BETWEEN_PROGRESS = 0.2
 # What a list of points may take to be written out once its engine is told to end.
 PATIENCE = 0.15
 LETTERS = "STUVWXYZ"
+# Seconds until a search that lags behind begins anew, which costs it its basis; each time twice as long.
+FIRST_RENEWAL = 2.0
 # One process of the search for so many threads.
 THREADS_A_SEARCH = 4
 
@@ -99,6 +101,8 @@ class Portfolio:
         self._good = 0  # of them, so many are proven to be the best ones
         self._bound: Fraction | None = None
         self._ray: Point | None = None
+        self._renewal = FIRST_RENEWAL
+        self._next_renewal = FIRST_RENEWAL
         self._on_grid = False
         self._notes: list[str] = []
 
@@ -256,6 +260,7 @@ class Portfolio:
                     yield from self._hear(engine)
             self._hear_of_rays()
             yield from self._take_bound()
+            self._renew_searches()
             status, is_over = self._verdict()
             if is_over:
                 return status
@@ -285,6 +290,34 @@ class Portfolio:
             return
         for values in found:
             yield from self._take(values, engine.letter)
+            if isinstance(engine, SearchEngine) and self._is_optimising():
+                norm = self._norm_of(values)
+                engine.best = norm if engine.best is None else min(engine.best, norm)
+
+    def _norm_of(self, values: list[Fraction]) -> Fraction:
+        return self._statement.norm(checking.objective_of(self.model, self._statement.point(values)))
+
+    def _renew_searches(self) -> None:
+        """A search that lags behind the best point begins anew, with a row that asks for better ones."""
+        if self._best is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+            return
+        limit = self._statement.norm(self._best[0])
+        lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
+        if not lagging:
+            return
+        self._next_renewal = self.seconds() + self._renewal
+        self._renewal *= 2
+        for engine in lagging:
+            number = self._searches.index(engine)
+            engine.stop()
+            self._searches.remove(engine)
+            try:
+                rewriting = Rewriting(self._program, limit, self.settings.seed + LETTERS.index(engine.letter))
+            except Infeasible:
+                continue  # there may be none: the complete engine will say so
+            if rewriting.program.columns:
+                self._start_search(LETTERS.index(engine.letter), rewriting)
+                self._searches.insert(number, self._searches.pop())
 
     def _hear_of_rays(self) -> None:
         if self._rays is None:

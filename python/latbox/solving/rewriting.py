@@ -45,7 +45,7 @@ class Rewriting:
         """With a `limit`, points with a target norm below it are wanted. Throws Infeasible: proven only if is_exact."""
         self.is_exact = True
         self._source = program
-        self._limit = limit
+        self.limit = limit
         distances = FAR[:]
         while True:
             try:
@@ -113,10 +113,10 @@ class Rewriting:
                     self._objective[j] = self._objective.get(j, Fraction(0)) + Fraction(sign * a, scale)
             else:
                 self._take_goal(terms, scale, Fraction(target.wanted))
-        if self._limit is not None and self._objective:
+        if self.limit is not None and self._objective:
             scale = math.lcm(1, *(a.denominator for a in self._objective.values()))
             terms = {j: int(a * scale) for j, a in self._objective.items() if a}
-            self._rows.append(_Row(terms, None, math.ceil(self._limit * scale) - 1, "better than what is known"))
+            self._rows.append(_Row(terms, None, math.ceil(self.limit * scale) - 1, "better than what is known"))
 
     def _take_goal(self, terms: dict[int, int], scale: int, wanted: Fraction) -> None:
         more = wanted.denominator // math.gcd(wanted.denominator, scale)

@@ -38,6 +38,8 @@ class SearchEngine:
         self.letter = letter
         self.progress = Progress()
         self.failure: str | None = None
+        # Of the target norm: what it has found, or was told to stay below.
+        self.best: Fraction | None = rewriting.limit
         self.is_over = False
         self._rewriting = rewriting
         self._seen: set[str] = set()
