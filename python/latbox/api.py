@@ -39,13 +39,13 @@ Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
 
 
-class Point(tuple):
+class Point(tuple[Number, ...]):
     """The values of all variables in the order of the model, ints and Fractions; also by name: point["x1"]."""
 
     names: tuple[str, ...]
 
     def __new__(cls, values: Sequence[Fraction], names: tuple[str, ...]) -> Point:
-        point = super().__new__(cls, map(plain, values))
+        point = super().__new__(cls, [plain(value) for value in values])
         point.names = names
         return point
 
@@ -57,7 +57,7 @@ class Point(tuple):
                 raise KeyError(key) from None
         return super().__getitem__(key)
 
-    def __getnewargs__(self) -> tuple:
+    def __getnewargs__(self) -> tuple[Any, ...]:
         return tuple(self), self.names
 
     def __repr__(self) -> str:
@@ -82,7 +82,7 @@ class Result:
     objective: Number | None
     bound: Number | None
     x: Any
-    points: list
+    points: list[Any]
     ray: Any = None
     seconds: float = 0.0
     notes: list[str] = field(default_factory=list)
@@ -155,7 +155,7 @@ class Model:
                       None if end.ray is None else self._wrap(Point(end.ray, self._names)), end.seconds, end.notes)
 
 
-def read(path: str | os.PathLike, format: str | None = None) -> Model:
+def read(path: str | os.PathLike[str], format: str | None = None) -> Model:
     """The model of a file: .opt, CPLEX LP, fixed or free MPS, also packed as .gz, .bz2, .xz; "-" is standard input.
 
     format: "opt", "lp", "mps", "fixed-mps", "free-mps" where the name does not tell. Raises ReadError (with file, line, column),
@@ -164,7 +164,7 @@ def read(path: str | os.PathLike, format: str | None = None) -> Model:
     return Model(models.read_model(os.fspath(path), format))
 
 
-def solve(A: Sequence, b: Sequence, lower: Any, upper: Any, objective: Sequence | None = None, sense: str = "min",
+def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
           digits: int | Sequence[int] = 0, time: float | None = None, **settings: Any) -> Result:
     """Finds whole x with A x = b and lower <= x <= upper, the best one if there is an objective.
 
@@ -182,7 +182,7 @@ def solve(A: Sequence, b: Sequence, lower: Any, upper: Any, objective: Sequence 
     return matrix_model(A, b, lower, upper, objective, sense, digits).solve(time=time, **settings)
 
 
-def matrix_model(A: Sequence, b: Sequence, lower: Any, upper: Any, objective: Sequence | None = None, sense: str = "min",
+def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
                  digits: int | Sequence[int] = 0) -> Model:
     """The model that solve() solves, for its solutions(), say. Variables are named x1, x2, ..., rows r1, r2, ..."""
     if sense not in ("min", "max"):
@@ -273,13 +273,13 @@ def count(value: Any) -> int:
     return len(value) if hasattr(value, "__len__") else 0
 
 
-def listed(name: str, value: Any) -> list:
+def listed(name: str, value: Any) -> list[Any]:
     if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
         raise UsageError("%s: a sequence is wanted" % name)
     return list(value)
 
 
-def spread(name: str, value: Any, n: int) -> list:
+def spread(name: str, value: Any, n: int) -> list[Any]:
     """One entry for each variable."""
     if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
         return [value] * n
@@ -289,7 +289,7 @@ def spread(name: str, value: Any, n: int) -> list:
     return entries
 
 
-def sparse(name: str, entries: Sequence) -> dict[int, Fraction]:
+def sparse(name: str, entries: Sequence[Any]) -> dict[int, Fraction]:
     values = ((j, exact(name, value)) for j, value in enumerate(entries))
     return {j: value for j, value in values if value}
 
@@ -300,7 +300,7 @@ def is_array(value: Any) -> bool:
 
 def as_array(point: Point) -> Any:
     """int64 where all values fit, objects else."""
-    import numpy
+    import numpy  # type: ignore[import]
 
     fits = all(isinstance(value, int) and abs(value) < 2**63 for value in point)
     return numpy.array(list(point), dtype=numpy.int64 if fits else object)

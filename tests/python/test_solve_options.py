@@ -69,6 +69,9 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(set(GOOD), set(BAD))
         self.assertEqual({option.name for option in options.TABLE if not option.value}, SWITCHES)
 
+    def test_each_option_has_its_attribute(self) -> None:
+        self.assertEqual({option.key for option in options.TABLE} | {"model"}, set(vars(options.Options())))
+
     def test_good_values_in_both_forms(self) -> None:
         for name, values in GOOD.items():
             for text, value in values.items():

@@ -97,7 +97,6 @@ class Option:
     value: str  # what stands for the value in the usage; "" for a switch
     take: Callable[[str], Any] | None
     text: str
-    default: Any = None
 
     @property
     def key(self) -> str:
@@ -106,19 +105,19 @@ class Option:
 
 TABLE = [
     Option("time", "T", take_time, "End after T seconds with the answer so far; 0.5, 2m, 1h are times too."),
-    Option("solutions", "N|all", take_solutions, "So many points instead of one: with an objective the N best.", 1),
+    Option("solutions", "N|all", take_solutions, "So many points instead of one: with an objective the N best."),
     Option("target", "V", take_number, "End when the objective is as good as V."),
     Option("gap", "V|V%", take_gap, "End when the objective is within V of the proven bound, or V% of max(1, |objective|)."),
     Option("engine", "NAME", take_choice(AUTO, SEARCH, COMPLETE),
-           "auto: both engines side by side; search, complete: one alone.", AUTO),
+           "auto: both engines side by side; search, complete: one alone."),
     Option("digits", "N", take_whole(0, MOST_DIGITS, "a number of digits from 0 to 18 is wanted"),
            "Continuous columns take decimals of N digits; without it they are refused."),
     Option("format", "NAME", take_choice(*FORMATS), "The format of the model: opt, lp, mps (fixed or free), fixed-mps, free-mps; "
                                                     "else its name tells."),
     Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
-           "Threads of all engines together; else one for each processor.", 0),
+           "Threads of all engines together; else one for each processor."),
     Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
-           "Put columns and rows in another order for the search.", 0),
+           "Put columns and rows in another order for the search."),
     Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
     Option("output", "FILE", take_path, "Write the values of all variables, one `name = p/q` a line."),
     Option("check", "FILE", take_path, "Solve nothing; check the points of a file that --output wrote."),
@@ -126,22 +125,41 @@ TABLE = [
     Option("json", "FILE", take_path, "Write what happens as JSON, an event a line; - is standard output, in place of the answer."),
     Option("log", "FILE", take_path, "Write what the engines print, line by line, with times."),
     Option("options", "FILE", take_path, "Take options from a file, one key=value a line; the command line goes before it."),
-    Option("all-values", "", None, "Show the values that are 0 too.", False),
-    Option("quiet", "", None, "Show the answer alone.", False),
-    Option("zero-exit", "", None, "Exit status 0 for every answer.", False),
-    Option("help", "", None, "Show this text.", False),
-    Option("version", "", None, "Show the version, its commit, and the engines.", False),
+    Option("all-values", "", None, "Show the values that are 0 too."),
+    Option("quiet", "", None, "Show the answer alone."),
+    Option("zero-exit", "", None, "Exit status 0 for every answer."),
+    Option("help", "", None, "Show this text."),
+    Option("version", "", None, "Show the version, its commit, and the engines."),
 ]
 BY_NAME = {option.name: option for option in TABLE}
 
 
+@dataclass
 class Options:
     """An attribute for each option of the table, `-` being `_`, and `model`."""
 
-    def __init__(self) -> None:
-        self.model = ""
-        for option in TABLE:
-            setattr(self, option.key, option.default)
+    model: str = ""
+    time: float | None = None
+    solutions: int = 1
+    target: Fraction | None = None
+    gap: Gap | None = None
+    engine: str = AUTO
+    digits: int | None = None
+    format: str | None = None
+    threads: int = 0  # one for each processor
+    seed: int = 0
+    memory: int | None = None
+    output: str | None = None
+    check: str | None = None
+    proof: str | None = None
+    json: str | None = None
+    log: str | None = None
+    options: str | None = None
+    all_values: bool = False
+    quiet: bool = False
+    zero_exit: bool = False
+    help: bool = False
+    version: bool = False
 
 
 def parse(arguments: Sequence[str]) -> Options:

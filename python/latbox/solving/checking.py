@@ -4,7 +4,8 @@ from __future__ import annotations
 
 from fractions import Fraction
 
-from ..models.model import Model, Row
+from ..models.model import INF, Bound, Model, Row
+from . import exact
 
 Point = list[Fraction]
 
@@ -17,14 +18,18 @@ def fault(model: Model, x: Point) -> str | None:
         if variable.semi and value == 0:
             continue
         if variable.integer and (value / variable.step).denominator != 1:
-            return "%s = %s is not a multiple of %s" % (variable.name, value, variable.step)
+            return "%s = %s is not a multiple of %s" % (variable.name, exact.text(value), exact.text(variable.step))
         if not variable.lower <= value <= variable.upper:
-            return "%s = %s is outside %s .. %s" % (variable.name, value, variable.lower, variable.upper)
+            return "%s = %s is outside %s .. %s" % (variable.name, exact.text(value), shown(variable.lower), shown(variable.upper))
     for row in model.rows:
         value = value_of(row, x)
         if not row.lower <= value <= row.upper:
-            return "row %s is %s, and its sides are %s and %s" % (row.name, value, row.lower, row.upper)
+            return "row %s is %s, and its sides are %s and %s" % (row.name, exact.text(value), shown(row.lower), shown(row.upper))
     return None
+
+
+def shown(end: Bound) -> str:
+    return str(end) if abs(end) == INF else exact.text(Fraction(end))
 
 
 def value_of(row: Row, x: Point) -> Fraction:
@@ -55,11 +60,11 @@ def ray_fault(model: Model, ray: list[Fraction]) -> str | None:
     for variable, step in zip(model.variables, ray):
         if variable.integer and (step / variable.step).denominator != 1:
             return "%s does not go in steps of its grid" % variable.name
-        if (step < 0 and variable.lower != -float("inf")) or (step > 0 and variable.upper != float("inf")):
+        if (step < 0 and variable.lower != -INF) or (step > 0 and variable.upper != INF):
             return "%s meets its bound" % variable.name
     for row in model.rows:
         step = value_of(row, ray)
-        if (step < 0 and row.lower != -float("inf")) or (step > 0 and row.upper != float("inf")):
+        if (step < 0 and row.lower != -INF) or (step > 0 and row.upper != INF):
             return "row %s meets its side" % row.name
     gain = value_of(model.objective, ray) if model.objective is not None else Fraction(0)
     gain = gain if model.maximise else -gain

@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import os
 import re
+from collections.abc import Callable
 from dataclasses import dataclass
 from fractions import Fraction
 
@@ -49,7 +50,7 @@ class CompleteEngine:
 
     letter = "C"
 
-    def __init__(self, program: Program, task: Task, folder: str, memory: int | None = None, log=None,
+    def __init__(self, program: Program, task: Task, folder: str, memory: int | None = None, log: Callable[[str], None] | None = None,
                  notes: str = "") -> None:
         self.progress = Progress()
         self.least: Fraction | None = None  # no target norm is below it: proven

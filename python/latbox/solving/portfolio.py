@@ -13,7 +13,7 @@ from __future__ import annotations
 import os
 import selectors
 import time
-from collections.abc import Callable, Iterator
+from collections.abc import Callable, Generator, Iterator
 from dataclasses import dataclass, field
 from enum import Enum
 from fractions import Fraction
@@ -97,7 +97,7 @@ class Portfolio:
         self._rays: CompleteEngine | None = None
         self._searches: list[SearchEngine] = []
         self._best: tuple[Fraction | None, Point] | None = None
-        self._points: dict[tuple, Point] = {}  # where more than one is wanted
+        self._points: dict[tuple[Fraction, ...], Point] = {}  # where more than one is wanted
         self._good = 0  # of them, so many are proven to be the best ones
         self._bound: Fraction | None = None
         self._ray: Point | None = None
@@ -116,7 +116,7 @@ class Portfolio:
         if self._folder is not None:
             self._folder.remove()
 
-    def events(self) -> Iterator[Event]:
+    def events(self) -> Generator[Event, None, None]:
         """Throws LatboxError: ModelError before anything starts, EngineError if no engine can go on."""
         self._folder = WorkFolder()
         try:
@@ -242,7 +242,7 @@ class Portfolio:
         self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
                                            self.settings.search_options, self.settings.log))
 
-    def _engines(self) -> list:
+    def _engines(self) -> list[SearchEngine | CompleteEngine]:
         return [*self._searches, *filter(None, (self._complete, self._rays))]
 
     def _stop(self) -> None:
@@ -251,7 +251,7 @@ class Portfolio:
 
     # ------------------------------------------------------------- the race
 
-    def _race(self) -> Iterator[Event]:
+    def _race(self) -> Generator[Event, None, str | None]:
         """Returns the status, None for a stop without a proof."""
         next_progress = 0.0
         while True:

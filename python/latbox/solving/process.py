@@ -14,6 +14,7 @@ import resource
 import signal
 import subprocess
 import time
+from collections.abc import Callable
 
 from ..errors import EngineError
 
@@ -28,7 +29,7 @@ LAST_WORDS = 4000
 class Process:
     """A running engine. Its standard output and standard error come as lines, as far as they are whole."""
 
-    def __init__(self, arguments: list[str], folder: str, memory: int | None = None, log=None) -> None:
+    def __init__(self, arguments: list[str], folder: str, memory: int | None = None, log: Callable[[str], None] | None = None) -> None:
         """`memory`: bytes of address space that it may have; `log(line)` gets whatever it prints."""
         parent = os.getpid()
 

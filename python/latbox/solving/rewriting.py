@@ -18,6 +18,7 @@ from __future__ import annotations
 
 import math
 import random
+from collections.abc import Callable
 from dataclasses import dataclass
 from fractions import Fraction
 
@@ -227,5 +228,5 @@ class Rewriting:
         return {j: int(a * scale) // factor for j, a in terms.items()}
 
 
-def whole(bound: Bound, scale: int, towards) -> int | None:
-    return None if abs(bound) == INF else towards(bound * scale)
+def whole(bound: Bound, scale: int, towards: Callable[[Fraction], int]) -> int | None:
+    return None if abs(bound) == INF else towards(Fraction(bound) * scale)

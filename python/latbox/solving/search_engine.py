@@ -9,6 +9,7 @@ from __future__ import annotations
 import os
 import re
 import time
+from collections.abc import Callable
 from dataclasses import dataclass
 from fractions import Fraction
 
@@ -33,7 +34,7 @@ class SearchEngine:
     """Starts at once; news() is called again and again. It may end by itself, with or without the points asked for."""
 
     def __init__(self, rewriting: Rewriting, count: int, letter: str, folder: str, memory: int | None = None,
-                 options: dict[str, object] | None = None, log=None) -> None:
+                 options: dict[str, object] | None = None, log: Callable[[str], None] | None = None) -> None:
         """`count`: it ends when it has so many points of a program without objective; 0: it does not end."""
         self.letter = letter
         self.progress = Progress()
@@ -42,14 +43,14 @@ class SearchEngine:
         self.best: Fraction | None = rewriting.limit
         self.is_over = False
         self._rewriting = rewriting
-        self._seen: set[str] = set()
+        self._seen: set[tuple[Fraction, ...]] = set()
         self._next_look = time.monotonic() + BETWEEN_LOOKS / 4
         self._looking = False
         path = os.path.join(folder, "program.opt")
         with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
             file.write(rewriting.program.text())
         self._file = points.Follower(os.path.join(folder, "program.sol"))
-        keys = {"sol": count, **tuning(rewriting.program).options, **(options or {})}
+        keys: dict[str, object] = {"sol": count, **tuning(rewriting.program).options, **(options or {})}
         arguments = [binaries.find(binaries.SEARCH), *("--%s=%s" % option for option in keys.items()), path]
         self.process = Process(arguments, folder, memory, log)
 

@@ -12,12 +12,13 @@ the same bounds, and a row is a row. What the format has no words for:
 
 from __future__ import annotations
 
+from collections.abc import Callable, Sequence
 from fractions import Fraction
 from math import ceil, floor
 
 from ..errors import ModelError
 from ..models.model import INF, Bound, Model, Variable
-from .program import Column, Condition, Program, Target, Terms
+from .program import Column, Condition, Number, Program, Target, Terms
 
 Point = list[Fraction]
 
@@ -50,7 +51,7 @@ class Statement:
 
     # ------------------------------------------------------------- there and back
 
-    def point(self, values: list) -> Point:
+    def point(self, values: Sequence[Number]) -> Point:
         """The values of the model's variables at a point of the program."""
         return [self.fixed[j] if j in self.fixed else Fraction(values[self.column_of[j]])
                 for j in range(len(self.model.variables))]
@@ -64,7 +65,7 @@ class Statement:
             values[switch] = Fraction(x[j] != 0)
         return values
 
-    def direction(self, steps: list) -> Point:
+    def direction(self, steps: Sequence[Number]) -> Point:
         """As point(), of a difference of two points."""
         return [Fraction(0) if j in self.fixed else Fraction(steps[self.column_of[j]])
                 for j in range(len(self.model.variables))]
@@ -91,10 +92,10 @@ class Statement:
             return
         places = variable.digits
         if not variable.integer:
-            places = variable.digits or digits
-            if places is None:
+            if not variable.digits and digits is None:
                 raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
                                  variable.name, variable.place)
+            places = variable.digits or digits or 0
             self.on_grid = True
         step = Fraction(1, 10**places)
         low, high = rounded(low, step, ceil), rounded(high, step, floor)
@@ -120,9 +121,10 @@ class Statement:
         self.program.columns.append(Column(Fraction(0), Fraction(1)))
         self._semi.append((j, switch))
         x = self.column_of[j]
-        for end, sides in ((low, (Fraction(0), INF)), (high, (-INF, Fraction(0)))):
-            terms: Terms = {x: Fraction(1), switch: -end}
-            self.program.conditions.append(Condition(terms, *sides, variable.name))
+        at_least: Terms = {x: Fraction(1), switch: -Fraction(low)}
+        at_most: Terms = {x: Fraction(1), switch: -Fraction(high)}
+        self.program.conditions += [Condition(at_least, Fraction(0), INF, variable.name),
+                                    Condition(at_most, -INF, Fraction(0), variable.name)]
 
     # ------------------------------------------------------------- rows
 
@@ -174,9 +176,9 @@ class Statement:
         return self.sign * objective - self.constant
 
 
-def rounded(bound: Bound, step: Fraction, towards) -> Bound:
+def rounded(bound: Bound, step: Fraction, towards: Callable[[Fraction], int]) -> Bound:
     """The nearest multiple of the step on that side; infinities stay."""
-    return bound if abs(bound) == INF else towards(bound / step) * step
+    return bound if abs(bound) == INF else towards(Fraction(bound) / step) * step
 
 
 def shifted(side: Bound, by: Fraction) -> Bound:
