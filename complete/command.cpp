@@ -15,6 +15,7 @@
 #include "complete/options.h"
 #include "complete/outlook.h"
 #include "complete/points_file.h"
+#include "complete/reduction.h"
 #include "complete/watch.h"
 
 namespace latbox::complete {
@@ -283,7 +284,7 @@ int run(const std::vector<std::string>& arguments) {
     return 0;
   }
   if (options.version) {
-    print(std::string("latbox-all v") + VERSION + "\n");
+    print(std::string("latbox-all v") + VERSION + "\nGMP " + gmp_version + ", " + libraryVersion() + "\n");
     return 0;
   }
   return Run(options).result();

@@ -268,7 +268,7 @@ class OptionsTest(Case):
             self.assertEqual((result.status, result.err), (0, ""))
             self.assertTrue(result.out.startswith("usage: latbox-all "))
         for form in ("--version", "--version=1"):
-            self.assertRegex(self.run_plain(form).out, r"^latbox-all v\d+\.\d+\.\d+\n$")
+            self.assertRegex(self.run_plain(form).out, r"^latbox-all v\d+\.\d+\.\d+\nGMP [\d.]+, fplll [\d.]+\n$")
 
     def test_refused(self):
         wants = "a whole number, 0 or more, is wanted"
