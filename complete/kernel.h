@@ -14,6 +14,17 @@ struct WholeSolutions {
   IntegerMatrix basis;
 };
 
+// A unimodular matrix in two parts: a basis of the kernel of the equations A, and others, C, with H = A C^T,
+// whose determinant is not 0.
+struct Split {
+  IntegerMatrix kernel;
+  IntegerMatrix others;
+  IntegerMatrix images;
+};
+
+// Requires linearly independent rows of `columns` columns each. Throws ReductionFailure.
+Split splitByKernel(const IntegerMatrix& equations, std::size_t columns);
+
 // Requires linearly independent rows of `columns` columns each. Nothing: there is no whole solution, by
 // proof.
 //

@@ -69,6 +69,7 @@ const std::vector<Key>& keys() {
       key({"limit", "N", "End with N points, where points are listed; 0: no limit."}, &Options::limit,
           countOf),
       key({"out", "FILE", "Where points are written; NAME.all unless given."}, &Options::out, nonEmpty),
+      key({"proof", "FILE", "Write a proof of the verdict that latbox-check can check."}, &Options::proof, nonEmpty),
       key({"rtime", "SECONDS", "End after so many seconds of the clock, decimals allowed; 0: no limit."},
           &Options::rtime, secondsOf),
       key({"threads", "N", "Search with at most N threads; 0, the default: one for each core."},
@@ -131,6 +132,8 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   exclude(options.first, "first", options.ties, "ties");
   exclude(options.first, "first", options.limit != 0, "limit");
   exclude(options.first, "first", options.count, "count");
+  exclude(!options.proof.empty(), "proof", options.first, "first");
+  exclude(!options.proof.empty(), "proof", options.limit != 0, "limit");
   exclude(options.all, "all", options.ties, "ties");
   if (!options.help && !options.version) requireOneFile(options);
   return options;

@@ -12,6 +12,8 @@ struct Options {
   std::string file;
   // Empty: NAME.all.
   std::string out;
+  // Empty: no proof.
+  std::string proof;
   bool help = false;
   bool version = false;
   bool all = false;

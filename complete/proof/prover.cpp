@@ -1,0 +1,83 @@
+#include "complete/proof/prover.h"
+
+#include <stdexcept>
+
+#include "complete/objective.h"
+#include "complete/proof/best_point.h"
+#include "complete/proof/text.h"
+
+namespace latbox::complete::proof {
+namespace {
+
+// Binary digits of the cut vectors: the first that fits double is taken; the last where none does.
+constexpr unsigned long BITS[] = {20, 16, 24};
+
+class Prover {
+ public:
+  Prover(const Program& program, const Claim& claim, SearchControl& control)
+      : program_(program), claim_(claim), control_(control) {}
+
+  std::string result() {
+    std::string text = "latbox-proof 1\nverdict " + verdict() + "\n";
+    if (!claim_.best) return text + search(Goal::POINTS, claim_.count.value_or(0)) + "end\n";
+    text += textOf(bestPointOf(program_, *claim_.best, control_)) + search(Goal::BETTER, 0);
+    if (claim_.best->slack != 0 && Objective(program_).needsSlackNorm()) text += search(Goal::SLACK, 0);
+    if (claim_.count) text += search(Goal::EQUAL, *claim_.count);
+    return text + "end\n";
+  }
+
+ private:
+  std::string verdict() const {
+    const std::string count = claim_.count ? " " + std::to_string(*claim_.count) : "";
+    if (claim_.best)
+      return "optimum " + claim_.best->target.get_str() + " " + claim_.best->slack.get_str() + count;
+    return claim_.count.value_or(0) == 0 ? "none" : "all" + count;
+  }
+
+  // The part of one search, which must meet so many points.
+  std::string search(Goal goal, unsigned long points) const {
+    Derivation derivation(systemOf(program_, goal, claim_.best.value_or(Norms())));
+    std::optional<ProofLattice> lattice;
+    if (!derivation.isContradiction()) lattice = latticeOf(derivation);
+    if (control_.stop) throw NoProof("stopped");
+    if (!lattice) {
+      require(points == 0);
+      return textOf(goal, derivation, nullptr);
+    }
+    const Judge judge = [&](const IntegerVector& z) {
+      const Point x = pointOf(program_, z);
+      return isFeasible(program_, x) && (!claim_.best || counts(goal, *claim_.best, normsOf(program_, x)));
+    };
+    CutVectors cuts = cutsOf(*lattice);
+    const auto count = walk(*lattice, cuts, judge, {control_.threads, &control_.stop, 0});
+    if (!count) throw NoProof("stopped");
+    require(count->points == points);
+    const Tree tree{std::move(*lattice), std::move(cuts), *count};
+    return textOf(goal, derivation, &tree);
+  }
+
+  static CutVectors cutsOf(ProofLattice& lattice) {
+    CutVectors cuts;
+    for (const unsigned long bits : BITS) {
+      cuts = cutVectorsOf(lattice, bits);
+      if (fitsDouble(lattice, cuts)) break;
+    }
+    return cuts;
+  }
+
+  static void require(bool agrees) {
+    if (!agrees) throw std::logic_error("the proof does not meet the points that the search has told");
+  }
+
+  const Program& program_;
+  const Claim& claim_;
+  SearchControl& control_;
+};
+
+}  // namespace
+
+std::string proofOf(const Program& program, const Claim& claim, SearchControl& control) {
+  return Prover(program, claim, control).result();
+}
+
+}  // namespace latbox::complete::proof

@@ -1,0 +1,39 @@
+// The walk of a proof, exactly as docs/proof.md has it: whole numbers alone, so that everybody who follows
+// the page meets the same nodes.
+//
+// Where the numbers of a proof allow it, by bounds that are computed beforehand, vectors are doubles and
+// scalars of 64 bits: then no operation rounds. Else all is GMP's.
+#pragma once
+
+#include <atomic>
+#include <functional>
+
+#include "complete/proof/cut_vectors.h"
+
+namespace latbox::complete::proof {
+
+struct WalkCount {
+  unsigned long nodes = 0;
+  unsigned long points = 0;
+};
+
+// Whether the walk with these cuts fits doubles.
+bool fitsDouble(const ProofLattice& lattice, const CutVectors& cuts);
+
+struct WalkSettings {
+  unsigned threads = 1;
+  // Set from outside: the walk ends soon.
+  const std::atomic<bool>* stop = nullptr;
+  // Ends after so many nodes; 0: no limit.
+  unsigned long most = 0;
+};
+
+// All variables z of a leaf that keeps the ranges of all columns; whether it counts. Called by several
+// threads.
+using Judge = std::function<bool(const IntegerVector& z)>;
+
+// Nothing: it was stopped, or has more nodes than the most.
+std::optional<WalkCount> walk(const ProofLattice& lattice, const CutVectors& cuts, const Judge& judge,
+                              const WalkSettings& settings);
+
+}  // namespace latbox::complete::proof
