@@ -1,7 +1,13 @@
 #include "complete/proof/cut_vectors.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
 #include "complete/elimination.h"
 #include "complete/gram_schmidt.h"
+#include "complete/proof/walk.h"
+#include "complete/reduction.h"
 
 namespace latbox::complete::proof {
 namespace {
@@ -43,23 +49,79 @@ IntegerVector CutRounding::rounded(IntegerVector fixedPoint, std::size_t level) 
   return fixedPoint;
 }
 
-CutVectors cutVectorsOf(ProofLattice& lattice, unsigned long bits) {
-  GramSchmidt gso = gramSchmidtOf(lattice.box, BITS);
-  if (centre(lattice.box, gso)) gso = gramSchmidtOf(lattice.box, BITS);
-  const CutRounding rounding(lattice);
-  const auto whole = [&](const FloatVector& vector, std::size_t level) {
+namespace {
+
+// Cut vectors of one lattice in several scales.
+class Making {
+ public:
+  explicit Making(ProofLattice& lattice) : lattice_(lattice), gso_(gramSchmidtOf(lattice.box, BITS)) {
+    if (centre(lattice.box, gso_)) gso_ = gramSchmidtOf(lattice.box, BITS);
+    rounding_.emplace(lattice);
+  }
+
+  // 2^bits times as long as in the cube; notes how near they are.
+  CutVectors make(unsigned long bits) {
+    const std::size_t k = lattice_.rank();
+    CutVectors cuts;
+    error_ = 0;
+    cuts.constant = whole(gso_.vectors[k], bits, k, 1);
+    for (std::size_t t = 0; t < k; ++t) {
+      const Integer divisor = scaled(gso_.norms[t], bits, 1);
+      error_ = std::max(error_, 1 / (2 * divisor.get_d()));
+      double size = 0;
+      for (const Float& entry : gso_.vectors[t]) size += std::fabs(entry.get_d());
+      cuts.levels.push_back({whole(gso_.vectors[t], bits, t, size), divisor, {}});
+      if (divisor == 0 || innerProduct(cuts.levels.back().main, lattice_.box.basis[t]) <= 0) error_ = USELESS;
+    }
+    return cuts;
+  }
+
+  // The greatest that a vector of the last ones, or a divisor, is away from the real one, as a part of it.
+  double error() const { return error_; }
+  static constexpr double USELESS = std::numeric_limits<double>::infinity();
+
+ private:
+  IntegerVector whole(const FloatVector& vector, unsigned long bits, std::size_t level, double size) {
     IntegerVector fixedPoint;
     for (std::size_t c = 0; c < vector.size(); ++c)
-      fixedPoint.push_back(scaled(vector[c], bits + PLACES, lattice.width(c)));
-    return rounding.rounded(std::move(fixedPoint), level);
-  };
-  CutVectors cuts;
-  cuts.constant = whole(gso.vectors[lattice.rank()], lattice.rank());
-  for (std::size_t t = 0; t < lattice.rank(); ++t) {
-    Integer divisor = scaled(gso.norms[t], bits, 1);
-    cuts.levels.push_back({whole(gso.vectors[t], t), divisor > 0 ? divisor : Integer(1), {}});
+      fixedPoint.push_back(scaled(vector[c], bits + PLACES, lattice_.width(c)));
+    const IntegerVector rounded = rounding_->rounded(fixedPoint, level);
+    Integer away = 0;
+    for (std::size_t c = 0; c < rounded.size(); ++c)
+      away += abs(Integer((rounded[c] << PLACES) - fixedPoint[c])) * lattice_.width(c);
+    long exponent = 0;
+    const double mantissa = mpz_get_d_2exp(&exponent, away.get_mpz_t());
+    error_ = std::max(
+        error_, std::ldexp(mantissa / size, static_cast<int>(exponent - static_cast<long>(bits + PLACES))));
+    return rounded;
   }
-  return cuts;
+
+  ProofLattice& lattice_;
+  GramSchmidt gso_;
+  std::optional<CutRounding> rounding_;
+  double error_ = 0;
+};
+
+}  // namespace
+
+CutVectors cutVectorsOf(ProofLattice& lattice) {
+  constexpr unsigned long FIRST = 12;
+  constexpr unsigned long STEP = 4;
+  constexpr unsigned long LAST = 2000;
+  // Nearer than that they cut no better; farther away, hardly at all.
+  constexpr double NEAR = 1.0 / 1024;
+  constexpr double FAR = 1.0 / 16;
+  Making making(lattice);
+  std::optional<CutVectors> fitting;
+  for (unsigned long bits = FIRST; bits <= LAST; bits += STEP) {
+    CutVectors cuts = making.make(bits);
+    const bool isNear = making.error() <= NEAR;
+    const bool isUseful = making.error() <= FAR && fitsDouble(lattice, cuts);
+    if (isNear && (isUseful || !fitting)) return cuts;
+    if (isNear) return std::move(*fitting);
+    if (isUseful) fitting = std::move(cuts);
+  }
+  throw ReductionFailure("the basis asks for more digits than there are");
 }
 
 }  // namespace latbox::complete::proof

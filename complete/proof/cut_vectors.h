@@ -39,7 +39,8 @@ class CutRounding {
   NearestPlane plane_;
 };
 
-// With vectors that are 2^bits times as long as in the cube. Moves the point of the lattice near the centre.
-CutVectors cutVectorsOf(ProofLattice& lattice, unsigned long bits);
+// Of this scale the vectors are near enough to the real ones, and short enough for a walk in double if that
+// can be. Moves the point of the lattice near the centre.
+CutVectors cutVectorsOf(ProofLattice& lattice);
 
 }  // namespace latbox::complete::proof

@@ -9,9 +9,6 @@
 namespace latbox::complete::proof {
 namespace {
 
-// Binary digits of the cut vectors: the first that fits double is taken; the last where none does.
-constexpr unsigned long BITS[] = {20, 16, 24};
-
 class Prover {
  public:
   Prover(const Program& program, const Claim& claim, SearchControl& control)
@@ -48,21 +45,12 @@ class Prover {
       const Point x = pointOf(program_, z);
       return isFeasible(program_, x) && (!claim_.best || counts(goal, *claim_.best, normsOf(program_, x)));
     };
-    CutVectors cuts = cutsOf(*lattice);
+    CutVectors cuts = cutVectorsOf(*lattice);
     const auto count = walk(*lattice, cuts, judge, {control_.threads, &control_.stop, 0});
     if (!count) throw NoProof("stopped");
     require(count->points == points);
     const Tree tree{std::move(*lattice), std::move(cuts), *count};
     return textOf(goal, derivation, &tree);
-  }
-
-  static CutVectors cutsOf(ProofLattice& lattice) {
-    CutVectors cuts;
-    for (const unsigned long bits : BITS) {
-      cuts = cutVectorsOf(lattice, bits);
-      if (fitsDouble(lattice, cuts)) break;
-    }
-    return cuts;
   }
 
   static void require(bool agrees) {
