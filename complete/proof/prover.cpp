@@ -4,6 +4,7 @@
 
 #include "complete/objective.h"
 #include "complete/proof/best_point.h"
+#include "complete/proof/side_vectors.h"
 #include "complete/proof/text.h"
 
 namespace latbox::complete::proof {
@@ -46,6 +47,7 @@ class Prover {
       return isFeasible(program_, x) && (!claim_.best || counts(goal, *claim_.best, normsOf(program_, x)));
     };
     CutVectors cuts = cutVectorsOf(*lattice);
+    addSideVectors(*lattice, cuts, control_.stop);
     const auto count = walk(*lattice, cuts, judge, {control_.threads, &control_.stop, 0});
     if (!count) throw NoProof("stopped");
     require(count->points == points);

@@ -141,6 +141,15 @@ class Data {
   IntegerVector least;
   IntegerVector most;
 
+  Product productOf(const IntegerVector& vector, std::size_t t) const {
+    Product product;
+    product.start = innerProduct(vector, start_);
+    for (std::size_t i = 0; i < lattice_.rank(); ++i)
+      product.steps.push_back(i < t ? Integer(0) : Integer(2 * innerProduct(vector, lattice_.box.basis[i])));
+    for (std::size_t c = 0; c < vector.size(); ++c) product.size += abs(vector[c]) * widths_[c];
+    return product;
+  }
+
  private:
   static Integer valueBound(const Product& product, std::size_t t, const IntegerVector& largest) {
     Integer bound = abs(product.start) + product.size;
@@ -152,15 +161,6 @@ class Data {
     IntegerVector weighted;
     for (std::size_t c = 0; c < vector.size(); ++c) weighted.push_back(vector[c] * widths_[c] * factor);
     return weighted;
-  }
-
-  Product productOf(const IntegerVector& vector, std::size_t t) const {
-    Product product;
-    product.start = innerProduct(vector, start_);
-    for (std::size_t i = 0; i < lattice_.rank(); ++i)
-      product.steps.push_back(i < t ? Integer(0) : Integer(2 * innerProduct(vector, lattice_.box.basis[i])));
-    for (std::size_t c = 0; c < vector.size(); ++c) product.size += abs(vector[c]) * widths_[c];
-    return product;
   }
 
   void addReach(const IntegerVector& dual) {
@@ -262,6 +262,11 @@ class Walker {
     }
   }
 
+  // From here on candidates that the cuts have kept are shown to this, until it adds no more to `tables`.
+  void ask(const Refuter& refuter, const Data& data, CutVectors& cuts, Tables<Kind>& tables) {
+    asking_ = {&refuter, &data, &cuts, &tables};
+  }
+
   // All below the node with these multipliers of the last levels. Nodes of level `floor` are told and not
   // entered; floor = 0: leaves are judged.
   void run(const std::vector<Scalar>& above, std::size_t floor,
@@ -280,7 +285,7 @@ class Walker {
         continue;
       }
       if (++sinceLook_ >= BETWEEN_LOOKS && !look()) return;
-      if (isRefuted(t)) continue;
+      if (isRefuted(t) || (asking_.refuter && isRefutedAnew(t))) continue;
       if (t == floor && tell) {
         tell({lambda_.begin() + static_cast<std::ptrdiff_t>(t), lambda_.end()});
       } else if (t == 0) {
@@ -376,6 +381,24 @@ class Walker {
     return floorDivided(Scalar(2 * UNIT_ * levels_[t].value + n), Scalar(2 * n));
   }
 
+  // With one more side vector of the level.
+  bool isRefutedAnew(std::size_t t) {
+    std::vector<IntegerVector>& sides = asking_.cuts->levels[t].sides;
+    if (sides.size() >= MOST_SIDES) return false;
+    IntegerVector whole;
+    for (const Scalar& multiplier : lambda_) whole.push_back(Kind::whole(multiplier));
+    std::optional<IntegerVector> side = (*asking_.refuter)(t, whole);
+    if (!side) return false;
+    State& state = levels_[t];
+    const typename Tables<Kind>::Form form(asking_.data->productOf(*side, t));
+    state.sides.push_back(valueAbove(form, t));
+    const Scalar value = state.sides.back() + form.steps[t] * lambda_[t];
+    close(state, form.steps[t], value < 0);
+    asking_.tables->sides[t].push_back(form);
+    sides.push_back(std::move(*side));
+    return true;
+  }
+
   static void close(State& state, const Scalar& slope, bool isNegative) {
     if (slope == 0 || (slope > 0) != isNegative) state.isUpClosed = true;
     if (slope == 0 || (slope > 0) == isNegative) state.isDownClosed = true;
@@ -415,6 +438,14 @@ class Walker {
   }
 
   static constexpr std::int64_t UNIT_ = UNIT;
+  static constexpr std::size_t MOST_SIDES = 100;
+
+  struct Asking {
+    const Refuter* refuter = nullptr;
+    const Data* data = nullptr;
+    CutVectors* cuts = nullptr;
+    Tables<Kind>* tables = nullptr;
+  };
 
   const ProofLattice& lattice_;
   const Tables<Kind>& tables_;
@@ -428,6 +459,7 @@ class Walker {
   std::vector<Vector> vectors_;
   std::vector<std::vector<Scalar>> basis_;
   unsigned long sinceLook_ = 0;
+  Asking asking_;
 };
 
 // Large enough that threads which begin late have something to do.
@@ -462,6 +494,19 @@ void walkIn(const ProofLattice& lattice, const Data& data, const Judge& judge, S
 }
 
 }  // namespace
+
+std::optional<WalkCount> collectSides(const ProofLattice& lattice, CutVectors& cuts, const Refuter& refuter,
+                                      const WalkSettings& settings) {
+  const Data data(lattice, cuts);
+  Tables<Long> tables(data);
+  Shared shared{settings};
+  const Judge judge = [](const IntegerVector&) { return true; };
+  Walker<Long> walker(lattice, tables, judge, shared);
+  walker.ask(refuter, data, cuts, tables);
+  walker.run({}, 0, nullptr);
+  if (shared.isOver) return std::nullopt;
+  return WalkCount{shared.nodes, shared.points};
+}
 
 bool fitsDouble(const ProofLattice& lattice, const CutVectors& cuts) {
   return Data(lattice, cuts).fitsShort();

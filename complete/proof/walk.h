@@ -36,4 +36,13 @@ using Judge = std::function<bool(const IntegerVector& z)>;
 std::optional<WalkCount> walk(const ProofLattice& lattice, const CutVectors& cuts, const Judge& judge,
                               const WalkSettings& settings);
 
+// A vector that is orthogonal to all rows below level t and refutes the candidate with these multipliers,
+// from lambda_t on, which the cuts have kept; or nothing.
+using Refuter = std::function<std::optional<IntegerVector>(std::size_t t, const IntegerVector& lambda)>;
+
+// Walks and gives each level the vectors of the refuter as side vectors, as long as it has room for them.
+// Settings are heeded but for the threads.
+std::optional<WalkCount> collectSides(const ProofLattice& lattice, CutVectors& cuts, const Refuter& refuter,
+                                      const WalkSettings& settings);
+
 }  // namespace latbox::complete::proof
