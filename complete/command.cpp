@@ -16,6 +16,7 @@
 #include "complete/points_file.h"
 #include "complete/proof/prover.h"
 #include "complete/reduction.h"
+#include "complete/vipr/vipr.h"
 #include "complete/watch.h"
 #include "complete/write_failure.h"
 
@@ -286,7 +287,13 @@ class Run {
       _exit(status);
     });
     try {
-      replaceFile(options_.proof, proof::proofOf(program_, claim, control_), true);
+      replaceFile(options_.proof,
+                  options_.vipr ? vipr::certificateOf(program_, claim, control_)
+                                : proof::proofOf(program_, claim, control_),
+                  true);
+    } catch (const vipr::NotOfItsKind& e) {
+      tellNoProof(e.what());
+      return BAD_INPUT;
     } catch (const proof::NoProof& e) {
       tellNoProof(e.what());
     } catch (const ReductionFailure& e) {

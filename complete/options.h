@@ -14,6 +14,8 @@ struct Options {
   std::string out;
   // Empty: no proof.
   std::string proof;
+  // Of a proof that other houses' readers check.
+  bool vipr = false;
   bool help = false;
   bool version = false;
   bool all = false;

@@ -29,7 +29,9 @@ Tree::Tree(Ranges& ranges, const proof::Derivation& derivation, const proof::Pro
   for (std::size_t j = 0; j < columns.size(); ++j)
     for (const std::size_t i : lattice.equations)
       columns[j].push_back(ranges.rowForm(i)[lattice.box.variables[j]]);
-  for (const std::size_t j : independentRows(columns, IntegerVector(columns.size())).value()) {
+  // Without sides nothing can be contradictory.
+  const auto independent = independentRows(columns, IntegerVector(columns.size()));
+  for (const std::size_t j : *independent) {
     pivots_.push_back(lattice.box.variables[j]);
     square_.push_back(columns[j]);
   }
@@ -173,12 +175,16 @@ std::size_t Tree::assume(std::size_t t, const Integer& value, Sense sense) {
 
 // --------------------------------------------------------------------------------------------------- walk
 
-std::size_t Tree::refute(unsigned long most, const std::atomic<bool>& stop) {
+std::optional<std::size_t> Tree::refute(unsigned long most, const std::atomic<bool>& stop) {
   mostNodes_ = most;
   stop_ = &stop;
   sums_[lattice_.rank()] = cuts_.constant;
   for (Integer& entry : sums_[lattice_.rank()]) entry *= UNIT;
-  return lattice_.rank() == 0 ? refuteLeaf() : refuteChildren(lattice_.rank() - 1);
+  try {
+    return lattice_.rank() == 0 ? refuteLeaf() : refuteChildren(lattice_.rank() - 1);
+  } catch (const TooLarge&) {
+    return std::nullopt;
+  }
 }
 
 std::size_t Tree::refuteChildren(std::size_t t) {
@@ -196,8 +202,7 @@ std::size_t Tree::refuteChildren(std::size_t t) {
 
 void Tree::tryChild(Children& children, std::size_t t, const Integer& value) {
   if (*stop_) throw proof::NoProof("stopped");
-  if (++nodes_ > mostNodes_)
-    throw proof::NoProof("its tree has more than " + std::to_string(mostNodes_) + " nodes");
+  if (++nodes_ > mostNodes_) throw TooLarge();
   const std::optional<Cut> cut = cutOf(t, value);
   if (!cut) {
     Between between;

@@ -22,9 +22,9 @@ class Tree {
   Tree(Ranges& ranges, const proof::Derivation& derivation, const proof::ProofLattice& lattice,
        const proof::CutVectors& cuts);
 
-  // A line that is a contradiction: no point counts. Throws NoProof where the tree has more than `most`
-  // nodes, or `stop` is set, std::logic_error if a point counts after all.
-  std::size_t refute(unsigned long most, const std::atomic<bool>& stop);
+  // A line that is a contradiction: no point counts. Nothing: the tree has more than `most` nodes. Throws
+  // NoProof when `stop` is set, std::logic_error if a point counts after all.
+  std::optional<std::size_t> refute(unsigned long most, const std::atomic<bool>& stop);
 
  private:
   // How a value of lambda_t and all on one side of it are refuted.
@@ -51,6 +51,9 @@ class Tree {
     IntegerVector w;
     int sign = 1;
   };
+
+  // More nodes than wanted.
+  struct TooLarge {};
 
   void listColumns();
   void narrowColumn(std::size_t c, EndLines& ends);

@@ -14,7 +14,10 @@ std::size_t refute(Ranges& ranges, proof::Derivation& derivation, SearchControl&
   if (control.stop) throw proof::NoProof("stopped");
   if (const auto line = ranges.replay(derivation)) return *line;
   const proof::CutVectors cuts = proof::cutVectorsOf(*lattice);
-  return Tree(ranges, derivation, *lattice, cuts).refute(MOST_NODES, control.stop);
+  const auto line = Tree(ranges, derivation, *lattice, cuts).refute(MOST_NODES, control.stop);
+  if (!line)
+    throw NotOfItsKind("a VIPR certificate is written of at most " + std::to_string(MOST_NODES) + " nodes");
+  return *line;
 }
 
 // The best point's z with the distances behind it.
@@ -71,6 +74,8 @@ std::string optimumText(const Program& program, const Norms& norms, SearchContro
 }  // namespace
 
 std::string certificateOf(const Program& program, const proof::Claim& claim, SearchControl& control) {
+  if (!claim.best && claim.count.value_or(0) > 0)
+    throw NotOfItsKind("a VIPR certificate says that there is no point, or which is the best one");
   return claim.best ? optimumText(program, *claim.best, control) : noneText(program, control);
 }
 

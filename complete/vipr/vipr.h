@@ -14,8 +14,14 @@ namespace latbox::complete::vipr {
 
 inline constexpr unsigned long MOST_NODES = 100'000;
 
-// Requires a claim of no point, or of an optimum. Throws NoProof where there is none, or its tree has more
-// than MOST_NODES nodes.
+// Such a certificate is not for this verdict or this tree.
+class NotOfItsKind : public proof::NoProof {
+ public:
+  using proof::NoProof::NoProof;
+};
+
+// Throws NotOfItsKind for claims but that of no point or of an optimum, and where the tree has more than
+// MOST_NODES nodes; else as proof::proofOf.
 std::string certificateOf(const Program& program, const proof::Claim& claim, SearchControl& control);
 
 }  // namespace latbox::complete::vipr
