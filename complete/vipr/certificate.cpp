@@ -27,7 +27,9 @@ std::size_t Certificate::derive(const Combination& combination, Sense sense) {
   for (const Rational& a : sum) whole->push_back(a.get_num());
   const Rational side = sideOf(combination);
   const Integer rounded = sense == Sense::LESS ? floorOf(side) : ceilOf(side);
-  return add(derived_, {sense, rounded, std::move(whole)}, reasonOf("rnd", combination));
+  // Of nothing the sum is an equation, 0 = 0, which is not rounded.
+  const char* kind = combination.empty() ? "lin" : "rnd";
+  return add(derived_, {sense, rounded, std::move(whole)}, reasonOf(kind, combination));
 }
 
 std::size_t Certificate::refute(const Combination& combination) {
