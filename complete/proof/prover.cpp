@@ -37,7 +37,7 @@ class Prover {
     Derivation derivation(systemOf(program_, goal, claim_.best.value_or(Norms())));
     std::optional<ProofLattice> lattice;
     if (!derivation.isContradiction()) lattice = latticeOf(derivation);
-    if (control_.stop) throw NoProof("stopped");
+    if (control_.stop) throw NoProof("the run was stopped");
     if (!lattice) {
       require(points == 0);
       return textOf(goal, derivation, nullptr);
@@ -49,7 +49,7 @@ class Prover {
     CutVectors cuts = cutVectorsOf(*lattice);
     addSideVectors(*lattice, cuts, control_.stop);
     const auto count = walk(*lattice, cuts, judge, {control_.threads, &control_.stop, 0});
-    if (!count) throw NoProof("stopped");
+    if (!count) throw NoProof("the run was stopped");
     require(count->points == points);
     const Tree tree{std::move(*lattice), std::move(cuts), *count};
     return textOf(goal, derivation, &tree);
