@@ -42,6 +42,9 @@ class Prover {
       require(points == 0);
       return textOf(goal, derivation, nullptr);
     }
+    constexpr double LONG = 1e7;
+    if (control_.announce && lattice->nodes > LONG)
+      control_.announce(lattice->nodes, static_cast<double>(points), lattice->columns());
     // Every point of the lattice in its ranges is feasible; the norms are another matter.
     const Judge judge = [&](const IntegerVector& z) {
       return goal == Goal::POINTS || counts(goal, *claim_.best, normsOf(program_, pointOf(program_, z)));

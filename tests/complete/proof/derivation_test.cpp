@@ -79,5 +79,30 @@ TEST(Derivation, Contradictions) {
   EXPECT_TRUE(Derivation(madeOf({rangeOf(1, 0)}, {})).isContradiction());
 }
 
+TEST(Derivation, DropsWhatNothingRestsOn) {
+  Derivation derivation(madeOf({rangeOf(0, 9), rangeOf(0, 9), rangeOf(0, 9)},
+                               {rowOf({1, 1, 0}, 0, 7), rowOf({1, 0, 0}, 0, 6), rowOf({0, 1, 1}, 8, 8)}));
+  // x1 <= 7, then x1 <= 6: nothing rests on the first. The range of the first row is not asked for.
+  EXPECT_TRUE(derivation.take(upper(variable(0), 1, {{0, 1}})));
+  EXPECT_TRUE(derivation.take(upper(variable(0), 1, {{1, 1}})));
+  EXPECT_TRUE(derivation.take(upper(variable(1), 1, {{2, 1}})));
+  EXPECT_FALSE(derivation.take(lower(row(0), 1, {})));
+  EXPECT_EQ(derivation.steps().size(), 3u);
+  EXPECT_EQ(derivation.stepsFor({1, 2}).size(), 2u);
+}
+
+TEST(Derivation, AContradictionRestsOnBothEnds) {
+  Derivation derivation(madeOf({{}, {}, rangeOf(0, 9)},
+                               {rowOf({1, 0, 0}, {}, 3), rowOf({1, 0, 0}, 4, {}), rowOf({0, 1, 1}, 8, 8)}));
+  EXPECT_TRUE(derivation.take(upper(variable(1), 1, {{2, 1}})));
+  EXPECT_TRUE(derivation.take(upper(variable(0), 1, {{0, 1}})));
+  EXPECT_TRUE(derivation.take(lower(variable(0), 1, {{1, 1}})));
+  EXPECT_TRUE(derivation.isContradiction());
+  const std::vector<Step> steps = derivation.stepsOfContradiction();
+  ASSERT_EQ(steps.size(), 2u);
+  EXPECT_EQ(steps.front().kind, Step::Kind::UPPER);
+  EXPECT_EQ(steps.front().form.index, 0u);
+}
+
 }  // namespace
 }  // namespace latbox::complete::proof
