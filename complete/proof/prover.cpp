@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 
-#include "complete/objective.h"
 #include "complete/proof/best_point.h"
 #include "complete/proof/side_vectors.h"
 #include "complete/proof/text.h"
@@ -19,7 +18,7 @@ class Prover {
     std::string text = "latbox-proof 1\nverdict " + verdict() + "\n";
     if (!claim_.best) return text + search(Goal::POINTS, claim_.count.value_or(0)) + "end\n";
     text += textOf(bestPointOf(program_, *claim_.best, control_)) + search(Goal::BETTER, 0);
-    if (claim_.best->slack != 0 && Objective(program_).needsSlackNorm()) text += search(Goal::SLACK, 0);
+    if (needsSlack(program_, *claim_.best)) text += search(Goal::SLACK, 0);
     if (claim_.count) text += search(Goal::EQUAL, *claim_.count);
     return text + "end\n";
   }

@@ -37,6 +37,8 @@ KINDS = {
     "fixed variables": (opt(ag=[[3, 5, 2]], bg=[20], lx=[0, 0, 3], rx=[4, 4, 3]), "all 1"),
     "everything fixed": (opt(au=[[1, 1]], lu=[0], ru=[9], lx=[2, 3], rx=[2, 3]), "all 1"),
     "everything fixed, and wrong": (opt(au=[[1, 1]], lu=[0], ru=[4], lx=[2, 3], rx=[2, 3]), "none"),
+    "targets that cancel each other": (opt(dt=["-inf", "inf", "1/2"], at=[[0, 4], [0, 4], [1, 0]], au=[[1, 1]], lu=[0], ru=[3],
+                                           rx=[3, 3]), "optimum 1/2 1/2"),
     "targets that are zero": (opt(dt=["inf"], at=[[0, 0]], au=[[1, 1]], lu=[1], ru=[2], rx=[2, 2]), "optimum 0"),
     "a knapsack": (KNAPSACK, "none"),
 }
