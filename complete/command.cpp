@@ -277,6 +277,10 @@ class Run {
     if (verdict.status == PROVEN && !listsAll()) claim.best = normsOfVerdict(verdict.text);
     if (verdict.status == PROVEN && (listsAll() || options_.ties)) claim.count = count;
     control_.threads = threads();
+    if (!options_.quiet)
+      control_.announce = [](double nodes, double, std::size_t) {
+        std::fprintf(stderr, "for the proof a walk of about %.2g nodes follows\n", nodes);
+      };
     control_.done = -1;
     const Watch watch({options_.rtime, true}, results_, control_, [status = verdict.status] {
       tellNoProof("the run was stopped");

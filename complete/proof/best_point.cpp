@@ -54,7 +54,7 @@ Point bestPointOf(const Program& program, const Norms& norms, SearchControl& con
     IntegerProgram boxed = bests;
     clip(boxed, Integer(1) << bits);
     if (auto lattice = boxLatticeOf(boxed)) search(*lattice, finding, control);
-    if (control.stop) throw NoProof("stopped");
+    if (control.stop) throw NoProof("the run was stopped");
     if (finding.point() || isClosed) break;
   }
   control.threads = threads;

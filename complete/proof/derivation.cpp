@@ -1,5 +1,6 @@
 #include "complete/proof/derivation.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace latbox::complete::proof {
@@ -27,7 +28,8 @@ Integer lastTo(const Integer& high, const Integer& residue, const Integer& step)
 
 }  // namespace
 
-Derivation::Derivation(System system) : system_(std::move(system)) {
+Derivation::Derivation(System system)
+    : system_(std::move(system)), boxMakers_(system_.box.size()), rowMakers_(system_.rows.size()) {
   for (const auto* ranges : {&system_.box, &system_.ranges})
     for (const Range& range : *ranges) isContradiction_ = isContradiction_ || range.isEmpty();
 }
@@ -106,11 +108,76 @@ bool Derivation::takeClass(const Step& step) {
 }
 
 bool Derivation::keep(const Step& step, const Range& range) {
+  bases_.push_back(basesOf(step, range));
+  Makers& makers = makersOf(step.form);
+  if (step.kind != Step::Kind::LOWER) makers.high = steps_.size();
+  if (step.kind != Step::Kind::UPPER) makers.low = steps_.size();
   if (step.form.kind == Form::Kind::VARIABLE) system_.box[step.form.index] = range;
   if (step.form.kind == Form::Kind::ROW) system_.ranges[step.form.index] = range;
   steps_.push_back(step);
   isContradiction_ = range.isEmpty();
   return true;
+}
+
+Derivation::Makers& Derivation::makersOf(const Form& form) {
+  if (form.kind == Form::Kind::VARIABLE) return boxMakers_[form.index];
+  return form.kind == Form::Kind::ROW ? rowMakers_[form.index] : zeroMakers_;
+}
+
+// The makers of all ends that the step looks at. What is dropped of the others leaves wider ranges, in which
+// it says the same.
+std::vector<std::size_t> Derivation::basesOf(const Step& step, const Range& range) {
+  std::vector<std::size_t> bases;
+  const auto add = [&bases](const Maker& maker) {
+    if (maker) bases.push_back(*maker);
+  };
+  const auto addBoth = [&add](const Makers& makers) {
+    add(makers.low);
+    add(makers.high);
+  };
+  const bool isClass = step.kind == Step::Kind::CLASS;
+  const auto addFor = [&](const Integer& count, const Makers& makers) {
+    if (count == 0) return;
+    if (isClass)
+      addBoth(makers);
+    else
+      add((count > 0) == (step.kind == Step::Kind::UPPER) ? makers.high : makers.low);
+  };
+  for (const Term& term : step.terms) addFor(term.count, rowMakers_[term.row]);
+  const IntegerVector c = restOf(step);
+  for (std::size_t j = 0; j < c.size(); ++j)
+    if (!isClass || system_.box[j].isFixed()) addFor(c[j], boxMakers_[j]);
+  if (isClass || range.isEmpty()) addBoth(makersOf(step.form));
+  return bases;
+}
+
+std::vector<Step> Derivation::stepsFor(const std::vector<std::size_t>& rows) const {
+  std::vector<bool> needed(steps_.size());
+  const auto need = [&needed](const Makers& makers) {
+    for (const Maker& maker : {makers.low, makers.high})
+      if (maker) needed[*maker] = true;
+  };
+  for (const Makers& makers : boxMakers_) need(makers);
+  for (const std::size_t row : rows) need(rowMakers_[row]);
+  return stepsBehind(std::move(needed));
+}
+
+std::vector<Step> Derivation::stepsOfContradiction() const {
+  std::vector<bool> needed(steps_.size());
+  // Without any the system itself has an empty range.
+  if (!needed.empty()) needed.back() = true;
+  return stepsBehind(std::move(needed));
+}
+
+std::vector<Step> Derivation::stepsBehind(std::vector<bool> needed) const {
+  std::vector<Step> steps;
+  for (std::size_t i = steps_.size(); i-- > 0;) {
+    if (!needed[i]) continue;
+    for (const std::size_t base : bases_[i]) needed[base] = true;
+    steps.push_back(steps_[i]);
+  }
+  std::reverse(steps.begin(), steps.end());
+  return steps;
 }
 
 }  // namespace latbox::complete::proof

@@ -40,6 +40,10 @@ class Derivation {
   const std::vector<Range>& ranges() const { return system_.ranges; }
   const std::vector<ObjectiveRow>& objective() const { return system_.objective; }
   const std::vector<Step>& steps() const { return steps_; }
+  // The steps on which the ranges of all variables and of these rows rest; those on which a contradiction
+  // does.
+  std::vector<Step> stepsFor(const std::vector<std::size_t>& rows) const;
+  std::vector<Step> stepsOfContradiction() const;
   // A range is empty: nothing counts, by proof.
   bool isContradiction() const { return isContradiction_; }
 
@@ -55,9 +59,24 @@ class Derivation {
   bool takeClass(const Step& step);
   bool keep(const Step& step, const Range& range);
 
+  // Of an end: the step that has made it, if one has.
+  using Maker = std::optional<std::size_t>;
+  struct Makers {
+    Maker low;
+    Maker high;
+  };
+  Makers& makersOf(const Form& form);
+  std::vector<std::size_t> basesOf(const Step& step, const Range& range);
+  std::vector<Step> stepsBehind(std::vector<bool> needed) const;
+
   System system_;
   Range zero_{Integer(0), Integer(0)};
   std::vector<Step> steps_;
+  // Of each step those on which it rests.
+  std::vector<std::vector<std::size_t>> bases_;
+  std::vector<Makers> boxMakers_;
+  std::vector<Makers> rowMakers_;
+  Makers zeroMakers_;
   bool isContradiction_ = false;
 };
 

@@ -105,9 +105,11 @@ void propagate(Derivation& derivation) {
 }
 
 void closeRows(Derivation& derivation) {
-  for (std::size_t i = 0; i < derivation.rows().size(); ++i)
+  for (std::size_t i = 0; i < derivation.rows().size(); ++i) {
+    if (isImplied(derivation, i)) continue;
     for (const Step::Kind kind : {Step::Kind::UPPER, Step::Kind::LOWER})
       derivation.take({kind, {Form::Kind::ROW, i}, 1, 0, {}});
+  }
 }
 
 bool isImplied(const Derivation& derivation, std::size_t row) {

@@ -8,7 +8,8 @@ namespace latbox::complete::proof {
 // Takes such steps until nothing changes, for a bounded number of rounds.
 void propagate(Derivation& derivation);
 
-// Takes the steps that bring the ranges of rows down to what the variables can reach, where these have ends.
+// Takes the steps that bring the ranges of rows that the box does not keep down to what the variables can
+// reach.
 void closeRows(Derivation& derivation);
 
 // Whether the box alone keeps the row within its range.

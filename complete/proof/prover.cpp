@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 
-#include "complete/objective.h"
 #include "complete/proof/best_point.h"
 #include "complete/proof/side_vectors.h"
 #include "complete/proof/text.h"
@@ -19,7 +18,7 @@ class Prover {
     std::string text = "latbox-proof 1\nverdict " + verdict() + "\n";
     if (!claim_.best) return text + search(Goal::POINTS, claim_.count.value_or(0)) + "end\n";
     text += textOf(bestPointOf(program_, *claim_.best, control_)) + search(Goal::BETTER, 0);
-    if (claim_.best->slack != 0 && Objective(program_).needsSlackNorm()) text += search(Goal::SLACK, 0);
+    if (needsSlack(program_, *claim_.best)) text += search(Goal::SLACK, 0);
     if (claim_.count) text += search(Goal::EQUAL, *claim_.count);
     return text + "end\n";
   }
@@ -37,19 +36,22 @@ class Prover {
     Derivation derivation(systemOf(program_, goal, claim_.best.value_or(Norms())));
     std::optional<ProofLattice> lattice;
     if (!derivation.isContradiction()) lattice = latticeOf(derivation);
-    if (control_.stop) throw NoProof("stopped");
+    if (control_.stop) throw NoProof("the run was stopped");
     if (!lattice) {
       require(points == 0);
       return textOf(goal, derivation, nullptr);
     }
+    constexpr double LONG = 1e7;
+    if (control_.announce && lattice->nodes > LONG)
+      control_.announce(lattice->nodes, static_cast<double>(points), lattice->columns());
+    // Every point of the lattice in its ranges is feasible; the norms are another matter.
     const Judge judge = [&](const IntegerVector& z) {
-      const Point x = pointOf(program_, z);
-      return isFeasible(program_, x) && (!claim_.best || counts(goal, *claim_.best, normsOf(program_, x)));
+      return goal == Goal::POINTS || counts(goal, *claim_.best, normsOf(program_, pointOf(program_, z)));
     };
     CutVectors cuts = cutVectorsOf(*lattice);
     addSideVectors(*lattice, cuts, control_.stop);
     const auto count = walk(*lattice, cuts, judge, {control_.threads, &control_.stop, 0});
-    if (!count) throw NoProof("stopped");
+    if (!count) throw NoProof("the run was stopped");
     require(count->points == points);
     const Tree tree{std::move(*lattice), std::move(cuts), *count};
     return textOf(goal, derivation, &tree);

@@ -4,6 +4,7 @@
 
 #include "complete/elimination.h"
 #include "complete/relaxation.h"
+#include "complete/search.h"
 
 namespace latbox::complete::proof {
 namespace {
@@ -112,7 +113,10 @@ class LinearRefuter {
 void addSideVectors(const ProofLattice& lattice, CutVectors& cuts, const std::atomic<bool>& stop) {
   if (lattice.rank() == 0) return;
   const Judge judge = [](const IntegerVector&) { return false; };
-  if (walk(lattice, cuts, judge, {1, &stop, SMALL})) return;
+  if (walk(lattice, cuts, judge, {1, &stop, SMALL}) || stop) return;
+  // The search asks the relaxation wherever that pays.
+  BoxLattice helpful = lattice.box;
+  if (!isSmall(helpful, LOOKED_AT)) return;
   LinearRefuter refuter(lattice);
   CutVectors helped = cuts;
   if (collectSides(lattice, helped, std::ref(refuter), {1, &stop, LOOKED_AT})) cuts = std::move(helped);

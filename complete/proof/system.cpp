@@ -21,7 +21,7 @@ class Builder {
 
   System result() {
     if (goal_ == Goal::POINTS) return std::move(system_);
-    const bool beside = goal_ != Goal::BETTER && objective_.needsSlackNorm();
+    const bool beside = goal_ == Goal::SLACK || (goal_ == Goal::EQUAL && objective_.needsSlackNorm());
     addPatterns(Kind::NORM, goal_ == Goal::BETTER ? Integer(target_ - 1) : target_);
     if (beside) {
       addPatterns(Kind::DISTANCE, goal_ == Goal::SLACK ? Integer(slack_ - 1) : slack_);
@@ -102,6 +102,14 @@ class Builder {
 
 System systemOf(const Program& program, Goal goal, const Norms& norms) {
   return Builder(program, goal, norms).result();
+}
+
+bool needsSlack(const Program& program, const Norms& best) {
+  if (best.slack == 0) return false;
+  for (std::size_t i = 0; i < program.targets.size(); ++i)
+    for (const Rational& a : program.targets[i])
+      if (a != 0 && !program.wanted[i].finite()) return true;
+  return false;
 }
 
 bool counts(Goal goal, const Norms& best, const Norms& norms) {

@@ -30,6 +30,9 @@ struct System {
 // The norms mean nothing for the goal POINTS.
 System systemOf(const Program& program, Goal goal, const Norms& norms);
 
+// Whether the proof of an optimum has a search SLACK. Targets that cancel each other count, as they stand.
+bool needsSlack(const Program& program, const Norms& best);
+
 // Whether a feasible point with these norms counts.
 bool counts(Goal goal, const Norms& best, const Norms& norms);
 

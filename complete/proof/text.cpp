@@ -75,6 +75,13 @@ std::string textOf(const CutVectors& cuts) {
   return text;
 }
 
+std::vector<Step> stepsOf(const Derivation& derivation, const Tree* tree) {
+  if (!tree) return derivation.stepsOfContradiction();
+  std::vector<std::size_t> rows = tree->lattice.equations;
+  rows.insert(rows.end(), tree->lattice.coordinates.begin(), tree->lattice.coordinates.end());
+  return derivation.stepsFor(rows);
+}
+
 }  // namespace
 
 std::string textOf(const Point& point) {
@@ -87,8 +94,9 @@ std::string textOf(Goal goal, const Derivation& derivation, const Tree* tree) {
   std::string text =
       "search " + nameOf(goal) + "\nobjective " + std::to_string(derivation.objective().size()) + "\n";
   for (const ObjectiveRow& row : derivation.objective()) text += textOf(row);
-  text += "derive " + std::to_string(derivation.steps().size()) + "\n";
-  for (const Step& step : derivation.steps()) text += textOf(step);
+  const std::vector<Step> steps = stepsOf(derivation, tree);
+  text += "derive " + std::to_string(steps.size()) + "\n";
+  for (const Step& step : steps) text += textOf(step);
   if (!tree) return text + "contradiction\n";
   return text + textOf(tree->lattice) + textOf(tree->cuts) + "walk nodes " +
          std::to_string(tree->count.nodes) + " points " + std::to_string(tree->count.points) + "\n";

@@ -102,12 +102,13 @@ class Data {
     topValue = Integer(UNIT) * innerProduct(cuts.constant, start_);
   }
 
-  // Bounds of everything that a walk forms.
+  // Bounds of everything that a walk forms. Scalars would have room for more than a double's digits, but
+  // whoever checks may keep them there.
   bool fitsShort() const {
-    constexpr int SCALAR = 62;
-    constexpr int ENTRY = 53;
-    const auto isBelow = [](const Integer& value, int bits) {
-      return mpz_sizeinbase(value.get_mpz_t(), 2) <= static_cast<std::size_t>(bits);
+    constexpr std::size_t DIGITS = 53;
+    constexpr std::size_t COORDINATE_DIGITS = 62;
+    const auto isBelow = [](const Integer& value, std::size_t digits) {
+      return mpz_sizeinbase(value.get_mpz_t(), 2) <= digits;
     };
     Integer sum = abs(topValue);
     for (const Integer& entry : top) sum += abs(entry);
@@ -115,17 +116,18 @@ class Data {
     for (std::size_t i = 0; i < least.size(); ++i)
       largest.push_back(std::max<Integer>(abs(least[i]), abs(most[i])) + 1);
     for (std::size_t t = 0; t < mains.size(); ++t) {
-      const Integer value = valueBound(mains[t], t, largest);
-      if (!isBelow(Integer(4 * UNIT * value + 2 * divisors[t]), SCALAR)) return false;
-      sum += (2 * UNIT * mains[t].size / divisors[t] + 1) * mains[t].size;
+      const Product& main = mains[t];
+      if (!isBelow(Integer(2 * valueBound(main, t, largest)), DIGITS)) return false;
+      if (!isBelow(Integer(2 * UNIT * main.size + 3 * divisors[t]), DIGITS)) return false;
+      sum += (2 * UNIT * main.size / divisors[t] + 2) * main.size;
       for (const Product& side : sides[t])
-        if (!isBelow(valueBound(side, t, largest), SCALAR)) return false;
+        if (!isBelow(Integer(2 * valueBound(side, t, largest)), DIGITS)) return false;
     }
-    if (!isBelow(Integer(2 * sum), ENTRY)) return false;
+    if (!isBelow(Integer(2 * sum), DIGITS)) return false;
     for (std::size_t c = 0; c < widths_.size(); ++c) {
       Integer value = abs(lattice_.box.point[c]) + abs(lattice_.box.low[c]) + abs(lattice_.box.high[c]);
       for (std::size_t i = 0; i < largest.size(); ++i) value += largest[i] * abs(lattice_.box.basis[i][c]);
-      if (!isBelow(value, SCALAR)) return false;
+      if (!isBelow(value, COORDINATE_DIGITS)) return false;
     }
     return true;
   }
