@@ -12,6 +12,7 @@
 
 #include "complete/journal.h"
 #include "complete/options.h"
+#include "complete/outlook.h"
 #include "complete/points_file.h"
 #include "complete/watch.h"
 
@@ -107,11 +108,13 @@ class Run {
     if (past_ && !past_->verdict.empty()) return tellAgain();
     control_.threads = threads();
     control_.keepEvery = options_.checkpoint;
+    if (!options_.quiet)
+      control_.announce = [this](double nodes, double points, std::size_t coordinates) {
+        tellOutlook(nodes, points, coordinates);
+      };
     if (past_) takeUp(*past_);
-    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
     Journal journal(control_, keeping(), past_.value_or(Checkpoint()));
-    const Outcome outcome = solve(program_, task(), results_, journal);
-    if (!results_.close()) waitForEnd();
+    const Outcome outcome = watched([&] { return solve(program_, task(), results_, journal); });
     const Verdict verdict = verdictOf(outcome);
     if (verdict.isLast) verdict_ = &verdict;
     journal.save();
@@ -160,6 +163,27 @@ class Run {
     if (options_.quiet) return;
     std::fprintf(stderr, "goes on from %s, after %.0f s and %lu points\n", checkpointPath(options_).c_str(),
                  past.seconds, past.file.count);
+  }
+
+  // The line of a point has little beside its values.
+  void tellOutlook(double nodes, double points, std::size_t coordinates) const {
+    constexpr double SPEED = 1.5e9;
+    constexpr double BESIDE = 40;
+    Outlook outlook;
+    outlook.nodes = nodes;
+    outlook.points = listsAll() ? points : -1;
+    outlook.lineBytes = options_.count ? 0 : 2 * static_cast<double>(program_.variables()) + BESIDE;
+    outlook.speed = SPEED * control_.threads / static_cast<double>(coordinates + 20);
+    std::fputs(textOf(outlook).c_str(), stderr);
+  }
+
+  // The watch is over before the verdict is told.
+  template <class Search>
+  Outcome watched(Search search) {
+    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
+    const Outcome outcome = search();
+    if (!results_.close()) waitForEnd();
+    return outcome;
   }
 
   Journal::Keeping keeping() {

@@ -64,8 +64,8 @@ void assign(Float& to, const Float& value) {
   to = value;
 }
 
-// The greatest that a number may be, so that nothing overflows, and whole numbers stay exact; of multipliers
-// and cut vectors, whose type may be float.
+// The greatest that a double may be, so that nothing overflows; and of multipliers, cut vectors and their
+// sums, whose type is float then. Numbers of GMP have no such limit.
 constexpr long EXPONENT_LIMIT = 900;
 constexpr long WEIGHT_EXPONENT_LIMIT = 100;
 // What the cap allows beyond N, as a part of it.
@@ -85,7 +85,7 @@ class TableBuilder {
         rows_(lattice, work) {
     // One bit for the rounding and one in hand. Numbers of GMP lose what stands beyond their last limb.
     unit_ = scaledBy(unit_, -(static_cast<long>(bits) - (bits > 53 ? 66 : 2)));
-    weightUnit_ = std::is_same_v<R, double> ? scaledBy(Float(1, work), -22) : unit_;
+    weightUnit_ = IS_DOUBLE ? scaledBy(Float(1, work), -22) : unit_;
     takeCommonDenominator();
   }
 
@@ -98,6 +98,8 @@ class TableBuilder {
   }
 
  private:
+  static constexpr bool IS_DOUBLE = std::is_same_v<R, double>;
+
   Float zero() const { return Float(0, work_); }
 
   // The rows as whole numbers over one denominator.
@@ -181,7 +183,7 @@ class TableBuilder {
       if (i == t && value <= 0) acceptable_ = false;
     }
     const Float size = sizeOf(g);
-    const Float slip = (drift + unit_ * sizes * (2 * (k_ - t) + 8)) * WIDER;
+    const Float slip = (drift + unit_ * (sizes + size) * (2 * (k_ - t) + 8)) * WIDER;
     const Float inverse = t == k_ && size == 0 ? zero() : Float(1 / gso_.norms[t]);
     assign(level.inverseNorm, inverse);
     assignUp(level.size, size);
@@ -192,7 +194,7 @@ class TableBuilder {
     bounds_.push_back({size, slip, inverse});
     vectors_.push_back(g);
     if (t < k_ && slip * 1000 > size) acceptable_ = false;
-    if (scaledBy(Float(1, work_), EXPONENT_LIMIT) < sizes) acceptable_ = false;
+    if (IS_DOUBLE && scaledBy(Float(1, work_), EXPONENT_LIMIT) < sizes) acceptable_ = false;
   }
 
   void useRows(typename CutTables<R>::Level& level, const Dyadic& g) const {
@@ -239,12 +241,14 @@ class TableBuilder {
     Float own = zero();
     Float slips = zero();
     Float sizes = zero();
+    Float longest = zero();
     Float multipliers = zero();
     for (const Bounds& b : bounds_) {
       const Float part = (b.size + b.slip) * (b.size + b.slip) * b.inverse;
       own = std::max(own, part);
       slips += b.slip * b.slip * b.inverse;
       sizes += b.size * b.size * b.inverse;
+      longest = std::max(longest, b.size);
       multipliers = std::max(multipliers, Float((b.size + b.slip) * b.inverse));
     }
     const Float q = (cap + own) * WIDER;
@@ -258,9 +262,11 @@ class TableBuilder {
     // sqrt(N) times the length by more than the drift.
     const Float needed = n * (1 + skewness()) * (1 + 4 * terms * unit_) + 2 * drift;
     if (needed > cap || drift + rounding > 0.01 * (n + 1)) acceptable_ = false;
-    if (scaledBy(Float(1, work_), WEIGHT_EXPONENT_LIMIT) < sizes + multipliers) acceptable_ = false;
+    if (IS_DOUBLE && scaledBy(Float(1, work_), WEIGHT_EXPONENT_LIMIT) < sizes + longest + multipliers)
+      acceptable_ = false;
     assignUp(tables_.cap, cap);
-    // Entries that are too small for their type lose up to 2^-149 each, times a multiplier below 2^100.
+    // What is too small for its type loses up to 2^-149: entries, times a multiplier below 2^100, and
+    // multipliers, times an entry below 2^100.
     assignUp(tables_.margin, Float(2 * (drift + rounding) + scaledBy(n * terms, -40)));
   }
 
@@ -288,11 +294,14 @@ class TableBuilder {
   CutTables<R> tables_;
 };
 
-template <class R>
-std::optional<CutTables<R>> tablesBy(GramSchmidt (*form)(const BoxLattice&, unsigned long),
-                                     BoxLattice& lattice, unsigned long bits, unsigned long work) {
-  centre(lattice, form(lattice, work));
-  return TableBuilder<R>(lattice, form(lattice, work), bits, work).result();
+// From far away one step towards the centre is as rough as it is long.
+template <class R, class Form>
+std::optional<CutTables<R>> tablesBy(Form form, BoxLattice& lattice, unsigned long bits, unsigned long work) {
+  constexpr int ROUNDS = 3;
+  std::optional<GramSchmidt> gso = form(lattice, work);
+  for (int round = 0; gso && round < ROUNDS && centre(lattice, *gso); ++round) gso = form(lattice, work);
+  if (!gso) return std::nullopt;
+  return TableBuilder<R>(lattice, *gso, bits, work).result();
 }
 
 }  // namespace

@@ -11,8 +11,7 @@ namespace latbox::complete {
 double estimatedNodes(BoxLattice& lattice, unsigned probes);
 
 // The number of points to be expected if the values of the equations are spread like a normal distribution
-// with their mean and covariance over the box: good for many variables that count alike. A sum of rows that
-// have different sides is taken as it is.
+// with their mean and covariance over the box: good for many variables that count alike. Below 0: not known.
 double expectedPoints(const BoxLattice& lattice);
 
 }  // namespace latbox::complete

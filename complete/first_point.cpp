@@ -22,9 +22,11 @@ int blockFor(std::size_t rank) {
   return rank < 45 ? 20 : rank < 55 ? 30 : 40;
 }
 
-double squaredLength(const BoxLattice& lattice) {
-  const GramSchmidt gso = roughGramSchmidtOf(lattice, 128);
-  return gso.norms.back().get_d();
+// Of what is orthogonal to all rows. Nothing: the numbers are too long for a model.
+std::optional<double> squaredLength(const BoxLattice& lattice) {
+  const auto gso = roughGramSchmidtOf(lattice, 128);
+  if (!gso) return std::nullopt;
+  return gso->norms.back().get_d();
 }
 
 // What the first rows of a random direction have of its squared length, sorted, for each number of rows.
@@ -65,10 +67,11 @@ std::vector<double> quantileCaps(std::size_t rank, double constantPart, std::siz
 
 bool findByPasses(const std::string& key, const BoxLattice& lattice, unsigned long seed, Journal& journal,
                   Visitor& visitor) {
-  if (lattice.rank() < LEAST_RANK) return false;
+  const std::optional<double> constantPart = squaredLength(lattice);
+  if (lattice.rank() < LEAST_RANK || !constantPart) return false;
   SearchControl& control = journal.control();
   SearchSettings settings;
-  settings.caps = quantileCaps(lattice.rank(), squaredLength(lattice), lattice.coordinates(), SHARE);
+  settings.caps = quantileCaps(lattice.rank(), *constantPart, lattice.coordinates(), SHARE);
   BoxLattice whole = lattice;
   const double all = estimatedNodes(whole, SAMPLE);
   const unsigned long before = control.nodes;

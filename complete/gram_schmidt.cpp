@@ -1,6 +1,7 @@
 #include "complete/gram_schmidt.h"
 
 #include <cmath>
+#include <stdexcept>
 #include <utility>
 
 namespace latbox::complete {
@@ -30,8 +31,11 @@ struct Extended {
     return std::ldexp(x / y, static_cast<int>(i - j));
   }
   static Number of(long value) { return static_cast<Number>(value); }
+  // What double cannot hold GMP takes for an invalid operation, and the inverse of what vanishes there for a
+  // division by 0.
   Float wide(Number value) const {
     const double high = static_cast<double>(value);
+    if (!std::isfinite(high) || (high == 0 && value != 0)) throw std::range_error("too long for double");
     return Float(high, bits) + Float(static_cast<double>(value - static_cast<Number>(high)), bits);
   }
 
@@ -135,19 +139,26 @@ GramSchmidt gramSchmidtOf(const BoxLattice& lattice, unsigned long bits) {
   return Formation(lattice, Multiprecision{bits}).result();
 }
 
-GramSchmidt roughGramSchmidtOf(const BoxLattice& lattice, unsigned long bits) {
-  return Formation(lattice, Extended{bits}).result();
+std::optional<GramSchmidt> roughGramSchmidtOf(const BoxLattice& lattice, unsigned long bits) {
+  try {
+    return Formation(lattice, Extended{bits}).result();
+  } catch (const std::range_error&) {
+    return std::nullopt;
+  }
 }
 
-void centre(BoxLattice& lattice, const GramSchmidt& gso) {
+bool centre(BoxLattice& lattice, const GramSchmidt& gso) {
   FloatVector parts = gso.mu.back();
+  bool moved = false;
   for (std::size_t t = lattice.rank(); t-- > 0;) {
     const Float rounded = floor(Float(parts[t] + 0.5));
     const Integer steps(rounded);
     if (steps == 0) continue;
+    moved = true;
     for (std::size_t j = 0; j < lattice.coordinates(); ++j) lattice.point[j] -= steps * lattice.basis[t][j];
     for (std::size_t j = 0; j < t; ++j) parts[j] -= rounded * gso.mu[t][j];
   }
+  return moved;
 }
 
 }  // namespace latbox::complete

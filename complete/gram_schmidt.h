@@ -2,6 +2,7 @@
 // proven elsewhere.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "complete/box_lattice.h"
@@ -23,10 +24,12 @@ struct GramSchmidt {
 
 // With the point as it stands, to `bits` bits.
 GramSchmidt gramSchmidtOf(const BoxLattice& lattice, unsigned long bits);
-// The same computed in long double: good for a reduced basis of short numbers.
-GramSchmidt roughGramSchmidtOf(const BoxLattice& lattice, unsigned long bits);
+// The same computed in long double: good for a reduced basis of short numbers. Nothing: a number is too long
+// or too short.
+std::optional<GramSchmidt> roughGramSchmidtOf(const BoxLattice& lattice, unsigned long bits);
 
 // Moves the point by rows of the basis so that its parts along the Gram-Schmidt vectors are at most 1/2.
-void centre(BoxLattice& lattice, const GramSchmidt& gso);
+// False: they are, and it stays.
+bool centre(BoxLattice& lattice, const GramSchmidt& gso);
 
 }  // namespace latbox::complete

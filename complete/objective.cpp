@@ -34,6 +34,12 @@ Objective Objective::slackNorm() const {
   return slack;
 }
 
+Rational Objective::normOf(const Integer& value) const {
+  Rational norm(value, scale_);
+  norm.canonicalize();
+  return norm;
+}
+
 Integer Objective::valueOf(const Norms& norms) const {
   return floorOf(Rational((isSlackNorm_ ? norms.slack : norms.target) * scale_));
 }

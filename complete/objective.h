@@ -24,6 +24,8 @@ class Objective {
   bool needsSlackNorm() const { return hasLinear_ && !distances_.empty(); }
 
   Integer valueOf(const Norms& norms) const;
+  // The norm that has this value.
+  Rational normOf(const Integer& value) const;
 
   // Rows that every point with a value of at most `limit` keeps. They say exactly that for up to
   // MOST_PATTERNS targets with a value; with more of them they say less. That no point has less than `least`

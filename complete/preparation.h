@@ -17,7 +17,9 @@ struct Prepared {
 };
 
 // Nothing: the program has no point, by proof. A basis that was made before and is one of the lattice is
-// taken as it is, its search not estimated. Requires finite ranges of all variables. Throws ReductionFailure.
+// taken as it is, its search not estimated; with the basis that comes out it brings the same lattice, point
+// and all, so that what was left of a search can be gone on with. Requires finite ranges of all variables.
+// Throws ReductionFailure.
 std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis = {});
 
 }  // namespace latbox::complete

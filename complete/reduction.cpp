@@ -56,6 +56,15 @@ bool reduceIn(FplllMatrix& matrix, int block, int flags) {
   }
 }
 
+// Of squared lengths that no double holds block reduction makes searches without an end.
+bool areLong(const IntegerMatrix& rows) {
+  constexpr std::size_t MOST_BITS = 400;
+  for (const IntegerVector& row : rows)
+    for (const Integer& entry : row)
+      if (mpz_sizeinbase(entry.get_mpz_t(), 2) > MOST_BITS) return true;
+  return false;
+}
+
 }  // namespace
 
 void reduceLLL(IntegerMatrix& rows) {
@@ -69,7 +78,7 @@ void reduceLLL(IntegerMatrix& rows) {
 
 void reduceBlocks(IntegerMatrix& rows, int blockSize) {
   reduceLLL(rows);
-  if (rows.size() < 3) return;
+  if (rows.size() < 3 || areLong(rows)) return;
   FplllMatrix matrix = toFplll(rows);
   const int most = std::min(blockSize, static_cast<int>(rows.size()));
   std::vector<std::pair<int, int>> rounds;

@@ -119,6 +119,16 @@ unsigned long Results::count() const {
   return count_;
 }
 
+void Results::prove(const Rational& least) {
+  const std::lock_guard lock(mutex_);
+  least_ = least;
+}
+
+std::optional<Rational> Results::least() const {
+  const std::lock_guard lock(mutex_);
+  return least_;
+}
+
 std::optional<Norms> Results::best() const {
   const std::lock_guard lock(mutex_);
   return best_;

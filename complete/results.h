@@ -23,6 +23,7 @@ class Results : public Finds {
   bool hasBegun() const { return begun_; }
   void list(const Point& x, const Norms& norms) override;
   void replace(const Point& x, const Norms& norms) override;
+  void prove(const Rational& least) override;
   unsigned long count() const override;
 
   // Goes on from where another run was after `seconds`: points that are told from here on are known already,
@@ -38,6 +39,7 @@ class Results : public Finds {
 
   // For the progress of a run.
   std::optional<Norms> best() const;
+  std::optional<Rational> least() const;
   bool isWithoutTargets() const { return program_.targets.empty(); }
   // Of this run, and of those that it goes on from, too.
   double seconds() const;
@@ -63,6 +65,7 @@ class Results : public Finds {
   mutable std::mutex mutex_;
   unsigned long count_ = 0;
   std::optional<Norms> best_;
+  std::optional<Rational> least_;
   // Points are known already; the last line that would have taken the place of the file.
   bool known_ = false;
   bool single_ = false;

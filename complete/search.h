@@ -42,6 +42,8 @@ struct SearchControl {
   // The share of the present search that is done, estimated; below 0: not known.
   std::atomic<double> done = -1;
   unsigned threads = 1;
+  // Is told of a search that will take its time: candidates, points and coordinates, the first two estimated.
+  std::function<void(double nodes, double points, std::size_t coordinates)> announce;
   // Is given what is left each `keepEvery` seconds, unless these are 0; all threads stand still meanwhile, so
   // that what was visited is exactly what is not left.
   std::function<void(const Frontier&)> keep;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "complete/closing.h"
+#include "complete/estimate.h"
 #include "complete/first_point.h"
 #include "complete/least_norm.h"
 #include "complete/preparation.h"
@@ -155,6 +156,7 @@ class HeldFinds : public Finds {
 
   void begin() override { release(); }
   void list(const Point& x, const Norms& norms) override { next_.list(x, norms); }
+  void prove(const Rational& least) override { next_.prove(least); }
   unsigned long count() const override { return next_.count(); }
   void replace(const Point& x, const Norms& norms) override {
     if (released_)
@@ -205,6 +207,10 @@ class Solver {
     const auto prepare = [&](const IntegerMatrix& basis) -> std::optional<BoxLattice> {
       auto prepared = preparedLatticeOf(program, basis);
       if (!prepared) return std::nullopt;
+      constexpr double MOMENTS = 1e7;
+      if (control_.announce && prepared->nodes > MOMENTS)
+        control_.announce(prepared->nodes, expectedPoints(prepared->lattice),
+                          prepared->lattice.coordinates());
       return std::move(prepared->lattice);
     };
     return journal_.searchThrough(keyOf(program), prepare, visitor);
@@ -282,6 +288,7 @@ class Solver {
     Window& window = improving.window();
     findLeast(window, objective, program);
     while (!window.isClosed()) {
+      if (&objective == &objective_ && window.least()) finds_.prove(objective.normOf(*window.least()));
       const Integer limit = window.limit();
       IntegerProgram better = withRows(program, objective.rows(limit, window.least()));
       if (!close(better) || isEmpty(better, improving)) window.raise(limit + 1);

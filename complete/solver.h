@@ -17,6 +17,8 @@ class Finds {
   virtual void list(const Point& x, const Norms& norms) = 0;
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
   virtual void replace(const Point& x, const Norms& norms) = 0;
+  // No point has a smaller target norm, by proof.
+  virtual void prove(const Rational& least) { (void)least; }
   // Of the points that are listed.
   virtual unsigned long count() const = 0;
 };

@@ -267,6 +267,8 @@ Choice Walk<R>::choiceAt(std::size_t t) const {
   return {whole(lambda_[t]), whole(level.up), whole(level.down), level.closedUp, level.closedDown};
 }
 
+// Of a lattice of rank 0 the empty piece is the leaf, and a closed level, which it does not have, is what is
+// left behind it.
 template <class R>
 Piece Walk<R>::rest(std::size_t least) const {
   Piece piece;

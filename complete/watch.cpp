@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "complete/outlook.h"
+
 namespace latbox::complete {
 namespace {
 
@@ -14,6 +16,12 @@ sigset_t ownSignals() {
   sigemptyset(&signals);
   for (const int signal : {SIGINT, SIGTERM, SIGUSR1}) sigaddset(&signals, signal);
   return signals;
+}
+
+std::string format(const char* form, double value) {
+  char text[64];
+  std::snprintf(text, sizeof text, form, value);
+  return text;
 }
 
 }  // namespace
@@ -40,15 +48,25 @@ void Watch::run() {
   while (!ended_) {
     const timespec tick{0, TICK};
     heed(sigtimedwait(&signals, nullptr, &tick));
+    if (ended_) return;
     const double now = results_.seconds();
     if (settings_.rtime > 0 && now >= settings_.rtime) control_.stop = true;
-    if (now >= nextLine) {
+    if (now >= nextLine || hasFound()) {
       nextLine = now + BETWEEN_LINES;
       if (!settings_.quiet) tell();
+      results_.flush();
     }
     if (control_.stop && asked < 0) asked = now;
     if (asked >= 0 && now - asked > PATIENCE && !ended_) late_();
   }
+}
+
+// A better point, or the first one of a list.
+bool Watch::hasFound() {
+  auto best = results_.best();
+  if (!best || (results_.isWithoutTargets() ? told_.has_value() : told_ == best)) return false;
+  told_ = std::move(best);
+  return true;
 }
 
 void Watch::heed(int signal) {
@@ -59,11 +77,18 @@ void Watch::heed(int signal) {
 void Watch::tell() const {
   const double seconds = results_.seconds();
   const auto nodes = static_cast<double>(control_.nodes.load());
-  std::string best;
+  const double done = control_.done;
+  std::string line = duration(results_.allSeconds()) + ": ";
+  if (done >= 0) line += format("%.3g %% done, ", 100 * done);
+  line += format("%.4g nodes, ", nodes) + format("%.3g a second, ", nodes / results_.allSeconds());
+  line += std::to_string(results_.count()) + " points";
   if (const auto norms = results_.best(); norms && !results_.isWithoutTargets())
-    best = ", best " + toText(norms->target);
-  std::fprintf(stderr, "%.0f s: %.4g nodes, %.3g a second, %lu points%s\n", seconds, nodes, nodes / seconds,
-               results_.count(), best.c_str());
+    line += ", best " + toText(norms->target);
+  if (const auto least = results_.least()) line += ", none below " + toText(*least);
+  // By the share alone, nothing can be said at first.
+  constexpr double TELLING = 0.001;
+  if (done >= TELLING && done < 1) line += ", about " + duration(seconds * (1 - done) / done) + " left";
+  std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 }  // namespace latbox::complete

@@ -31,12 +31,15 @@ class Watch {
  private:
   void run();
   void heed(int signal);
+  bool hasFound();
   void tell() const;
 
   Settings settings_;
   Results& results_;
   SearchControl& control_;
   std::function<void()> late_;
+  // Of the last find that was told.
+  std::optional<Norms> told_;
   std::atomic<bool> ended_ = false;
   std::thread thread_;
 };

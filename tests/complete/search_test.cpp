@@ -106,6 +106,55 @@ TEST(Search, TakesCoefficientsThatNoDoubleHolds) {
   EXPECT_EQ(searched(program, 53), (std::set<IntegerVector>{testing::vectorOf({123456, 654321, 777777})}));
 }
 
+// Vectors whose squared lengths no double holds, and boxes whose inverse none holds.
+TEST(Search, TakesNumbersBeyondTheRangeOfDouble) {
+  for (const unsigned long digits : {160ul, 200ul, 700ul}) {
+    IntegerProgram program;
+    program.box.assign(3, rangeOf(0, 9));
+    Row row;
+    Integer side = 0;
+    for (const long z : {2, 7, 4}) {
+      row.a.push_back(powerOfTen(digits) / (z + 4) + z);
+      side += row.a.back() * z;
+    }
+    row.range = {side, side};
+    program.rows.push_back(row);
+    EXPECT_TRUE(searched(program, 53).contains(testing::vectorOf({2, 7, 4}))) << digits;
+  }
+  // In the second one block reduction in double searched without an end.
+  for (const unsigned long digits : {40ul, 200ul, 330ul}) {
+    const Integer end = powerOfTen(digits);
+    IntegerProgram program;
+    program.box.assign(3, Range{Integer(-end), end});
+    program.rows = {Row{{end + 7, end + 3, 7}, {-end, end}}, testing::rowOf({1, 1, 2}, 2, 9)};
+    auto lattice = boxLatticeOf(program);
+    ASSERT_TRUE(lattice);
+    Collector three(3);
+    SearchControl control;
+    EXPECT_FALSE(search(*lattice, three, control));
+    EXPECT_EQ(three.points.size(), 3u) << digits;
+  }
+}
+
+// Its only point is the first candidate and the last.
+TEST(Search, LeavesNothingBehindTheLastPoint) {
+  for (const std::size_t variables : {0u, 1u, 2u}) {
+    IntegerProgram program;
+    program.box.assign(variables, rangeOf(0, 1));
+    auto lattice = boxLatticeOf(program);
+    ASSERT_TRUE(lattice);
+    ASSERT_EQ(lattice->rank(), variables);
+    const std::size_t all = std::size_t{1} << variables;
+    Collector enough(all);
+    SearchControl control;
+    EXPECT_FALSE(search(*lattice, enough, control));
+    EXPECT_EQ(enough.points.size(), all);
+    Collector more;
+    EXPECT_TRUE(search(*lattice, more, control, {control.left.pieces, {}, false}));
+    EXPECT_TRUE(more.points.empty()) << variables;
+  }
+}
+
 // Knapsacks whose relaxation nearly misses all whole points: without its bounds the trees are hopeless.
 TEST(Search, UsesLinearBoundsWhereTheyPay) {
   for (const long side : {58925135L, 58925134L}) {
@@ -143,6 +192,70 @@ TEST(Search, FindsEveryPointWhateverTheBoundsDo) {
     program.rows.push_back(row);
     EXPECT_EQ(searched(program, 53), searched(program, 256)) << seed;
   }
+}
+
+// Wants less of one row after each point, while the walk stands at any place.
+class Descending : public Visitor {
+ public:
+  explicit Descending(const Row& row) : row_(row) {}
+  static Integer valueOf(const Row& row, const IntegerVector& z) {
+    const Integer value = innerProduct(row.a, z);
+    return row.kind == RowKind::TARGET_SIZE ? Integer(abs(value)) : value;
+  }
+  Next visit(const IntegerVector& z) override {
+    const Integer value = valueOf(row_, z);
+    // A row that follows from the others is none of the lattice's.
+    if (best && value >= *best) return Next::GO_ON;
+    best = value;
+    return Next::LIMIT;
+  }
+  Integer limit() const override { return *best - 1; }
+
+  std::optional<Integer> best;
+
+ private:
+  const Row& row_;
+};
+
+TEST(Search, ComesToTheLeastWhileRangesShrink) {
+  std::size_t found = 0;
+  for (unsigned seed = 0; seed < 600; ++seed) {
+    const RandomProgram random(seed);
+    Row target;
+    std::mt19937 draws(seed);
+    for (std::size_t j = 0; j < random.program.box.size(); ++j)
+      target.a.emplace_back(static_cast<long>(draws() % 19) - 9);
+    target.kind = seed % 2 == 0 ? RowKind::TARGET : RowKind::TARGET_SIZE;
+    // Less than the box allows, or the row would go.
+    target.range = {Integer(1), Integer(-1)};
+    for (std::size_t j = 0; j < target.a.size(); ++j) {
+      const Range& range = random.program.box[j];
+      const bool rises = target.a[j] > 0;
+      *target.range.low += target.a[j] * (rises ? *range.low : *range.high);
+      *target.range.high += target.a[j] * (rises ? *range.high : *range.low);
+    }
+    std::optional<Integer> least;
+    for (const IntegerVector& z : random.points()) {
+      const Integer row = innerProduct(target.a, z);
+      if (row < *target.range.low || row > *target.range.high) continue;
+      const Integer value = Descending::valueOf(target, z);
+      if (!least || value < *least) least = value;
+    }
+    IntegerProgram program = random.program;
+    program.rows.push_back(target);
+    auto lattice = boxLatticeOf(program);
+    Descending visitor(target);
+    SearchControl control;
+    for (const unsigned long bits : {53ul, 256ul}) {
+      visitor.best.reset();
+      if (lattice) {
+        EXPECT_TRUE(searchWith(bits, *lattice, visitor, control));
+      }
+      EXPECT_EQ(visitor.best, least) << seed;
+    }
+    found += least ? 1 : 0;
+  }
+  EXPECT_GT(found, 100u);
 }
 
 TEST(Search, StopsWhenAsked) {

@@ -91,6 +91,15 @@ class VerdictTest(Case):
         text = opt(dt=["-inf", 6], at=[[1], [1]], rx=[4])
         self.assert_verdict(self.run_all(text), "optimum 6 2", 10)
 
+    def test_an_optimum_far_from_the_first_points(self):
+        # Ranges of 10^10 units and more, of the target norm and of the slack norm.
+        text = opt(dt=["-inf"], at=[[7, 11, 13]], ag=[[101, 103, 107]], bg=[10**11 + 7], rx=[10**9] * 3)
+        self.assert_verdict(self.run_all(text), "optimum 6930693163", 10)
+        self.assertEqual(len(self.listed()), 1)
+        text = opt(dt=["-inf", 10**12], at=[[1], [1]], rx=[10**12])
+        self.assert_verdict(self.run_all(text), "optimum %d" % 10**12, 10)
+        self.assertEqual(self.listed(), [[10**12]])
+
     def test_count_writes_no_file(self):
         self.assert_verdict(self.run_all(NINE, "--count=1"), "all 9", 10)
         self.assertFalse(self.exists("p.all"))
@@ -102,6 +111,18 @@ class VerdictTest(Case):
         self.assertEqual(len(self.listed()), 4)
         self.assert_verdict(self.run_all(NINE, "--limit=9"), "found 9", 11)
         self.assert_verdict(self.run_all(NOTHING, "--first=1"), "none", 20)
+
+    def test_a_limit_that_all_points_reach_leaves_nothing(self):
+        for text, count in ((ONE, 1), (NINE, 9)):
+            self.assert_verdict(self.run_all(text, "--limit=%d" % count, "--resume=0"), "found %d" % count, 11)
+            self.assert_verdict(self.run_all(text), "all %d" % count, 10)
+            self.assertEqual(len(self.listed()), count)
+
+    def test_coefficients_beyond_the_range_of_double(self):
+        rows = [10 ** 200 // 7 + k * k for k in (1, 5, 8)]
+        side = sum(a * x for a, x in zip(rows, (2, 7, 4)))
+        self.assert_verdict(self.run_all(opt(ag=[rows], bg=[side], rx=[9] * 3)), "all 1", 10)
+        self.assertEqual(self.listed(), [[2, 7, 4]])
 
     def test_an_existing_file_is_kept(self):
         self.write("p.all", "somebody's\n")
@@ -157,6 +178,20 @@ class BoundsTest(Case):
         text = opt(dt=["-inf"], at=[[1, 1]], ag=[[3, -5]], bg=[7], rx=["inf", "inf"])
         self.assert_verdict(self.run_all(text), "optimum 5", 10)
         self.assertEqual(self.listed(), [[4, 1]])
+
+    def test_an_open_program_has_the_best_point_that_can_be(self):
+        # A wanted value that is reached; an odd distance, which is 1 at least; a target and a distance.
+        for targets, verdict, points in ((dict(dt=[1], at=[[1, -3]]), "optimum 0", None),
+                                         (dict(dt=[1], at=[[2, -4]]), "optimum 1 1", None),
+                                         (dict(dt=["-inf", 3], at=[[1, 0], [-1, 1]]), "optimum 0", [[0, 3]]),
+                                         (dict(dt=["-inf"], at=[[1, 0]]), "optimum 0", None)):
+            with self.subTest(targets):
+                self.assert_verdict(self.run_all(opt(**targets, rx=["inf", "inf"])), verdict, 10)
+                found = self.listed()
+                self.assertEqual(found if points else len(found), points or 1)
+        # All of them are not told.
+        text = opt(dt=[1], at=[[1, -3]], rx=["inf", "inf"])
+        self.assert_refused(self.run_all(text, "--ties=1"), "these variables need finite bounds: x1, x2")
 
     def test_what_stays_open_is_named(self):
         text = opt(ag=[[3, -5, 0]], bg=[7], rx=["inf", "inf", 1])
@@ -250,7 +285,9 @@ class StopTest(Case):
 
     def test_progress(self):
         process = self.start_endless("--count=1")
-        line = r"^\d+ s: .* nodes, .* points\n$"
+        line = r"^\d+ s: .* nodes, .* points"
+        self.assertRegex(process.stderr.readline(), r"^estimate: \S+ nodes, \S+ years, \S+ points\n$")
+        self.assertRegex(process.stderr.readline(), r"^this search will not end in 5 years; ")
         self.assertRegex(process.stderr.readline(), line)
         process.send_signal(signal.SIGUSR1)
         self.assertRegex(process.stderr.readline(), line)
@@ -267,6 +304,11 @@ class StopTest(Case):
 
 
 class ExamplesTest(Case):
+    def example(self, name):
+        """Its text: a run beside it would leave a checkpoint there."""
+        with open(os.path.join(harness.Settings.examples, name + ".opt"), encoding="utf-8") as file:
+            return file.read()
+
     def test_counts_and_optima(self):
         """What exhaustive search has found of the examples that it can take, and counts known from elsewhere."""
         with open(os.path.join(harness.Settings.examples, "expected.json"), encoding="utf-8") as file:
@@ -274,19 +316,17 @@ class ExamplesTest(Case):
         self.assertGreater(len(known), 10)
         for name, row in known.items():
             with self.subTest(name):
-                path = os.path.join(harness.Settings.examples, name + ".opt")
-                result = self.run_plain("--all=1", "--count=1", "--quiet=1", path)
+                text = self.example(name)
+                result = self.run_all(text, "--all=1", "--count=1", "--quiet=1")
                 self.assert_verdict(result, "all %d" % row["points"], 10)
-                with open(path, encoding="utf-8") as file:
-                    if checker.Program(file.read()).dt:
-                        result = self.run_plain("--quiet=1", "--out=best.all", path)
-                        best = complete_random.mixed(Fraction(row["best"]))
-                        self.assertTrue(result.out.startswith("verdict: optimum %s" % best), result.out)
+                if checker.Program(text).dt:
+                    result = self.run_all(text, "--quiet=1", "--resume=0")
+                    best = complete_random.mixed(Fraction(row["best"]))
+                    self.assertTrue(result.out.startswith("verdict: optimum %s" % best), result.out)
 
     def test_counts_of_designs(self):
         for name, count in (("triples_9", 840), ("queens_8", 92), ("steiner_5_6_12", 2), ("quadruples_16", 4)):
-            path = os.path.join(harness.Settings.examples, name + ".opt")
-            self.assert_verdict(self.run_plain("--count=1", "--quiet=1", path), "all %d" % count, 10)
+            self.assert_verdict(self.run_all(self.example(name), "--count=1", "--quiet=1"), "all %d" % count, 10)
 
 
 class KnapsackTest(Case):
@@ -315,16 +355,6 @@ class KnapsackTest(Case):
         for name, best in (("mkp_n20_s1", -827), ("mkp_n30_s1", -1165)):
             self.assert_verdict(self.run_all(self.program(name), "--quiet=1"), "optimum %d" % best, 10)
             self.assertEqual(len(self.listed()), 1)
-
-
-class RandomTest(Case):
-    in_memory = True
-
-    def test_against_exhaustive_search(self):
-        wrong, kinds = complete_random.judge_range(self.binary, 0, 300)
-        self.assertEqual(wrong, [])
-        # None, one and many points: each kind was met often.
-        self.assertTrue(all(count >= 30 for count in kinds), kinds)
 
 
 if __name__ == "__main__":
