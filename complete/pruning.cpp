@@ -28,16 +28,18 @@ constexpr double LEAST_TILT = 0.25;
 // What rounding leaves of the length of a point must not cost it.
 constexpr double WIDER = 1 + 1e-5;
 
-// One random way after the other. The steps lambda of a level are drawn with probabilities that fall with their
-// squared length as in a normal distribution (Klein, Finding the closest lattice vector when it's unusually
-// close, 2000), so that it is known what a node stands for: one over its own probability. Half of the ways have
-// even variances, as points have, the other half those of the ways that the caps keep; each counts by the mean
-// of its probabilities of both kinds (Veach and Guibas, Optimally combining sampling techniques, 1995).
+// One random way after the other. The steps lambda of a level are drawn with probabilities that fall with
+// their squared length as in a normal distribution (Klein, Finding the closest lattice vector when it's
+// unusually close, 2000), so that it is known what a node stands for: one over its own probability. Half of
+// the ways have even variances, as points have, the other half those of the ways that the caps keep; each
+// counts by the mean of its probabilities of both kinds (Veach and Guibas, Optimally combining sampling
+// techniques, 1995).
 class WayDrawer {
  public:
   static constexpr std::size_t KINDS = 2;
 
-  // By depth, from 1 on: the squared length, as a node and as a point, and the logarithm of the number of nodes.
+  // By depth, from 1 on: the squared length, as a node and as a point, and the logarithm of the number of
+  // nodes.
   struct Way {
     std::vector<double> node;
     std::vector<double> point;
@@ -68,9 +70,7 @@ class WayDrawer {
 
   double uniform() { return (static_cast<double>(random_() >> 11) + 0.5) * 0x1p-53; }
 
-  double normal() {
-    return std::sqrt(-2 * std::log(uniform())) * std::cos(2 * std::numbers::pi * uniform());
-  }
+  double normal() { return std::sqrt(-2 * std::log(uniform())) * std::cos(2 * std::numbers::pi * uniform()); }
 
   // Of the mean of the probabilities.
   static double mean(const Logs& logs) {
@@ -107,8 +107,9 @@ class WayDrawer {
     tell();
   }
 
-  // The other levels are a continuum, of nodes that are as dense as the vectors are short. Those of a node are
-  // independent; a point's share what its length leaves, as the parts of a vector in a random direction do.
+  // The other levels are a continuum, of nodes that are as dense as the vectors are short. Those of a node
+  // are independent; a point's share what its length leaves, as the parts of a vector in a random direction
+  // do.
   void spread(std::size_t levels) {
     const double before = sum_;
     const double left = length_.mean + length_.deviation * normal() - d_.root - before;
@@ -304,22 +305,20 @@ Pruning PruningModel::best(double preparation) const {
 }
 
 Pruning bestPruning(const Descent& descent, PointLength length, double preparation) {
-  // Narrow caps keep ways that hardly ever are drawn. Those that some caps keep are where those of narrower
-  // ones are looked for.
-  constexpr int ROUNDS = 5;
+  // Narrow caps keep ways that hardly ever are drawn. Those that some caps keep tell where those of narrower
+  // ones are to be looked for.
+  constexpr int ROUNDS = 4;
+  constexpr double ENOUGH = 0.05;
   std::vector<double> tilt(descent.norms.size(), 1.0);
   const auto cost = [&](const Pruning& pruning) { return (preparation + pruning.nodes) / pruning.share; };
   Pruning best;
   for (int round = 0; round < ROUNDS; ++round) {
     const PruningModel model(descent, length, tilt);
     Pruning next = model.best(preparation);
-    if (!(next.share > 0)) break;
-    const bool isBetter = round == 0 || cost(next) < 0.9 * cost(best);
-    if (round == 0 || cost(next) < cost(best)) {
-      tilt = model.tiltOf(next);
-      best = std::move(next);
-    }
-    if (!isBetter) break;
+    if (!(next.share > 0) || (round > 0 && cost(next) > cost(best))) break;
+    best = std::move(next);
+    if (best.share > ENOUGH) break;
+    tilt = model.tiltOf(best);
   }
   return best;
 }

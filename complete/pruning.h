@@ -1,10 +1,10 @@
 // Caps on the squared length of a point's projections that make a search for one point cheap.
 //
-// A walk knows at a node the squared length of the projection that all points below it have in common. That of
-// a random point grows evenly from level to level, with a spread. Nodes that are long for their level are many
-// and hold few points: without them a share of the points is left and a far smaller part of the tree, and
-// where the walk fails, the next one has another basis, for which the point lies elsewhere. Which caps are
-// the best for the cost of a success, that of the basis included, was asked by Gama, Nguyen and Regev
+// A walk knows at a node the squared length of the projection that all points below it have in common. That
+// of a random point grows evenly from level to level, with a spread. Nodes that are long for their level are
+// many and hold few points: without them a share of the points is left and a far smaller part of the tree,
+// and where the walk fails, the next one has another basis, for which the point lies elsewhere. Which caps
+// are the best for the cost of a success, that of the basis included, was asked by Gama, Nguyen and Regev
 // (Lattice enumeration using extreme pruning, 2010), who integrate volumes. Here the share of the points and
 // the number of nodes are sums over random ways down the tree, since the first levels of this one are no
 // continuum: their Gram-Schmidt vectors are often near those of single variables, whose two values are
@@ -43,8 +43,8 @@ struct Pruning {
   double nodes = 0;
 };
 
-// Caps for which (preparation + nodes) / share is as small as a descent makes it. Requires at least one row. The
-// same arguments bring the same caps.
+// Caps for which (preparation + nodes) / share is as small as a descent makes it. Requires at least one row.
+// The same arguments bring the same caps.
 Pruning bestPruning(const Descent& descent, PointLength length, double preparation);
 
 // The ways down of a lattice, by which caps are judged.
@@ -59,8 +59,8 @@ class PruningModel {
   std::vector<double> tiltOf(const Pruning& pruning) const;
 
  private:
-  // At one depth, which is the number of levels that are chosen: what each way has as a node and as a point, and
-  // how many nodes it stands for.
+  // At one depth, which is the number of levels that are chosen: what each way has as a node and as a point,
+  // and how many nodes it stands for.
   struct Depth {
     std::vector<float> node;
     std::vector<float> point;

@@ -170,7 +170,7 @@ bool searchIn(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchC
   SharedLimit shared;
   complete =
       walkThrough([&] { return std::make_unique<PointWalk<R>>(lattice, *tables, settings, visitor, shared); },
-                  settings.pieces, control, settings.isTrial);
+                  settings.pieces, control, settings.trial);
   return true;
 }
 

@@ -57,14 +57,17 @@ struct SearchControl {
   bool isKeepDue() const { return std::chrono::steady_clock::now() >= nextKeep(); }
 };
 
+// A tree of so many candidates is walked through before another thread would have begun.
+inline constexpr unsigned long SMALL_TREE = 200'000;
+
 struct SearchSettings {
   // Where to go on; empty: the whole tree.
   std::vector<Piece> pieces;
   // For a search that may miss points: the greatest value of a node at each level and behind them (see
   // cuts.h).
   std::vector<double> caps;
-  // It ends, as if stopped, where the tree turns out not to be small.
-  bool isTrial = false;
+  // It ends, as if stopped, after so many candidates; 0: it is no trial.
+  unsigned long trial = 0;
 };
 
 // Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted

@@ -213,7 +213,7 @@ class Solver {
                           prepared->lattice.coordinates());
       return std::move(prepared->lattice);
     };
-    return journal_.searchThrough(keyOf(program), prepare, visitor);
+    return journal_.searchThrough(complete::keyOf(program), prepare, visitor);
   }
 
   // The same for a search that ends at its first find, mostly early. Choosing among bases by the size of the
@@ -223,8 +223,8 @@ class Solver {
     finding.begin();
     const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(program); };
     SearchSettings trial;
-    trial.isTrial = true;
-    const auto complete = journal_.searchThrough(keyOf(program), prepare, finding, trial);
+    trial.trial = SMALL_TREE;
+    const auto complete = journal_.searchThrough(complete::keyOf(program), prepare, finding, trial);
     if (complete.value_or(true) || finding.hasFound() || control_.stop) return complete;
     return searchThrough(program, finding);
   }
@@ -238,18 +238,42 @@ class Solver {
     return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
-  // A small tree is searched through, and of a large one the likely parts of several bases before that. True:
-  // there is no point.
+  // Passes through the likely parts of a large tree, in stages. After each of them the whole search is tried
+  // for a part of what they have cost: some trees are small by its linear programs, without which a pass
+  // does. True: there is no point.
   bool findFirst(Listing& listing) {
-    const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(whole_); };
-    SearchSettings trial;
-    trial.isTrial = true;
-    if (journal_.searchThrough(keyOf(whole_), prepare, listing, trial).value_or(true)) return true;
+    const auto lattice = unreducedLatticeOf(whole_);
+    if (!lattice) return true;
+    Passes passes(*lattice, task_.seed);
     const auto isOver = [&] { return control_.stop || listing.isInterrupted(); };
-    if (isOver()) return false;
-    if (const auto lattice = boxLatticeOf(whole_))
-      findByPasses(keyOf(whole_), *lattice, task_.seed, journal_, listing);
-    return !isOver() && searchThrough(whole_, listing).value_or(true);
+    for (std::size_t stage = 0;; ++stage) {
+      if (passes.hasStage(stage)) makePasses(passes, stage, listing);
+      if (isOver()) return false;
+      if (tryWhole(stage, passes.cost(), listing)) return true;
+      if (isOver()) return false;
+      if (!passes.hasStage(stage + 1)) return searchThrough(whole_, listing).value_or(true);
+    }
+  }
+
+  void makePasses(const Passes& passes, std::size_t stage, Listing& listing) {
+    const auto make = [&](unsigned long begin, const std::function<void(unsigned long)>& tell) {
+      return passes.make(stage, begin, tell, listing, control_);
+    };
+    journal_.makeParts(keyOf("passes", stage), make, listing);
+  }
+
+  // True: to the end.
+  bool tryWhole(std::size_t stage, double cost, Listing& listing) {
+    constexpr double PART = 0.1;
+    SearchSettings trial;
+    trial.trial = std::max(SMALL_TREE, static_cast<unsigned long>(PART * cost));
+    const auto prepare = [&](const IntegerMatrix&) { return roughLatticeOf(whole_); };
+    return journal_.searchThrough(keyOf("trial", stage), prepare, listing, trial).value_or(true);
+  }
+
+  // Of what belongs to a stage of passes.
+  std::string keyOf(const std::string& what, std::size_t stage) const {
+    return digestOf(complete::keyOf(whole_) + " " + what + " " + std::to_string(stage));
   }
 
   Outcome findBest() {
