@@ -4,7 +4,7 @@
 #include <cmath>
 #include <random>
 
-#include "complete/elimination.h"
+#include "complete/kernel.h"
 #include "complete/leaf.h"
 #include "complete/parts.h"
 #include "complete/pass_tables.h"
@@ -73,28 +73,24 @@ Piece halfTree(const Descent& descent) {
   return {choice};
 }
 
-bool keepsEquations(const BoxLattice& lattice, const IntegerVector& v) {
-  for (std::size_t i = 0; i < lattice.equations.size(); ++i)
-    if (innerProduct(lattice.equations[i], v) != lattice.sides[i]) return false;
-  return true;
+// Rows of a new basis by these random numbers: points beside a point of the lattice are of it. Nothing: it
+// cannot be made.
+std::optional<IntegerMatrix> rowsOf(const BoxLattice& lattice, const ShortBasis& basis,
+                                    std::mt19937_64& random) {
+  const auto rows = newBasis(basis, random);
+  if (!rows) return std::nullopt;
+  auto result = inLattice(basis, *rows);
+  if (!isInKernel(lattice.equations, result)) return std::nullopt;
+  return result;
 }
 
-// False: the visitor has had enough. The basis is not proven, and a leaf may be no point of the lattice.
-bool visit(const BoxLattice& lattice, const std::optional<IntegerVector>& v, Visitor& visitor) {
-  if (!v || !keepsEquations(lattice, *v)) return true;
-  const Next next = visitor.visit(lattice.allVariables(*v));
-  return next != Next::STOP && next != Next::REFUSED;
-}
-
-// A basis as that of a pass, the same each time. Nothing: it cannot be made, or is not worth it.
+// The same each time. Nothing: it cannot be made, or is not worth it.
 std::optional<IntegerMatrix> firstBasisOf(const BoxLattice& lattice) {
   if (lattice.rank() < LEAST_RANK) return std::nullopt;
   const auto basis = shortBasisOf(lattice);
   if (!basis) return std::nullopt;
   std::mt19937_64 random(1);
-  const auto rows = newBasis(*basis, random);
-  if (!rows) return std::nullopt;
-  return inLattice(*basis, *rows);
+  return rowsOf(lattice, *basis, random);
 }
 
 }  // namespace
@@ -181,10 +177,10 @@ std::optional<BoxLattice> Passes::latticeOf(std::initializer_list<unsigned long>
   for (const unsigned long seed : seeds) words.insert(words.end(), {seed & LOW, seed >> 32});
   std::seed_seq sequence(words.begin(), words.end());
   std::mt19937_64 random(sequence);
-  const std::optional<ShortMatrix> rows = newBasis(*basis_, random);
+  auto rows = rowsOf(lattice_, *basis_, random);
   if (!rows) return std::nullopt;
   BoxLattice other = lattice_;
-  other.basis = inLattice(*basis_, *rows);
+  other.basis = std::move(*rows);
   return other;
 }
 
@@ -194,7 +190,7 @@ bool Passes::makePass(std::size_t stage, unsigned long pass, Visitor& visitor, S
   if (!lattice) return true;
   const PassTables tables = passTablesOf(*lattice);
   Walk<double> walk(tables.tables, stages_[stage].pruning.caps);
-  const Leaf leaf(*lattice);
+  Leaf leaf(*lattice);
   walk.start(isSymmetric_ ? halfTree(tables.descent) : Piece());
   for (double nodes = 0; nodes < stages_[stage].most && !control.stop;) {
     const WalkPause pause = walk.next();
@@ -202,7 +198,10 @@ bool Passes::makePass(std::size_t stage, unsigned long pass, Visitor& visitor, S
     nodes += static_cast<double>(more);
     control.nodes += more;
     if (pause == WalkPause::END) return true;
-    if (pause == WalkPause::LEAF && !visit(*lattice, leaf.pointOf(walk.lambda()), visitor)) return false;
+    const IntegerVector* z = pause == WalkPause::LEAF ? leaf.pointOf(walk.lambda()) : nullptr;
+    if (!z) continue;
+    const Next next = visitor.visit(*z);
+    if (next == Next::STOP || next == Next::REFUSED) return false;
   }
   return !control.stop;
 }

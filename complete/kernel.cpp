@@ -48,13 +48,6 @@ IntegerMatrix images(const IntegerMatrix& equations, const IntegerMatrix& others
   return products;
 }
 
-bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
-  for (const IntegerVector& row : rows)
-    for (const IntegerVector& equation : equations)
-      if (innerProduct(equation, row) != 0) return false;
-  return true;
-}
-
 bool isUnimodular(const IntegerMatrix& equations, const Split& split, const IntegerMatrix& h) {
   if (split.others.size() != equations.size() || !isInKernel(equations, split.kernel)) return false;
   const Integer side = determinant(h);
@@ -86,6 +79,13 @@ std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, con
     return WholeSolutions{std::move(*point), std::move(split.kernel)};
   }
   throw ReductionFailure("the kernel of the equations was not found");
+}
+
+bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
+    for (const IntegerVector& equation : equations)
+      if (innerProduct(equation, row) != 0) return false;
+  return true;
 }
 
 bool isSameKernel(const IntegerMatrix& equations, const IntegerMatrix& basis, const IntegerMatrix& other) {

@@ -1,7 +1,7 @@
 // Bases of short numbers: reduced by libfplll in machine words and double, which takes a fifth to a tenth of
 // the time that GMP's integers take, and by blocks that are pruned with straight lines, for which no file of
-// strategies has to be read. For passes, which make a basis for each twentieth of a second of search and
-// prove nothing: a row that is wrong leads to no point.
+// strategies has to be read. For passes, which make a basis for each tenth of a second of search. Nothing is
+// proven here: whoever takes rows tests that they are of the lattice.
 #pragma once
 
 #include <optional>

@@ -2,7 +2,6 @@
 
 #include <mutex>
 
-#include "complete/elimination.h"
 #include "market_split.h"
 
 namespace latbox::complete {
