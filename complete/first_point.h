@@ -1,8 +1,8 @@
 // A first point by pruned passes.
 //
 // A pass makes a basis (short_basis.h), leaves out the nodes that are long for their level (pruning.h), and
-// walks through the rest: for a market split of rank 71 a tenth of the points and a ten-thousandth of the
-// nodes, in a fifth of a second. What a pass does not find says nothing; another one has another basis, for
+// walks through the rest: for a market split of rank 71 a tenth of the points and one node in sixty thousand,
+// in a fifth of a second. What a pass does not find says nothing; another one has another basis, for
 // which the points lie elsewhere (Gama, Nguyen, Regev, Lattice enumeration using extreme pruning, 2010).
 // After a few that take no time, a stage is as many passes as should bring two points with the cheapest caps.
 // If it brings none, the model of the tree is wrong or there is no point, and the passes of the next stage
