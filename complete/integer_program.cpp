@@ -60,13 +60,4 @@ Point pointOf(const Program& program, const IntegerVector& z) {
   return x;
 }
 
-void limitRow(Row& row, const Integer& limit) {
-  if (row.kind == RowKind::CONDITION) return;
-  const Integer high = floorOf(Integer(limit - row.offset), row.divisor);
-  if (!row.range.high || high < *row.range.high) row.range.high = high;
-  if (row.kind == RowKind::TARGET) return;
-  const Integer low = ceilOf(Integer(-limit - row.offset), row.divisor);
-  if (!row.range.low || low > *row.range.low) row.range.low = low;
-}
-
 }  // namespace latbox::complete
