@@ -52,12 +52,16 @@ IntegerProgram integerProgramOf(const Program& program) {
 
 Point pointOf(const Program& program, const IntegerVector& z) {
   Point x;
-  x.reserve(z.size());
-  for (std::size_t j = 0; j < z.size(); ++j) {
-    x.emplace_back(z[j]);
-    if (program.digits[j] != 0) x.back() /= powerOfTen(program.digits[j]);
-  }
+  takePoint(x, program, z);
   return x;
+}
+
+void takePoint(Point& x, const Program& program, const IntegerVector& z) {
+  x.resize(z.size());
+  for (std::size_t j = 0; j < z.size(); ++j) {
+    x[j] = z[j];
+    if (program.digits[j] != 0) x[j] /= powerOfTen(program.digits[j]);
+  }
 }
 
 }  // namespace latbox::complete

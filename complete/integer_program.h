@@ -36,8 +36,9 @@ struct IntegerProgram {
 // that no point can keep becomes an empty range.
 IntegerProgram integerProgramOf(const Program& program);
 
-// The point that belongs to whole variables.
+// The point that belongs to whole variables; the second form takes the memory of another point.
 Point pointOf(const Program& program, const IntegerVector& z);
+void takePoint(Point& x, const Program& program, const IntegerVector& z);
 
 // The coefficients of a row of the program for the whole variables.
 std::vector<Rational> perStep(const Program& program, const std::vector<Rational>& row);

@@ -22,7 +22,10 @@ class Listing : public Visitor {
       : program_(program), verification_(program), finds_(finds), limit_(limit) {}
 
   Next visit(const IntegerVector& z) override {
-    const Point x = verification_.pointOf(z);
+    // The numbers of the thread's last point have memory already, which would take longer to get than all
+    // else.
+    static thread_local Point x;
+    verification_.takePoint(x, z);
     const Norms norms = normsOf(program_, x);
     if (!isWanted(x, norms)) return Next::GO_ON;
     std::unique_lock lock(mutex_, std::defer_lock);
