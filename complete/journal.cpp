@@ -44,7 +44,7 @@ std::string keyOf(const IntegerProgram& program) {
   std::ostringstream out;
   for (const Range& range : program.box) write(out, range);
   for (const Row& row : program.rows) {
-    write(out, {row.a, {row.divisor, row.offset, Integer(static_cast<int>(row.kind))}});
+    write(out, {row.a});
     write(out, row.range);
   }
   return digestOf(out.str());

@@ -22,7 +22,10 @@ class Listing : public Visitor {
       : program_(program), verification_(program), finds_(finds), limit_(limit) {}
 
   Next visit(const IntegerVector& z) override {
-    const Point x = verification_.pointOf(z);
+    // The numbers of the thread's last point have memory already, which would take longer to get than all
+    // else.
+    static thread_local Point x;
+    verification_.takePoint(x, z);
     const Norms norms = normsOf(program_, x);
     if (!isWanted(x, norms)) return Next::GO_ON;
     std::unique_lock lock(mutex_, std::defer_lock);
@@ -32,7 +35,6 @@ class Listing : public Visitor {
     return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
 
-  Integer limit() const override { return 0; }
   // The number of points is reached.
   bool isInterrupted() const override { return limit_ != 0 && finds_.count() >= limit_; }
 
@@ -71,7 +73,6 @@ class TieListing : public Listing {
 // One point is wanted, and then the search ends.
 class Finding : public Visitor {
  public:
-  Integer limit() const override { return 0; }
   std::optional<IntegerVector> held() const override { return held_; }
 
   void begin() { hasFound_ = false; }
@@ -282,11 +283,11 @@ class Solver {
     if (!findAny(improving)) return control_.stop ? Outcome::STOPPED : Outcome::NONE;
     if (task_.first || !minimise(improving, objective_, whole_)) return Outcome::STOPPED;
     const Norms& norms = improving.best()->norms;
-    IntegerProgram bests = withRows(whole_, objective_.conditions(objective_.valueOf(norms)));
+    IntegerProgram bests = withValueOf(norms, objective_, whole_);
     if (objective_.needsSlackNorm()) {
       const Objective slack = objective_.slackNorm();
       if (!minimise(improving, slack, bests)) return Outcome::STOPPED;
-      bests = withRows(bests, slack.conditions(slack.valueOf(norms)));
+      bests = withValueOf(norms, slack, bests);
     }
     return task_.ties ? listTies(*improving.best(), bests) : tellCanonical(*improving.best(), bests);
   }
@@ -294,6 +295,13 @@ class Solver {
   static IntegerProgram withRows(IntegerProgram program, std::vector<Row> rows) {
     for (Row& row : rows) program.rows.push_back(std::move(row));
     return program;
+  }
+
+  // The points that are as good in this norm as one that is the best.
+  static IntegerProgram withValueOf(const Norms& best, const Objective& objective,
+                                    const IntegerProgram& program) {
+    const Integer value = objective.valueOf(best);
+    return withRows(program, objective.rows(value, value));
   }
 
   // False: no point is left.

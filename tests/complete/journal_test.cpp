@@ -24,7 +24,6 @@ class Lister : public Visitor {
     ++now;
     return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
-  Integer limit() const override { return 0; }
   bool isInterrupted() const override { return most != 0 && now >= most; }
 
   std::multiset<IntegerVector> points;
@@ -40,7 +39,6 @@ class Finder : public Visitor {
     ++visits;
     return Next::STOP;
   }
-  Integer limit() const override { return 0; }
   std::optional<IntegerVector> held() const override { return point; }
 
   std::optional<IntegerVector> point;
@@ -292,7 +290,7 @@ TEST(Keys, TellProgramsApart) {
   std::set<std::string> keys;
   for (long sum = 0; sum < 10; ++sum) keys.insert(keyOf(programOf(sum)));
   IntegerProgram other = programOf(0);
-  other.rows[0].kind = RowKind::TARGET;
+  other.rows[0].a[0] += 1;
   keys.insert(keyOf(other));
   other.box[0].high.reset();
   keys.insert(keyOf(other));

@@ -221,7 +221,6 @@ class Interrupting : public Visitor {
     points.insert(z);
     return random_() % 100 == 0 ? Next::STOP : Next::GO_ON;
   }
-  Integer limit() const override { return 0; }
 
   std::multiset<IntegerVector> points;
 
