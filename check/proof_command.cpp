@@ -1,7 +1,9 @@
 #include "check/proof_command.h"
 
+#include <algorithm>
 #include <charconv>
 
+#include "check/proof.h"
 #include "check/proof_part.h"
 #include "check/report.h"
 #include "check/text_file.h"
@@ -61,9 +63,9 @@ class Run {
     const std::string partsText = s_.join.empty() ? "" : readNamed(s_.join);
     Plan plan = s_.plan;
     if (!s_.join.empty()) plan.part = 0;
-    Met met = checkSearches(program_, proof_, plan);
+    std::vector<Counts> met = checkSearches(program_, proof_, plan);
     if (s_.isPart) {
-      out_ << partLine(origin, plan, met) << '\n';
+      out_ << partLine(origin, plan, proof_, met) << '\n';
       return ALL_WELL;
     }
     if (!s_.join.empty()) {
@@ -85,17 +87,18 @@ class Run {
   // Lines without a fault or a note state what is exactly true: then those of one point are the same, and so
   // lines are as many as points.
   std::string faultOfPoints() {
-    const Listed listed(program_, proof_.verdict);
-    const Report found =
-        report(program_, s_.points, s_.quiet, out_, [&](const Solution& solution, Judgement& j) {
-          for (const std::string& note : j.notes) j.faults.push_back("not exact: " + note);
-          std::vector<mpq_class> x;
-          for (const Number& value : solution.x) x.push_back(value.value().exact());
-          if (!listed.holds(x)) j.faults.push_back("its norms are not those of the proof");
-        });
+    const mpz_class count = listedPoints(proof_.verdict);
+    const Norms norms = normsOf(proof_.verdict);
+    const auto object = [&](const Solution& solution, Judgement& judgement) {
+      for (const std::string& note : judgement.notes) judgement.faults.push_back("not exact: " + note);
+      const bool isOptimum = proof_.verdict.kind == Kind::OPTIMUM;
+      if (isOptimum && !(solution.targetNorm == norms.target && solution.slackNorm == norms.slack))
+        judgement.faults.push_back("its norms are not those of the proof");
+    };
+    const Report found = report(program_, s_.points, s_.quiet, out_, object);
     if (found.wrong > 0 || found.tornLine > 0) return verdictOf(found);
-    if (found.count == listed.count()) return "";
-    return std::to_string(found.count) + " points, not " + listed.count().get_str();
+    if (found.count == count) return "";
+    return std::to_string(found.count) + " points, not " + count.get_str();
   }
 
   const Settings& s_;

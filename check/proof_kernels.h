@@ -7,27 +7,18 @@
 #include <gmpxx.h>
 
 #include <cmath>
-#include <cstddef>
-#include <memory>
 #include <new>
 #include <vector>
 
 namespace latbox::check::proof {
 
-// Vectors have a multiple of so many numbers, the last ones 0.
+// Vectors have a multiple of so many numbers, the last ones 0, and begin where so many doubles do.
 inline constexpr std::size_t BLOCK = 8;
-inline std::size_t padded(std::size_t size) {
-  return (size + BLOCK - 1) / BLOCK * BLOCK;
-}
 
-// Memory that begins where a block does.
 template <class T>
 struct BlockAllocator {
   using value_type = T;
   static constexpr std::align_val_t ALIGNMENT{BLOCK * sizeof(double)};
-  BlockAllocator() = default;
-  template <class U>
-  BlockAllocator(const BlockAllocator<U>&) {}
   T* allocate(std::size_t n) { return static_cast<T*>(::operator new(n * sizeof(T), ALIGNMENT)); }
   void deallocate(T* p, std::size_t) { ::operator delete(p, ALIGNMENT); }
   bool operator==(const BlockAllocator&) const { return true; }
@@ -36,7 +27,6 @@ template <class Number>
 using Array = std::vector<Number, BlockAllocator<Number>>;
 
 // out = in + a g; returns the sum of the sizes of out.
-// Requires: padded sizes; doubles aligned.
 double addMultiple(double* out, const double* in, const double* g, double a, std::size_t size);
 mpz_class addMultiple(mpz_class* out, const mpz_class* in, const mpz_class* g, const mpz_class& a,
                       std::size_t size);
@@ -44,7 +34,7 @@ double product(const double* a, const double* b, std::size_t size);
 mpz_class product(const mpz_class* a, const mpz_class* b, std::size_t size);
 
 // Requires: b > 0. Doubles: |a| + b < 2^53. Then a / b, rounded, is not m where it is below a whole m: it is
-// so by r / b with a whole r >= 1, and m b = |a| + r < 2^53 makes that more than m 2^-53.
+// so by r / b with a whole r >= 1, and |m| b <= |a| + r < 2^53 makes that more than |m| 2^-53.
 inline double floorQuotient(double a, double b) {
   return std::floor(a / b);
 }

@@ -1,5 +1,6 @@
 #include "check/proof_lattice.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 
@@ -23,7 +24,7 @@ std::uint64_t power(std::uint64_t base, std::uint64_t exponent) {
 
 class Building {
  public:
-  Building(const System& system, const Lattice& lattice) : system_(system), l_(lattice) {}
+  Building(const System& system, const Search& search) : system_(system), s_(search) {}
 
   Box result() {
     takeColumns();
@@ -36,92 +37,85 @@ class Building {
   }
 
  private:
-  [[noreturn]] void refuse(const std::string& reason, std::size_t line = 0) const {
-    throw Refused(line == 0 ? l_.line : line, reason);
-  }
-
   void takeColumns() {
     for (std::size_t j = 0; j < system_.variables.size(); ++j) {
       const Range& range = system_.variables[j];
-      box_.z.emplace_back(range.isFixed() ? *range.low : 0);
+      box_.fixed.emplace_back(range.isFixed() ? *range.low : 0);
       if (range.isFixed()) continue;
       takeColumn(range, named("x", j + 1));
       box_.variables.push_back(j);
     }
-    requireRows(l_.coordinates);
-    for (const std::size_t row : l_.coordinates.numbers)
-      takeColumn(system_.rows[row - 1].range, named("row ", row));
+    for (const SystemRow* row : rowsOf(s_.coordinates, 2)) takeColumn(row->range, "a coordinate row");
   }
 
   void takeColumn(const Range& range, const std::string& name) {
-    if (!range.isClosed()) refuse(name + " has an open end");
+    if (!range.low || !range.high) throw Refused(s_.lattice.line, name + " has an open end");
     box_.low.push_back(*range.low);
     box_.high.push_back(*range.high);
   }
 
-  void requireRows(const Rows& rows) const {
-    if (rows.numbers.size() != rows.announced)
-      refuse(std::to_string(rows.numbers.size()) + " rows, not " + std::to_string(rows.announced), rows.line);
-    std::set<std::size_t> met;
-    for (const std::size_t row : rows.numbers) {
-      if (row == 0 || row > system_.rows.size()) refuse(named("there is no row ", row), rows.line);
-      if (!met.insert(row).second) refuse(named("twice: row ", row), rows.line);
+  std::vector<const SystemRow*> rowsOf(const Numbers& line, std::size_t announced) const {
+    requireSize(line, s_.lattice.values[announced]);
+    std::vector<const SystemRow*> rows;
+    for (const mpz_class& number : line.values) {
+      if (number < 1 || number > system_.rows.size())
+        throw Refused(line.line, "there is no row " + number.get_str());
+      rows.push_back(&system_.rows[number.get_ui() - 1]);
     }
+    if (std::set<const SystemRow*>(rows.begin(), rows.end()).size() < rows.size())
+      throw Refused(line.line, "a row stands twice");
+    return rows;
+  }
+
+  static void requireSize(const Numbers& line, const mpz_class& size) {
+    if (line.values.size() != size)
+      throw Refused(line.line, std::to_string(line.values.size()) + " numbers, not " + size.get_str());
   }
 
   // A and b, a line for each equation and then for each coordinate row.
   void takeMatrix() {
-    requireRows(l_.equations);
-    for (const std::size_t number : l_.equations.numbers) {
-      const SystemRow& row = system_.rows[number - 1];
-      if (!row.range.isFixed()) refuse(named("no equation: row ", number), l_.equations.line);
-      addLine(row.form, *row.range.low);
+    for (const SystemRow* row : rowsOf(s_.equations, 1)) {
+      if (!row->range.isFixed()) throw Refused(s_.equations.line, "a row has more than one value");
+      addLine(*row, *row->range.low);
     }
-    for (std::size_t i = 0; i < l_.coordinates.numbers.size(); ++i) {
-      addLine(system_.rows[l_.coordinates.numbers[i] - 1].form, 0);
-      matrix_.back()[box_.variables.size() + i] = -1;
+    std::size_t column = box_.variables.size();
+    for (const SystemRow* row : rowsOf(s_.coordinates, 2)) {
+      addLine(*row, 0);
+      matrix_.back()[column++] = -1;
     }
   }
 
-  void addLine(const Form& form, const mpz_class& side) {
+  void addLine(const SystemRow& row, const mpz_class& side) {
     Integers line(box_.columns());
-    for (std::size_t c = 0; c < box_.variables.size(); ++c) line[c] = form.coefficients[box_.variables[c]];
+    for (std::size_t c = 0; c < box_.variables.size(); ++c) line[c] = row.coefficients[box_.variables[c]];
     matrix_.push_back(std::move(line));
-    // The fixed variables' part.
-    sides_.push_back(side - form.at(box_.z));
+    sides_.push_back(side - product(row.coefficients, box_.fixed));
   }
 
   void requireLattice() {
-    requireSize(l_.point);
+    requireSize(s_.point, box_.columns());
     for (std::size_t r = 0; r < matrix_.size(); ++r)
-      if (product(matrix_[r], l_.point.values) != sides_[r])
-        refuse(named("the point does not keep equation ", r + 1), l_.point.line);
-    for (const Numbers& vector : l_.basis) {
-      requireSize(vector);
+      if (product(matrix_[r], s_.point.values) != sides_[r])
+        throw Refused(s_.point.line, named("the point does not keep equation ", r + 1));
+    for (const Numbers& vector : s_.basis) {
+      requireSize(vector, box_.columns());
       for (std::size_t r = 0; r < matrix_.size(); ++r)
         if (product(matrix_[r], vector.values) != 0)
-          refuse(named("the vector is not in the kernel of equation ", r + 1), vector.line);
+          throw Refused(vector.line, named("not in the kernel of equation ", r + 1));
     }
-    for (std::size_t i = 0; i < l_.dual.size(); ++i) {
-      requireSize(l_.dual[i]);
-      for (std::size_t j = 0; j < l_.basis.size(); ++j)
-        if (product(l_.dual[i].values, l_.basis[j].values) != (i == j ? 1 : 0))
-          refuse(named("not the wanted product with basis vector ", j), l_.dual[i].line);
+    for (std::size_t i = 0; i < s_.dual.size(); ++i) {
+      requireSize(s_.dual[i], box_.columns());
+      for (std::size_t j = 0; j < s_.basis.size(); ++j)
+        if (product(s_.dual[i].values, s_.basis[j].values) != (i == j ? 1 : 0))
+          throw Refused(s_.dual[i].line, named("not the wanted product with basis vector ", j));
     }
-  }
-
-  void requireSize(const Numbers& vector) const {
-    if (vector.values.size() != box_.columns())
-      refuse(std::to_string(vector.values.size()) + " numbers, not " + std::to_string(box_.columns()),
-             vector.line);
   }
 
   // Without this a part of the kernel would pass for all of it.
   void requireRank() const {
     const std::size_t rank = rankModuloPrime();
-    if (rank + l_.basis.size() < box_.columns())
-      refuse("the kernel may have " + std::to_string(box_.columns() - rank) + " vectors, not " +
-             std::to_string(l_.basis.size()));
+    if (rank + s_.basis.size() < box_.columns())
+      throw Refused(s_.lattice.line, named("the rank of the kernel may be ", box_.columns() - rank));
   }
 
   std::size_t rankModuloPrime() const {
@@ -151,21 +145,25 @@ class Building {
 
   // Each column moves by multiples of the greatest common divisor of its basis numbers.
   void takeEnds() {
-    box_.point = l_.point.values;
-    for (const Numbers& vector : l_.basis) box_.basis.push_back(vector.values);
+    box_.point = s_.point.values;
+    for (const Numbers& vector : s_.basis) box_.basis.push_back(vector.values);
     for (std::size_t c = 0; c < box_.columns(); ++c) {
       mpz_class common;
       for (const Integers& vector : box_.basis) common = gcd(common, vector[c]);
       Range range{box_.low[c], box_.high[c]};
-      if (common > 0) intoClass(range, box_.point[c], common);
-      box_.isEmpty = box_.isEmpty || range.isEmpty() || (common == 0 && !range.holds(box_.point[c]));
-      box_.low[c] = common == 0 ? box_.point[c] : *range.low;
-      box_.high[c] = common == 0 ? box_.point[c] : *range.high;
+      const mpz_class& fixed = box_.point[c];
+      if (common == 0)
+        range = {std::max(fixed, *range.low), std::min(fixed, *range.high)};
+      else
+        intoClass(range, fixed, common);
+      box_.low[c] = *range.low;
+      box_.high[c] = *range.high;
+      box_.isEmpty = box_.isEmpty || range.isEmpty();
     }
   }
 
   void takeReach() {
-    for (const Numbers& vector : l_.dual) {
+    for (const Numbers& vector : s_.dual) {
       const Integers& d = vector.values;
       const mpz_class origin = product(d, box_.point);
       mpz_class least = -origin;
@@ -180,7 +178,7 @@ class Building {
   }
 
   const System& system_;
-  const Lattice& l_;
+  const Search& s_;
   std::vector<Integers> matrix_;
   Integers sides_;
   Box box_;
@@ -194,8 +192,8 @@ mpz_class product(const Integers& a, const Integers& b) {
   return sum;
 }
 
-Box boxOf(const System& system, const Lattice& lattice) {
-  return Building(system, lattice).result();
+Box boxOf(const System& system, const Search& search) {
+  return Building(system, search).result();
 }
 
 }  // namespace latbox::check::proof

@@ -12,8 +12,8 @@ mpz_class product(const Integers& a, const Integers& b);
 struct Box {
   // The variable of each column that is one; behind these stand the coordinate rows.
   std::vector<std::size_t> variables;
-  // z with the fixed variables' values, 0 for the others.
-  Integers z;
+  // The values of the fixed variables, 0 for the others.
+  Integers fixed;
   // Of each column. No point counts if a column has low > high, as `isEmpty` says.
   Integers low;
   Integers high;
@@ -33,6 +33,6 @@ struct Box {
 // The columns and the lattice of a search, all conditions verified. The system is narrowed, and without an
 // empty range.
 // Throws: Refused.
-Box boxOf(const System& system, const Lattice& lattice);
+Box boxOf(const System& system, const Search& search);
 
 }  // namespace latbox::check::proof

@@ -8,28 +8,27 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
-#include <string_view>
 
-#include "check/proof.h"
+#include "check/proof_walk.h"
 
 namespace latbox::check::proof {
 
 // 64 bits of FNV-1a, in 16 hexadecimal digits.
 std::string digestOf(std::string_view text);
 
-// What belongs together.
+// The digests of what belongs together.
 struct Origin {
   std::string proof;
   std::string program;
 };
 
 // Without a line end.
-std::string partLine(const Origin& origin, const Plan& plan, const Met& met);
+std::string partLine(const Origin& origin, const Plan& plan, const Proof& proof,
+                     const std::vector<Counts>& met);
 
-// The sum of all parts, lines of a text. `proof` tells which searches there are.
-// Throws: Unreadable, "3: reason", for what is no line of a part or was damaged; Refused, with the number of
+// The sum of all parts, which are the lines of a text.
+// Throws: Unreadable, "3: reason", for what is no line of a part, or was damaged; Refused, with the number of
 // the line, for a part of something else, one that stands there twice, and a missing one.
-Met joined(std::string_view text, const Origin& origin, const Proof& proof);
+std::vector<Counts> joined(std::string_view text, const Origin& origin, const Proof& proof);
 
 }  // namespace latbox::check::proof

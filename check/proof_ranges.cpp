@@ -22,7 +22,7 @@ class Narrowing {
     step_ = &step;
     if (step.divisor <= 0) refuse("the number behind the form is not positive");
     Range zero{mpz_class(0), mpz_class(0)};
-    Range& range = step.form == '0' ? zero : rangeOf(step.form, step.number);
+    Range& range = rangeOf(step, zero);
     const Integers rest = restOf(step);
     if (step.rule == Rule::CLASS) return takeClass(range, rest);
     step.rule == Rule::UPPER ? takeUpper(range, rest) : takeLower(range, rest);
@@ -32,43 +32,47 @@ class Narrowing {
  private:
   [[noreturn]] void refuse(const std::string& reason) const { throw Refused(step_->line, reason); }
 
-  Range& rangeOf(char form, std::size_t number) {
-    const std::size_t size = form == 'x' ? system_.variables.size() : system_.rows.size();
-    if (number == 0 || number > size) refuse(std::string("there is no such ") + form);
-    return form == 'x' ? system_.variables[number - 1] : system_.rows[number - 1].range;
+  std::size_t placeOf(const mpz_class& number, std::size_t size) const {
+    if (number < 1 || number > size) refuse("there is no variable or row " + number.get_str());
+    return number.get_ui() - 1;
+  }
+
+  SystemRow& row(const mpz_class& number) { return system_.rows[placeOf(number, system_.rows.size())]; }
+
+  Range& rangeOf(const Step& step, Range& zero) {
+    if (step.form == '0') return zero;
+    if (step.form == 'r') return row(step.number).range;
+    return system_.variables[placeOf(step.number, system_.variables.size())];
   }
 
   // c = q f - sum y_i r_i.
   Integers restOf(const Step& step) {
     Integers rest(system_.variables.size());
-    const auto add = [&](std::size_t row, const mpz_class& factor) {
-      const Integers& coefficients = system_.rows[row - 1].form.coefficients;
+    const auto add = [&](const mpz_class& number, const mpz_class& factor) {
+      const Integers& coefficients = row(number).coefficients;
       for (std::size_t j = 0; j < rest.size(); ++j) rest[j] += factor * coefficients[j];
     };
-    if (step.form == 'x') rest[step.number - 1] = step.divisor;
+    if (step.form == 'x') rest[placeOf(step.number, rest.size())] = step.divisor;
     if (step.form == 'r') add(step.number, step.divisor);
-    std::set<std::size_t> met;
-    for (const Term& term : step.terms) {
-      rangeOf('r', term.row);
-      if (!met.insert(term.row).second) refuse("row " + std::to_string(term.row) + " stands twice");
-      add(term.row, -term.factor);
-    }
+    for (std::size_t i = 0; i < step.rows.size(); ++i) add(step.rows[i], -step.factors[i]);
+    if (std::set<mpz_class>(step.rows.begin(), step.rows.end()).size() < step.rows.size())
+      refuse("a row stands twice");
     return rest;
   }
 
-  // Adds factor times the end that makes this the greatest (sign 1) or the least (sign -1).
-  void addEnd(mpz_class& sum, const mpz_class& factor, int sign, char form, std::size_t number) {
-    if (factor == 0) return;
-    const Range& range = rangeOf(form, number);
-    const std::optional<mpz_class>& end = sgn(factor) == sign ? range.high : range.low;
-    if (!end) refuse(std::string("an end of ") + form + std::to_string(number) + " is open");
-    sum += factor * *end;
-  }
-
+  // The greatest (sign 1) or the least (sign -1) that sum y_i r_i + sum c_j z_j may be.
   mpz_class extreme(const Integers& rest, int sign) {
     mpz_class sum;
-    for (const Term& term : step_->terms) addEnd(sum, term.factor, sign, 'r', term.row);
-    for (std::size_t j = 0; j < rest.size(); ++j) addEnd(sum, rest[j], sign, 'x', j + 1);
+    const auto add = [&](const mpz_class& factor, const Range& range, const std::string& name) {
+      if (factor == 0) return;
+      const std::optional<mpz_class>& end = sgn(factor) == sign ? range.high : range.low;
+      if (!end) refuse("an end of " + name + " is open");
+      sum += factor * *end;
+    };
+    for (std::size_t i = 0; i < step_->rows.size(); ++i)
+      add(step_->factors[i], row(step_->rows[i]).range, "r" + step_->rows[i].get_str());
+    for (std::size_t j = 0; j < rest.size(); ++j)
+      add(rest[j], system_.variables[j], "x" + std::to_string(j + 1));
     return sum;
   }
 
@@ -102,10 +106,10 @@ class Narrowing {
 
   mpz_class residueOf(const Integers& rest) {
     mpz_class residue;
-    for (const Term& term : step_->terms) {
-      const Range& range = rangeOf('r', term.row);
-      if (!range.isFixed()) refuse("row " + std::to_string(term.row) + " has more than one value");
-      residue += term.factor * *range.low;
+    for (std::size_t i = 0; i < step_->rows.size(); ++i) {
+      const Range& range = row(step_->rows[i]).range;
+      if (!range.isFixed()) refuse("r" + step_->rows[i].get_str() + " has more than one value");
+      residue += step_->factors[i] * *range.low;
     }
     for (std::size_t j = 0; j < rest.size(); ++j) {
       const Range& range = system_.variables[j];

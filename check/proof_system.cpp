@@ -9,61 +9,32 @@ mpz_class floorOf(const mpq_class& value) {
   return whole;
 }
 
-mpz_class ceilingOf(const mpq_class& value) {
-  return -floorOf(-value);
-}
-
 // The sides times the factor, rounded inwards.
 Range rangeOf(const Number& low, const Number& high, const mpq_class& factor) {
   Range range;
-  if (low.isFinite()) range.low = ceilingOf(low.value().exact() * factor);
+  if (low.isFinite()) range.low = -floorOf(-low.value().exact() * factor);
   if (high.isFinite()) range.high = floorOf(high.value().exact() * factor);
   return range;
 }
 
-// The coefficients of the z_j.
-std::vector<mpq_class> scaled(const Row& row, const Program& program) {
-  std::vector<mpq_class> coefficients;
-  for (std::size_t j = 0; j < row.size(); ++j)
-    coefficients.push_back(row[j] == 0 ? mpq_class() : (row[j] / powerOfTen(program.dx[j])).exact());
-  return coefficients;
-}
-
-void widen(mpz_class& common, const mpq_class& value) {
-  common = lcm(common, value.get_den());
-}
-
-// Requires: the factor is a multiple of all denominators.
-Form wholeForm(const std::vector<mpq_class>& coefficients, const mpz_class& factor) {
-  Form form;
-  for (const mpq_class& value : coefficients)
-    form.coefficients.push_back(value.get_num() * (factor / value.get_den()));
-  return form;
-}
-
-void add(Form& sum, const Form& form, const mpz_class& factor) {
-  for (std::size_t j = 0; j < form.coefficients.size(); ++j)
-    sum.coefficients[j] += factor * form.coefficients[j];
-  sum.constant += factor * form.constant;
+// The row's coefficient of z_j.
+mpq_class coefficient(const Program& program, const Row& row, std::size_t j) {
+  return row[j] == 0 ? mpq_class() : (row[j] / powerOfTen(program.dx[j])).exact();
 }
 
 SystemRow rowOf(const Program& program, const Row& row, const Number& low, const Number& high) {
-  const std::vector<mpq_class> coefficients = scaled(row, program);
+  SystemRow result{Integers(program.variables()), {mpz_class(1), mpz_class(0)}};
   // Nothing keeps a lower side inf or an upper side -inf.
-  if (low.infinite() > 0 || high.infinite() < 0)
-    return {{Integers(coefficients.size()), 0}, {mpz_class(1), mpz_class(0)}};
+  if (low.infinite() > 0 || high.infinite() < 0) return result;
   mpz_class common = 1;
-  for (const mpq_class& value : coefficients) widen(common, value);
-  return {wholeForm(coefficients, common), rangeOf(low, high, common)};
+  for (std::size_t j = 0; j < row.size(); ++j) common = lcm(common, coefficient(program, row, j).get_den());
+  for (std::size_t j = 0; j < row.size(); ++j)
+    result.coefficients[j] = mpq_class(coefficient(program, row, j) * common).get_num();
+  result.range = rangeOf(low, high, common);
+  return result;
 }
 
 }  // namespace
-
-mpz_class Form::at(const Integers& z) const {
-  mpz_class sum = constant;
-  for (std::size_t j = 0; j < coefficients.size(); ++j) sum += coefficients[j] * z[j];
-  return sum;
-}
 
 System systemOf(const Program& program) {
   System system;
@@ -76,69 +47,82 @@ System systemOf(const Program& program) {
   return system;
 }
 
-Norms normsOf(const Program& program) {
-  Norms norms;
-  std::vector<std::vector<mpq_class>> targets;
+mpz_class unitOf(const Program& program) {
+  mpz_class unit = 1;
   for (std::size_t i = 0; i < program.At.size(); ++i) {
-    targets.push_back(scaled(program.At[i], program));
-    for (const mpq_class& value : targets[i]) widen(norms.unit, value);
-    if (program.dt[i].isFinite()) widen(norms.unit, program.dt[i].value().exact());
+    for (std::size_t j = 0; j < program.variables(); ++j)
+      unit = lcm(unit, coefficient(program, program.At[i], j).get_den());
+    if (program.dt[i].isFinite()) unit = lcm(unit, program.dt[i].value().exact().get_den());
   }
-  norms.linear.coefficients.resize(program.variables());
-  for (std::size_t i = 0; i < targets.size(); ++i) {
-    Form form = wholeForm(targets[i], norms.unit);
-    if (program.dt[i].isFinite()) {
-      const mpq_class wanted = program.dt[i].value().exact() * norms.unit;
-      form.constant = -wanted.get_num();
-      norms.distances.push_back(std::move(form));
-    } else {
-      add(norms.linear, form, program.dt[i].infinite() < 0 ? 1 : -1);
-      for (const mpq_class& value : targets[i]) norms.hasLinear = norms.hasLinear || value != 0;
+  return unit;
+}
+
+bool hasLinear(const Program& program) {
+  for (std::size_t i = 0; i < program.At.size(); ++i)
+    for (std::size_t j = 0; j < program.variables(); ++j)
+      if (!program.dt[i].isFinite() && program.At[i][j] != 0) return true;
+  return false;
+}
+
+SystemRow rowOf(const Program& program, const ObjectiveRow& line, Goal goal, const Verdict& verdict) {
+  const bool isNorm = line.kind == Objective::NORM;
+  const bool isLinear = line.kind == Objective::LINEAR;
+  const Integers& signs = line.signs.values;
+  if (goal == Goal::POINTS || (goal == Goal::BETTER && !isNorm))
+    throw Refused(line.signs.line, std::string("not a row of a search ") + nameOf(goal));
+  const mpq_class unit = unitOf(program);
+  mpq_class side = unit * (isNorm     ? verdict.target
+                           : isLinear ? verdict.target - verdict.slack
+                                      : verdict.slack);
+  std::vector<mpq_class> sum(program.variables());
+  std::size_t valued = 0;
+  for (std::size_t i = 0; i < program.At.size(); ++i) {
+    mpq_class factor = line.kind == Objective::DISTANCE ? 0 : -program.dt[i].infinite();
+    if (program.dt[i].isFinite() && !isLinear) {
+      factor = valued < signs.size() ? signs[valued++] : throw Refused(line.signs.line, "too few signs");
+      if (abs(factor) > 1) throw Refused(line.signs.line, "a sign is not -1, 0 or 1");
+      // The constant moves to the sides.
+      side += unit * factor * program.dt[i].value().exact();
     }
+    for (std::size_t j = 0; j < sum.size() && factor != 0; ++j)
+      sum[j] += unit * factor * coefficient(program, program.At[i], j);
+  }
+  if (valued < signs.size()) throw Refused(line.signs.line, "too many signs");
+  SystemRow row;
+  for (const mpq_class& value : sum) row.coefficients.push_back(value.get_num());
+  const bool isStrict = goal == (isNorm ? Goal::BETTER : Goal::SLACK);
+  if (isLinear) row.range.low = side.get_num() + (isStrict ? 1 : 0);
+  if (!isLinear || goal == Goal::EQUAL) row.range.high = side.get_num() - (isStrict ? 1 : 0);
+  return row;
+}
+
+std::optional<Norms> normsOf(const Program& program, const std::vector<Rational>& x) {
+  for (std::size_t j = 0; j < x.size(); ++j) {
+    if (!x[j].isWhole() && !(x[j] * powerOfTen(program.dx[j])).isWhole()) return std::nullopt;
+    if (program.lx[j] > x[j] || program.rx[j] < x[j]) return std::nullopt;
+  }
+  const Scaled point(x);
+  for (std::size_t i = 0; i < program.Ag.size(); ++i)
+    if (program.Ag[i].times(point) != program.bg[i]) return std::nullopt;
+  for (std::size_t i = 0; i < program.Au.size(); ++i) {
+    const Number value = program.Au[i].times(point);
+    if (value < program.lu[i] || value > program.ru[i]) return std::nullopt;
+  }
+  Norms norms;
+  for (std::size_t i = 0; i < program.At.size(); ++i) {
+    const Number& wanted = program.dt[i];
+    Rational value = program.At[i].times(point);
+    if (wanted.isFinite()) norms.slack += value = abs(value - wanted.value());
+    norms.target += wanted.infinite() > 0 ? -value : value;
   }
   return norms;
 }
 
-SystemRow rowOf(const ObjectiveRow& line, Goal goal, const Norms& norms, const Bounds& bounds) {
-  const bool isNorm = line.kind == Objective::NORM;
-  if (goal == Goal::POINTS || (goal == Goal::BETTER && !isNorm))
-    throw Refused(line.line, std::string("no such row is kept by all points of a search ") + nameOf(goal));
-  SystemRow row;
-  row.form.coefficients.resize(norms.linear.coefficients.size());
-  if (line.kind != Objective::DISTANCE) add(row.form, norms.linear, 1);
-  if (line.kind == Objective::LINEAR) {
-    const mpz_class value = bounds.target - bounds.slack;
-    row.range.low = goal == Goal::EQUAL ? value : value + 1;
-    if (goal == Goal::EQUAL) row.range.high = value;
-    return row;
-  }
-  if (line.signs.size() != norms.distances.size())
-    throw Refused(line.line, std::to_string(line.signs.size()) + " signs, not " +
-                                 std::to_string(norms.distances.size()));
-  for (std::size_t i = 0; i < line.signs.size(); ++i) {
-    if (abs(line.signs[i]) > 1) throw Refused(line.line, "a sign is not -1, 0 or 1");
-    add(row.form, norms.distances[i], line.signs[i]);
-  }
-  mpz_class high = isNorm ? bounds.target : bounds.slack;
-  if (goal == (isNorm ? Goal::BETTER : Goal::SLACK)) high -= 1;
-  row.range.high = high - row.form.constant;
-  row.form.constant = 0;
-  return row;
-}
-
-bool isFeasible(const System& system, const Integers& z) {
-  for (std::size_t j = 0; j < z.size(); ++j)
-    if (!system.variables[j].holds(z[j])) return false;
-  for (const SystemRow& row : system.rows)
-    if (!row.range.holds(row.form.at(z))) return false;
+bool counts(Goal goal, const Norms& norms, const Norms& verdict) {
+  if (goal == Goal::BETTER) return norms.target < verdict.target;
+  if (goal == Goal::SLACK) return norms.target == verdict.target && norms.slack < verdict.slack;
+  if (goal == Goal::EQUAL) return norms.target == verdict.target && norms.slack == verdict.slack;
   return true;
-}
-
-Bounds normsAt(const Norms& norms, const Integers& z) {
-  Bounds at{norms.linear.at(z), 0};
-  for (const Form& distance : norms.distances) at.slack += abs(distance.at(z));
-  at.target += at.slack;
-  return at;
 }
 
 }  // namespace latbox::check::proof

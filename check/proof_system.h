@@ -1,5 +1,5 @@
-// The program in whole numbers: z_j = 10^d_j x_j, rows with whole coefficients, and the norms in whole units.
-// docs/proof.md, "The system", says which.
+// The program in whole numbers, z_j = 10^d_j x_j and rows with whole coefficients, as docs/proof.md builds it
+// ("The system"); and, beside it, whether a point counts, by the program as it is written.
 #pragma once
 
 #include <optional>
@@ -17,20 +17,10 @@ struct Range {
 
   bool isEmpty() const { return low && high && *low > *high; }
   bool isFixed() const { return low && high && *low == *high; }
-  bool isClosed() const { return low && high; }
-  bool holds(const mpz_class& value) const { return (!low || value >= *low) && (!high || value <= *high); }
-};
-
-// Sum of coefficient times z_j, and a constant, which rows with a range do not have.
-struct Form {
-  Integers coefficients;
-  mpz_class constant;
-
-  mpz_class at(const Integers& z) const;
 };
 
 struct SystemRow {
-  Form form;
+  Integers coefficients;
   Range range;
 };
 
@@ -39,40 +29,24 @@ struct System {
   std::vector<SystemRow> rows;
 };
 
-// The norms of z times `unit`: s is the sum of the sizes of the distances, t that and `linear`.
-struct Norms {
-  mpz_class unit = 1;
-  Form linear;
-  std::vector<Form> distances;
-  // Some target without a wanted value has a coefficient that is not 0.
-  bool hasLinear = false;
-};
-
-// Equations and inequations.
+// The equations and inequations.
 System systemOf(const Program& program);
-Norms normsOf(const Program& program);
 
-// T and S in whole units.
-struct Bounds {
-  mpz_class target;
-  mpz_class slack;
-};
-
-// The row that a line "norm", "distance" or "linear" stands for.
+// c, of which all norms are whole multiples of 1 / c.
+mpz_class unitOf(const Program& program);
+// Whether some target without a wanted value has a coefficient that is not 0.
+bool hasLinear(const Program& program);
+// The row that a line of an objective stands for. T and S of the verdict are multiples of the unit.
 // Throws: Refused.
-SystemRow rowOf(const ObjectiveRow& line, Goal goal, const Norms& norms, const Bounds& bounds);
+SystemRow rowOf(const Program& program, const ObjectiveRow& line, Goal goal, const Verdict& verdict);
 
-// Whether norms t and s count.
-template <class Number>
-bool counts(Goal goal, const Number& t, const Number& s, const Number& T, const Number& S) {
-  if (goal == Goal::BETTER) return t < T;
-  if (goal == Goal::SLACK) return t == T && s < S;
-  if (goal == Goal::EQUAL) return t == T && s == S;
-  return true;
-}
-
-// Whether z is feasible, its ranges, its rows, and its norms count for the goal.
-bool isFeasible(const System& system, const Integers& z);
-Bounds normsAt(const Norms& norms, const Integers& z);
+struct Norms {
+  Rational target;
+  Rational slack;
+};
+// The norms of x, nothing if x is not feasible. Requires x of the program's dimension.
+std::optional<Norms> normsOf(const Program& program, const std::vector<Rational>& x);
+// Whether points with these norms count, for T and S of the verdict.
+bool counts(Goal goal, const Norms& norms, const Norms& verdict);
 
 }  // namespace latbox::check::proof

@@ -3,7 +3,6 @@
 
 #include <gmpxx.h>
 
-#include <cstddef>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -12,8 +11,6 @@
 
 namespace latbox::check::proof {
 
-using Integers = std::vector<mpz_class>;
-
 // A proof that follows the grammar and does not prove; what() begins with the place, "line 12: ".
 class Refused : public std::runtime_error {
  public:
@@ -21,78 +18,56 @@ class Refused : public std::runtime_error {
       : std::runtime_error("line " + std::to_string(line) + ": " + reason) {}
 };
 
-// A vector, and the number of its line.
+using Integers = std::vector<mpz_class>;
+
+// The numbers of a line, and the number of that line.
 struct Numbers {
   std::size_t line = 0;
   Integers values;
 };
 
 enum class Kind { NONE, ALL, OPTIMUM };
+enum class Goal { POINTS, BETTER, SLACK, EQUAL };
+enum class Objective { NORM, DISTANCE, LINEAR };
+enum class Rule { UPPER, LOWER, CLASS };
+
+// "points" and so on.
+const char* nameOf(Goal goal);
 
 struct Verdict {
   std::size_t line = 0;
   Kind kind = Kind::NONE;
+  // T and S.
+  mpq_class target;
+  mpq_class slack;
   // N of `all N` and of `optimum T S N`.
   std::optional<mpz_class> count;
-  mpq_class targetNorm;
-  mpq_class slackNorm;
 };
-
-enum class Goal { POINTS, BETTER, SLACK, EQUAL };
-const char* nameOf(Goal goal);
-
-enum class Objective { NORM, DISTANCE, LINEAR };
 
 struct ObjectiveRow {
-  std::size_t line = 0;
   Objective kind = Objective::LINEAR;
-  Integers signs;
+  Numbers signs;
 };
-
-// Numbers of variables, rows and levels are cut off at this one, which none of them is.
-inline constexpr std::size_t NO_SUCH = static_cast<std::size_t>(-1);
-
-struct Term {
-  std::size_t row = 0;
-  mpz_class factor;
-};
-
-enum class Rule { UPPER, LOWER, CLASS };
 
 struct Step {
   std::size_t line = 0;
   Rule rule = Rule::UPPER;
   // 'x' or 'r' with a number from 1, or '0'.
   char form = '0';
-  std::size_t number = 0;
+  mpz_class number;
   mpz_class divisor;
   // Of a class only.
   mpz_class modulus;
-  std::vector<Term> terms;
+  // Their rows, and the numbers behind these.
+  Integers rows;
+  Integers factors;
 };
 
 struct Level {
-  std::size_t line = 0;
-  std::size_t number = 0;
+  mpz_class number;
   mpz_class divisor;
-  Integers main;
+  Numbers main;
   std::vector<Numbers> sides;
-};
-
-// Numbers of rows, and how many were announced.
-struct Rows {
-  std::size_t line = 0;
-  std::size_t announced = 0;
-  std::vector<std::size_t> numbers;
-};
-
-struct Lattice {
-  std::size_t line = 0;
-  Rows equations;
-  Rows coordinates;
-  Numbers point;
-  std::vector<Numbers> basis;
-  std::vector<Numbers> dual;
 };
 
 struct Search {
@@ -100,13 +75,18 @@ struct Search {
   Goal goal = Goal::POINTS;
   std::vector<ObjectiveRow> objective;
   std::vector<Step> steps;
-  // Where it ends: the line "contradiction" or "walk".
+  // Where it ends: the line "contradiction", with 0 nodes and points and nothing else, or "walk".
   std::size_t endLine = 0;
   bool contradiction = false;
-  // What follows is empty for a contradiction.
-  Lattice lattice;
+  // Rank, equations and coordinate rows, as announced, and the numbers of these rows.
+  Numbers lattice;
+  Numbers equations;
+  Numbers coordinates;
+  Numbers point;
+  std::vector<Numbers> basis;
+  std::vector<Numbers> dual;
   Numbers constant;
-  // In the order of their numbers, the last one of the file first.
+  // As many as the basis has vectors; that of number 0 stands first here, and last in the file.
   std::vector<Level> levels;
   mpz_class nodes;
   mpz_class points;
@@ -114,7 +94,7 @@ struct Search {
 
 struct Proof {
   Verdict verdict;
-  // Given if and only if the verdict is an optimum.
+  // With an optimum only.
   std::size_t pointLine = 0;
   std::vector<mpq_class> point;
   std::vector<Search> searches;

@@ -17,7 +17,7 @@ struct Plan {
   // The part-th of so many, from 1; 0: nothing is walked.
   std::uint64_t part = 1;
   std::uint64_t parts = 1;
-  // All in GMP's numbers; for tests.
+  // In GMP's numbers, whatever the numbers are.
   bool exact = false;
 };
 
@@ -26,17 +26,10 @@ struct Counts {
   std::uint64_t points = 0;
 };
 
-// What a leaf's z must keep.
-struct Condition {
-  const System& system;
-  const Norms& norms;
-  Goal goal;
-  Bounds bounds;
-};
-
-// The conditions on the cuts, and then the walk.
-// Requires: the box is that of the search, and the condition's system as the program states it.
+// The conditions on the cuts, and then the walk, whose leaves count if they are feasible and have norms that
+// count beside the verdict's. Requires: the box is that of the search.
 // Throws: Refused, also as soon as there are more nodes than the search states.
-Counts walk(const Box& box, const Search& search, const Condition& condition, const Plan& plan);
+Counts walk(const Program& program, const Box& box, const Search& search, const Norms& verdict,
+            const Plan& plan);
 
 }  // namespace latbox::check::proof
