@@ -177,7 +177,9 @@ class Reader {
     search.contradiction = is("contradiction");
     if (!search.contradiction) readTree(search);
     search.endLine = line_;
-    if (!takeIf("contradiction")) {
+    if (search.contradiction) {
+      take("contradiction");
+    } else {
       take("walk");
       take("nodes");
       search.nodes = takeCount();
