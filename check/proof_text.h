@@ -11,11 +11,14 @@
 
 namespace latbox::check::proof {
 
-// A proof that follows the grammar and does not prove; what() begins with the place, "line 12: ".
+// A proof that follows the grammar and does not prove; what() begins with the place, "line 12: ". Numbers may
+// have any length, so a long reason breaks off.
 class Refused : public std::runtime_error {
  public:
   Refused(std::size_t line, const std::string& reason)
-      : std::runtime_error("line " + std::to_string(line) + ": " + reason) {}
+      : std::runtime_error("line " + std::to_string(line) + ": " + reason.substr(0, SHOWN) +
+                           (reason.size() > SHOWN ? "..." : "")) {}
+  static constexpr std::size_t SHOWN = 300;
 };
 
 using Integers = std::vector<mpz_class>;

@@ -406,12 +406,12 @@ class Team {
   // Nothing if there are more nodes than there may be.
   std::optional<Counts> result() {
     if (plan_.threads > 1 || plan_.parts > 1) split_ = splitLevel();
-    std::vector<std::thread> others;
+    std::vector<std::jthread> others;
     for (std::size_t i = 1; i < plan_.threads && split_ != NOWHERE; ++i)
       others.emplace_back([this] { walk(false); });
     // If it is not divided, the first part is the whole.
     if (split_ != NOWHERE || plan_.part == 1) walk(plan_.part == 1);
-    for (std::thread& other : others) other.join();
+    others.clear();
     if (failure_) std::rethrow_exception(failure_);
     return budget_.isExceeded() ? std::nullopt : std::optional(Counts{counted_, points_});
   }

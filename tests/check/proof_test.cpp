@@ -33,6 +33,13 @@ TEST(Proof, numbers_must_be_the_stated_ones) {
   EXPECT_EQ(changed("all 3", "all 0"), "refused: line 2: the number of points is not positive");
 }
 
+TEST(Proof, a_long_reason_breaks_off) {
+  const std::string digits(1000, '9');
+  EXPECT_EQ(changed("nodes 7", "nodes " + digits),
+            "refused: line 17: " +
+                ("the search points has 7 nodes, not " + digits).substr(0, Refused::SHOWN) + "...");
+}
+
 TEST(Proof, searches_must_be_those_of_the_verdict) {
   EXPECT_EQ(changed("search points", "search better"),
             "refused: line 3: not the search that the verdict needs: better");
