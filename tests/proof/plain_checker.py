@@ -1,0 +1,445 @@
+#!/usr/bin/env python3
+"""Checks a proof of latbox-all as a stranger would, plain and slow: plain_checker.py PROOF P.opt
+
+Written from docs/proof.md (and docs/formats.md, for the program) alone, without a look at the search or at the other
+checker, so that each finds what the other overlooks. Names and order are those of the document. Prints `proof: ` and the
+verdict, status 0; `proof: refused: ` and the reason, status 1; or, on standard error, why a file follows no grammar,
+status 2.
+"""
+
+import re
+import sys
+from collections.abc import Callable
+from fractions import Fraction
+from math import ceil, floor, gcd, lcm
+
+INF = float("inf")
+PRIME = 2147483647
+Vector = list[int]
+Row = list[Fraction]
+
+
+class Malformed(Exception):
+    """A text that does not follow the grammar."""
+
+
+class Refused(Exception):
+    """A proof that does not prove."""
+
+
+def require(condition: object, reason: str, *values: object) -> None:
+    if not condition:
+        raise Refused(reason % values)
+
+
+def dot(a: list, b: list):
+    return sum(x * y for x, y in zip(a, b))
+
+
+class Program:
+    """A .opt file: what is feasible, and the norms of what is."""
+
+    def __init__(self, text: str) -> None:
+        # A slash directly behind a digit belongs to the number.
+        plain = re.sub(r"(?<![0-9])(//[^\n]*|/\*.*?\*/)", " ", text, flags=re.DOTALL)
+        self.tokens = re.findall(r"[\[\]=]|[^\s\[\]=]+", plain)[::-1]
+        self.dt = self.item()
+        if self.tokens[-1:] == ["="]:
+            self.tokens.pop()
+            self.item()
+        self.at, self.ag, self.bg, self.au, self.lu, self.ru, dx, self.lx, self.rx = (self.item() for _ in range(9))
+        self.n = len(self.rx)
+        pairs = [(self.dt, self.at), (self.bg, self.ag), (self.lu, self.au), (self.ru, self.au), (dx, self.rx), (self.lx, self.rx)]
+        rows = self.at + self.ag + self.au
+        if any(len(a) != len(b) for a, b in pairs) or any(not isinstance(row, list) or len(row) != self.n for row in rows):
+            raise Malformed("the dimensions of the program do not fit together")
+        finite = [a for row in [*rows, self.bg, dx] for a in row]
+        if any(isinstance(a, list) for a in [*finite, *self.dt, *self.lu, *self.ru, *self.lx, *self.rx]):
+            raise Malformed("a matrix for a vector")
+        if INF in map(abs, finite) or any(d % 1 or d > 10000 for d in dx):
+            raise Malformed("infinite coefficients, or digits that are no whole numbers")
+        self.scale = [10 ** max(int(d), 0) for d in dx]
+
+    def item(self, inside: bool = False) -> list:
+        """A vector or a matrix, or what is left of it behind its bracket."""
+        if not inside and self.tokens[-1:] != ["["]:
+            raise Malformed("the program has %s for a bracket" % self.tokens[-1:])
+        values = [] if inside else [self.tokens.pop()][1:]
+        while self.tokens and (token := self.tokens.pop()) != "]":
+            values.append(self.item(True) if token == "[" else self.number(token))
+        return values
+
+    @staticmethod
+    def number(token: str) -> Fraction | float:
+        """Whole, decimal, with an exponent, fraction, mixed number, inf."""
+        if token in ("inf", "-inf"):
+            return float(token)
+        form = re.fullmatch(r"([+-]?)(?:(\d+):(?=\d+/))?(\d+/0*[1-9]\d*|\d*[.,]?\d+(?:[eE][+-]?\d{1,4})?)", token, re.ASCII)
+        if not form:
+            raise Malformed("the program has no number %s" % token)
+        value = int(form[2] or 0) + Fraction(form[3].replace(",", "."))
+        return -value if form[1] == "-" else value
+
+    def feasible(self, x: Row) -> bool:
+        return (all((a * s).denominator == 1 and low <= a <= high
+                    for a, s, low, high in zip(x, self.scale, self.lx, self.rx))
+                and all(dot(row, x) == side for row, side in zip(self.ag, self.bg))
+                and all(low <= dot(row, x) <= high for row, low, high in zip(self.au, self.lu, self.ru)))
+
+    def norms(self, x: Row) -> tuple[Fraction, Fraction]:
+        """T and S."""
+        values = [(dot(row, x), d) for row, d in zip(self.at, self.dt)]
+        slack = Fraction(sum(abs(value - d) for value, d in values if abs(d) != INF))
+        return slack + sum(value if d < 0 else -value for value, d in values if abs(d) == INF), slack
+
+
+class Proof:
+    """The file. Each line is matched as a whole; rationals are in lowest terms."""
+
+    def __init__(self, text: str) -> None:
+        self.lines = [" ".join(re.split("[ \t]+", line.strip(" \t"))) for line in text.split("\n")]
+        self.at = 0
+        self.next("latbox-proof 1")
+        verdict = self.next(r"verdict (?:(none)|(all) (\d+)|(optimum)( RATIONAL RATIONAL)(?: (\d+))?)")
+        self.kind = verdict[1] or verdict[2] or verdict[4]
+        self.norms = self.rationals(verdict[5] or "")
+        self.count = int(verdict[3] or verdict[6]) if verdict[3] or verdict[6] else None
+        self.point = self.rationals(self.next("point((?: RATIONAL)*)")[1]) if self.norms else None
+        self.searches = [Search(self)]
+        while self.lines[self.at:self.at + 1] != ["end"]:
+            self.searches.append(Search(self))
+        if self.lines[self.at:] != ["end", ""]:
+            raise Malformed("line %d: there is more behind the end, or no line end" % (self.at + 1))
+
+    def next(self, pattern: str) -> re.Match[str]:
+        self.at += 1
+        pattern = pattern.replace("RATIONAL", r"-?\d+(?:/\d+)?").replace("NUMBERS", r"((?: -?\d+)*)")
+        match = re.fullmatch(pattern, self.lines[self.at - 1], re.ASCII) if self.at <= len(self.lines) else None
+        if not match:
+            raise Malformed("line %d does not follow the grammar" % self.at)
+        return match
+
+    def count_of(self, word: str) -> int:
+        return int(self.next(word + r" (\d+)")[1])
+
+    def vectors(self, word: str, count: int) -> list[Vector]:
+        return [numbers(self.next(word + "NUMBERS")[1]) for _ in range(count)]
+
+    def rationals(self, text: str) -> Row:
+        parts = [[*map(int, word.split("/"))] for word in text.split()]
+        if any(len(part) == 2 and (part[1] < 2 or gcd(*part) != 1) for part in parts):
+            raise Malformed("line %d: not in lowest terms" % self.at)
+        return [Fraction(*part) for part in parts]
+
+
+def numbers(text: str) -> Vector:
+    return [int(word) for word in text.split()]
+
+
+class Search:
+    def __init__(self, file: Proof) -> None:
+        self.goal = file.next("search (points|better|slack|equal)")[1]
+        rows = [file.next("(norm|distance|linear$)NUMBERS") for _ in range(file.count_of("objective"))]
+        self.objective = [(row[1], numbers(row[2])) for row in rows]
+        self.steps = [Step(file) for _ in range(file.count_of("derive"))]
+        sizes = file.next(r"contradiction|lattice (\d+) (\d+) (\d+)")
+        self.contradiction = sizes[1] is None
+        if not self.contradiction:
+            rank, *self.sizes = map(int, sizes.groups())
+            self.equations, self.coordinates = (numbers(file.next(word + r"((?: \d+)*)")[1]) for word in ("equations", "coordinates"))
+            [self.point] = file.vectors("point", 1)
+            self.basis, self.dual = file.vectors("basis", rank), file.vectors("dual", rank)
+            [self.constant] = file.vectors("constant", 1)
+            self.levels = [Level(file) for _ in range(rank)][::-1]
+            walk = file.next(r"walk nodes (\d+) points (\d+)")
+            self.nodes, self.points, self.walk_line = int(walk[1]), int(walk[2]), file.at
+
+
+class Step:
+    """A line of `derive`."""
+
+    def __init__(self, file: Proof) -> None:
+        match = file.next(r"(?:(upper|lower)|class) (?:([xr])(\d+)|0) (-?\d+)(?(1)| (-?\d+))((?: r\d+ -?\d+)*)")
+        self.kind, self.form = match[1] or "class", (match[2] or "0", int(match[3] or 0))
+        self.q, self.modulus = int(match[4]), int(match[5] or 1)
+        self.terms = [(int(row), int(y)) for row, y in re.findall(r"r(\d+) (-?\d+)", match[6])]
+
+
+class Level:
+    def __init__(self, file: Proof) -> None:
+        match = file.next(r"level (\d+) (-?\d+) (\d+)NUMBERS")
+        self.number, self.divisor, self.main = int(match[1]), int(match[2]), numbers(match[4])
+        self.sides = file.vectors("side", int(match[3]))
+
+
+class Form:
+    """A variable, a row or 0: coefficients of the z_j, and a range, open where an end is infinite."""
+
+    def __init__(self, coefficients: Row, factor: int, low: Fraction | float, high: Fraction | float) -> None:
+        """The same times a factor, in whole numbers."""
+        if low == INF or high == -INF:
+            coefficients, low, high = [a * 0 for a in coefficients], Fraction(1), Fraction(0)
+        self.coefficients = [int(a * factor) for a in coefficients]
+        self.low = low if low == -INF else ceil(low * factor)
+        self.high = high if high == INF else floor(high * factor)
+
+    def fixed(self) -> bool:
+        return self.low == self.high
+
+    def to_class(self, rest: int, modulus: int) -> None:
+        """Moves the ends inwards to numbers that are rest by this modulus."""
+        self.low = self.low if self.low == -INF else self.low + (rest - self.low) % modulus
+        self.high = self.high if self.high == INF else self.high - (self.high - rest) % modulus
+
+
+class System:
+    """Variables and rows of one search, with their present ranges."""
+
+    def __init__(self, program: Program, search: Search, norms: Row) -> None:
+        def row(values: Row) -> Row:
+            return [a / s for a, s in zip(values, self.scale)]
+
+        def common(values: Row) -> int:
+            return lcm(*(a.denominator for a in values))
+
+        self.scale, self.goal = program.scale, search.goal
+        units = [[Fraction(i == j) for i in range(program.n)] for j in range(program.n)]
+        self.zero = Form(units[0], 0, Fraction(0), Fraction(0))
+        self.variables = [Form(row(unit), *end) for unit, *end in zip(units, self.scale, program.lx, program.rx)]
+        sides = [*zip(program.ag, program.bg, program.bg), *zip(program.au, program.lu, program.ru)]
+        self.rows = [Form(row(values), common(row(values)), low, high) for values, low, high in sides]
+        self.targets = [(row(values), d) for values, d in zip(program.at, program.dt)]
+        self.c = lcm(*(common([*values, *([] if abs(d) == INF else [d])]) for values, d in self.targets))
+        require(self.goal == "points" or common([self.c * norm for norm in norms]) == 1, "the norms are those of no point")
+        self.rows += [self.objective(kind, signs, norms) for kind, signs in search.objective]
+
+    def objective(self, kind: str, signs: Vector, norms: Row) -> Form:
+        require(kind == "norm" and self.goal == "better" or self.goal in ("slack", "equal"), "no row for %s", self.goal)
+        linear = [(1 if d < 0 else -1, row, 0) for row, d in self.targets if abs(d) == INF]
+        wanted = [(row, d) for row, d in self.targets if abs(d) != INF]
+        require(len(signs) == (kind != "linear") * len(wanted) and {*signs} <= {-1, 0, 1}, "a wrong number of signs, or no sign")
+        parts = [(s, row, d) for s, (row, d) in zip(signs, wanted)] + linear * (kind != "distance")
+        total = [sum((s * row[j] for s, row, _ in parts), Fraction(0)) for j in range(len(self.variables))]
+        norm = {"norm": norms[0], "distance": norms[1], "linear": norms[0] - norms[1]}[kind]
+        side, unit = norm + sum(s * d for s, _, d in parts), Fraction(1, self.c)
+        if kind == "linear":
+            return Form(total, self.c, *((side, side) if self.goal == "equal" else (side + unit, INF)))
+        return Form(total, self.c, -INF, side - unit * (self.goal == "better" or (self.goal, kind) == ("slack", "distance")))
+
+    def named(self, kind: str, number: int) -> Form:
+        forms = self.variables if kind == "x" else self.rows
+        require(kind == "0" or 1 <= number <= len(forms), "there is no %s%d", kind, number)
+        return self.zero if kind == "0" else forms[number - 1]
+
+    def contradicted(self, steps: list["Step"]) -> bool:
+        """Whether the ranges are a contradiction, or become one by the steps."""
+        def is_empty() -> bool:
+            return any(form.low > form.high for form in [*self.variables, *self.rows, self.zero])
+
+        return is_empty() or any(self.step(step) or is_empty() for step in steps)
+
+    def step(self, step: Step) -> bool:
+        """Whether the step shows a contradiction that no range shows."""
+        f, terms = self.named(*step.form), [(self.named("r", row), y) for row, y in step.terms]
+        require(step.q > 0 and step.modulus > 0, "a step by 0 or less")
+        require(len({row for row, _ in step.terms}) == len(terms), "a row stands twice in a step")
+        c = [step.q * a - sum(y * r.coefficients[j] for r, y in terms) for j, a in enumerate(f.coefficients)]
+        parts = terms + list(zip(self.variables, c))
+        if step.kind != "class":
+            up = step.kind == "upper"
+            ends = [(a, form.high if (a > 0) == up else form.low) for form, a in parts if a]
+            require(INF not in [abs(end) for _, end in ends], "a step takes an end that is not there")
+            bound = sum(a * end for a, end in ends)
+            f.high = min(f.high, bound // step.q) if up else f.high
+            f.low = f.low if up else max(f.low, -(-bound // step.q))
+            return False
+        require(all(row.fixed() for row, _ in terms), "a class by a row that has a range")
+        require(all(z.fixed() or a % step.modulus == 0 for z, a in zip(self.variables, c)), "a class without a known rest")
+        rest, common = sum(a * form.low for form, a in parts if form.fixed()), gcd(step.q, step.modulus)
+        if rest % common:
+            return True
+        modulus = step.modulus // common
+        f.to_class(rest // common * pow(step.q // common, -1, modulus), modulus)
+        return False
+
+
+def rank_modulo_prime(matrix: list[Vector], columns: int) -> int:
+    rows, rank = [[a % PRIME for a in row] for row in matrix], 0
+    for column in range(columns):
+        if pivot := next((row for row in rows if row[column]), None):
+            rows.remove(pivot)
+            inverse, rank = pow(pivot[column], -1, PRIME), rank + 1
+            rows = [[(a - row[column] * inverse * b) % PRIME for a, b in zip(row, pivot)] for row in rows]
+    return rank
+
+
+class Walk:
+    """The lattice of one search, its cuts, and the walk."""
+
+    def __init__(self, system: System, search: Search, counts: Callable[[Row], bool]) -> None:
+        """counts(x) tells whether the search counts x."""
+        self.search, self.counts, self.system = search, counts, system
+        self.nodes = self.points = 0
+        require(search.sizes == [len(search.equations), len(search.coordinates)], "other numbers of rows than told")
+        require(all(len({*rows}) == len(rows) for rows in (search.equations, search.coordinates)), "a row stands twice")
+        self.free = [j for j, z in enumerate(system.variables) if not z.fixed()]
+        equations, coordinates = ([system.named("r", i) for i in rows] for rows in (search.equations, search.coordinates))
+        columns = [system.variables[j] for j in self.free] + coordinates
+        require(all(abs(end) != INF for column in columns for end in (column.low, column.high)), "an open column")
+        cuts = [vector for level in search.levels for vector in (level.main, *level.sides)]
+        require(all(len(vector) == len(columns) for vector in (search.point, search.constant, *search.basis, *search.dual, *cuts)),
+                "a vector without a number for each column")
+        self.check_lattice(equations, coordinates, len(columns))
+        self.check_cuts()
+        self.find_ends(columns)
+
+    def check_lattice(self, equations: list[Form], coordinates: list[Form], columns: int) -> None:
+        require(all(row.fixed() for row in equations), "an equation with a range")
+        x0, basis, dual = self.search.point, self.search.basis, self.search.dual
+        matrix = []
+        for i, row in enumerate(equations + coordinates, -len(equations)):
+            matrix.append([row.coefficients[j] for j in self.free] + [-(i == own) for own in range(len(coordinates))])
+            side = -sum(a * z.low for a, z in zip(row.coefficients, self.system.variables) if z.fixed())
+            require(dot(matrix[-1], x0) == side + (row.low if i < 0 else 0), "A x0 is not b")
+            require(not any(dot(matrix[-1], k) for k in basis), "A K is not 0")
+        require(all(dot(d, k) == (i == j) for i, d in enumerate(dual) for j, k in enumerate(basis)), "D K is not I")
+        require(rank_modulo_prime(matrix, columns) >= columns - len(basis), "the basis may be a part of the kernel")
+
+    def check_cuts(self) -> None:
+        basis = self.search.basis
+        require(not any(dot(self.search.constant, k) for k in basis), "the constant is not constant")
+        for t, level in enumerate(self.search.levels):
+            require(level.number == t and level.divisor > 0, "level %d is out of place or divides by 0 or less", level.number)
+            require(not any(dot(g, k) for g in [level.main, *level.sides] for k in basis[:t]), "level %d: no cut", t)
+            require(dot(level.main, basis[t]) > 0, "level %d: the main vector leads nowhere", t)
+
+    def find_ends(self, columns: list[Form]) -> None:
+        """Classes, reach and widths of the columns, and whether they leave anything."""
+        self.possible, x0 = True, self.search.point
+        for c, column in enumerate(columns):
+            self.possible &= column.low <= x0[c] <= column.high or any(k[c] for k in self.search.basis)
+            modulus = gcd(*(k[c] for k in self.search.basis))
+            if modulus:
+                column.to_class(x0[c], modulus)
+            else:
+                column.low = column.high = x0[c]
+            self.possible &= column.low <= column.high
+        self.ends = [(column.low, column.high) for column in columns]
+        self.reach = []
+        for d in self.search.dual:
+            parts = [(a * low, a * high) for a, (low, high) in zip(d, self.ends)]
+            self.reach.append((sum(map(min, parts)) - dot(d, x0), sum(map(max, parts)) - dot(d, x0)))
+
+    def run(self, most: int) -> None:
+        """Counts nodes and points, refused if there are more nodes than these."""
+        self.most = most
+        if self.possible:
+            u = [2 * x - low - high for x, (low, high) in zip(self.search.point, self.ends)]
+            start = [1024 * a for a in self.search.constant]
+            self.descend(len(self.search.basis), u, start, dot(start, u))
+
+    def descend(self, t: int, u: Vector, w: Vector, v: int) -> None:
+        """A node of level t: u is 2 v - l - h for the point with the rows that are chosen, w and v are its W and V."""
+        if t == 0:
+            self.leaf(u)
+            return
+        t -= 1
+        level, k, (alpha, beta) = self.search.levels[t], self.search.basis[t], self.reach[t]
+        start, slope = dot(level.main, u), 2 * dot(level.main, k)
+        down, up = min(-start // slope, beta), max(-start // slope + 1, alpha)
+        closed: set[int] = set()
+        while {-1} - closed and down >= alpha or {1} - closed and up <= beta:
+            upwards = not (down >= alpha and -1 not in closed) or (
+                up <= beta and 1 not in closed and 2 * start + (up + down) * slope <= 0)
+            chosen, up, down = (up, up + 1, down) if upwards else (down, up, down - 1)
+            self.nodes += 1
+            require(self.nodes <= self.most, "more than %d nodes", self.most)
+            p = start + chosen * slope
+            a = (2048 * p + level.divisor) // (2 * level.divisor)
+            here = [x + 2 * chosen * y for x, y in zip(u, k)]
+            sums, value = [x + a * y for x, y in zip(w, level.main)], v + a * p
+            closes = self.refuted([(p, level.main, 1), (value, sums, a)] + [(dot(g, here), g, dot(g, k)) for g in level.sides])
+            closed |= closes
+            if not closes:
+                self.descend(t, here, sums, value)
+
+    def refuted(self, tests: list[tuple[int, Vector, int]]) -> set[int]:
+        """The directions that the first test closes which refutes the candidate; none: it stands."""
+        for value, g, x in tests:
+            if abs(value) > sum(abs(a) * (high - low) for a, (low, high) in zip(g, self.ends)):
+                x = -x if value < 0 else x
+                return {1} if x > 0 else {-1} if x < 0 else {1, -1}
+        return set()
+
+    def leaf(self, u: Vector) -> None:
+        z = [form.low for form in self.system.variables]
+        for j, a, (low, high) in zip(self.free, u, self.ends):
+            z[j] = (a + low + high) // 2
+        if all(low <= (a + low + high) // 2 <= high for a, (low, high) in zip(u, self.ends)):
+            self.points += self.counts([Fraction(value, s) for value, s in zip(z, self.system.scale)])
+
+
+class Check:
+    def __init__(self, program: Program, proof: Proof) -> None:
+        self.program, self.proof = program, proof
+
+    def verdict(self) -> str:
+        """The verdict that the proof proves. Raises Refused."""
+        proof, program, count, norms = self.proof, self.program, self.proof.count, self.proof.norms
+        require(count != 0, "a count of 0")
+        goals = {"points": count or 0}
+        if proof.point is not None:
+            require(program.dt and len(proof.point) == program.n and program.feasible(proof.point), "the point is not feasible")
+            require(program.norms(proof.point) == tuple(norms), "the point has other norms")
+            linear = any(any(row) for row, d in zip(program.at, program.dt) if abs(d) == INF)
+            goals = {"better": 0, **({"slack": 0} if norms[1] and linear else {}), **({"equal": count} if count else {})}
+        require([search.goal for search in proof.searches] == list(goals), "the searches are not %s", list(goals))
+        for search in proof.searches:
+            self.search(search, goals[search.goal])
+        if proof.point is None:
+            return " ".join([proof.kind, *([str(count)] if count else [])])
+        return " ".join(map(str, ["optimum", norms[0], *norms[1:][:norms[1] != 0]])) + (", %d points" % count if count else "")
+
+    def search(self, search: Search, wanted: int) -> None:
+        system = System(self.program, search, self.proof.norms)
+        contradiction = system.contradicted(search.steps)
+        require(search.contradiction == contradiction, "%s: there is %s contradiction", search.goal, "a" if contradiction else "no")
+        if contradiction:
+            require(wanted == 0, "%s: 0 points, not %d", search.goal, wanted)
+        else:
+            self.compare(search, Walk(system, search, lambda x: self.counts(search.goal, x)), wanted)
+
+    def compare(self, search: Search, walk: Walk, wanted: int) -> None:
+        walk.run(search.nodes)
+        require(walk.nodes == search.nodes, "%s: %d nodes, not %d", search.goal, walk.nodes, search.nodes)
+        require(walk.points == search.points == wanted, "%s: %d points, not %d", search.goal, walk.points, wanted)
+
+    def counts(self, goal: str, x: Row) -> bool:
+        if not self.program.feasible(x) or goal == "points":
+            return self.program.feasible(x)
+        (t, s), (least, slack) = self.program.norms(x), self.proof.norms
+        return t < least if goal == "better" else t <= least and s < slack if goal == "slack" else (t, s) == (least, slack)
+
+
+def main(arguments: list[str]) -> int:
+    # Numbers of any length, trees of any depth.
+    sys.set_int_max_str_digits(0)
+    sys.setrecursionlimit(10**6)
+    try:
+        texts = []
+        for path in arguments[1:]:
+            with open(path, encoding="latin-1", newline="") as file:
+                texts.append(file.read())
+        proof, program = texts
+        print("proof: " + Check(Program(program), Proof(proof)).verdict())
+    except Refused as reason:
+        print("proof: refused: %s" % reason)
+        return 1
+    except (Malformed, OSError, ValueError) as reason:
+        print("%s: %s" % (arguments[0], reason), file=sys.stderr)
+        return 2
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv))
