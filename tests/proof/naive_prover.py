@@ -6,12 +6,13 @@ what is made of it.
 """
 
 import random
+import re
 from fractions import Fraction
 from math import gcd
 from types import SimpleNamespace
 
 import plain_checker
-from plain_checker import INF, Form, Program, Refused, Step, System, Vector, Walk, dot
+from plain_checker import INF, Form, Program, STEP, Refused, System, Vector, Walk, dot
 
 # A walk that is longer is given up.
 MOST_NODES = 20000
@@ -135,9 +136,7 @@ class SearchProof:
 
     def try_step(self, line: str) -> bool:
         """Takes a step that changes something, and sometimes one that does not; whether there is a contradiction."""
-        file = object.__new__(plain_checker.Proof)
-        file.lines, file.at = [line], 0
-        step = Step(file)
+        step = re.fullmatch(STEP, line)
         before = self.ends()
         try:
             contradiction = self.system.contradicted([step])
