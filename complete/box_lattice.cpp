@@ -195,12 +195,6 @@ class Reducer {
 
 }  // namespace
 
-IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
-  IntegerVector z = fixed;
-  for (std::size_t j = 0; j < variables.size(); ++j) z[variables[j]] = v[j];
-  return z;
-}
-
 bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows) {
   for (const IntegerVector& row : rows)
     if (row.size() != lattice.coordinates()) return false;

@@ -27,8 +27,6 @@ struct BoxLattice {
 
   std::size_t coordinates() const { return point.size(); }
   std::size_t rank() const { return basis.size(); }
-  // All variables of the point with these coordinates.
-  IntegerVector allVariables(const IntegerVector& v) const;
 };
 
 // The same lattice by another basis, reduced in blocks of this size: for seed 0 the present one goes on, for

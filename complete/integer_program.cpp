@@ -52,9 +52,10 @@ IntegerProgram integerProgramOf(const Program& program) {
 
 Point pointOf(const Program& program, const IntegerVector& z) {
   Point x;
+  x.reserve(z.size());
   for (std::size_t j = 0; j < z.size(); ++j) {
-    x.emplace_back(z[j], program.digits[j] == 0 ? Integer(1) : powerOfTen(program.digits[j]));
-    if (program.digits[j] != 0) x.back().canonicalize();
+    x.emplace_back(z[j]);
+    if (program.digits[j] != 0) x.back() /= powerOfTen(program.digits[j]);
   }
   return x;
 }

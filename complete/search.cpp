@@ -110,9 +110,9 @@ class PointWalk : public PieceWalk {
 
   // False: the visitor has had enough.
   bool visitLeaf() {
-    const std::optional<IntegerVector> v = leaf_.pointOf(walk_.lambda());
-    if (!v) return true;
-    const Next next = visitor_.visit(lattice_.allVariables(*v));
+    const IntegerVector* z = leaf_.pointOf(walk_.lambda());
+    if (!z) return true;
+    const Next next = visitor_.visit(*z);
     if (next == Next::LIMIT) {
       ++shared_.version;
       heedLimit();

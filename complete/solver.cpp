@@ -9,29 +9,24 @@
 #include "complete/least_norm.h"
 #include "complete/preparation.h"
 #include "complete/presolve.h"
+#include "complete/verification.h"
 #include "complete/window.h"
 
 namespace latbox::complete {
 namespace {
 
-// A point of the lattice as one of the program, or the proof that this program is wrong.
-Point verified(const Program& program, const IntegerVector& z) {
-  Point x = pointOf(program, z);
-  if (!isFeasible(program, x)) throw std::logic_error("a point that was found is no point of the program");
-  return x;
-}
-
 // Every point is wanted, up to a number of them.
 class Listing : public Visitor {
  public:
   Listing(const Program& program, Finds& finds, unsigned long limit)
-      : program_(program), finds_(finds), limit_(limit) {}
+      : program_(program), verification_(program), finds_(finds), limit_(limit) {}
 
   Next visit(const IntegerVector& z) override {
-    const Point x = verified(program_, z);
+    const Point x = verification_.pointOf(z);
     const Norms norms = normsOf(program_, x);
     if (!isWanted(x, norms)) return Next::GO_ON;
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_, std::defer_lock);
+    if (limit_ != 0) lock.lock();
     if (isInterrupted()) return Next::REFUSED;
     finds_.list(x, norms);
     return isInterrupted() ? Next::STOP : Next::GO_ON;
@@ -46,8 +41,10 @@ class Listing : public Visitor {
 
  private:
   const Program& program_;
+  Verification verification_;
   Finds& finds_;
   unsigned long limit_;
+  // Counts and lists at once, where the count matters.
   std::mutex mutex_;
 };
 
@@ -96,10 +93,11 @@ class Finding : public Visitor {
 // limit the box has another form, and variables are fixed that the old one left free.
 class Improving : public Finding {
  public:
-  Improving(const Program& program, Finds& finds) : program_(program), finds_(finds) {}
+  Improving(const Program& program, Finds& finds)
+      : program_(program), verification_(program), finds_(finds) {}
 
   Next visit(const IntegerVector& z) override {
-    Point x = verified(program_, z);
+    Point x = verification_.pointOf(z);
     Norms norms = normsOf(program_, x);
     const std::lock_guard lock(mutex_);
     if (best_ && !(norms < best_->norms)) return Next::GO_ON;
@@ -121,6 +119,7 @@ class Improving : public Finding {
 
  private:
   const Program& program_;
+  Verification verification_;
   Finds& finds_;
   const Objective* objective_ = nullptr;
   std::mutex mutex_;
@@ -131,10 +130,11 @@ class Improving : public Finding {
 // The first point with the best norms, whatever point brought them. For one thread.
 class Canonical : public Finding {
  public:
-  Canonical(const Program& program, const Norms& norms) : program_(program), norms_(norms) {}
+  Canonical(const Program& program, const Norms& norms)
+      : program_(program), verification_(program), norms_(norms) {}
 
   Next visit(const IntegerVector& z) override {
-    Point x = verified(program_, z);
+    Point x = verification_.pointOf(z);
     if (normsOf(program_, x) != norms_) return Next::GO_ON;
     point_ = std::move(x);
     return take(z);
@@ -144,6 +144,7 @@ class Canonical : public Finding {
 
  private:
   const Program& program_;
+  Verification verification_;
   const Norms& norms_;
   Point point_;
 };

@@ -19,6 +19,8 @@ from test_faults import as_nobody
 # Its search takes seconds, and its points come all the time.
 LONG = complete_kills.TASKS[0].text
 MANY = opt(au=[[3, 5, 7, 4, 6]], lu=[20], ru=[40], rx=[4] * 5)
+# Its first points come at once, its last search takes long.
+ENDLESS_BEST = complete_kills.knapsack(60, 1)
 BEST = complete_kills.knapsack(30, 2)
 
 
@@ -203,6 +205,35 @@ class DamageTest(ResumeCase):
         result = self.run_on()
         self.assert_goes_on(result)
         self.assertEqual(self.points(), truth)
+
+    def test_a_points_file_of_the_same_length(self) -> None:
+        """Edited, or somebody's own: the run must not go on from it, nor write over it."""
+        for edit in (lambda text: text.replace("[ ", "[  ", 1)[:-1], lambda text: "x" * len(text), lambda text: text + "a note\n",
+                     lambda text: "\n".join(text.split("\n")[1::-1] + text.split("\n")[2:])):
+            for options, truth in (("--limit=9",), self.interrupted()), ((), self.all_points(MANY)):
+                self.run_all(MANY, *options, "--resume=0")
+                other = edit(self.read("p.all"))
+                self.write("p.all", other)
+                before = self.read("p.all.resume")
+                result = self.run_on()
+                self.assert_begins_anew(result)
+                self.assertIn("p.all is not the file that p.all.resume was written beside", result.err)
+                self.assert_verdict(result, "all %d" % len(truth), 10)
+                self.assertEqual(self.points(), truth)
+                self.assertEqual((self.read("p.all.old"), self.read("p.all.resume.old")), (other, before))
+
+    def test_somebodys_file_in_the_place_of_a_point_that_is_not_the_best_yet(self) -> None:
+        for content in ("somebody's\n", "somebody's"):
+            self.write("p.opt", ENDLESS_BEST)
+            process = self.launch()
+            harness.wait_until(lambda: self.exists("p.all") and self.read("p.all"), "a point")
+            self.assertEqual(self.stop(process, signal.SIGTERM)[0], 11)
+            self.write("p.all", content)
+            result = self.run_on("--rtime=0.5")
+            self.assertIn(result.status, (11, 12), result.err)
+            self.assert_begins_anew(result)
+            self.assertEqual(self.read("p.all.old"), content)
+            self.remove("p.all")
 
     def test_a_damaged_checkpoint_is_kept_and_not_taken(self) -> None:
         for damage in (lambda data: data[:-7], lambda data: data[:len(data) // 2], lambda data: b"", lambda data: b"\0" * 9,
