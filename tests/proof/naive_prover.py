@@ -15,7 +15,7 @@ import plain_checker
 from plain_checker import INF, Form, Program, STEP, Refused, System, Vector, Walk, dot
 
 # A walk that is longer is given up.
-MOST_NODES = 20000
+MOST_NODES = 5000
 ROUNDS = 4
 
 

@@ -50,11 +50,12 @@ class Program:
         self.au, self.lu, self.ru, dx, self.lx, self.rx = self.item(self.item), *(self.item() for _ in range(5))
         pairs = [(self.dt, self.at), (self.bg, self.ag), (self.lu, self.au), (self.ru, self.au)]
         pairs += [(row, self.rx) for row in [dx, self.lx, *self.at, *self.ag, *self.au]]
-        if any(len(a) != len(b) for a, b in pairs) or not self.rx:
-            raise Malformed("the dimensions of the program do not fit together")
         finite = [a for row in [*self.at, *self.ag, *self.au, self.bg, dx] for a in row]
-        if INF in map(abs, finite) or any(d % 1 for d in dx):
-            raise Malformed("infinite coefficients, or digits that are no whole numbers")
+        sides, ends = [*zip(self.lu, self.ru)], [*zip(self.lx, self.rx)]
+        if any(len(a) != len(b) for a, b in pairs) or not self.rx or INF in map(abs, finite) or (-INF, INF) in sides or (
+                any(d % 1 or d > 10000 for d in dx) or any(low > high for low, high in sides + ends)
+                or INF in self.lx or -INF in self.rx):
+            raise Malformed("the program is none")
         self.scale = [10 ** max(int(d), 0) for d in dx]
 
     def item(self, element: Callable | None = None) -> list:
@@ -68,11 +69,11 @@ class Program:
 
     @staticmethod
     def number(token: str) -> Fraction | float:
-        """Whole, decimal, with an exponent, fraction, mixed number, inf."""
+        """Whole, decimal, fraction, mixed number, inf."""
         if token in ("inf", "-inf"):
             return float(token)
-        fraction, decimal = r"\d+/0*[1-9]\d*", r"\d*[.,]?\d+(?:[eE][+-]?\d{1,4})?"
-        form = re.fullmatch(r"([+-]?)(?:(\d+):(?=\d+/))?(%s|%s)" % (fraction, decimal), token, re.ASCII)
+        unsigned = r"(\d+/0*[1-9]\d*|\d*[.,]\d*[1-9]\d*|\d+)"
+        form = re.fullmatch(r"([+-]?)(?:(\d+):(?=\d+/))?" + unsigned, token, re.ASCII)
         if not form:
             raise Malformed("the program has no number %s" % token)
         value = int(form[2] or 0) + Fraction(form[3].replace(",", "."))
