@@ -52,9 +52,9 @@ class Program:
         pairs += [(row, self.rx) for row in [dx, self.lx, *self.at, *self.ag, *self.au]]
         finite = [a for row in [*self.at, *self.ag, *self.au, self.bg, dx] for a in row]
         sides, ends = [*zip(self.lu, self.ru)], [*zip(self.lx, self.rx)]
-        if any(len(a) != len(b) for a, b in pairs) or not self.rx or INF in map(abs, finite) or (-INF, INF) in sides or (
-                any(d % 1 or d > 10000 for d in dx) or any(low > high for low, high in sides + ends)
-                or INF in self.lx or -INF in self.rx):
+        fit = self.rx and all(len(a) == len(b) for a, b in pairs) and all(low <= high for low, high in sides + ends)
+        whole = all(d % 1 == 0 and d <= 10000 for d in dx) and INF not in map(abs, finite)
+        if not fit or not whole or (-INF, INF) in sides or (INF, INF) in ends or (-INF, -INF) in ends:
             raise Malformed("the program is none")
         self.scale = [10 ** max(int(d), 0) for d in dx]
 
@@ -106,7 +106,7 @@ class Proof:
         while self.lines[self.at:self.at + 1] != ["end"]:
             self.searches.append(Search(self))
         if self.lines[self.at:] != ["end", ""]:
-            raise Malformed("line %d: there is more behind the end, or no line end" % (self.at + 1))
+            raise Malformed("line %d: more behind the end, or no line end" % (self.at + 1))
 
     def next(self, pattern: str) -> re.Match[str]:
         self.at += 1
@@ -189,7 +189,7 @@ class System:
         self.rows = [Form(of_z(row), common_denominator(of_z(row)), low, high) for row, low, high in rows]
         self.targets = [(of_z(row), d) for row, d in zip(program.at, program.dt)]
         self.c = common_denominator([a for row, d in self.targets for a in [*row, d] if abs(a) != INF])
-        require(self.goal == "points" or common_denominator([self.c * t for t in norms]) == 1, "no point has these norms")
+        require(common_denominator([self.c * t for t in norms]) == 1, "no point has these norms")
         self.rows += [self.objective(kind, signs, norms) for kind, signs in search.objective]
 
     def objective(self, kind: str, signs: Vector, norms: Row) -> Form:
@@ -352,15 +352,14 @@ def verdict(program: Program, proof: Proof, compare: Callable[[Search, Walk, int
     """What the proof proves, if compare accepts each walk and the number of points that is wanted. Raises Refused."""
     def counts(goal: str, x: Row) -> bool:
         (t, s), (target, slack) = program.norms(x), norms or [0, 0]
-        same = t == target
-        return program.feasible(x) and {"points": True, "better": t < target, "slack": same and s < slack,
-                                        "equal": same and s == slack}[goal]
+        return program.feasible(x) and {"points": True, "better": t < target, "slack": t == target and s < slack,
+                                        "equal": [t, s] == norms}[goal]
 
     count, norms, goals = proof.count, proof.norms, {"points": proof.count or 0}
     require(count != 0, "a count of 0")
     if proof.point is not None:
-        feasible = program.dt and len(proof.point) == len(program.rx) and program.feasible(proof.point)
-        require(feasible and program.norms(proof.point) == tuple(norms), "the point is not feasible or has other norms")
+        require(program.dt and len(proof.point) == len(program.rx), "no targets, or a point of another length")
+        require(program.feasible(proof.point) and program.norms(proof.point) == tuple(norms), "the point or its norms")
         linear = any(any(row) for row, d in zip(program.at, program.dt) if abs(d) == INF)
         goals = {"better": 0, **({"slack": 0} if norms[1] and linear else {}), **({"equal": count} if count else {})}
     require([search.goal for search in proof.searches] == list(goals), "the searches are not %s", list(goals))

@@ -98,10 +98,10 @@ def plain(proof: str, text: str, most: int = 10 * MOST_NODES) -> tuple[int, str]
         return NO_PROOF, str(reason)
 
 
-def checked(binary: str, folder: str, *options: str) -> tuple[int, str]:
+def checked(binary: str, folder: str, *points: str) -> tuple[int, str]:
     """Status and last line of latbox-check on p.proof and p.opt. Raises Fault if it ends otherwise than a checker does."""
     try:
-        done = subprocess.run([binary, "--proof=p.proof", *options, "p.opt"], cwd=folder, capture_output=True, text=True,
+        done = subprocess.run([binary, "--proof=p.proof", "p.opt", *points], cwd=folder, capture_output=True, text=True,
                               timeout=HANGS, check=False)
     except subprocess.TimeoutExpired:
         raise Fault("latbox-check hangs") from None
