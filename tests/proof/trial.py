@@ -51,6 +51,8 @@ def program(number: int) -> Candidate:
 def listed(text: str) -> Candidate | None:
     """A changed program with all its points, if it is one and they can be listed."""
     with contextlib.suppress(FormatError, complete_count.TooMany):
+        if any(digits % 1 or not 0 <= digits <= 4 for digits in Judged(text).dx):
+            return None
         candidate = Candidate(text, complete_count.tried_points)
         box = complete_count.finite_box(candidate.whole)
         tried = 1
