@@ -250,7 +250,7 @@ class ProofTest(Case):
                          "proof: refused: points: contradiction is False")
 
     def test_columns_without_a_value_end_the_search(self) -> None:
-        # x1 = 2 - x2 with x2 from -5 to -1 by the lattice, which 0..1 does not hold; no kernel: a value outside.
+        # No kernel, and the one value outside of 0..1.
         text = "[ ] [ ] [ [ 1 2 ] [ 1 0 ] ] [ 9 5 ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 9 1 ]"
         proof = THREE_PROOF[:THREE_PROOF.index("lattice")].replace("all 3", "none") + (
             "lattice 0 2 0\nequations 2 1\ncoordinates\npoint 5 2\nconstant 0 0\nwalk nodes 0 points 0\nend\n")
@@ -258,6 +258,12 @@ class ProofTest(Case):
         self.assert_refused(text, proof, "walk nodes 0", "walk nodes 1", "points: 0 nodes, not 1")
         self.assertEqual(said(text.replace("[ 9 1 ]", "[ 9 2 ]"), proof.replace("none", "all 1").replace("points 0", "points 1")), "proof: all 1")
         self.assertIn("refused", said(text.replace("[ 9 1 ]", "[ 9 2 ]"), proof))
+        # The same beside a kernel.
+        text = "[ ] [ ] [ [ 1 1 0 ] [ 0 0 2 ] ] [ 3 4 ] [ ] [ ] [ ] [ 0 0 0 ] [ 0 0 0 ] [ 9 9 1 ]"
+        proof = THREE_PROOF[:THREE_PROOF.index("lattice")].replace("all 3", "none") + (
+            "lattice 1 2 0\nequations 1 2\ncoordinates\npoint 0 3 2\nbasis 1 -1 0\ndual 1 0 0\nconstant 0 0 0\n"
+            "level 0 1 0 1 0 0\nwalk nodes 0 points 0\nend\n")
+        self.assertEqual(said(text, proof), "proof: none")
         # 3 divides x1 - 2, and 0..1 holds no such number; the cuts are looked at nevertheless.
         text = "[ ] [ ] [ [ 1 3 ] ] [ 2 ] [ ] [ ] [ ] [ 0 0 ] [ 0 -5 ] [ 1 5 ]"
         proof = THREE_PROOF[:THREE_PROOF.index("lattice")].replace("all 3", "none") + (
