@@ -3,13 +3,20 @@
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 
 import harness
 
 FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "proof")
+sys.path.append(FOLDER)
+import trial  # pylint: disable=wrong-import-position
 HOPELESS = 1700
+# Those whose walks are short enough for the plain checker.
+EXAMPLES = ("blend", "cutting", "diet", "difference_family_37_4", "fixed", "half_infinite", "hundred_fowls", "knapsack",
+            "market_split", "market_split_deviation", "reach_value", "scheduling", "steiner_7", "temperament", "threshold",
+            "two_sided", "unit_fractions")
 
 
 class Case(harness.Case):
@@ -40,6 +47,17 @@ class TrialTest(Case):
         self.prover = os.path.join(os.path.dirname(self.checker), "latbox-all")
         if not os.path.exists(self.checker) or not os.path.exists(self.prover):
             self.skipTest("latbox-all or latbox-check is not built (GMP or libfplll is not installed)")
+
+    def test_examples(self):
+        for name in EXAMPLES:
+            shutil.copy(os.path.join(harness.Settings.examples, name + ".opt"), self.path("p.opt"))
+            for option in ("--ties=0", "--ties=1") if trial.Judged(self.read("p.opt")).dt else ("--all=1",):
+                subprocess.run([self.prover, "--quiet=1", "--resume=0", "--proof=p.proof", option, "p.opt"], cwd=self.folder,
+                               timeout=HOPELESS, check=False, stdout=subprocess.PIPE)
+                status, line = trial.checked(self.checker, self.folder)
+                self.assertEqual((status, line), trial.plain(self.read("p.proof"), self.read("p.opt")), (name, option))
+                self.assertEqual(status, trial.PROVED, line)
+                self.remove("p.proof")
 
     def test_random_programs(self):
         halves = [self.start("random_proofs.py", self.prover, self.checker, *ends, "record%d" % ends[0])
