@@ -28,7 +28,6 @@ class Builder {
       if (!useResidues()) return std::nullopt;
     } while (again_);
     listEquations();
-    reduceAgain(lattice_, SMALL_BLOCK, 0);
     return std::move(lattice_);
   }
 
@@ -195,12 +194,6 @@ class Reducer {
 
 }  // namespace
 
-IntegerVector BoxLattice::allVariables(const IntegerVector& v) const {
-  IntegerVector z = fixed;
-  for (std::size_t j = 0; j < variables.size(); ++j) z[variables[j]] = v[j];
-  return z;
-}
-
 bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows) {
   for (const IntegerVector& row : rows)
     if (row.size() != lattice.coordinates()) return false;
@@ -213,8 +206,14 @@ void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed) {
   Reducer(lattice).reduce(blockSize, seed);
 }
 
-std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {
+std::optional<BoxLattice> unreducedLatticeOf(IntegerProgram program) {
   return Builder(program).result();
+}
+
+std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {
+  auto lattice = unreducedLatticeOf(std::move(program));
+  if (lattice) reduceAgain(*lattice, SMALL_BLOCK, 0);
+  return lattice;
 }
 
 }  // namespace latbox::complete

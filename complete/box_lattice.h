@@ -27,8 +27,6 @@ struct BoxLattice {
 
   std::size_t coordinates() const { return point.size(); }
   std::size_t rank() const { return basis.size(); }
-  // All variables of the point with these coordinates.
-  IntegerVector allVariables(const IntegerVector& v) const;
 };
 
 // The same lattice by another basis, reduced in blocks of this size: for seed 0 the present one goes on, for
@@ -41,5 +39,7 @@ bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows);
 // The lattice of a program, its basis reduced in small blocks. Nothing: the program has no point, by proof.
 // Requires finite ranges of all variables. Throws ReductionFailure.
 std::optional<BoxLattice> boxLatticeOf(IntegerProgram program);
+// The same by the basis that its construction brings.
+std::optional<BoxLattice> unreducedLatticeOf(IntegerProgram program);
 
 }  // namespace latbox::complete

@@ -8,7 +8,7 @@
 namespace latbox::complete {
 namespace {
 
-constexpr const char* HEAD = "latbox-all checkpoint 1";
+constexpr const char* HEAD = "latbox-all checkpoint 2";
 
 void write(std::ostream& out, const std::optional<IntegerVector>& point) {
   if (!point) {
@@ -20,9 +20,13 @@ void write(std::ostream& out, const std::optional<IntegerVector>& point) {
   out << '\n';
 }
 
+std::ostream& operator<<(std::ostream& out, const FileState& file) {
+  return out << file.count << ' ' << file.bytes << ' ' << file.digest.text();
+}
+
 void write(std::ostream& out, const OpenSearch& open) {
-  out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin.count << ' ' << open.begin.bytes
-      << ' ' << open.frontier.share << '\n';
+  out << "open " << open.key << ' ' << open.lattice << ' ' << open.begin << ' ' << open.frontier.share
+      << '\n';
   for (const IntegerVector& row : open.basis) {
     out << "row";
     for (const Integer& value : row) out << ' ' << value;
@@ -102,12 +106,21 @@ Piece pieceOf(Words& words) {
   return piece;
 }
 
+FileState fileStateOf(Words& words) {
+  FileState file;
+  file.count = words.next<unsigned long>();
+  file.bytes = words.next<unsigned long>();
+  const auto digest = Digest::parse(words.next<std::string>());
+  if (!digest) throw BadCheckpoint("a digest that is none");
+  file.digest = *digest;
+  return file;
+}
+
 OpenSearch openOf(Words& words) {
   OpenSearch open;
   open.key = words.next<std::string>();
   open.lattice = words.next<std::string>();
-  open.begin.count = words.next<unsigned long>();
-  open.begin.bytes = words.next<unsigned long>();
+  open.begin = fileStateOf(words);
   open.frontier.share = words.next<double>();
   return open;
 }
@@ -121,8 +134,7 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
     checkpoint.seconds = words.next<double>();
     checkpoint.nodes = words.next<unsigned long>();
   } else if (name == "points") {
-    checkpoint.file.count = words.next<unsigned long>();
-    checkpoint.file.bytes = words.next<unsigned long>();
+    checkpoint.file = fileStateOf(words);
   } else if (name == "search") {
     SearchRecord record;
     record.key = words.next<std::string>();
@@ -146,27 +158,12 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
 
 }  // namespace
 
-std::string digestOf(std::string_view text) {
-  // Two sums of the kind of Fowler, Noll and Vo, from different beginnings.
-  std::ostringstream digits;
-  digits << std::hex;
-  for (unsigned long sum : {0xcbf29ce484222325ul, 0x84222325cbf29ce4ul}) {
-    for (const char c : text) sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3ul;
-    for (const unsigned long part : {sum >> 32, sum & 0xffffffff}) {
-      digits.width(8);
-      digits.fill('0');
-      digits << part;
-    }
-  }
-  return digits.str();
-}
-
 std::string textOf(const Checkpoint& checkpoint) {
   std::ostringstream out;
   out.precision(17);
   out << HEAD << '\n' << "identity " << checkpoint.identity << '\n';
   out << "time " << checkpoint.seconds << ' ' << checkpoint.nodes << '\n';
-  out << "points " << checkpoint.file.count << ' ' << checkpoint.file.bytes << '\n';
+  out << "points " << checkpoint.file << '\n';
   for (const SearchRecord& record : checkpoint.searches) {
     out << "search " << record.key << ' ' << wordOf(record.end);
     write(out, record.point);

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "complete/digest.h"
 #include "complete/piece.h"
 
 namespace latbox::complete {
@@ -39,9 +40,10 @@ struct SearchRecord {
 };
 
 struct FileState {
-  // Points listed, or counted; bytes of the file, 0 if there is none.
+  // Points listed, or counted; bytes of the file, 0 if there is none, and what they are.
   unsigned long count = 0;
   unsigned long bytes = 0;
+  Digest digest = {};
 };
 
 struct OpenSearch {
@@ -75,8 +77,5 @@ Checkpoint parseCheckpoint(std::string_view text);
 void writeCheckpoint(const std::string& path, const Checkpoint& checkpoint, bool surely);
 // Nothing if there is none that can be read.
 std::optional<Checkpoint> readCheckpoint(const std::string& path);
-
-// 128 bits as hexadecimal digits: equal texts have equal digests, and others hardly ever.
-std::string digestOf(std::string_view text);
 
 }  // namespace latbox::complete

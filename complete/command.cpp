@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "complete/journal.h"
+#include "complete/left_points.h"
 #include "complete/options.h"
 #include "complete/outlook.h"
 #include "complete/points_file.h"
@@ -116,16 +117,6 @@ void print(const std::string& text) {
     throw WriteFailure("standard output cannot be written");
 }
 
-// Whether the points file is as long as the checkpoint wants it. A run that was killed may have written more,
-// or, where it keeps a `single` point, another one in its place.
-bool isLongEnough(const std::string& path, const Checkpoint& past, bool single) {
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (error) return false;
-  if (!past.verdict.empty()) return size == past.file.bytes;
-  return single && past.file.count == 1 ? size > 0 : size >= past.file.bytes;
-}
-
 class Run {
  public:
   explicit Run(const Options& options) : Run(options, readFile(options.file)) {}
@@ -175,8 +166,13 @@ class Run {
   std::optional<Checkpoint> pastRun() const {
     std::optional<Checkpoint> past = readCheckpoint(checkpointPath(options_));
     if (!past || past->identity != identity_) return std::nullopt;
-    if (!options_.count && !isLongEnough(basePath(options_), *past, !listsAll())) return std::nullopt;
-    return past;
+    if (options_.count || isFileOf(*past, basePath(options_), !listsAll(), program_)) return past;
+    if (!options_.quiet)
+      std::fprintf(stderr,
+                   "%s is not the file that %s was written beside: the run begins anew, and what is there is "
+                   "kept as .old\n",
+                   basePath(options_).c_str(), checkpointPath(options_).c_str());
+    return std::nullopt;
   }
 
   bool listsAll() const { return options_.all || program_.targets.empty(); }

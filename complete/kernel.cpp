@@ -44,13 +44,6 @@ Split splitByReduction(const IntegerMatrix& equations, std::size_t columns, std:
   return split;
 }
 
-bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
-  for (const IntegerVector& row : rows)
-    for (const IntegerVector& equation : equations)
-      if (innerProduct(equation, row) != 0) return false;
-  return true;
-}
-
 bool isUnimodular(const IntegerMatrix& equations, const Split& split) {
   if (split.others.size() != equations.size() || !isInKernel(equations, split.kernel)) return false;
   const Integer side = determinant(split.images);
@@ -85,6 +78,13 @@ std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, con
   std::optional<IntegerVector> point = pointOf(split.others, solveSquare(split.images, sides), columns);
   if (!point) return std::nullopt;
   return WholeSolutions{std::move(*point), std::move(split.kernel)};
+}
+
+bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
+    for (const IntegerVector& equation : equations)
+      if (innerProduct(equation, row) != 0) return false;
+  return true;
 }
 
 bool isSameKernel(const IntegerMatrix& equations, const IntegerMatrix& basis, const IntegerMatrix& other) {

@@ -36,6 +36,9 @@ Split splitByKernel(const IntegerMatrix& equations, std::size_t columns);
 std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, const IntegerVector& sides,
                                              std::size_t columns);
 
+// Whether all rows x keep A x = 0.
+bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows);
+
 // Whether `other` generates the same lattice as `basis`: as many rows, all in the kernel of `equations`, of
 // which `basis` is a basis, and the same determinant.
 bool isSameKernel(const IntegerMatrix& equations, const IntegerMatrix& basis, const IntegerMatrix& other);

@@ -12,19 +12,8 @@ bool isBelow(const Integer& value, long limit) {
 }  // namespace
 
 Leaf::Leaf(const BoxLattice& lattice)
-    : lattice_(lattice), low_(lattice.low), high_(lattice.high), steps_(lattice.rank()) {
+    : lattice_(lattice), steps_(lattice.rank()), values_(lattice.coordinates()), z_(lattice.fixed) {
   listShort();
-}
-
-void Leaf::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-  low_[coordinate] = std::max(low_[coordinate], low);
-  high_[coordinate] = std::min(high_[coordinate], high);
-  if (coordinates_.empty()) return;
-  // Within the box, or beyond it as far as the target norm goes: then nothing is left, and the box's own ends
-  // serve.
-  if (low_[coordinate] > high_[coordinate]) return;
-  coordinates_[coordinate].low = low_[coordinate].get_si();
-  coordinates_[coordinate].high = high_[coordinate].get_si();
 }
 
 void Leaf::listShort() {
@@ -43,36 +32,46 @@ void Leaf::listShort() {
   coordinates_ = std::move(coordinates);
 }
 
-// True only by exact arithmetic.
-bool Leaf::isOutside(const std::vector<double>& lambda) const {
+// Into steps_; false: a number is too long.
+bool Leaf::takeShort(const std::vector<double>& lambda) {
+  if (coordinates_.empty()) return false;
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (!(std::fabs(lambda[i]) < MULTIPLIER_LIMIT)) return false;
     steps_[i] = static_cast<long>(lambda[i]);
   }
-  for (const Coordinate& coordinate : coordinates_) {
-    long value = coordinate.point;
-    for (std::size_t i = 0; i < steps_.size(); ++i) value += steps_[i] * coordinate.entries[i];
-    if (value < coordinate.low || value > coordinate.high) return true;
-  }
-  return false;
+  return true;
 }
 
-std::optional<IntegerVector> Leaf::pointOf(const IntegerVector& lambda) const {
+// Of what steps_ holds, in machine words.
+const IntegerVector* Leaf::shortPoint() {
+  for (std::size_t j = 0; j < coordinates_.size(); ++j) {
+    const Coordinate& coordinate = coordinates_[j];
+    long value = coordinate.point;
+    for (std::size_t i = 0; i < steps_.size(); ++i) value += steps_[i] * coordinate.entries[i];
+    if (value < coordinate.low || value > coordinate.high) return nullptr;
+    values_[j] = value;
+  }
+  for (std::size_t j = 0; j < lattice_.variables.size(); ++j) z_[lattice_.variables[j]] = values_[j];
+  return &z_;
+}
+
+const IntegerVector* Leaf::pointOf(const IntegerVector& lambda) {
   IntegerVector v = lattice_.point;
   for (std::size_t i = 0; i < lambda.size(); ++i)
     for (std::size_t j = 0; lambda[i] != 0 && j < v.size(); ++j)
       mpz_addmul(v[j].get_mpz_t(), lambda[i].get_mpz_t(), lattice_.basis[i][j].get_mpz_t());
   for (std::size_t j = 0; j < v.size(); ++j)
-    if (v[j] < low_[j] || v[j] > high_[j]) return std::nullopt;
-  return v;
+    if (v[j] < lattice_.low[j] || v[j] > lattice_.high[j]) return nullptr;
+  for (std::size_t j = 0; j < lattice_.variables.size(); ++j) z_[lattice_.variables[j]] = v[j];
+  return &z_;
 }
 
-std::optional<IntegerVector> Leaf::pointOf(const std::vector<double>& lambda) const {
-  if (isOutside(lambda)) return std::nullopt;
+const IntegerVector* Leaf::pointOf(const std::vector<double>& lambda) {
+  if (takeShort(lambda)) return shortPoint();
   return pointOf(IntegerVector(lambda.begin(), lambda.begin() + static_cast<std::ptrdiff_t>(steps_.size())));
 }
 
-std::optional<IntegerVector> Leaf::pointOf(const std::vector<mpf_class>& lambda) const {
+const IntegerVector* Leaf::pointOf(const std::vector<mpf_class>& lambda) {
   IntegerVector whole;
   for (std::size_t i = 0; i < steps_.size(); ++i) whole.emplace_back(lambda[i]);
   return pointOf(whole);

@@ -1,8 +1,6 @@
-// The exact coordinates at a leaf of the search. The cuts may leave more than the box, and mostly it is a
-// leaf that is not in it, so that it is worth a way of its own where all numbers are short.
+// The exact point at a leaf of the search. The cuts may leave more than the box, and mostly it is a leaf that
+// is not in it; or there are millions of points. So there is a way of its own where all numbers are short.
 #pragma once
-
-#include <optional>
 
 #include "complete/box_lattice.h"
 
@@ -12,14 +10,11 @@ class Leaf {
  public:
   explicit Leaf(const BoxLattice& lattice);
 
-  // Narrows the range of a coordinate; the box of the lattice is not widened.
-  void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
-
-  // point + sum lambda_i basis_i, if it is in the box.
-  std::optional<IntegerVector> pointOf(const IntegerVector& lambda) const;
+  // All variables of point + sum lambda_i basis_i, until the next call; null if it is not in the box.
+  const IntegerVector* pointOf(const IntegerVector& lambda);
   // The same from multipliers that are whole numbers of a floating type; there may be more of them.
-  std::optional<IntegerVector> pointOf(const std::vector<double>& lambda) const;
-  std::optional<IntegerVector> pointOf(const std::vector<mpf_class>& lambda) const;
+  const IntegerVector* pointOf(const std::vector<double>& lambda);
+  const IntegerVector* pointOf(const std::vector<mpf_class>& lambda);
 
  private:
   // Entries below 2^31, multipliers below 2^24, at most 2^6 of them, and points and ends below 2^61 keep
@@ -37,14 +32,16 @@ class Leaf {
   };
 
   void listShort();
-  bool isOutside(const std::vector<double>& lambda) const;
+  bool takeShort(const std::vector<double>& lambda);
+  const IntegerVector* shortPoint();
 
   const BoxLattice& lattice_;
-  IntegerVector low_;
-  IntegerVector high_;
   // Empty if a number is too long.
   std::vector<Coordinate> coordinates_;
-  mutable std::vector<long> steps_;
+  std::vector<long> steps_;
+  std::vector<long> values_;
+  // The last point.
+  IntegerVector z_;
 };
 
 }  // namespace latbox::complete

@@ -65,6 +65,8 @@ Rational parseRational(std::string_view text) {
 }
 
 std::string toText(const Rational& value) {
+  // Most values are short, and there may be millions of lines of them.
+  if (value.get_den() == 1 && value.get_num().fits_slong_p()) return std::to_string(value.get_num().get_si());
   const Integer size = abs(value.get_num());
   const Integer whole = size / value.get_den();
   const Integer rest = size % value.get_den();

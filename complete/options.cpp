@@ -94,6 +94,13 @@ const Key& find(const std::string& name, const std::string& argument) {
   throw BadInput(argument + ": unknown option; --help shows them");
 }
 
+// The last field of a line: neither a separator of fields nor the end of a line may stand in it.
+std::string asField(std::string text) {
+  for (char& c : text)
+    if (c == '|' || c == '\n' || c == '\r') c = ' ';
+  return text;
+}
+
 void takeOption(Options& options, const std::string& argument, std::set<std::string>& seen) {
   const std::size_t sign = argument.find('=');
   const std::string name = argument.substr(2, sign == std::string::npos ? sign : sign - 2);
@@ -102,7 +109,7 @@ void takeOption(Options& options, const std::string& argument, std::set<std::str
   if (sign == std::string::npos && *known.help.value != '\0')
     throw BadInput(argument + ": a value is wanted, --" + name + "=...");
   known.take(options, sign == std::string::npos ? "1" : argument.substr(sign + 1));
-  options.text += (options.text.empty() ? "" : " ") + argument;
+  options.text += (options.text.empty() ? "" : " ") + asField(argument);
 }
 
 void exclude(bool a, const char* nameA, bool b, const char* nameB) {

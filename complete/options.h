@@ -30,7 +30,7 @@ struct Options {
   double checkpoint = 60;
   unsigned long threads = 0;
   unsigned long seed = 0;
-  // As they were given, for the lines of points.
+  // As they were given, for the lines of points; what would end the field there is a blank.
   std::string text;
 };
 

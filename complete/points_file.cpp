@@ -1,5 +1,6 @@
 #include "complete/points_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -49,6 +50,19 @@ std::string lineOf(const Program& program, const Point& x, const Norms& norms, l
          " | " + std::to_string(seconds) + " | " + parameters + "\n";
 }
 
+std::optional<Digest> digestOfFile(const std::string& path, unsigned long bytes) {
+  std::ifstream file(path, std::ios::binary);
+  std::string part(1 << 16, ' ');
+  Digest digest;
+  while (bytes > 0) {
+    const unsigned long size = std::min(bytes, part.size());
+    if (!file.read(part.data(), static_cast<std::streamsize>(size))) return std::nullopt;
+    digest.add(std::string_view(part).substr(0, size));
+    bytes -= size;
+  }
+  return digest;
+}
+
 PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
   std::error_code error;
   if (std::filesystem::exists(path_, error) && !std::filesystem::is_empty(path_, error)) {
@@ -58,7 +72,8 @@ PointsFile::PointsFile(std::string path) : path_(std::move(path)) {
   open(false);
 }
 
-PointsFile::PointsFile(std::string path, unsigned long bytes) : path_(std::move(path)), bytes_(bytes) {
+PointsFile::PointsFile(std::string path, unsigned long bytes, const Digest& digest)
+    : path_(std::move(path)), bytes_(bytes), digest_(digest) {
   std::error_code error;
   if (std::filesystem::file_size(path_, error) < bytes || error)
     throw WriteFailure(path_ + ": is shorter than the run that it belongs to has left it");
@@ -79,6 +94,7 @@ void PointsFile::append(const std::string& line) {
   file_ << line;
   require(file_.good());
   bytes_ += line.size();
+  digest_.add(line);
 }
 
 void PointsFile::flush() {
@@ -99,6 +115,8 @@ void PointsFile::replace(const std::string& line) {
   if (error) throw WriteFailure(path_ + ": " + error.message());
   open(true);
   bytes_ = line.size();
+  digest_ = {};
+  digest_.add(line);
 }
 
 void PointsFile::require(bool well) const {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <fstream>
+#include <optional>
 #include <string>
 
+#include "complete/digest.h"
 #include "complete/program.h"
 #include "complete/write_failure.h"
 
@@ -13,6 +15,9 @@ namespace latbox::complete {
 // value are moved behind the others, each changing places with the last one that is not there yet.
 std::string lineOf(const Program& program, const Point& x, const Norms& norms, long seconds,
                    const std::string& parameters);
+
+// Of the first bytes of a file; nothing if it is shorter, or cannot be read.
+std::optional<Digest> digestOfFile(const std::string& path, unsigned long bytes);
 
 class PointsFile {
  public:
@@ -24,9 +29,9 @@ class PointsFile {
   // is killed at its beginning and begun again does not put nothing in the place of what was kept. Throws
   // WriteFailure.
   explicit PointsFile(std::string path);
-  // Goes on with the first `bytes` bytes of the file that is there; what stands behind them goes. Throws
-  // WriteFailure, also if it is shorter.
-  PointsFile(std::string path, unsigned long bytes);
+  // Goes on with the first `bytes` bytes of the file that is there, whose digest that is; what stands behind
+  // them goes. Throws WriteFailure, also if it is shorter.
+  PointsFile(std::string path, unsigned long bytes, const Digest& digest);
 
   void append(const std::string& line);
   // The line becomes the only one, by a rename: a reader finds the old content or the new.
@@ -34,6 +39,7 @@ class PointsFile {
   // What was appended stands in the file.
   void flush();
   unsigned long bytes() const { return bytes_; }
+  const Digest& digest() const { return digest_; }
 
  private:
   void open(bool append);
@@ -42,6 +48,7 @@ class PointsFile {
   std::string path_;
   std::ofstream file_;
   unsigned long bytes_ = 0;
+  Digest digest_;
 };
 
 }  // namespace latbox::complete

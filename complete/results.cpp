@@ -65,8 +65,11 @@ void Results::resume(const FileState& state, double seconds, bool single) {
   const std::lock_guard lock(mutex_);
   begun_ = true;
   single_ = single && state.count <= 1;
-  const bool stays = single_ && state.count == 1;
-  if (!path_.empty()) file_.emplace(path_, stays ? std::filesystem::file_size(path_) : state.bytes);
+  if (!path_.empty()) {
+    const bool stays = single_ && state.count == 1;
+    const unsigned long bytes = stays ? std::filesystem::file_size(path_) : state.bytes;
+    file_.emplace(path_, bytes, stays ? digestOfFile(path_, bytes).value_or(Digest()) : state.digest);
+  }
   count_ = state.count;
   before_ = seconds;
   known_ = true;
@@ -84,7 +87,7 @@ void Results::takeReplaced() {
   count_ = replaced_.empty() ? 0 : 1;
   if (!file_) return;
   if (replaced_.empty())
-    file_.emplace(path_, 0);
+    file_.emplace(path_, 0, Digest());
   else
     file_->replace(replaced_);
 }
@@ -93,7 +96,7 @@ void Results::rewind(const FileState& state) {
   const std::lock_guard lock(mutex_);
   if (state.count <= 1) return takeReplaced();
   count_ = state.count;
-  if (file_) file_.emplace(path_, state.bytes);
+  if (file_) file_.emplace(path_, state.bytes, state.digest);
 }
 
 // A disk may take its time, in which others may ask how far this is.
@@ -101,9 +104,9 @@ FileState Results::state(bool surely) {
   FileState state;
   {
     const std::lock_guard lock(mutex_);
-    if (!file_) return {count_, 0};
+    if (!file_) return {count_, 0, {}};
     file_->flush();
-    state = {count_, file_->bytes()};
+    state = {count_, file_->bytes(), file_->digest()};
   }
   if (surely) synchronise(path_);
   return state;

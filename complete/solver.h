@@ -13,7 +13,7 @@ class Finds {
   virtual ~Finds() = default;
   // The program is one that can be searched; nothing has been found yet.
   virtual void begin() = 0;
-  // One more point of a list.
+  // One more point of a list. Called by several threads at once.
   virtual void list(const Point& x, const Norms& norms) = 0;
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
   virtual void replace(const Point& x, const Norms& norms) = 0;

@@ -3,6 +3,7 @@
 CPU time and not the clock: the machine may be busy with other work. The clock only ends a run that gets no processor.
 """
 
+import ctypes
 import os
 import re
 import signal
@@ -19,6 +20,17 @@ FAREWELL = 5
 ending = threading.Event()
 
 
+LIBC = ctypes.CDLL(None)
+PR_SET_PDEATHSIG = 1
+
+
+def die_with(parent):
+    """Called in a new process: it is killed when its parent is, which has then no way to end it."""
+    LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+    if os.getppid() != parent:
+        os.kill(os.getpid(), signal.SIGKILL)
+
+
 class Cut(Exception):
     """The run was ended from outside."""
 
@@ -27,12 +39,16 @@ class LimitedRun:
     """After construction the process is gone: `lines` [(CPU seconds, text)], `cpu` in seconds with the processes that it
     has waited for, `seconds` by the clock, `resident` in KB at most (not below what this process has), `status`, `timed_out`.
 
+    A process that is killed takes its runs with it; it must be the first thread that makes them.
+
     `enough`, if given, is asked for each line; where it says yes the run is ended, and that is no time-out.
     """
 
     def __init__(self, command, limit, enough=None, environment=None):
+        parent = os.getpid()
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                        stderr=subprocess.STDOUT, text=True, errors="replace", env=environment)
+                                        stderr=subprocess.STDOUT, text=True, errors="replace", env=environment,
+                                        preexec_fn=lambda: die_with(parent))
         self.lines = []
         self.cpu = self.seconds = 0.0
         self.resident = 0

@@ -53,6 +53,13 @@ TEST(WholeSolutions, TakeLongCoefficients) {
   EXPECT_EQ(determinant(gram(solutions->basis)), innerProduct(equations[0], equations[0]));
 }
 
+TEST(IsInKernel, OfAllRows) {
+  const IntegerMatrix equations{vectorOf({1, 1, 1}), vectorOf({2, 0, -2})};
+  EXPECT_TRUE(isInKernel(equations, {vectorOf({1, -2, 1}), vectorOf({-3, 6, -3})}));
+  EXPECT_FALSE(isInKernel(equations, {vectorOf({1, -2, 1}), vectorOf({1, -1, 0})}));
+  EXPECT_TRUE(isInKernel(equations, {}));
+}
+
 TEST(IsSameKernel, TellsASublatticeApart) {
   const IntegerMatrix equations{vectorOf({1, 1, 1})};
   const IntegerMatrix basis{vectorOf({1, -1, 0}), vectorOf({0, 1, -1})};

@@ -18,6 +18,12 @@ TEST(ParseOptions, TakesEveryKey) {
   EXPECT_EQ(parseOptions({"--proof=q", "--ties=1", "p.opt"}).proof, "q");
 }
 
+TEST(ParseOptions, KeepsItsTextWithinAField) {
+  const Options options = parseOptions({"--out=a|b\n|c\rd", "--seed=1", "p.opt"});
+  EXPECT_EQ(options.out, "a|b\n|c\rd");
+  EXPECT_EQ(options.text, "--out=a b  c d --seed=1");
+}
+
 TEST(ParseOptions, TakesQuestionsWithoutAFile) {
   for (const char* form : {"--help", "--help=1"}) EXPECT_TRUE(parseOptions({form}).help);
   for (const char* form : {"--version", "--version=1"}) EXPECT_TRUE(parseOptions({form}).version);

@@ -315,6 +315,26 @@ class WholeRuns(Case):
         self.assertIn("the same command goes on from there", err)
         self.assertEqual(list(json.loads(self.read("cells.json"))["cells"]), ["counts | sts_7"])
 
+    def test_a_killed_measurement_leaves_nothing_behind(self) -> None:
+        self.write("latbox-all", "#!/bin/sh\necho $$ >'%s'\nwhile :; do sleep 1; done\n" % self.path("pid"))
+        os.chmod(self.path("latbox-all"), 0o755)
+        command = [sys.executable, BARS, "--binary=" + self.path("latbox-all"), "--instances=" + self.path("programs"),
+                   "--record=" + self.path("cells.json"), "--doc=", "--row=counts"]
+        with subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+            harness.wait_until(lambda: self.exists("pid") and self.read("pid").endswith("\n"), "the run has begun")
+            process.kill()
+        pid = int(self.read("pid"))
+        self.addCleanup(subprocess.run, ["kill", "-KILL", str(pid)], stderr=subprocess.DEVNULL, check=False)
+        harness.wait_until(lambda: not runs(pid), "the run has ended")
+
+
+def runs(pid: int) -> bool:
+    try:
+        with open("/proc/%d/stat" % pid, encoding="utf-8") as file:
+            return file.read().rsplit(")", 1)[1].split()[0] != "Z"
+    except OSError:
+        return False
+
 
 if __name__ == "__main__":
     harness.main()

@@ -134,6 +134,13 @@ class VerdictTest(Case):
         self.assertTrue(self.exists("here.txt"))
         self.assertFalse(self.exists("p.all"))
 
+    def test_a_name_that_would_end_a_line_or_a_field(self):
+        name = "a|b\n[ 3 1 ]\r|"
+        self.assert_verdict(self.run_all(ONE, "--out=" + name), "all 1", 10)
+        done = self.run_latbox_check("--quiet", "p.opt", name)
+        self.assertEqual((done.status, done.err), (0, ""), done.out)
+        self.assertEqual(self.read(name).count("|"), 5)
+
     def test_the_program_itself_is_never_moved_or_written_over(self):
         for name, out in (("p.all", None), ("p.tmp", "p"), ("p.old", "p")):
             self.write("p", "something that stood there")

@@ -2,6 +2,8 @@
 """latbox-all: killed, stopped, changed and resumed; checkpoints, threads, full disks."""
 
 import os
+import random
+import re
 import resource
 import shutil
 import signal
@@ -19,7 +21,16 @@ from test_faults import as_nobody
 # Its search takes seconds, and its points come all the time.
 LONG = complete_kills.TASKS[0].text
 MANY = opt(au=[[3, 5, 7, 4, 6]], lu=[20], ru=[40], rx=[4] * 5)
+# Its first points come at once, its last search takes long.
+ENDLESS_BEST = complete_kills.knapsack(60, 1)
 BEST = complete_kills.knapsack(30, 2)
+
+
+def market_split(rows: int, columns: int) -> str:
+    """Half of a sum of drawn coefficients each; of 10 rows and 90 columns points are hardly to be expected."""
+    draw = random.Random(1)
+    matrix = [[draw.randrange(500) for _ in range(columns)] for _ in range(rows)]
+    return opt(ag=matrix, bg=[sum(row) // 2 for row in matrix], rx=[1] * columns)
 
 
 def no_longer_than(size: int) -> Callable[[], None]:
@@ -204,6 +215,35 @@ class DamageTest(ResumeCase):
         self.assert_goes_on(result)
         self.assertEqual(self.points(), truth)
 
+    def test_a_points_file_of_the_same_length(self) -> None:
+        """Edited, or somebody's own: the run must not go on from it, nor write over it."""
+        for edit in (lambda text: text.replace("[ ", "[  ", 1)[:-1], lambda text: "x" * len(text), lambda text: text + "a note\n",
+                     lambda text: "\n".join(text.split("\n")[1::-1] + text.split("\n")[2:])):
+            for options, truth in (("--limit=9",), self.interrupted()), ((), self.all_points(MANY)):
+                self.run_all(MANY, *options, "--resume=0")
+                other = edit(self.read("p.all"))
+                self.write("p.all", other)
+                before = self.read("p.all.resume")
+                result = self.run_on()
+                self.assert_begins_anew(result)
+                self.assertIn("p.all is not the file that p.all.resume was written beside", result.err)
+                self.assert_verdict(result, "all %d" % len(truth), 10)
+                self.assertEqual(self.points(), truth)
+                self.assertEqual((self.read("p.all.old"), self.read("p.all.resume.old")), (other, before))
+
+    def test_somebodys_file_in_the_place_of_a_point_that_is_not_the_best_yet(self) -> None:
+        for content in ("somebody's\n", "somebody's"):
+            self.write("p.opt", ENDLESS_BEST)
+            process = self.launch()
+            harness.wait_until(lambda: self.exists("p.all") and self.read("p.all"), "a point")
+            self.assertEqual(self.stop(process, signal.SIGTERM)[0], 11)
+            self.write("p.all", content)
+            result = self.run_on("--rtime=0.5")
+            self.assertIn(result.status, (11, 12), result.err)
+            self.assert_begins_anew(result)
+            self.assertEqual(self.read("p.all.old"), content)
+            self.remove("p.all")
+
     def test_a_damaged_checkpoint_is_kept_and_not_taken(self) -> None:
         for damage in (lambda data: data[:-7], lambda data: data[:len(data) // 2], lambda data: b"", lambda data: b"\0" * 9,
                        lambda data: data.replace(b"points 9", b"points 8")):
@@ -286,6 +326,42 @@ class StopTest(ResumeCase):
         status, out = self.stop(process, signal.SIGTERM)
         self.assertLess(time.monotonic() - start, 3)
         self.assertEqual((status, out), (11, "verdict: found %d\n" % self.read("p.all").count("\n")))
+
+
+class FirstTest(ResumeCase):
+    """The passes for a first point, of a program that has none for as long as a test takes."""
+
+    def setUp(self) -> None:
+        super().setUp()
+        self.write("p.opt", market_split(10, 90))
+
+    def passes(self) -> tuple[int, int]:
+        """What a checkpoint says: the stages and trials that are over, and the passes of the open stage."""
+        text = self.read("p.all.resume") if self.exists("p.all.resume") else ""
+        made = re.search(r"^piece 1 (\d+) ", text, re.MULTILINE)
+        return text.count("\nsearch "), int(made.group(1)) if made else 0
+
+    def test_passes_that_are_made_are_not_made_again(self) -> None:
+        before = (0, 0)
+        for options in (("--threads=1",), ("--threads=2",), ("--threads=1", "--seed=5")):
+            process = self.launch("--first=1", "--checkpoint=0.05", *options)
+            harness.wait_until(lambda: self.passes() > before, "another pass")
+            self.assertEqual(self.stop(process, signal.SIGKILL)[0], -signal.SIGKILL)
+            self.assertGreater(self.passes(), before)
+            before = self.passes()
+        result = self.run_on("--first=1", "--rtime=0.5")
+        self.assert_verdict(result, "unknown", 12)
+        self.assert_goes_on(result)
+        self.assertGreaterEqual(self.passes(), before)
+
+    def test_two_seconds_in_passes(self) -> None:
+        for threads in (1, 2):
+            before = self.passes()
+            process = self.launch("--first=1", "--checkpoint=0.05", "--quiet=1", "--threads=%d" % threads)
+            harness.wait_until(lambda: self.passes() > before, "a pass")
+            start = time.monotonic()
+            self.assertEqual(self.stop(process, signal.SIGINT), (12, "verdict: unknown\n"))
+            self.assertLess(time.monotonic() - start, 3)
 
 
 class DiskTest(ResumeCase):
