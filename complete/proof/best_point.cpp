@@ -23,7 +23,6 @@ class Finding : public Visitor {
     point_ = std::move(x);
     return Next::STOP;
   }
-  Integer limit() const override { return 0; }
   const std::optional<Point>& point() const { return point_; }
 
  private:
@@ -36,9 +35,11 @@ IntegerProgram programOf(const Program& program, const Norms& norms) {
   IntegerProgram whole = integerProgramOf(program);
   const Objective objective(program);
   const Objective slack = objective.slackNorm();
-  for (Row& row : objective.conditions(objective.valueOf(norms))) whole.rows.push_back(std::move(row));
-  if (objective.needsSlackNorm())
-    for (Row& row : slack.conditions(slack.valueOf(norms))) whole.rows.push_back(std::move(row));
+  const auto fix = [&whole](const Objective& norm, const Integer& value) {
+    for (Row& row : norm.rows(value, value)) whole.rows.push_back(std::move(row));
+  };
+  fix(objective, objective.valueOf(norms));
+  if (objective.needsSlackNorm()) fix(slack, slack.valueOf(norms));
   return whole;
 }
 
