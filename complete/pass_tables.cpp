@@ -48,13 +48,14 @@ CutTables<double>::Level levelOf(const Vector& g, double norm) {
   CutTables<double>::Level level;
   level.g = g;
   level.weights.resize(paddedTo(g.size(), LANES));
+  double size = 0;
   for (std::size_t j = 0; j < g.size(); ++j) {
     level.weights[j] = static_cast<float>(g[j]);
-    level.size += std::fabs(g[j]);
+    size += std::fabs(g[j]);
   }
   level.inverseNorm = norm > MARGIN ? 1 / norm : 0;
-  level.most = level.least = level.size;
-  level.slip = MARGIN * level.size;
+  level.most = level.least = size;
+  level.slip = MARGIN * size;
   return level;
 }
 

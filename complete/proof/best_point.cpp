@@ -23,7 +23,6 @@ class Finding : public Visitor {
     point_ = std::move(x);
     return Next::STOP;
   }
-  Integer limit() const override { return 0; }
   const std::optional<Point>& point() const { return point_; }
 
  private:
@@ -36,9 +35,11 @@ IntegerProgram programOf(const Program& program, const Norms& norms) {
   IntegerProgram whole = integerProgramOf(program);
   const Objective objective(program);
   const Objective slack = objective.slackNorm();
-  for (Row& row : objective.conditions(objective.valueOf(norms))) whole.rows.push_back(std::move(row));
+  const Integer value = objective.valueOf(norms);
+  for (Row& row : objective.rows(value, value)) whole.rows.push_back(std::move(row));
+  const Integer least = slack.valueOf(norms);
   if (objective.needsSlackNorm())
-    for (Row& row : slack.conditions(slack.valueOf(norms))) whole.rows.push_back(std::move(row));
+    for (Row& row : slack.rows(least, least)) whole.rows.push_back(std::move(row));
   return whole;
 }
 

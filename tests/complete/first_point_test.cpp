@@ -24,7 +24,6 @@ class One : public Visitor {
     if (!point) point = z;
     return Next::STOP;
   }
-  Integer limit() const override { return 0; }
 
   std::optional<IntegerVector> point;
 

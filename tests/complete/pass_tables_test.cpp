@@ -48,7 +48,7 @@ TEST_F(PassTablesOf, HaveTheProductsOfTheirVectors) {
       EXPECT_FLOAT_EQ(level.weights[j], static_cast<float>(level.g[j]));
       sizes += std::fabs(level.g[j]);
     }
-    EXPECT_NEAR(level.size, sizes, 1e-9);
+    EXPECT_NEAR(level.most, sizes, 1e-9);
     EXPECT_NEAR(level.inverseNorm * exact.norms[t].get_d(), 1, 1e-9);
     EXPECT_NEAR(level.products[t], exact.norms[t].get_d(), 1e-9);
     for (std::size_t i = t + 1; i < k; ++i)
