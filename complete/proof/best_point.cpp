@@ -35,11 +35,11 @@ IntegerProgram programOf(const Program& program, const Norms& norms) {
   IntegerProgram whole = integerProgramOf(program);
   const Objective objective(program);
   const Objective slack = objective.slackNorm();
-  const auto fix = [&whole](const Objective& norm, const Integer& value) {
-    for (Row& row : norm.rows(value, value)) whole.rows.push_back(std::move(row));
-  };
-  fix(objective, objective.valueOf(norms));
-  if (objective.needsSlackNorm()) fix(slack, slack.valueOf(norms));
+  const Integer value = objective.valueOf(norms);
+  for (Row& row : objective.rows(value, value)) whole.rows.push_back(std::move(row));
+  const Integer least = slack.valueOf(norms);
+  if (objective.needsSlackNorm())
+    for (Row& row : slack.rows(least, least)) whole.rows.push_back(std::move(row));
   return whole;
 }
 

@@ -102,32 +102,30 @@ class Data {
     topValue = Integer(UNIT) * innerProduct(cuts.constant, start_);
   }
 
-  // Bounds of everything that a walk forms. Scalars would have room for more than a double's digits, but
-  // whoever checks may keep them there.
+  // Bounds of everything that a walk forms, those of docs/proof.md: where they hold, doubles do for whoever
+  // checks, and here.
   bool fitsShort() const {
     constexpr std::size_t DIGITS = 53;
-    constexpr std::size_t COORDINATE_DIGITS = 62;
-    const auto isBelow = [](const Integer& value, std::size_t digits) {
-      return mpz_sizeinbase(value.get_mpz_t(), 2) <= digits;
-    };
+    const auto isBelow = [](const Integer& value) { return mpz_sizeinbase(value.get_mpz_t(), 2) <= DIGITS; };
     Integer sum = abs(topValue);
     for (const Integer& entry : top) sum += abs(entry);
     IntegerVector largest;
     for (std::size_t i = 0; i < least.size(); ++i)
       largest.push_back(std::max<Integer>(abs(least[i]), abs(most[i])) + 1);
     for (std::size_t t = 0; t < mains.size(); ++t) {
-      const Product& main = mains[t];
-      if (!isBelow(Integer(2 * valueBound(main, t, largest)), DIGITS)) return false;
-      if (!isBelow(Integer(2 * UNIT * main.size + 3 * divisors[t]), DIGITS)) return false;
-      sum += (2 * UNIT * main.size / divisors[t] + 2) * main.size;
+      const Integer& n = divisors[t];
+      const Integer& size = mains[t].size;
+      if (!isBelow(Integer(2 * UNIT * size + 3 * n)) || !isBelow(valueBound(mains[t], t, largest)))
+        return false;
+      sum += (2 * UNIT * size / n + 2) * size;
       for (const Product& side : sides[t])
-        if (!isBelow(Integer(2 * valueBound(side, t, largest)), DIGITS)) return false;
+        if (!isBelow(valueBound(side, t, largest))) return false;
     }
-    if (!isBelow(Integer(2 * sum), DIGITS)) return false;
+    if (!isBelow(sum)) return false;
     for (std::size_t c = 0; c < widths_.size(); ++c) {
       Integer value = abs(lattice_.box.point[c]) + abs(lattice_.box.low[c]) + abs(lattice_.box.high[c]);
       for (std::size_t i = 0; i < largest.size(); ++i) value += largest[i] * abs(lattice_.box.basis[i][c]);
-      if (!isBelow(value, COORDINATE_DIGITS)) return false;
+      if (!isBelow(value)) return false;
     }
     return true;
   }
@@ -154,9 +152,9 @@ class Data {
 
  private:
   static Integer valueBound(const Product& product, std::size_t t, const IntegerVector& largest) {
-    Integer bound = abs(product.start) + product.size;
+    Integer bound = abs(product.start) + abs(product.steps[t]);
     for (std::size_t i = t; i < largest.size(); ++i) bound += abs(product.steps[i]) * largest[i];
-    return bound;
+    return 2 * bound;
   }
 
   IntegerVector weightedOf(const IntegerVector& vector, unsigned long factor) const {

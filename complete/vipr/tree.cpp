@@ -201,7 +201,7 @@ std::size_t Tree::refuteChildren(std::size_t t) {
 }
 
 void Tree::tryChild(Children& children, std::size_t t, const Integer& value) {
-  if (*stop_) throw proof::NoProof("stopped");
+  if (*stop_) throw proof::NoProof("the run was stopped");
   if (++nodes_ > mostNodes_) throw TooLarge();
   const std::optional<Cut> cut = cutOf(t, value);
   if (!cut) {

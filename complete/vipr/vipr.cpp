@@ -1,7 +1,7 @@
 #include "complete/vipr/vipr.h"
 
 #include "complete/proof/best_point.h"
-#include "complete/proof/cut_vectors.h"
+#include "complete/proof/side_vectors.h"
 #include "complete/vipr/tree.h"
 
 namespace latbox::complete::vipr {
@@ -11,9 +11,10 @@ namespace {
 std::size_t refute(Ranges& ranges, proof::Derivation& derivation, SearchControl& control) {
   std::optional<proof::ProofLattice> lattice;
   if (!derivation.isContradiction()) lattice = proof::latticeOf(derivation);
-  if (control.stop) throw proof::NoProof("stopped");
+  if (control.stop) throw proof::NoProof("the run was stopped");
   if (const auto line = ranges.replay(derivation)) return *line;
-  const proof::CutVectors cuts = proof::cutVectorsOf(*lattice);
+  proof::CutVectors cuts = proof::cutVectorsOf(*lattice);
+  proof::addSideVectors(*lattice, cuts, control.stop);
   const auto line = Tree(ranges, derivation, *lattice, cuts).refute(MOST_NODES, control.stop);
   if (!line)
     throw NotOfItsKind("a VIPR certificate is written of at most " + std::to_string(MOST_NODES) + " nodes");
