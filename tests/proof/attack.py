@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Changed proofs, none of which may prove what is false: attack.py LATBOX_ALL LATBOX_CHECK FROM TO RECORD [KEEP]
 
-Of seed s: a small program, a proof of it (both the same for eight seeds), and a change or several: of a number, a sign, a line, a level, a point, the
-verdict, or of the program. Then the counts (nodes, points, verdict) become those of the walk that the changed proof
-asks for, so that what is left to refuse it is what the walk meets. Either it is refused, by both checkers, or it
-proves what exhaustive search finds true. The proofs are those of LATBOX_ALL; of the naive prover where that is
-`naive`, and for every fourth program. A record is gone on from; KEEP is a folder for what went wrong.
+Of seed s: a small program, a proof of it (both the same for eight seeds), and a change or several: of a number, a sign,
+a line, a level, a point, the verdict, or of the program. Then, mostly, the counts (nodes, points, verdict) become those
+of the walk that the changed proof asks for, so that what is left to refuse it is what the walk meets. Either it is
+refused, by both checkers, or it proves what exhaustive search finds true. The proofs are those of LATBOX_ALL; of the
+naive prover where that is `naive`, and for every fourth program. A record is gone on from; KEEP is a folder for what
+went wrong. A proof has reached the walk if all of it but its counts was right, and a walk was in it.
 """
 
 import copy
@@ -99,7 +100,8 @@ class Change:
         if sides and pick.random() < 0.5:
             sides.pop(pick.randrange(len(sides)))
         else:
-            sides.insert(pick.randint(0, len(sides)), [nudged(1, pick) * a for a in pick.choice(higher + self.search.dual[level.number:])])
+            vector = pick.choice(higher + self.search.dual[level.number:])
+            sides.insert(pick.randint(0, len(sides)), [nudged(1, pick) * a for a in vector])
         pick.shuffle(sides)
         self.replace(level, sides=sides)
 
