@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Changed proofs, none of which may prove what is false: attack.py LATBOX_ALL LATBOX_CHECK FROM TO RECORD [KEEP]
 
-Of seed s: a small program, a proof of it (both the same for eight seeds), and a change or several: of a number, a sign, a line, a level, a point, the
-verdict, or of the program. Then the counts (nodes, points, verdict) become those of the walk that the changed proof
-asks for, so that what is left to refuse it is what the walk meets. Either it is refused, by both checkers, or it
-proves what exhaustive search finds true. The proofs are those of LATBOX_ALL; of the naive prover where that is
-`naive`, and for every fourth program. A record is gone on from; KEEP is a folder for what went wrong.
+Of seed s: a small program, a proof of it (both the same for eight seeds), and a change or several: of a number, a sign,
+a line, a level, a point, the verdict, or of the program. Then, mostly, the counts (nodes, points, verdict) become those
+of the walk that the changed proof asks for, so that what is left to refuse it is what the walk meets. Either it is
+refused, by both checkers, or it proves what exhaustive search finds true. The proofs are those of LATBOX_ALL; of the
+naive prover where that is `naive`, and for every fourth program. A record is gone on from; KEEP is a folder for what
+went wrong. A proof has reached the walk if all of it but its counts was right, and a walk was in it.
 """
 
 import copy
@@ -99,7 +100,8 @@ class Change:
         if sides and pick.random() < 0.5:
             sides.pop(pick.randrange(len(sides)))
         else:
-            sides.insert(pick.randint(0, len(sides)), [nudged(1, pick) * a for a in pick.choice(higher + self.search.dual[level.number:])])
+            vector = pick.choice(higher + self.search.dual[level.number:])
+            sides.insert(pick.randint(0, len(sides)), [nudged(1, pick) * a for a in vector])
         pick.shuffle(sides)
         self.replace(level, sides=sides)
 
@@ -177,6 +179,23 @@ class Change:
                 text = text.replace("upper", "l@wer").replace("lower", "upper").replace("@", "o")
             self.search.steps[place] = re.fullmatch(plain_checker.STEP, text) or self.search.steps[place]
 
+    def random_step(self) -> None:
+        """A step of any kind, and once more so that its row may stand twice in it."""
+        pick, size, rows = self.pick, self.judged.n, len(self.judged.ag) + len(self.judged.au) + len(self.search.objective)
+        form = pick.choice(["x%d" % pick.randint(1, size), "x%d" % pick.randint(1, size), "r%d" % pick.randint(1, rows + 1), "0"])
+        terms = "".join(" r%d %d" % (pick.randint(1, rows or 1), pick.randint(-3, 3)) for _ in range(pick.choice([0, 1, 1, 2])))
+        kind = pick.choice(["upper", "lower", "class"])
+        divisors = " %d" % pick.choice([1, 1, 2, 3, 0]) + (" %d" % pick.choice([1, 2, 3, 5]) if kind == "class" else "")
+        step = re.fullmatch(plain_checker.STEP, kind + " " + form + divisors + terms)
+        self.search.steps.insert(pick.randint(0, len(self.search.steps)), step)
+
+    def other_rows(self) -> None:
+        """Another row in the lattice, or one twice."""
+        if not self.search.contradiction:
+            rows = self.pick.choice([self.search.equations, self.search.coordinates])
+            rows.insert(0, self.pick.choice([*rows, self.pick.randint(0, len(self.judged.ag) + len(self.judged.au) + 1)]))
+            self.pick.shuffle(rows)
+
     def signs(self) -> None:
         search, pick = self.search, self.pick
         if search.objective and pick.random() < 0.5:
@@ -224,9 +243,9 @@ class Change:
 
 # What mostly leaves a lattice and cuts, what mostly leaves none, and what is no part of them.
 CUTS = [Change.divisor, Change.main, Change.sides, Change.lowest, Change.constant, Change.start]
-LATTICE = [Change.base, Change.longer_dual, Change.smaller, Change.fewer_rows]
+LATTICE = [Change.base, Change.longer_dual, Change.smaller, Change.fewer_rows, Change.other_rows]
 OTHERS = [Change.steps, Change.step_number, Change.signs, Change.norms, Change.verdict, Change.searches]
-OTHERS += 3 * [Change.another_point]
+OTHERS += 2 * [Change.another_point, Change.random_step]
 
 
 def changed_number(text: str, pick: random.Random) -> str:
@@ -333,12 +352,12 @@ class Attack:
         proof = Proof(text)
         program = candidate
         style = pick.random()
-        if style < 0.1:
+        if style < 0.08:
             program = trial.listed(changed_program(candidate.text, pick)) or candidate
-        elif style < 0.12:
+        elif style < 0.09:
             program = trial.program(pick.randrange(10**6))
         changes = pick.choice([1, 1, 1, 2]) if program is candidate else pick.choice([0, 0, 1])
-        if style > 0.9:
+        if style > 0.94:
             text = changed_text(text, pick)
             return (text, program) if pick.random() < 0.8 else (changed_text(text, pick), program)
         for _ in range(changes):
@@ -349,7 +368,7 @@ class Attack:
     @staticmethod
     def apply(change: Change, pick: random.Random) -> None:
         style = pick.random() if change.rank else 1
-        method: Callable[[Change], None] = pick.choice(CUTS if style < 0.55 else LATTICE if style < 0.65 else OTHERS)
+        method: Callable[[Change], None] = pick.choice(CUTS if style < 0.68 else LATTICE if style < 0.76 else OTHERS)
         method(change)
 
     def judge(self, number: int) -> list[str]:

@@ -84,7 +84,8 @@ class SearchProof:
         if not program.feasible(x):
             return False
         t, s = program.norms(x)
-        return {"points": True, "better": [t] < norms[:1], "slack": [t] == norms[:1] and [s] < norms[1:], "equal": [t, s] == norms}[goal]
+        return {"points": True, "better": [t] < norms[:1], "slack": [t] == norms[:1] and [s] < norms[1:],
+                "equal": [t, s] == norms}[goal]
 
     def objective(self, program: Program, goal: str) -> list[str]:
         if goal == "points":
@@ -205,7 +206,8 @@ class SearchProof:
         sides = [[int(c == own) * pick.choice([1, -1, 3]) for c in range(columns)] for own in known if pick.random() < 0.4]
         if pick.random() < 0.2:
             sides.append(list(dual[t]))
-        return SimpleNamespace(number=t, main=main, sides=sides, divisor=pick.randint(1, 1 + dot(main, main) * pick.choice([1, 9, 99])))
+        divisor = pick.randint(1, 1 + dot(main, main) * pick.choice([1, 9, 99]))
+        return SimpleNamespace(number=t, main=main, sides=sides, divisor=divisor)
 
     def no_solution(self, witness: list[Fraction], equations: list[int]) -> None:
         """The last step: y A whole and y b not, or y A = 0 and y b not 0."""

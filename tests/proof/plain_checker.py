@@ -366,8 +366,8 @@ def verdict(program: Program, proof: Proof, compare: Callable[[Search, Walk, int
     for search in proof.searches:
         system = System(program, search, norms)
         contradiction = system.contradicted(search.steps)
-        told = search.contradiction == contradiction and (not contradiction or goals[search.goal] == 0)
-        require(told, "%s: contradiction is %s", search.goal, contradiction)
+        right = search.contradiction == contradiction and (not contradiction or goals[search.goal] == 0)
+        require(right, "%s: contradiction is %s", search.goal, contradiction)
         if not contradiction:
             compare(search, Walk(system, search, lambda x: counts(search.goal, x)), goals[search.goal])
     told = [*norms[:1], *[norm for norm in norms[1:] if norm]] if norms else [count] if count else []
