@@ -327,7 +327,7 @@ class Attack:
         self.proof = functools.lru_cache(1)(self.made)
 
     def made(self, number: int) -> tuple[trial.Candidate, str]:
-        """A program and a proof that has a walk, mostly, and no long one."""
+        """A program and a proof, mostly one with a tree to walk, and none with a large one."""
         pick = random.Random(number)
         while True:
             candidate = trial.program(number)
@@ -345,7 +345,7 @@ class Attack:
                 continue
             searches = Proof(text).searches
             nodes = [search.nodes for search in searches if not search.contradiction]
-            if (nodes or pick.random() < 0.05) and sum(nodes) <= trial.MOST_NODES // 4:
+            if pick.random() < (1 if sum(nodes) else 0.1 if nodes else 0.02) and sum(nodes) <= trial.MOST_NODES // 4:
                 return candidate, text
 
     def changed(self, candidate: trial.Candidate, text: str, pick: random.Random) -> tuple[str, trial.Candidate]:
@@ -357,7 +357,7 @@ class Attack:
         elif style < 0.09:
             program = trial.program(pick.randrange(10**6))
         changes = pick.choice([1, 1, 1, 2]) if program is candidate else pick.choice([0, 0, 1])
-        if style > 0.94:
+        if style > 0.95:
             text = changed_text(text, pick)
             return (text, program) if pick.random() < 0.8 else (changed_text(text, pick), program)
         for _ in range(changes):
@@ -368,7 +368,7 @@ class Attack:
     @staticmethod
     def apply(change: Change, pick: random.Random) -> None:
         style = pick.random() if change.rank else 1
-        method: Callable[[Change], None] = pick.choice(CUTS if style < 0.68 else LATTICE if style < 0.76 else OTHERS)
+        method: Callable[[Change], None] = pick.choice(CUTS if style < 0.75 else LATTICE if style < 0.82 else OTHERS)
         method(change)
 
     def judge(self, number: int) -> list[str]:
