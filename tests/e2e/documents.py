@@ -16,11 +16,12 @@ PROMPT = "$ "
 SHELLS = ("sh", "bash", "shell", "console")
 # First words that nobody writes but to run them.
 PROGRAMS = set("""apt apt-cache apt-get bash cat cd clang clang-format cmake cp cpack ctest curl docker dpkg env export
-g++ gcov git glpsol cbc latbox latbox-all latbox-check ls make man mkdir nice ninja perf pip printf python3 rm sh sudo time
+g++ gcov git glpsol cbc latbox latbox-all latbox-check latbox-convert latbox-names
+latbox-plot latbox-solve ls make man mkdir nice ninja perf pip printf python3 rm sh sudo time
 valgrind""".split())
 # What would change the tree that is being tested, or the machine.
 BUILDERS = set("apt apt-get cmake cpack dpkg git ninja sudo su".split())
-PATHS = re.compile(r"^(\./|\.\./|~/|build/|scripts/|\.ci/)\S+")
+PATHS = re.compile(r"^(\./|\.\./|~/|build/|scripts/|python/bin/|\.ci/)\S+")
 
 
 class Block:
@@ -154,7 +155,7 @@ def links(text):
 
 def named_paths(text):
     """Paths of the tree that the prose names as code; NAME stands for any."""
-    found = re.findall(r"`((?:src|tests|bench|docs|examples|scripts|tools|check|fuzz)/[\w./-]*)`", prose(text))
+    found = re.findall(r"`((?:src|tests|bench|docs|examples|scripts|python|check|fuzz)/[\w./-]*)`", prose(text))
     found = [path for path in found if "NAME" not in path]
     return [path for path in found if path.endswith(("/", ".md", ".py", ".cpp", ".h", ".opt", ".sh", ".json", ".txt"))]
 

@@ -63,6 +63,8 @@ class Scratch:
         # As an installation puts them.
         programs = os.path.join(folder, "bin")
         self._link_programs(built, programs)
+        for name in os.listdir(os.path.join(self.tree, "python", "bin")):
+            os.symlink(os.path.join(self.tree, "python", "bin", name), os.path.join(programs, name))
         self.environment["PATH"] = programs + os.pathsep + os.environ["PATH"]
 
     def _left_out(self, folder, names):

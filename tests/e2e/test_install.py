@@ -7,10 +7,12 @@ import pty
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 
+import documents as documents_reader
 import harness
 
 
@@ -40,7 +42,19 @@ def has_all():
 
 
 def programs():
-    return ["latbox"] + (["latbox-check"] if has_checker() else []) + (["latbox-all"] if has_all() else [])
+    return ["latbox"] + ["latbox-check"] * has_checker() + ["latbox-all"] * has_all() + tools()
+
+
+def tools():
+    """The commands of the Python package."""
+    return sorted(os.listdir(os.path.join(root(), "python", "bin")))
+
+
+def package_files():
+    """Those of the Python package, as the tree has them, and the one that is written at installation."""
+    folder = os.path.join(root(), "python", "latbox")
+    found = {name for name in files_below(folder) if name.endswith(".py") or name == "py.typed"}
+    return {"lib/python3/dist-packages/latbox/" + name for name in found | {"build_info.py"}}
 
 
 def need_build():
@@ -72,18 +86,18 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".json", ".py")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".lp", ".mps", ".json", ".py")}
     return found
 
 
 def programs_and_pages():
     return ({"bin/" + name for name in programs()} | {"share/man/man1/%s.1" % name for name in programs()} |
-            {"share/bash-completion/completions/" + name for name in programs()})
+            {"share/bash-completion/completions/" + name for name in programs()} | package_files())
 
 
 def environment(prefix, **more):
     return dict(os.environ, PATH=os.path.join(prefix, "bin") + os.pathsep + os.environ["PATH"], LC_ALL="C.UTF-8",
-                MANWIDTH="80", **more)
+                MANWIDTH="80", PYTHONDONTWRITEBYTECODE="1", **more)
 
 
 class PrefixCase(harness.Case):
@@ -147,11 +161,42 @@ class PrefixTest(PrefixCase):
         self.assertEqual(run("latbox-all", "--version", env=environment(self.prefix)),
                          "latbox-all v%s\n" % cached("CMAKE_PROJECT_VERSION"))
 
-    def test_links_of_the_first_document_hold(self):
-        links = re.findall(r"\]\(((?:docs|examples)[^)#]*)", self.installed_text("share/doc/latbox/README.md"))
-        self.assertTrue(links)
-        for link in links:
-            self.assertTrue(os.path.exists(self.installed("share/doc/latbox", link)), link)
+    def test_links_of_all_documents_hold(self):
+        """None leads out of what is installed."""
+        folder = self.installed("share/doc/latbox")
+        found = 0
+        for name in sorted(name for name in files_below(folder) if name.endswith(".md")):
+            text = self.installed_text("share/doc/latbox", name)
+            for link in documents_reader.links(text):
+                path, _, anchor = link.partition("#")
+                if "://" in link or link.startswith("mailto:"):
+                    continue
+                target = os.path.normpath(os.path.join(folder, os.path.dirname(name), path)) if path else os.path.join(folder, name)
+                with self.subTest(document=name, link=link):
+                    self.assertTrue(os.path.exists(target))
+                    self.assertTrue(target == folder or target.startswith(folder + os.sep))
+                    if anchor and target.endswith(".md"):
+                        self.assertIn(anchor, documents_reader.anchors(self.installed_text(target)))
+                found += 1
+        self.assertGreater(found, 50)
+
+    def test_the_package_is_found(self):
+        folder = self.installed("lib/python3/dist-packages")
+        shown = run(sys.executable, "-c", "import latbox.models, latbox.version as v; print(latbox.__file__, v.version())",
+                    env=dict(os.environ, PYTHONPATH=folder, PYTHONDONTWRITEBYTECODE="1"), cwd=self.folder)
+        self.assertEqual(shown, "%s %s\n" % (os.path.join(folder, "latbox", "__init__.py"), cached("CMAKE_PROJECT_VERSION")))
+        with open(os.path.join(root(), "python", "pyproject.toml"), encoding="utf-8") as file:
+            self.assertIn('\nversion = "%s"\n' % cached("CMAKE_PROJECT_VERSION"), file.read())
+
+    def test_the_tools_run_and_have_the_version_of_the_house(self):
+        for name in ("latbox-convert", "latbox-names", "latbox-plot"):
+            self.assertEqual(run(name, "--version", env=environment(self.prefix)),
+                             "%s %s\n" % (name, cached("CMAKE_PROJECT_VERSION")))
+        shutil.copy(self.installed("share/doc/latbox/examples/models/shifts.lp"), self.folder)
+        run("latbox-convert", "shifts.lp", "shifts.opt", cwd=self.folder, env=environment(self.prefix))
+        self.assert_ends_well(self.run_installed("--snorm=0", "--tnorm=540", "--rtime=50", "shifts.opt"))
+        shown = run("latbox-names", "--first=1", "shifts.opt", cwd=self.folder, env=environment(self.prefix))
+        self.assertTrue(shown.startswith("Solution 1: cost = 552 (minimise)"), shown)
 
 
 class ManualTest(PrefixCase):
@@ -196,6 +241,13 @@ class ManualTest(PrefixCase):
         page = self.installed_text("share/man/man1/latbox-check.1").replace("\\-", "-")
         self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)$", page, re.MULTILINE),
                          re.findall(r"^  (--\w+)", usage, re.MULTILINE))
+
+    def test_options_of_the_tools_are_those_of_their_usage(self):
+        for name in ("latbox-convert", "latbox-names", "latbox-plot"):
+            usage = run(name, "--help", env=environment(self.prefix))
+            page = self.installed_text("share/man/man1/%s.1" % name).replace("\\-", "-")
+            told = re.findall(r"^\.TP\n\.B\w* .*?(--[a-z-]+)", page, re.MULTILINE)
+            self.assertEqual(sorted(told), sorted(set(re.findall(r"^  (?:-h, )?(--[a-z-]+)", usage, re.MULTILINE))), name)
 
     def usage_of_all(self):
         """What latbox-all says of itself: [(--key, whether a value is wanted, text)], and its verdicts with their status."""
@@ -324,6 +376,25 @@ class CompletionTest(PrefixCase):
         self.assertEqual(self.complete("latbox-check --proof=notes.txt p", script=script), ["prog one.opt"])
         self.assertEqual(self.complete("latbox-check --part=", script=script), [])
 
+    def test_the_tools(self):
+        for name in ("m.lp", "m.mps.gz", "run.log", "run.jsonl"):
+            self.write(name, "")
+        for name in ("latbox-convert", "latbox-names", "latbox-plot"):
+            script = self.installed("share/bash-completion/completions/" + name)
+            usage = run(name, "--help", env=environment(self.prefix))
+            offered = self.complete(name + " --", script=script)
+            self.assertEqual(sorted(word.rstrip("=") for word in offered),
+                             sorted(set(re.findall(r"^  (?:-h, )?(--[a-z-]+)", usage, re.MULTILINE))))
+        for line, expected in (("latbox-convert m", ["more.d", "m.lp", "m.mps.gz"]), ("latbox-names prog", ["prog one.opt",
+                               "prog.sol", "prog.all"]), ("latbox-plot r", ["run.log", "run.jsonl"]),
+                               ("latbox-plot --x=", ["time", "iteration"]), ("latbox-convert --format=f", ["fixed-mps", "free-mps"]),
+                               ("latbox-convert --marker", ["--marker-bounds="])):
+            script = self.installed("share/bash-completion/completions/" + line.split()[0])
+            self.assertEqual(self.complete(line, script=script), expected)
+            if "=" in line:
+                key = line.split()[1].split("=")[0]
+                self.assertEqual(self.complete(line, breaks=" \t\n", script=script), ["%s=%s" % (key, v) for v in expected])
+
     def complete_all(self, line, **keywords):
         if not has_all():
             self.skipTest("this build has no latbox-all")
@@ -388,6 +459,7 @@ class PackageTest(harness.Case):
         depends = self.field("Depends")
         self.assertRegex(depends, r"\blibc6 \(>= ")
         self.assertRegex(depends, r"\blibstdc\+\+6 \(>= ")
+        self.assertRegex(depends, r"\bpython3 \(>= 3\.11\)")
         self.assertNotRegex(depends, "gtest|benchmark")
         # Those of latbox-check and latbox-all alone.
         self.assertEqual(bool(re.search(r"\blibgmp10\b", depends)), has_checker() or has_all())

@@ -10,31 +10,35 @@ a variable that has an upper bound and no lower one. The name is the rest of the
 CONSTANT is what the columns don't say of the objective; a model without one has no `objective` line.
 """
 
+from __future__ import annotations
+
+from dataclasses import dataclass
 from fractions import Fraction
 
-from model import Refusal
+from ..errors import Place, ReadError
 
 MARK = "//@ "
 VERSION = "1"
 
 
+@dataclass
 class Column:
-    def __init__(self, name, offset, scale):
-        self.name = name
-        self.offset = offset
-        self.scale = scale
+    name: str
+    offset: Fraction
+    scale: Fraction | int
 
-    def original(self, value):
+    def original(self, value: Fraction) -> Fraction:
+        """The model's value of the program's."""
         return self.offset + self.scale * value
 
 
 class NameMap:
-    def __init__(self):
+    def __init__(self) -> None:
         self.problem = ""
-        self.objective = None  # (maximise, constant, name)
-        self.columns = []
+        self.objective: tuple[bool, Fraction, str] | None = None  # (maximise, constant, name)
+        self.columns: list[Column] = []
 
-    def text(self):
+    def text(self) -> str:
         lines = ["map " + VERSION, "problem " + self.problem]
         if self.objective:
             maximise, constant, name = self.objective
@@ -43,8 +47,8 @@ class NameMap:
         return "".join(MARK + line.rstrip() + "\n" for line in lines)
 
 
-def read_map(text):
-    """The map of a program's text; a Refusal if it has none or one that is damaged."""
+def read_map(text: str) -> NameMap:
+    """The map of a program's text; a ReadError if it has none or one that is damaged."""
     found = NameMap()
     version = None
     for place, line in enumerate(text.split("\n"), 1):
@@ -56,13 +60,13 @@ def read_map(text):
         else:
             _take(found, key, rest, place)
     if version is None:
-        raise Refusal("there is no map of names in it: it was not written by mps_to_opt.py or lp_to_opt.py")
+        raise ReadError("there is no map of names in it: it was not written by latbox-convert")
     if version != VERSION:
-        raise Refusal("its map of names has version %s, not %s" % (version, VERSION))
+        raise ReadError("its map of names has version %s, not %s" % (version, VERSION))
     return found
 
 
-def _take(found, key, rest, line):
+def _take(found: NameMap, key: str, rest: str, line: int) -> None:
     try:
         if key == "problem":
             found.problem = rest
@@ -75,4 +79,4 @@ def _take(found, key, rest, line):
         else:
             raise KeyError(key)
     except (ValueError, KeyError, ZeroDivisionError):
-        raise Refusal("this line of the map of names is damaged", line) from None
+        raise ReadError("this line of the map of names is damaged", Place(line)) from None

@@ -1,22 +1,18 @@
 """The picture of a run: well-formed whatever the log, and its points are those that the log tells."""
 
+import itertools
+import json
+import math
 import os
 import random
 import re
-import subprocess
-import sys
 import xml.etree.ElementTree as ElementTree
 
+import support
 import checker
 import harness
-
-ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
-TOOLS = os.path.join(ROOT, "tools")
-sys.path.insert(0, TOOLS)
-sys.dont_write_bytecode = True
-
-import plot_run  # noqa: E402
-import run_log  # noqa: E402
+from latbox import json_log, picture, plot, run_log
+from support import ROOT
 
 SVG = "{http://www.w3.org/2000/svg}"
 GREATEST_SIZE = 60_000
@@ -163,12 +159,52 @@ class ReadingTest(harness.Case):
         self.assertEqual(values(run_log.read_run(LOG + "<< latbox v2.2.2 +++ PID: 8 >>\n").target)[0], 12.5)
 
     def test_best_so_far(self):
-        self.assertEqual(plot_run.best_so_far([(1, 5), (2, 7), (3, 4)]), [(1, 5), (2, 5), (3, 4)])
+        self.assertEqual(plot.best_so_far([(1, 5), (2, 7), (3, 4)]), [(1, 5), (2, 5), (3, 4)])
+
+
+RESUMED = """<< latbox v2.2.2 +++ PID: 9 >>
+
+T(bestTarget) = 10, S(bestTarget) = 0 -- { 6 sec(s) }
+Total iterations: 1
+Total running time: 0 sec(s)
+T(bestTarget) = 10, S(bestTarget) = 0 -- { 6 sec(s) }
+T(bestTarget) = 8, S(bestTarget) = 0 -- { 1 sec(s) }
+T(bestTarget) = 5, S(bestTarget) = 0 -- { 9 sec(s) }
+Total iterations: 2
+Total running time: 2 sec(s)
+T(bestTarget) = 5, S(bestTarget) = 0 -- { 1 sec(s) }
+Total iterations: 3
+Total running time: 3 sec(s) -- Program end
+"""
+
+
+class ResumedTest(harness.Case):
+    """A run that goes on from the files of another is told the times of that one's points, too."""
+
+    def test_old_times_are_no_elapsed_time(self):
+        run = run_log.read_run(RESUMED)
+        self.assertEqual((run.last_second, run.seconds.at(math.inf)), (3, 4))
+        self.assertEqual([run.seconds.at(line) for line in (6, 9, 12)], [1, 2, 3])
+
+    def test_what_the_run_brought_with_it_is_no_find(self):
+        self.assertEqual(values(plot.finds(run_log.read_run(RESUMED))), [8, 5])
+        self.assertEqual(values(plot.finds(run_log.read_run(LOG))), [12.5, 10, -3])
+
+    def test_a_run_that_was_killed(self):
+        """The times of its finds are all that is known behind the last running time, but for the first."""
+        run = run_log.read_run(RESUMED.split("Total iterations: 2")[0])
+        self.assertEqual(run.last_second, 9)
+        run = run_log.read_run(RESUMED.split("Total iterations: 1")[0])
+        self.assertEqual(run.last_second, 0)
+
+    def test_title(self):
+        texts = Picture(plot.svg(run_log.read_run(RESUMED), "time")).texts()
+        self.assertIn("3 iterations, 3 s, best target 5, slack 0 throughout", texts)
 
 
 class DrawingTest(harness.Case):
     def picture(self, log, axis="time"):
-        return Picture(plot_run.svg(run_log.read_run(log), axis))
+        return Picture(plot.svg(run_log.read_run(log), axis))
 
     def test_panels(self):
         texts = self.picture(LOG).texts()
@@ -184,19 +220,19 @@ class DrawingTest(harness.Case):
         """The target falls from 12.5 to 10 and -3: the greatest at the top, the least at the bottom, 10 in between."""
         for axis in ("time", "iteration"):
             corners = steps(self.picture(LOG, axis).paths("one")[0])
-            top, bottom = plot_run.HEAD + 4, plot_run.HEAD + plot_run.PANEL - 4
+            top, bottom = picture.HEAD + 4, picture.HEAD + picture.PANEL - 4
             heights = list(dict.fromkeys(y for _, y in corners))
             self.assertEqual(len(heights), 3)
             self.assertAlmostEqual(heights[0], top, 1)
             self.assertAlmostEqual(heights[1], top + (bottom - top) * 2.5 / 15.5, delta=0.06)
             self.assertAlmostEqual(heights[2], bottom, 1)
-            self.assertEqual(corners[-1][0], plot_run.WIDTH - plot_run.RIGHT)
+            self.assertEqual(corners[-1][0], picture.WIDTH - picture.RIGHT)
             self.assertEqual(sorted(corners), sorted(corners, key=lambda corner: corner[0]))
 
     def test_x_of_an_iteration(self):
         """The first report stands behind half of the iterations, so its target is half-way across."""
         run = run_log.read_run(LOG)
-        place, high, _, marks = plot_run.iteration_axis(run)
+        place, high, _, marks = plot.iteration_axis(run)
         line = LOG.split("\n").index("Total iterations: 1")
         self.assertEqual((place(line), high), (1, 2))
         self.assertEqual([text for _, text in marks], ["0", "1", "2"])
@@ -226,26 +262,120 @@ class DrawingTest(harness.Case):
         self.assertNotIn("best target (smaller is better)", texts)
 
     def test_ticks(self):
-        self.assertEqual(plot_run.ticks(0, 10, 4), [0, 2.5, 5, 7.5, 10])
-        self.assertEqual(plot_run.ticks(-973, 0, 4), [-750, -500, -250, 0])
-        self.assertEqual(plot_run.ticks(0, 2, 8, True), [0, 1, 2])
-        self.assertEqual(plot_run.power_text(-12), "10\u207b\u00b9\u00b2")
+        self.assertEqual(picture.ticks(0, 10, 4), [0, 2.5, 5, 7.5, 10])
+        self.assertEqual(picture.ticks(-973, 0, 4), [-750, -500, -250, 0])
+        self.assertEqual(picture.ticks(0, 2, 8, True), [0, 1, 2])
+        self.assertEqual(picture.power_text(-12), "10\u207b\u00b9\u00b2")
+
+    def test_the_length_axis_has_marks_enough(self):
+        """At least three that are told apart, whatever the span."""
+        for low, high in itertools.product((1e-9, 0.02, 1, 2.1e13, 7.7e99), (1.01, 1.5, 2, 3.1, 7, 40, 1e4, 1e9, 1e40, 1e150)):
+            panel = picture.Panel("lengths", log=True)
+            panel.add("a", "one", [(0, low), (1, low * high)])
+            scale = picture.Scale(panel, 0)
+            texts = [text for _, text in scale.marks]
+            self.assertTrue(3 <= len(texts) <= 9, (low, high, texts))
+            self.assertEqual(len(set(texts)), len(texts))
+            heights = [scale.pixel_of_mark(mark) for mark, _ in scale.marks]
+            self.assertTrue(all(0 <= y <= picture.PANEL for y in heights), (low, high))
+            self.assertTrue(all(a - b > 5 for a, b in zip(heights, heights[1:])), (low, high, heights))
+
+    def test_the_marks_say_where_they_stand(self):
+        panel = picture.Panel("lengths", log=True)
+        panel.add("a", "one", [(0, 2.1e13), (1, 6.2e13)])
+        for mark, text in picture.Scale(panel, 0).marks:
+            factor, _, exponent = text.partition("\u00d710")
+            self.assertEqual(exponent, "\u00b9\u00b3")
+            self.assertAlmostEqual(math.log10(float(factor)) + 13, mark)
+
+    def test_finds_are_marked(self):
+        drawn = self.picture(LOG)
+        places = [(float(e.get("cx")), float(e.get("cy"))) for e in drawn.root.iter(SVG + "circle")]
+        corners = steps(drawn.paths("one")[0])
+        self.assertEqual(len(places), 3)
+        self.assertLessEqual(set(places), set(corners))
 
     def test_a_long_log_stays_small(self):
         source = random.Random(3)
         blocks = [block(iteration=i, time="%d sec(s)" % i, pairwise=i * i, vector="[ %d 1 ]" % source.randint(1, 10**9),
                         target=str(source.randint(-10**6, 0)), broken=source.randint(0, 50)) for i in range(1, 3000)]
-        text = plot_run.svg(run_log.read_run(HEAD + "".join(blocks) + END), "time")
+        text = plot.svg(run_log.read_run(HEAD + "".join(blocks) + END), "time")
         self.assertLess(len(text), GREATEST_SIZE)
         Picture(text)
 
     def test_thinning_keeps_the_extremes(self):
         pixels = [(i / 50, (i * 37) % 101) for i in range(1000)]
-        kept = plot_run.thin(pixels)
+        kept = picture.thin(pixels)
         self.assertLess(len(kept), len(pixels) / 10)
         self.assertLessEqual(set(kept), set(pixels))
         self.assertEqual((min(y for _, y in kept), max(y for _, y in kept)), (0, 100))
         self.assertEqual((kept[0], kept[-1]), (pixels[0], pixels[-1]))
+
+
+EVENTS = [
+    {"event": "start", "time": 0.0, "model": "models/m.lp", "sense": "max", "variables": 10, "rows": 3},
+    {"event": "point", "time": 0.5, "objective": "1/2", "by": "search", "values": {}},
+    {"event": "bound", "time": 1.0, "bound": 900},
+    {"event": "progress", "time": 2.0, "best": 0.5, "bound": 800, "share": 0.25, "nodes": 1000, "violated": 3, "iteration": 7},
+    {"event": "point", "time": 3.0, "objective": 600, "by": "complete", "values": {}},
+    {"event": "point", "time": 3.0, "objective": 300, "by": "search", "values": {}},
+    {"event": "progress", "time": 4.0, "best": None, "bound": None, "share": 0.5, "nodes": None},
+    {"event": "end", "time": 5.0, "status": "optimal", "objective": 600, "bound": 600, "points": 3},
+]
+JSON = "".join(json.dumps(event) + "\n" for event in EVENTS)
+
+
+class JsonTest(harness.Case):
+    """The JSON lines of latbox-solve."""
+
+    def test_series(self):
+        run = json_log.read_run(JSON)
+        self.assertEqual((run.name, run.sense, run.status), ("models/m.lp", "max", "optimal"))
+        self.assertEqual(values(run.best), [0.5, 600])
+        self.assertEqual(run.finds, [(1, 0.5), (4, 600)])
+        self.assertEqual(run.bound, [(2, 900), (3, 800), (7, 600)])
+        self.assertEqual(values(run.share), [25, 50])
+        self.assertEqual(values(run.nodes), [1000])
+        self.assertEqual(values(run.violated), [3])
+        self.assertEqual(run.points, [(1, 1), (4, 2), (5, 3)])
+        self.assertEqual([run.seconds.at(i) for i in range(8)], [0, 0.5, 1, 2, 3, 3, 4, 5])
+
+    def test_panels(self):
+        drawn = Picture(plot.svg(plot.read(JSON), "time"))
+        for text in ("m.lp", "optimal, 5 s, best 600, bound 600, 3 point(s)", "best value", "proven bound",
+                     "best value and proven bound (greater is better)", "share of the complete search, in percent",
+                     "nodes of the complete search", "violation of the nearest point", "time in seconds"):
+            self.assertIn(text, drawn.texts())
+        # Time is exact: the second point at 3 of 5 seconds.
+        x = picture.LEFT + (picture.WIDTH - picture.LEFT - picture.RIGHT) * 3 / 5
+        self.assertIn(x, [float(e.get("cx")) for e in drawn.root.iter(SVG + "circle")])
+        self.assertIn("iteration", Picture(plot.svg(plot.read(JSON), "iteration")).texts())
+
+    def test_no_objective(self):
+        """Points are counted then."""
+        events = [dict(event, objective=None, best=None, bound=None) for event in EVENTS]
+        texts = Picture(plot.svg(plot.read("\n".join(map(json.dumps, events))), "time")).texts()
+        self.assertIn("points found", texts)
+        self.assertNotIn("best value", texts)
+
+    def test_the_last_run(self):
+        self.assertEqual(values(plot.read(JSON + JSON.replace("600", "700")).best), [0.5, 700])
+
+    def test_damage(self):
+        source = random.Random(5)
+        letters = '{}[]",:0123456789eE+-.\n\x00nulltrueNaNInfinity/'
+        for _ in range(400):
+            text = list(JSON)
+            for _ in range(source.randint(1, 30)):
+                text[source.randrange(1, len(text))] = source.choice(letters)
+            run = plot.read("".join(text)[:source.choice((len(text), source.randrange(len(text))))])
+            if not run.empty():
+                Picture(picture.xml_text(plot.svg(run, "time")))
+
+    def test_numbers(self):
+        for value, found in ((3, 3), (2.5, 2.5), ("7/2", 3.5), ("-3", -3), (None, None), (True, None), ("x", None),
+                             ("1/0", None), (10**400, None), ([], None)):
+            self.assertEqual(json_log.number(value), found)
 
 
 class DamageTest(harness.Case):
@@ -256,7 +386,7 @@ class DamageTest(harness.Case):
         run = run_log.read_run(log)
         if not run.empty():
             for axis in ("time", "iteration"):
-                Picture(plot_run.xml_text(plot_run.svg(run, axis)))
+                Picture(picture.xml_text(plot.svg(run, axis)))
 
     def test_cut_anywhere(self):
         for at in range(0, len(LOG), 7):
@@ -288,25 +418,42 @@ class DamageTest(harness.Case):
 
     def test_a_name_with_the_characters_of_xml(self):
         log = LOG.replace("birds & bees", "<b>\"&amp;'\x07</b>")
-        picture = Picture(plot_run.xml_text(plot_run.svg(run_log.read_run(log), "time")))
-        self.assertIn("b>", picture.texts())  # behind the last slash, as a path has it
+        drawn = Picture(picture.xml_text(plot.svg(run_log.read_run(log), "time")))
+        self.assertIn("b>", drawn.texts())  # behind the last slash, as a path has it
 
 
-class CommandTest(harness.Case):
+class CommandTest(support.ToolsCase):
     def plot(self, *arguments, status=0):
-        done = subprocess.run([sys.executable, os.path.join(TOOLS, "plot_run.py"), *arguments], cwd=self.folder,
-                              check=False, timeout=harness.LIMIT, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.assertEqual(done.returncode, status, done.stderr.decode())
-        return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+        return self.tool("latbox-plot", *arguments, status=status)
 
     def test_nothing_to_draw(self):
         self.write("empty.log", "")
         self.write("other.log", b"\x00\xff some other text\n")
         for name in ("empty.log", "other.log"):
             result = self.plot(name, status=1)
-            self.assertEqual(result.err, name + ": no report of a run in it; run the solver with --verb=2\n")
+            self.assertEqual(result.err, name + ": no report of a run in it; run latbox with --verb=2, or "
+                             "latbox-solve with --json=FILE\n")
             self.assertEqual(result.out, "")
         self.assertIn("No such file", self.plot("none.log", status=1).err)
+
+    def test_json_lines_and_files(self):
+        self.write("run.jsonl", JSON)
+        self.plot("run.jsonl", "run.svg")
+        self.assertIn("optimal, 5 s", self.read("run.svg"))
+        self.write("short.jsonl", JSON.replace('"iteration"', '"steps"'))
+        self.assertEqual(self.plot("--x=iteration", "short.jsonl", status=1).err,
+                         "short.jsonl: it tells no iterations; leave out --x=iteration\n")
+
+    def test_a_resumed_run(self):
+        """Its title says the time of this run, as its log does."""
+        self.run_example("diet", "--iters=30", "--verb=1")
+        with open(self.path("diet.sol"), encoding="utf-8") as file:
+            old = re.sub(r"\| 0 \| \d+ \| --", "| 0 | 77 | --", file.read())
+        self.write("diet.sol", old)
+        self.remove("diet.lat")
+        result = self.run_solver("--iters=3", "--verb=1", "diet.opt")
+        self.assertIn("{ 1:17 min(s):sec(s) == 77 secs }", result.out)
+        self.assertLess(run_log.read_run(result.out).last_second, 70)
 
     def run_example(self, name, *options):
         with open(os.path.join(harness.Settings.examples, name + ".opt"), "rb") as file:
@@ -321,13 +468,13 @@ class CommandTest(harness.Case):
         for options in (("--verb=1",), ("--verb=2", "--sieve=1", "--sample=1"), ()):
             run = self.run_example("diet", "--iters=30", *options)
             best = checker.read_stars(self.read("diet.sol"))[0].target_norm
-            self.assertEqual(plot_run.best_so_far(run.target)[-1][1], best)
+            self.assertEqual(plot.best_so_far(run.target)[-1][1], best)
             self.assertEqual((run.last_iteration, os.path.basename(run.name)), (30, "diet"))
-            picture = Picture(self.plot("run.log").out)
-            self.assertIn("best target (smaller is better)", picture.texts())
-            basis = "length: first basis vector, best inhomogeneous vector" in picture.texts()
+            drawn = Picture(self.plot("run.log").out)
+            self.assertIn("best target (smaller is better)", drawn.texts())
+            basis = "length: first basis vector, best inhomogeneous vector" in drawn.texts()
             self.assertEqual(basis, "--verb=2" in options)
-            self.assertEqual("vectors in the collections" in picture.texts(), "--sieve=1" in options)
+            self.assertEqual("vectors in the collections" in drawn.texts(), "--sieve=1" in options)
             for name in ("diet.sol", "diet.lat"):
                 if self.exists(name):
                     self.remove(name)
@@ -343,7 +490,7 @@ class CommandTest(harness.Case):
         self.assertLess(len(text.encode()), GREATEST_SIZE)
         self.assertIn("best target (smaller is better)", Picture(text).texts())
         # Drawn by the script as it is now, not by one of last year.
-        self.assertIn(plot_run.STYLE, text)
+        self.assertIn(picture.STYLE, text)
         self.assertIn("prefers-color-scheme: dark", text)
 
 

@@ -14,72 +14,85 @@ What is done, in this order:
    whose sides become equal later would end the run.
 """
 
+from __future__ import annotations
+
 import math
 from fractions import Fraction
+from typing import Iterable
 
-import name_map
-from model import INF, Refusal
+from ..errors import ModelError
+from . import name_map
+from .model import INF, Bound, Model, Row, Variable, finite
 
 # Passes over the rows in search of missing bounds. Each bound is found at most once, so this only caps the time.
 GREATEST_PASSES = 100
 
 
-def opt_text(model, source, digits=None):
+def opt_text(model: Model, source: str, digits: int | None = None) -> str:
     """The program's text; `digits` is the grid of the continuous variables, None if there may be none."""
     if not model.variables:
-        raise Refusal("the model has no variables")
+        raise ModelError("the model has no variables")
+    if model.goals:
+        raise ModelError("a value to be reached: such a program is the solver's own and is not rewritten",
+                         model.goals[0].row.place)
     return _Program(model, digits).text(source)
 
 
+# Coefficients, sides and name of a row of the program.
+_Placed = tuple[list[Fraction], Fraction, Fraction, str]
+
+
 class _Program:
-    def __init__(self, model, digits):
+    def __init__(self, model: Model, digits: int | None) -> None:
         self.model = model
         self.digits = [_grid(variable, digits) for variable in model.variables]
-        self.low, self.high = [], []
+        self.low: list[Bound] = []
+        self.high: list[Bound] = []
         for variable, d in zip(model.variables, self.digits):
             low, high = _on_grid(variable, d)
             self.low.append(low)
             self.high.append(high)
         self.imply_bounds()
         self.columns = [_column(v.name, low, high) for v, low, high in zip(model.variables, self.low, self.high)]
-        self.equations, self.inequations = [], []
+        self.equations: list[_Placed] = []
+        self.inequations: list[_Placed] = []
         self.notes = ["row %s has no sides and is left out" % name for name in model.left_out]
         for row in model.rows:
             self.place(row)
 
     # ------------------------------------------------------------- bounds that rows imply
 
-    def imply_bounds(self):
+    def imply_bounds(self) -> None:
         for _ in range(GREATEST_PASSES):
             if not any([self.bounds_from(row) for row in self.model.rows]):
                 return
 
-    def bounds_from(self, row):
+    def bounds_from(self, row: Row) -> bool:
         """Fills in missing bounds of the row's variables; true if there was one."""
         found = False
         for side, sign in ((row.upper, 1), (row.lower, -1)):
             if abs(side) == INF:
                 continue
             terms = {j: sign * a for j, a in row.coefficients.items() if a != 0}
-            found = self.bounds_from_side(terms, sign * side) or found
+            found = self.bounds_from_side(terms, sign * finite(side)) or found
         return found
 
-    def bounds_from_side(self, terms, side):
+    def bounds_from_side(self, terms: dict[int, Fraction], side: Fraction) -> bool:
         """sum of terms <= side: a variable's bound follows if all others have theirs on the lesser side."""
         least = {j: self.lesser(j, a) for j, a in terms.items()}
         missing = [j for j, value in least.items() if abs(value) == INF]
         if len(missing) > 1:
             return False
-        rest = side - sum(value for value in least.values() if abs(value) != INF)
+        rest = side - sum((finite(value) for value in least.values() if abs(value) != INF), Fraction(0))
         # With every lesser side finite each term has a greatest value; else only the one that lacks it.
-        return any([self.set_missing(j, terms[j], rest + (0 if missing else least[j]))
+        return any([self.set_missing(j, terms[j], rest + (0 if missing else finite(least[j])))
                     for j in (missing or terms)])
 
-    def lesser(self, j, a):
+    def lesser(self, j: int, a: Fraction) -> Bound:
         end = self.low[j] if a > 0 else self.high[j]
         return a * end if abs(end) != INF else -INF
 
-    def set_missing(self, j, a, greatest):
+    def set_missing(self, j: int, a: Fraction, greatest: Fraction) -> bool:
         """a x_j <= greatest."""
         step = Fraction(1, 10 ** self.digits[j])
         if a > 0 and self.high[j] == INF:
@@ -90,22 +103,22 @@ class _Program:
             return False
         if self.low[j] > self.high[j]:
             variable = self.model.variables[j]
-            raise Refusal("the rows leave no value for %s" % variable.name, variable.line)
+            raise ModelError("the rows leave no value for %s" % variable.name, variable.place)
         return True
 
     # ------------------------------------------------------------- rows
 
-    def place(self, row):
+    def place(self, row: Row) -> None:
         """Counts the row in the new columns, closes it and puts it with the equations or the inequations."""
         if row.lower > row.upper:
-            raise Refusal("row %s cannot hold: its sides are %s and %s" % (row.name, row.lower, row.upper), row.line)
+            raise ModelError("row %s cannot hold: its sides are %s and %s" % (row.name, row.lower, row.upper), row.place)
         least, greatest = self.activity(row.coefficients)
         if row.lower > greatest:
-            raise Refusal("row %s cannot hold: its greatest value is %s, and it asks for %s at least" %
-                          (row.name, greatest, row.lower), row.line)
+            raise ModelError("row %s cannot hold: its greatest value is %s, and it asks for %s at least" %
+                          (row.name, greatest, row.lower), row.place)
         if row.upper < least:
-            raise Refusal("row %s cannot hold: its least value is %s, and it asks for %s at most" %
-                          (row.name, least, row.upper), row.line)
+            raise ModelError("row %s cannot hold: its least value is %s, and it asks for %s at most" %
+                          (row.name, least, row.upper), row.place)
         step = self.step(row.coefficients)
         if step == 0:
             self.notes.append("row %s has one value, holds, and is left out" % row.name)
@@ -114,17 +127,17 @@ class _Program:
         dense, constant = self.dense(row.coefficients)
         low, high = -((constant - sides[0]) // step) * step, (sides[1] - constant) // step * step
         if low > high:
-            raise Refusal("row %s cannot hold: it has no value from %s to %s" % (row.name, row.lower, row.upper),
-                          row.line)
+            raise ModelError("row %s cannot hold: it has no value from %s to %s" % (row.name, row.lower, row.upper),
+                          row.place)
         (self.equations if low == high else self.inequations).append((dense, low, high, row.name))
 
-    def closed(self, row, side, word):
+    def closed(self, row: Row, side: Bound, word: str) -> Fraction:
         if abs(side) == INF:
-            raise Refusal("row %s has one side only, and the bounds of its variables allow no %s value to close it: "
-                          "bound the variables, or the row on both sides" % (row.name, word), row.line)
-        return side
+            raise ModelError("row %s has one side only, and the bounds of its variables allow no %s value to close it: "
+                          "bound the variables, or the row on both sides" % (row.name, word), row.place)
+        return finite(side)
 
-    def step(self, coefficients):
+    def step(self, coefficients: dict[int, Fraction]) -> Fraction:
         """The row takes multiples of this, counted from its value at the offsets; 0 if it has one value only."""
         step = Fraction(0)
         for j, a in coefficients.items():
@@ -132,16 +145,16 @@ class _Program:
                 step = _gcd(step, a / 10 ** self.digits[j])
         return step
 
-    def activity(self, coefficients):
+    def activity(self, coefficients: dict[int, Fraction]) -> tuple[Bound, Bound]:
         """The least and the greatest value of the row, in the model's coordinates."""
-        ends = [-INF, INF]
+        ends: list[Bound] = [-INF, INF]
         for which, sign in ((0, 1), (1, -1)):
             values = [self.lesser(j, sign * a) for j, a in coefficients.items() if a != 0]
             if not any(abs(value) == INF for value in values):
                 ends[which] = sign * sum(values, Fraction(0))
-        return ends
+        return ends[0], ends[1]
 
-    def dense(self, coefficients):
+    def dense(self, coefficients: dict[int, Fraction]) -> tuple[list[Fraction], Fraction]:
         """The coefficients of all columns, and what the offsets add."""
         row = [Fraction(0)] * len(self.columns)
         constant = Fraction(0)
@@ -152,14 +165,15 @@ class _Program:
 
     # ------------------------------------------------------------- text
 
-    def text(self, source):
+    def text(self, source: str) -> str:
         target, names = self.targets()
         names.problem = self.model.name
         equations, inequations = self.equations, self.inequations
         if not target and not equations and not inequations:
             # The format finds the number of variables in the rows, so there must be one.
-            equations = [([Fraction(0)] * len(self.columns), 0, 0, "no rows: every point of the box is feasible")]
-        ranges = [_range(column, low, high) for column, low, high in zip(self.columns, self.low, self.high)]
+            zero = Fraction(0)
+            equations = [([zero] * len(self.columns), zero, zero, "no rows: every point of the box is feasible")]
+        ranges = [_range(low, high) for low, high in zip(self.low, self.high)]
         items = [_vector(["inf" if self.model.maximise else "-inf"] if target else []),
                  _matrix([(row, name) for row, name in target]),
                  _matrix([(row, name) for row, _, _, name in equations]), _vector([low for _, low, _, _ in equations]),
@@ -169,7 +183,7 @@ class _Program:
         notes = "".join("// %s\n" % note for note in ["converted from " + source] + self.notes)
         return notes + names.text() + "\n" + "\n".join(items) + "\n"
 
-    def targets(self):
+    def targets(self) -> tuple[list[tuple[list[Fraction], str]], name_map.NameMap]:
         names = name_map.NameMap()
         names.columns = self.columns
         if self.model.objective is None:
@@ -180,24 +194,28 @@ class _Program:
         return ([(row, self.model.objective.name)] if any(row) else []), names
 
 
-def _gcd(a, b):
+def _gcd(a: Fraction, b: Fraction) -> Fraction:
     return Fraction(math.gcd(a.numerator * b.denominator, b.numerator * a.denominator), a.denominator * b.denominator)
 
 
-def _grid(variable, digits):
+def _grid(variable: Variable, digits: int | None) -> int:
     """Decimal digits of a variable. A continuous one whose bounds are equal is a number, whatever its digits."""
-    if variable.integer or variable.lower == variable.upper:
+    if variable.semi:
+        raise ModelError("%s is semicontinuous, which cannot be stated in a .opt file" % variable.name, variable.place)
+    if variable.integer:
+        return variable.digits
+    if variable.lower == variable.upper:
         return 0
     if digits is None:
-        raise Refusal("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
-                      variable.name, variable.line)
+        raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
+                      variable.name, variable.place)
     return digits
 
 
-def _on_grid(variable, digits):
+def _on_grid(variable: Variable, digits: int) -> tuple[Bound, Bound]:
     low, high = variable.lower, variable.upper
     if low > high or low == INF or high == -INF:
-        raise Refusal("the bounds of %s leave no value: %s to %s" % (variable.name, low, high), variable.line)
+        raise ModelError("the bounds of %s leave no value: %s to %s" % (variable.name, low, high), variable.place)
     if low == high and not variable.integer:
         return low, high
     step = Fraction(1, 10 ** digits)
@@ -206,21 +224,21 @@ def _on_grid(variable, digits):
     if high != INF:
         high = high // step * step
     if low > high:
-        raise Refusal("the bounds of %s leave no %s: %s to %s" %
+        raise ModelError("the bounds of %s leave no %s: %s to %s" %
                       (variable.name, "decimal of %d digits" % digits if digits else "whole number", variable.lower,
-                       variable.upper), variable.line)
+                       variable.upper), variable.place)
     return low, high
 
 
-def _column(name, low, high):
+def _column(name: str, low: Bound, high: Bound) -> name_map.Column:
     if low != -INF:
-        return name_map.Column(name, low, 1)
+        return name_map.Column(name, finite(low), 1)
     if high != INF:
-        return name_map.Column(name, high, -1)
+        return name_map.Column(name, finite(high), -1)
     return name_map.Column(name, Fraction(0), 1)
 
 
-def _range(column, low, high):
+def _range(low: Bound, high: Bound) -> tuple[Bound, Bound]:
     """The bounds of a column in its own coordinates."""
     if low == -INF and high == INF:
         return low, high
@@ -229,11 +247,11 @@ def _range(column, low, high):
     return 0, high - low
 
 
-def _vector(values):
+def _vector(values: Iterable[object]) -> str:
     return "[ %s]" % "".join("%s " % value for value in values)
 
 
-def _matrix(rows):
+def _matrix(rows: list[tuple[list[Fraction], str]]) -> str:
     if not rows:
         return "[ ]"
     return "[\n%s]" % "".join("  %s // %s\n" % (_vector(row), name) for row, name in rows)

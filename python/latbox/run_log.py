@@ -1,7 +1,13 @@
 """What a log of the solver (--verb=1 or --verb=2) says about its run, as series over the lines of the log.
 
 A log may be cut anywhere and hold anything between its lines: what doesn't read as a line of the solver is passed over.
+
+Times of a run come from two kinds of lines. `Total running time` is the time that has passed. The time behind a target is
+when its point was found, which in a resumed run may have been in a run before this one; it tells something of this run
+only where the target is new in it, and never more than the running time that is told next.
 """
+
+from __future__ import annotations
 
 import bisect
 import math
@@ -28,23 +34,28 @@ BANNER = re.compile(r"<< \S+ v\S+ \+\+\+ PID: [0-9]+ >>")
 MIXED = re.compile(r"(-?)(?:([0-9]+):)?([0-9]+)/([0-9]+)\Z")
 
 
+# (line of the log, value); the lines may be read as any quantity that grows with the log.
+Series = list[tuple[float, float]]
+
+
 class Marks:
     """A quantity that grows with the log, known at some lines; between them it's taken to grow evenly by lines."""
 
-    def __init__(self):
-        self.lines, self.values = [-1], [0.0]
+    def __init__(self) -> None:
+        self.lines: list[float] = [-1]
+        self.values = [0.0]
 
-    def add(self, line, value):
+    def add(self, line: float, value: float) -> None:
         if value > self.values[-1]:
             self.lines.append(line)
             self.values.append(float(value))
 
-    def end(self, lines, rest):
+    def end(self, lines: float, rest: float) -> None:
         """`rest` is what the quantity grows at most behind its last mark."""
         self.lines.append(lines)
         self.values.append(self.values[-1] + rest)
 
-    def at(self, line):
+    def at(self, line: float) -> float:
         after = min(max(bisect.bisect_left(self.lines, line), 1), len(self.lines) - 1)
         line0, line1 = self.lines[after - 1:after + 1]
         value0, value1 = self.values[after - 1:after + 1]
@@ -54,22 +65,36 @@ class Marks:
 class Run:
     """Series are lists of (line, value); `events` lists of lines."""
 
-    def __init__(self):
+    def __init__(self) -> None:
         self.name = ""
-        self.target, self.slack = [], []
-        self.inhomogeneous, self.homogeneous = [], []
-        self.counts = {key: [] for key in COUNTS}
-        self.first_length, self.best_length, self.broken = [], [], []
-        self.events = {key: [] for key in EVENTS}
+        self.target: Series = []
+        self.slack: Series = []
+        self.inhomogeneous: Series = []
+        self.homogeneous: Series = []
+        self.counts: dict[str, Series] = {key: [] for key in COUNTS}
+        self.first_length: Series = []
+        self.best_length: Series = []
+        self.broken: Series = []
+        self.events: dict[str, list[float]] = {key: [] for key in EVENTS}
         self.seconds, self.iterations = Marks(), Marks()
         self.last_second = self.last_iteration = 0
+        self.resumed = False  # the first target is that of a run before this one
 
-    def empty(self):
+    def facts(self) -> list[str]:
+        """What a title says."""
+        found = ["%d iterations" % self.last_iteration, "%d s" % self.last_second]
+        if self.target and not any(value != 0 for _, value in self.slack):
+            found.append("slack 0 throughout")
+        if self.counts["solutions"]:
+            found.append("%d solution(s)" % max(value for _, value in self.counts["solutions"]))
+        return found
+
+    def empty(self) -> bool:
         return not (self.target or self.first_length or self.counts["pairwise"] or self.counts["solutions"]
                     or self.last_iteration)
 
 
-def number(text):
+def number(text: str) -> float | None:
     """A number of a report as a float, or None if it is infinite or none."""
     match = MIXED.match(text)
     try:
@@ -85,24 +110,25 @@ def number(text):
     return value if abs(value) < 1e300 else None
 
 
-def length(text):
+def length(text: str) -> float | None:
     """The Euclidean length of a vector `[ 1 2 3 ]`, or None."""
     words = text.split()
     if len(words) < 3 or words[0] != "[" or words[-1] != "]":
         return None
     values = [number(word) for word in words[1:-1]]
-    if any(value is None for value in values):
+    finite = [value for value in values if value is not None]
+    if len(finite) < len(values):
         return None
-    size = math.hypot(*values)
+    size = math.hypot(*finite)
     return size if 0 < size < math.inf else None
 
 
-def seconds(text):
+def seconds(text: str) -> int | None:
     match = SECONDS.match(text)
     return int(match.group(1) or match.group(2)) if match else None
 
 
-def read_run(text):
+def read_run(text: str) -> Run:
     """The last run of a log that says anything."""
     lines = text.split("\n")
     starts = [i for i, line in enumerate(lines) if BANNER.match(line)] or [0]
@@ -113,11 +139,11 @@ def read_run(text):
     return run
 
 
-def _read(lines):
+def _read(lines: list[str]) -> Run:
     run = Run()
     for i, line in enumerate(lines):
         before = lines[i - 1] if i else ""
-        _take_times(run, i, line)
+        _take_iterations(run, i, line)
         _take_report(run, i, line, before)
         for key, pattern in EVENTS.items():
             if pattern.search(line):
@@ -125,24 +151,52 @@ def _read(lines):
         match = RESULT_FILE.match(line)
         if match:
             run.name = match.group(1)
+    _take_times(run, lines)
     run.seconds.end(len(lines), 1)
     run.iterations.end(len(lines), 0)
     return run
 
 
-def _take_times(run, i, line):
+def _take_iterations(run: Run, i: int, line: str) -> None:
     match = ITERATIONS.match(line)
     if match:
         run.last_iteration = max(run.last_iteration, int(match.group(1)))
         run.iterations.add(i, int(match.group(1)))
-    match = RUNNING_TIME.match(line) or TARGET.match(line)
-    time = seconds(match.group(match.lastindex) or "") if match else None
-    if time is not None:
+
+
+def _take_times(run: Run, lines: list[str]) -> None:
+    """Running times as they are told, and between them the times of finds that can be of this run."""
+    told: list[tuple[int, int, str | None]] = []  # line, seconds, target or None
+    for i, line in enumerate(lines):
+        match = RUNNING_TIME.match(line) or TARGET.match(line)
+        time = seconds(match.group(match.lastindex or 0)) if match else None
+        if match and time is not None:
+            told.append((i, time, match.group(1) if match.re is TARGET else None))
+    following = _following(told)
+    known: set[str] = set()
+    for (i, time, target), limit in zip(told, following):
+        if target is not None:
+            run.resumed = run.resumed or not known and time > limit
+            new = target not in known
+            known.add(target)
+            # The first target may be an old one, and nothing tells.
+            if not new or len(known) == 1 or time > limit:
+                continue
         run.last_second = max(run.last_second, time)
         run.seconds.add(i, time)
 
 
-def _take_report(run, i, line, before):
+def _following(told: list[tuple[int, int, str | None]]) -> list[float]:
+    """For each time the next running time behind it, or infinity."""
+    found, limit = [], math.inf
+    for _, time, target in reversed(told):
+        found.append(limit)
+        if target is None:
+            limit = time
+    return found[::-1]
+
+
+def _take_report(run: Run, i: int, line: str, before: str) -> None:
     match = TARGET.match(line)
     if match:
         for series, text in zip((run.target, run.slack), match.groups()):
@@ -164,6 +218,6 @@ def _take_report(run, i, line, before):
         _append(run.first_length, i, length(line))
 
 
-def _append(series, i, value):
+def _append(series: Series, i: int, value: float | None) -> None:
     if value is not None:
         series.append((i, value))
