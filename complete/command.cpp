@@ -160,7 +160,10 @@ class Run {
                  [this] { keepOther(checkpointPath(options_)); }) {
     guardPaths(options);
     guardProof(options);
-    if (options.resume) past_ = pastRun();
+    if (!options.best.empty())
+      known_.emplace(program_, options.best, control_.known);
+    else if (options.resume)
+      past_ = pastRun();
   }
 
   // Of what another run has left: what this one can go on from.
@@ -184,7 +187,11 @@ class Run {
     return std::max(1u, std::thread::hardware_concurrency());
   }
 
-  Task task() const { return {options_.all, options_.ties, options_.first, options_.limit, options_.seed}; }
+  Task task() {
+    return {options_.all, options_.ties, options_.first, options_.limit, options_.seed, known()};
+  }
+
+  KnownPoints* known() { return known_ ? &*known_ : nullptr; }
 
   void takeUp(const Checkpoint& past) {
     control_.nodes = past.nodes;
@@ -209,7 +216,7 @@ class Run {
   // The watch is over before the verdict is told.
   template <class Search>
   Outcome watched(Search search) {
-    const Watch watch({options_.rtime, options_.quiet}, results_, control_, [this] { endNow(); });
+    const Watch watch({options_.rtime, options_.quiet, known()}, results_, control_, [this] { endNow(); });
     const Outcome outcome = search();
     if (!results_.close()) waitForEnd();
     return outcome;
@@ -221,11 +228,12 @@ class Run {
             [this] { results_.goLive(); }};
   }
 
-  // Of a run that has not begun its file there is nothing to go on from. What is written each minute is to
-  // outlast the machine; at the end of a run of moments that would take longer than the run.
+  // Of a run that has not begun its file there is nothing to go on from, and one that others have helped
+  // would not come to the same searches again. What is written each minute is to outlast the machine; at the
+  // end of a run of moments that would take longer than the run.
   void save(Checkpoint checkpoint) {
     constexpr double MOMENTS = 1;
-    if (!results_.hasBegun()) return;
+    if (!results_.hasBegun() || known_) return;
     checkpoint.identity = identity_;
     checkpoint.seconds = results_.allSeconds();
     checkpoint.nodes = control_.nodes;
@@ -334,6 +342,7 @@ class Run {
   std::optional<Checkpoint> past_;
   SearchControl control_;
   Results results_;
+  std::optional<KnownPoints> known_;
   // Of a run that has ended.
   const Verdict* verdict_ = nullptr;
 };
@@ -345,7 +354,7 @@ int run(const std::vector<std::string>& arguments) {
     return 0;
   }
   if (options.version) {
-    print(std::string("latbox-all v") + VERSION + "\n");
+    print(std::string("latbox-all v") + VERSION + "\nGMP " + gmp_version + ", " + libraryVersion() + "\n");
     return 0;
   }
   return Run(options).result();

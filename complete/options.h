@@ -12,6 +12,8 @@ struct Options {
   std::string file;
   // Empty: NAME.all.
   std::string out;
+  // Where others write points that they find; empty: there are none.
+  std::string best;
   // Empty: no proof.
   std::string proof;
   // Of a proof that other houses' readers check.

@@ -106,4 +106,9 @@ void scramble(IntegerMatrix& rows, std::mt19937_64& random) {
   }
 }
 
+std::string libraryVersion() {
+  return "fplll " + std::to_string(FPLLL_MAJOR_VERSION) + '.' + std::to_string(FPLLL_MINOR_VERSION) + '.' +
+         std::to_string(FPLLL_MICRO_VERSION);
+}
+
 }  // namespace latbox::complete

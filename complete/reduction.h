@@ -4,6 +4,7 @@
 
 #include <random>
 #include <stdexcept>
+#include <string>
 
 #include "complete/integer_program.h"
 
@@ -26,5 +27,8 @@ void reduceBlocks(IntegerMatrix& rows, int blockSize);
 // Another basis of the same lattice: rows in a random order, each with others added or taken away. Reduced
 // anew it is as good as the first one, and different.
 void scramble(IntegerMatrix& rows, std::mt19937_64& random);
+
+// "fplll 5.4.4", by which this was built.
+std::string libraryVersion();
 
 }  // namespace latbox::complete

@@ -33,6 +33,9 @@ class Visitor {
 struct SearchControl {
   // Set from outside: the search ends soon.
   std::atomic<bool> stop = false;
+  // Set from outside, too: what is searched for is known. The present search ends, the next one may begin.
+  std::atomic<bool> known = false;
+  bool isOver() const { return stop || known; }
   // Candidates that were looked at, in all searches.
   std::atomic<unsigned long> nodes = 0;
   // The share of the present search that is done, estimated; below 0: not known.

@@ -108,6 +108,15 @@ class Improving : public Finding {
     return take(z);
   }
 
+  // A point that others have found.
+  void accept(Point x) {
+    if (!isFeasible(program_, x)) throw std::logic_error("a known point is no point of the program");
+    Norms norms = normsOf(program_, x);
+    finds_.replace(x, norms);
+    best_ = Best{std::move(x), std::move(norms)};
+    if (objective_) window_.improve(objective_->valueOf(best_->norms));
+  }
+
   const std::optional<Best>& best() const { return best_; }
   Window& window() { return window_; }
 
@@ -194,6 +203,7 @@ class Solver {
     // A program without points is told at once, whatever its bounds.
     if (!tighten(whole_) || !closeByRows(whole_)) return Outcome::NONE;
     const bool optimum = objective_.exists() && !task_.all;
+    if (task_.known && (!optimum || task_.first)) task_.known->end();
     if (!optimum) requireBounds(whole_);
     const bool open = !openVariables(whole_).empty();
     if (!open) finds_.release();
@@ -227,7 +237,7 @@ class Solver {
     SearchSettings trial;
     trial.trial = SMALL_TREE;
     const auto complete = journal_.searchThrough(complete::keyOf(program), prepare, finding, trial);
-    if (complete.value_or(true) || finding.hasFound() || control_.stop) return complete;
+    if (complete.value_or(true) || finding.hasFound() || control_.isOver()) return complete;
     return searchThrough(program, finding);
   }
 
@@ -289,6 +299,12 @@ class Solver {
       if (!minimise(improving, slack, bests)) return Outcome::STOPPED;
       bests = withValueOf(norms, slack, bests);
     }
+    if (task_.known) {
+      // What others have found was not to be foreseen either: the point at hand is as good as the canonical
+      // one.
+      task_.known->end();
+      if (!task_.ties) return Outcome::COMPLETE;
+    }
     return task_.ties ? listTies(*improving.best(), bests) : tellCanonical(*improving.best(), bests);
   }
 
@@ -309,20 +325,33 @@ class Solver {
 
   // False: there is no point, or the search was stopped.
   bool findAny(Improving& improving) {
-    findInGrowingBoxes(whole_, improving);
-    if (!improving.hasFound() && !control_.stop) requireBounds(whole_);
-    return improving.hasFound() && !control_.stop;
+    if (!takeKnown(improving)) findInGrowingBoxes(whole_, improving);
+    takeKnown(improving);
+    if (!improving.best() && !control_.stop) requireBounds(whole_);
+    return improving.best() && !control_.stop;
+  }
+
+  // A better point that others have found takes the place of the best one; false if there is none.
+  bool takeKnown(Improving& improving) {
+    if (!task_.known) return false;
+    const auto& best = improving.best();
+    std::optional<Point> x = task_.known->takeBetter(best ? std::optional(best->norms) : std::nullopt);
+    if (x) improving.accept(std::move(*x));
+    return x.has_value();
   }
 
   // Brings one norm to its least among the points of a program, by searches for points that are better by a
   // part of what is open. False: stopped. Throws BadInput where open variables leave no end of it.
   bool minimise(Improving& improving, const Objective& objective, const IntegerProgram& program) {
+    const bool isTarget = &objective == &objective_;
     improving.descend(objective);
     Window& window = improving.window();
     findLeast(window, objective, program);
     while (!window.isClosed()) {
-      if (&objective == &objective_ && window.least()) finds_.prove(objective.normOf(*window.least()));
+      if (isTarget && window.least()) finds_.prove(objective.normOf(*window.least()));
+      if (takeKnown(improving)) continue;
       const Integer limit = window.limit();
+      if (task_.known) task_.known->want(isTarget ? std::optional(objective.normOf(limit)) : std::nullopt);
       IntegerProgram better = withRows(program, objective.rows(limit, window.least()));
       if (!close(better) || isEmpty(better, improving)) window.raise(limit + 1);
       if (control_.stop) return window.isClosed();
@@ -350,14 +379,15 @@ class Solver {
       return findIn(program, improving).value_or(true);
     }
     findInGrowingBoxes(program, improving);
-    if (!improving.hasFound() && !control_.stop) requireBounds(program);
+    if (!improving.hasFound() && !control_.isOver()) requireBounds(program);
     return false;
   }
 
   // Searches boxes that grow in all directions in which the program is open.
   void findInGrowingBoxes(const IntegerProgram& program, Finding& finding) {
     finding.begin();
-    for (unsigned long bits = 0; bits <= LARGEST_BOX && !finding.hasFound() && !control_.stop; bits += 2) {
+    for (unsigned long bits = 0; bits <= LARGEST_BOX && !finding.hasFound() && !control_.isOver();
+         bits += 2) {
       IntegerProgram boxed = program;
       clip(boxed, Integer(1) << bits);
       findIn(boxed, finding);

@@ -3,6 +3,7 @@
 
 #include "complete/integer_program.h"
 #include "complete/journal.h"
+#include "complete/known_points.h"
 #include "complete/objective.h"
 
 namespace latbox::complete {
@@ -34,6 +35,8 @@ struct Task {
   unsigned long limit = 0;
   // Where the random bases of a first point begin.
   unsigned long seed = 0;
+  // What others have found, of use where the best point is wanted; or none.
+  KnownPoints* known = nullptr;
 };
 
 enum class Outcome { COMPLETE, NONE, STOPPED };

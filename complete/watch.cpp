@@ -50,6 +50,7 @@ void Watch::run() {
     heed(sigtimedwait(&signals, nullptr, &tick));
     if (ended_) return;
     const double now = results_.seconds();
+    if (settings_.known) settings_.known->look();
     if (settings_.rtime > 0 && now >= settings_.rtime) control_.stop = true;
     if (now >= nextLine || hasFound()) {
       nextLine = now + BETWEEN_LINES;

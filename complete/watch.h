@@ -5,6 +5,7 @@
 #include <functional>
 #include <thread>
 
+#include "complete/known_points.h"
 #include "complete/results.h"
 
 namespace latbox::complete {
@@ -15,6 +16,8 @@ class Watch {
     // Wall seconds; 0: no limit.
     double rtime = 0;
     bool quiet = false;
+    // What others find meanwhile, or none.
+    KnownPoints* known = nullptr;
   };
 
   // From here on SIGINT, SIGTERM and SIGUSR1 wait for a watch. Requires that no other thread runs yet.

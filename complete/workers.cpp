@@ -51,7 +51,7 @@ class Crew {
         const auto pause = walk.goOn();
         nodes += count(walk);
         if (pause == PieceWalk::Pause::END) break;
-        stopped_ = stopped_ || pause == PieceWalk::Pause::STOP || control_.stop.load();
+        stopped_ = stopped_ || pause == PieceWalk::Pause::STOP || control_.isOver();
         // What is slow is kept too; a trial ends after so many candidates whatever the clock says.
         const bool isSmall = trial_ > 0 ? nodes < trial_ : nodes < SMALL_TREE && !control_.isKeepDue();
         if (!stopped_ && isSmall) continue;
@@ -107,8 +107,8 @@ class Crew {
     while (true) {
       const auto pause = walk.goOn();
       count(walk);
-      if (pause != PieceWalk::Pause::END && pause != PieceWalk::Pause::STOP && !control_.stop && !pausing_ &&
-          !wanted())
+      if (pause != PieceWalk::Pause::END && pause != PieceWalk::Pause::STOP && !control_.isOver() &&
+          !pausing_ && !wanted())
         continue;
       std::unique_lock lock(mutex_);
       if (pause == PieceWalk::Pause::END) {
@@ -116,7 +116,7 @@ class Crew {
         changed_.notify_all();
         return;
       }
-      if (pause == PieceWalk::Pause::STOP || control_.stop) stopped_ = true;
+      if (pause == PieceWalk::Pause::STOP || control_.isOver()) stopped_ = true;
       if (stopped_) return leave(walk);
       if (pausing_) rest(walk, lock);
       if (stopped_) return leave(walk);

@@ -6,6 +6,7 @@
         ModelError      a model cannot be stated as a program or is used in a way it does not allow
       UsageError        an option or an argument is wrong
       EngineError       an engine is not found, does not start or breaks its word
+        InternalError   what an engine or the rewriting says cannot be true: nothing of it is an answer
 """
 
 from __future__ import annotations
@@ -56,6 +57,10 @@ class UsageError(LatboxError):
 
 class EngineError(LatboxError):
     """An engine is not found, does not start, or prints what it must not."""
+
+
+class InternalError(EngineError):
+    """A point that is none, or a verdict that another one contradicts. Please report it, with the model."""
 
 
 def place_text(file: str | None, place: Place | None) -> str:

@@ -3,6 +3,7 @@
 
 import json
 import os
+import random
 import resource
 import signal
 import subprocess
@@ -55,6 +56,48 @@ class Case(harness.Case):
 
     def assert_refused(self, result, message):
         self.assertEqual((result.status, result.out, result.err), (2, "", "latbox-all: %s\n" % message))
+
+
+class BestTest(Case):
+    """--best=FILE: what others have found."""
+
+    def test_it_is_verified_and_used(self):
+        self.write("known.sol", "[ 0 1 ] | 77 |\n")
+        result = self.run_all(SMALLEST, "--best=known.sol", "--threads=1")
+        self.assert_verdict(result, "optimum 1/10", 10)
+        self.assertEqual(self.listed(), [[0, 1]])
+        self.assertFalse(self.exists("p.all.resume"))
+
+    def test_what_is_no_point_is_not_believed(self):
+        self.write("known.sol", "[ 0 0 ] | -5 |\n[ 9 9 ]\nhello\n[ 0 1")
+        self.assert_verdict(self.run_all(SMALLEST, "--best=known.sol"), "optimum 1/10", 10)
+        self.write("known.sol", "[ 0 0 ]\n")
+        self.assert_verdict(self.run_all(NOTHING, "--best=known.sol", "--resume=0"), "none", 20)
+
+    def test_a_file_that_is_not_there(self):
+        self.assert_verdict(self.run_all(SMALLEST, "--best=none.sol"), "optimum 1/10", 10)
+        self.assert_verdict(self.run_all(NINE, "--best=none.sol", name="q.opt"), "all 9", 10)
+
+    def test_it_comes_while_a_search_runs(self):
+        """The deviation from a market split that has a point, which nobody finds in the time of a test: once it is told,
+        the run ends with it."""
+        draw = random.Random(1)
+        rows, columns = 9, 80
+        split = [[draw.randrange(100) for _ in range(columns)] for _ in range(rows)]
+        point = [draw.randrange(2) for _ in range(columns)]
+        ag = [row + [v for k in range(rows) for v in ((1, -1) if k == i else (0, 0))] for i, row in enumerate(split)]
+        n = columns + 2 * rows
+        self.write("p.opt", opt(dt=["-inf"], at=[[0] * columns + [1] * 2 * rows], ag=ag,
+                                bg=[sum(a * x for a, x in zip(row, point)) for row in split],
+                                rx=[1] * columns + [5000] * 2 * rows, lx=[0] * n))
+        session = harness.Session([self.binary, "--best=known.sol", "--threads=1", "p.opt"], self.folder)
+        self.addCleanup(session.close)
+        session.wait_for("nodes", "err")
+        self.write("draft.sol", "[ %s ]\n" % " ".join(map(str, point + [0] * 2 * rows)))
+        os.rename(self.path("draft.sol"), self.path("known.sol"))
+        self.assertEqual(session.wait(), 10)
+        self.assertEqual(session.out, "verdict: optimum 0\n")
+        self.assertEqual(self.listed(), [point + [0] * 2 * rows])
 
 
 class VerdictTest(Case):
@@ -225,7 +268,7 @@ class OptionsTest(Case):
             self.assertEqual((result.status, result.err), (0, ""))
             self.assertTrue(result.out.startswith("usage: latbox-all "))
         for form in ("--version", "--version=1"):
-            self.assertRegex(self.run_plain(form).out, r"^latbox-all v\d+\.\d+\.\d+\n$")
+            self.assertRegex(self.run_plain(form).out, r"^latbox-all v\d+\.\d+\.\d+\nGMP [\d.]+, fplll [\d.]+\n$")
 
     def test_refused(self):
         wants = "a whole number, 0 or more, is wanted"

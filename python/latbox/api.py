@@ -1,0 +1,358 @@
+"""Solving from Python: models from files, and models as matrices.
+
+    import latbox
+
+    result = latbox.solve([[1, 1, 1], [5, 3, Fraction(1, 3)]], [100, 100], 0, 100)
+    result.status, result.x          # 'optimal', Point(8, 11, 81)
+
+    model = latbox.read("model.lp")
+    result = model.solve(time=20)
+    result.objective, result.x["name"]
+    for x in model.solutions():      # all points, as they are found
+        print(x.as_dict())
+
+All numbers are exact: ints and Fractions of any length. Every point has been checked against the model in exact arithmetic.
+
+The engines are processes. They end with the call that started them, also when it is left by an exception; with the loop over
+solutions(); and when the thread that started them ends. Ctrl-C ends solve() with the best point so far, its status being
+"interrupted".
+"""
+
+from __future__ import annotations
+
+import math
+import os
+from collections.abc import Callable, Iterator, Sequence
+from dataclasses import dataclass, field
+from decimal import Decimal
+from fractions import Fraction
+from typing import Any, Union
+
+from . import models
+from .errors import UsageError
+from .models.model import INF, Row
+from .solving import checking
+from .solving.events import End, Event, Found
+from .solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap, Portfolio, Settings
+
+Number = Union[int, Fraction]  # whole numbers are ints
+Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
+
+
+class Point(tuple[Number, ...]):
+    """The values of all variables in the order of the model, ints and Fractions; also by name: point["x1"]."""
+
+    names: tuple[str, ...]
+
+    def __new__(cls, values: Sequence[Fraction], names: tuple[str, ...]) -> Point:
+        point = super().__new__(cls, [plain(value) for value in values])
+        point.names = names
+        return point
+
+    def __getitem__(self, key: Any) -> Any:
+        if isinstance(key, str):
+            try:
+                return super().__getitem__(self.names.index(key))
+            except ValueError:
+                raise KeyError(key) from None
+        return super().__getitem__(key)
+
+    def __getnewargs__(self) -> tuple[Any, ...]:
+        return tuple(self), self.names
+
+    def __repr__(self) -> str:
+        return "Point(%s)" % ", ".join(map(str, self))
+
+    def as_dict(self) -> dict[str, Number]:
+        """{name: value}, all variables."""
+        return dict(zip(self.names, self))
+
+
+@dataclass
+class Result:
+    """The answer to a model.
+
+    status: "optimal" (proven; without an objective: a point), "all" (all points, proven), "infeasible" (proven), "feasible",
+    "unknown", "interrupted", "unbounded". x and objective belong to the best point, None if no point is known; bound is what no
+    point can surpass, proven; points holds all that were asked for, best first. With status "unbounded" the points
+    x + k * ray, k = 0, 1, ... have better and better objectives. x, points and ray hold numpy arrays if the model came as one.
+    """
+
+    status: str
+    objective: Number | None
+    bound: Number | None
+    x: Any
+    points: list[Any]
+    ray: Any = None
+    seconds: float = 0.0
+    notes: list[str] = field(default_factory=list)
+
+
+class Model:
+    """A model that has been read, or made of matrices."""
+
+    def __init__(self, model: models.Model, wrap: Callable[[Point], Any] | None = None) -> None:
+        self.model = model
+        self._wrap = wrap or (lambda point: point)
+        self._names = tuple(variable.name for variable in model.variables)
+
+    @property
+    def names(self) -> tuple[str, ...]:
+        """The names of the variables, in order."""
+        return self._names
+
+    @property
+    def notes(self) -> list[str]:
+        """What the reader did where readers of the format differ, or left out."""
+        return [note.message for note in self.model.notes]
+
+    def __repr__(self) -> str:
+        return "<latbox.Model %s: %d variables, %d rows>" % (self.model.name, len(self._names), len(self.model.rows))
+
+    def solve(self, time: float | None = None, solutions: int | str = 1, target: Exact | None = None,
+              gap: Exact | str | None = None, engine: str = AUTO, digits: int | None = None, threads: int = 0, seed: int = 0,
+              memory: int | None = None, on_event: Callable[[Event], None] | None = None) -> Result:
+        """Solves it.
+
+        time: seconds of the clock; None: until it is proven.
+        solutions: so many points, with an objective the best ones; "all".
+        target: end with an objective as good as this.  gap: end within this distance of the proven bound, "1%" relative.
+        engine: "auto", "search", "complete".  threads: of all engines together; 0: one for each processor.
+        digits: the decimals of continuous variables; the status is "feasible" or "unknown" at most then.
+        seed: varies the search.  memory: bytes, of all engines together.
+        on_event: is called with each event (latbox.solving.events) as it happens.
+
+        Raises UsageError, ModelError (a continuous variable without digits), EngineError. Ctrl-C ends it with the best so far.
+        """
+        settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), optional(target),
+                            gap_of(gap), whole_of("seed", seed), whole_of("threads", threads), memory)
+        if settings.engine == SEARCH and settings.solutions == ALL:
+            raise UsageError("solutions='all': the search alone cannot know that it has them all")
+        return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
+
+    def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Iterator[Any]:
+        """All points, each once, in no order, as they are found. Leaving the loop ends the engine.
+
+        With a time it may end before all are there. Raises as solve().
+        """
+        settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=whole_of("threads", threads))
+        events = Portfolio(self.model, settings).events()
+        try:
+            for event in events:
+                if isinstance(event, Found):
+                    yield self._wrap(Point(event.x, self._names))
+        finally:
+            events.close()
+
+    def fault(self, x: Sequence[Exact]) -> str | None:
+        """What is wrong with a point, in words; None if it is a point of the model. Exact."""
+        return checking.fault(self.model, [exact("x", value) for value in x])
+
+    def _result(self, end: End) -> Result:
+        points = [self._wrap(Point(x, self._names)) for x in end.points]
+        return Result(end.status, None if end.objective is None else plain(end.objective),
+                      None if end.bound is None else plain(end.bound), points[0] if points else None, points,
+                      None if end.ray is None else self._wrap(Point(end.ray, self._names)), end.seconds, end.notes)
+
+
+def read(path: str | os.PathLike[str], format: str | None = None) -> Model:
+    """The model of a file: .opt, CPLEX LP, fixed or free MPS, also packed as .gz, .bz2, .xz; "-" is standard input.
+
+    format: "opt", "lp", "mps", "fixed-mps", "free-mps" where the name does not tell. Raises ReadError (with file, line, column),
+    UsageError, OSError.
+    """
+    return Model(models.read_model(os.fspath(path), format))
+
+
+def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
+          digits: int | Sequence[int] = 0, time: float | None = None, **settings: Any) -> Result:
+    """Finds whole x with A x = b and lower <= x <= upper, the best one if there is an objective.
+
+    A: rows of numbers, all of one length n, or a numpy array of shape (m, n).
+    b: m entries, each a number, or a pair (least, greatest) of what the row may be; None in it stands for no side.
+    lower, upper: n numbers, or one for all; None or an infinity stands for no bound.
+    objective: n numbers; sense: "min" or "max".
+    digits: decimals of x, one number for all or n of them; where it is not 0 x is continuous and taken on that grid, and the
+        status is at most "feasible" or "unknown".
+    Numbers: ints, Fractions, Decimals of any length; a float counts as the decimal that Python shows of it.
+    Other settings: as of Model.solve().
+
+    Raises UsageError where shapes or numbers are wrong, else as Model.solve().
+    """
+    return matrix_model(A, b, lower, upper, objective, sense, digits).solve(time=time, **settings)
+
+
+def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
+                 digits: int | Sequence[int] = 0) -> Model:
+    """The model that solve() solves, for its solutions(), say. Variables are named x1, x2, ..., rows r1, r2, ..."""
+    if sense not in ("min", "max"):
+        raise UsageError("sense=%r: 'min' or 'max' is wanted" % (sense,))
+    rows = [list(row) for row in listed("A", A)]
+    sides = listed("b", b)
+    n = len(rows[0]) if rows else max(map(count, (lower, upper, objective)))
+    if n == 0:
+        raise UsageError("A has no columns")
+    for i, row in enumerate(rows):
+        if len(row) != n:
+            raise UsageError("A: row %d has %d entries, and the first one has %d" % (i + 1, len(row), n))
+    if len(sides) != len(rows):
+        raise UsageError("A has %d rows, and b has %d entries" % (len(rows), len(sides)))
+    model = models.Model()
+    grids = spread("digits", digits, n)
+    for j, (low, high, grid) in enumerate(zip(spread("lower", lower, n), spread("upper", upper, n), grids)):
+        variable = model.variables[model.add_variable("x%d" % (j + 1))]
+        variable.digits = digits_of(grid) or 0
+        variable.integer = variable.digits == 0
+        variable.lower, variable.upper = end_of("lower", low, -INF), end_of("upper", high, INF)
+    for i, (row, side) in enumerate(zip(rows, sides)):
+        least, greatest = side if isinstance(side, (tuple, list)) and len(side) == 2 else (side, side)
+        if least is None and greatest is None and not isinstance(side, (tuple, list)):
+            raise UsageError("b: entry %d is None" % (i + 1))
+        model.rows.append(Row("r%d" % (i + 1), None, end_of("b", least, -INF), end_of("b", greatest, INF), sparse("A", row)))
+    if objective is not None:
+        entries = listed("objective", objective)
+        if len(entries) != n:
+            raise UsageError("A has %d columns, and objective has %d entries" % (n, len(entries)))
+        model.objective = Row("objective", None, coefficients=sparse("objective", entries))
+        model.maximise = sense == "max"
+    return Model(model, as_array if is_array(A) else None)
+
+
+# ----------------------------------------------------------------- the course of it
+
+
+def last_event(portfolio: Portfolio, tell: Callable[[Event], None]) -> End:
+    """The end, whatever Ctrl-C does in between."""
+    events = portfolio.events()
+    try:
+        while True:
+            try:
+                for event in events:
+                    tell(event)
+                    if isinstance(event, End):
+                        return event
+                raise KeyboardInterrupt  # it came where there was nothing to tell yet
+            except KeyboardInterrupt:
+                if events.gi_frame is None:
+                    raise
+                portfolio.interrupt()
+    finally:
+        events.close()
+
+
+# ----------------------------------------------------------------- numbers and shapes
+
+
+def plain(value: Fraction) -> Number:
+    return value.numerator if value.denominator == 1 else value
+
+
+def exact(name: str, value: Any) -> Fraction:
+    """The number that is meant. Throws UsageError."""
+    if hasattr(value, "item") and not isinstance(value, (int, float, Fraction, Decimal)):
+        value = value.item()  # of numpy
+    if isinstance(value, float) and math.isfinite(value):
+        return Fraction(float.__repr__(value))
+    if isinstance(value, (int, Fraction)) or (isinstance(value, Decimal) and value.is_finite()):
+        return Fraction(value)
+    raise UsageError("%s: %r is not a number" % (name, value))
+
+
+def optional(value: Exact | None) -> Fraction | None:
+    return None if value is None else exact("target", value)
+
+
+def end_of(name: str, value: Any, missing: float) -> Fraction | float:
+    """A bound or a side; `missing` is the infinity that stands for none."""
+    if value is None or value == missing:
+        return missing
+    return exact(name, value)
+
+
+def count(value: Any) -> int:
+    return len(value) if hasattr(value, "__len__") else 0
+
+
+def listed(name: str, value: Any) -> list[Any]:
+    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+        raise UsageError("%s: a sequence is wanted" % name)
+    return list(value)
+
+
+def spread(name: str, value: Any, n: int) -> list[Any]:
+    """One entry for each variable."""
+    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+        return [value] * n
+    entries = list(value)
+    if len(entries) != n:
+        raise UsageError("A has %d columns, and %s has %d entries" % (n, name, len(entries)))
+    return entries
+
+
+def sparse(name: str, entries: Sequence[Any]) -> dict[int, Fraction]:
+    values = ((j, exact(name, value)) for j, value in enumerate(entries))
+    return {j: value for j, value in values if value}
+
+
+def is_array(value: Any) -> bool:
+    return type(value).__module__.split(".")[0] == "numpy"
+
+
+def as_array(point: Point) -> Any:
+    """int64 where all values fit, objects else."""
+    import numpy  # type: ignore[import]
+
+    fits = all(isinstance(value, int) and abs(value) < 2**63 for value in point)
+    return numpy.array(list(point), dtype=numpy.int64 if fits else object)
+
+
+# ----------------------------------------------------------------- settings
+
+
+def engine_of(engine: str) -> str:
+    if engine not in (AUTO, SEARCH, COMPLETE):
+        raise UsageError("engine=%r: 'auto', 'search' or 'complete' is wanted" % (engine,))
+    return engine
+
+
+def digits_of(digits: Any) -> int | None:
+    if digits is None:
+        return None
+    if not hasattr(digits, "__index__") or isinstance(digits, bool) or not 0 <= int(digits) <= 18:
+        raise UsageError("digits=%r: a number of digits from 0 to 18 is wanted" % (digits,))
+    return int(digits)
+
+
+def time_of(time: Any) -> float | None:
+    if time is None:
+        return None
+    if isinstance(time, bool) or not isinstance(time, (int, float, Fraction, Decimal)) or not 0 < time < 1e10:
+        raise UsageError("time=%r: seconds above 0 are wanted" % (time,))
+    return float(time)
+
+
+def solutions_of(solutions: Any) -> int:
+    if solutions == "all":
+        return ALL
+    if not hasattr(solutions, "__index__") or isinstance(solutions, bool) or int(solutions) < 1:
+        raise UsageError("solutions=%r: a number of points, 1 or more, or 'all' is wanted" % (solutions,))
+    return int(solutions)
+
+
+def gap_of(gap: Any) -> Gap | None:
+    if gap is None:
+        return None
+    is_relative = isinstance(gap, str) and gap.endswith("%")
+    try:
+        value = Fraction(gap.rstrip("%")) if isinstance(gap, str) else exact("gap", gap)
+    except (ValueError, ZeroDivisionError):
+        value = Fraction(-1)
+    if value < 0:
+        raise UsageError("gap=%r: a number of 0 or more, or a text as '0.1%%' is wanted" % (gap,))
+    return Gap(value / 100 if is_relative else value, is_relative)
+
+
+def whole_of(name: str, value: Any) -> int:
+    if not hasattr(value, "__index__") or isinstance(value, bool) or int(value) < 0:
+        raise UsageError("%s=%r: a whole number, 0 or more, is wanted" % (name, value))
+    return int(value)

@@ -1,0 +1,1 @@
+"""The command latbox-solve: options, what is shown while it works, the answer."""

@@ -1,0 +1,273 @@
+"""latbox-solve, from its arguments to its exit status."""
+
+from __future__ import annotations
+
+import os
+import signal
+import sys
+import time
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import ExitStack, contextmanager
+from typing import IO
+
+from ..errors import LatboxError, PlacedError, UsageError, place_text
+from ..models import Model, read_model
+from ..models.sources import shown_name
+from ..solving import statuses
+from ..solving.events import End, Event
+from ..solving.portfolio import Portfolio, Settings
+from . import answer, options as table
+from .json_lines import JsonLines
+from .options import Options
+from .progress import Display
+from .version import version_text
+
+NAME = "latbox-solve"
+STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+
+
+class TooLate(BaseException):
+    """The time is up, or the user has had enough, before anything could be searched."""
+
+    def __init__(self, status: str) -> None:
+        super().__init__(status)
+        self.status = status
+
+
+def main(arguments: Sequence[str] | None = None) -> int:
+    """The exit status; messages stand on standard error."""
+    started = time.monotonic() - age()
+    open_standard_streams()
+    sys.set_int_max_str_digits(0)  # the numbers of models are exact, and may be long
+    try:
+        options = table.parse(sys.argv[1:] if arguments is None else arguments)
+        if options.help:
+            return say(table.usage())
+        if options.version:
+            return say(version_text())
+        return Command(options, started).run()
+    except (UsageError, PlacedError) as error:
+        return fail(str(error), statuses.USAGE)
+    except LatboxError as error:
+        return fail(str(error), statuses.FAILURE)
+    except MemoryError:
+        return fail("out of memory", statuses.FAILURE)
+    except OSError as error:
+        return fail(os_error_text(error), statuses.FAILURE)
+
+
+def open_standard_streams() -> None:
+    """One that is closed becomes /dev/null: else the next file that is opened would be taken for it."""
+    for number in (0, 1, 2):
+        try:
+            os.fstat(number)
+        except OSError:
+            os.open(os.devnull, os.O_RDWR)
+    if sys.stderr is None:
+        sys.stderr = open(2, "w", encoding="utf-8", errors="replace", closefd=False)
+
+
+def age() -> float:
+    """Seconds since this process began: what Python takes to start and to read the package counts too."""
+    try:
+        with open("/proc/self/stat", encoding="ascii", errors="replace") as file:
+            ticks = int(file.read().rpartition(")")[2].split()[19])
+        seconds = time.clock_gettime(time.CLOCK_BOOTTIME) - ticks / os.sysconf("SC_CLK_TCK")
+    except (OSError, ValueError, IndexError):
+        return time.process_time()
+    return max(0.0, seconds)
+
+
+def say(text: str) -> int:
+    """To standard output. Throws OSError, which names it."""
+    data = text.encode("utf-8", "surrogateescape")
+    try:
+        # An unbuffered stream, which the environment may ask for, writes less than all when a signal comes.
+        while data:
+            data = data[os.write(1, data) :]
+    except OSError as error:
+        # Python would try once more when it ends, and complain.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
+        raise OSError(error.errno, error.strerror, "standard output") from None
+    return 0
+
+
+def fail(message: str, status: int) -> int:
+    try:
+        sys.stderr.write("%s: %s\n" % (NAME, message.encode("utf-8", "surrogateescape").decode("utf-8", "replace")))
+        sys.stderr.flush()
+    except (OSError, ValueError):
+        pass
+    return status
+
+
+def os_error_text(error: OSError) -> str:
+    where = "%s: " % error.filename if error.filename else ""
+    return where + (error.strerror or str(error))
+
+
+@contextmanager
+def naming(what: str) -> Iterator[None]:
+    """An OSError within gets the option that it comes from as its file's name."""
+    try:
+        yield
+    except OSError as error:
+        raise OSError(error.errno, error.strerror or str(error), what) from None
+
+
+class LogFile:
+    """Lines with their time. Throws OSError, which names it."""
+
+    def __init__(self, path: str, started: float) -> None:
+        self._name = "--log=" + path
+        self._started = started
+        with naming(self._name):
+            self._file = open(path, "w", encoding="utf-8")
+
+    def write(self, line: str) -> None:
+        with naming(self._name):
+            self._file.write("%.3f %s\n" % (time.monotonic() - self._started, line))
+            self._file.flush()
+
+    def close(self) -> None:
+        close_quietly(self._file)
+
+
+def close_quietly(file: IO[str]) -> None:
+    """What could not be written was told when it was written."""
+    try:
+        file.close()
+    except OSError:
+        pass
+
+
+class Command:
+    """One run. Its first signal ends it with the answer so far, a second one at once."""
+
+    def __init__(self, options: Options, started: float) -> None:
+        self.options = options
+        self.started = started
+        self.portfolio: Portfolio | None = None
+        self.is_launched = False
+        self.stops = 0
+        self.display: Display | None = None
+
+    def run(self) -> int:
+        for number in STOPS:
+            signal.signal(number, self._stop)
+        signal.signal(signal.SIGALRM, self._late)
+        if self.options.time is not None:
+            signal.setitimer(signal.ITIMER_REAL, max(1e-3, self.options.time - (time.monotonic() - self.started)))
+        try:
+            model = self._read()
+            if self.options.check is not None:
+                return self._check(model)
+            try:
+                end = self._solve(model)
+            except PlacedError as error:
+                raise error.in_file(shown_name(self.options.model))
+        except TooLate as late:
+            signal.setitimer(signal.ITIMER_REAL, 0)
+            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
+        return self._tell(model, end)
+
+    # ------------------------------------------------------------- signals
+
+    def _stop(self, number: int, frame: object) -> None:
+        """The first one ends it with the answer so far, the second one at once."""
+        self.stops += 1
+        if self.stops > 1:
+            if self.display is not None:
+                self.display.clear()
+            if self.portfolio is not None:
+                self.portfolio.abandon()
+            os._exit(128 + number)
+        if self.is_launched:
+            self.portfolio.interrupt()
+        else:
+            raise TooLate(statuses.INTERRUPTED)
+
+    def _late(self, number: int, frame: object) -> None:
+        if not self.is_launched:
+            raise TooLate(statuses.UNKNOWN)
+
+    # ------------------------------------------------------------- the parts
+
+    def _read(self) -> Model:
+        try:
+            model = read_model(self.options.model, self.options.format)
+        except OSError as error:
+            raise UsageError("%s: %s" % (shown_name(self.options.model), error.strerror or error)) from None
+        if not self.options.quiet:
+            for note in model.notes:
+                print(place_text(shown_name(self.options.model), note.place) + "note: " + note.message, file=sys.stderr)
+        return model
+
+    def _check(self, model: Model) -> int:
+        path = self.options.check
+        try:
+            with open(path, encoding="utf-8", errors="surrogateescape") as file:
+                content = file.read()
+        except OSError as error:
+            raise UsageError("--check=%s: %s" % (path, error.strerror)) from None
+        text, well = answer.check_text(model, path, answer.read_points(model, content, path))
+        say(text)
+        return 0 if well else statuses.FAILURE
+
+    def _settings(self, log: LogFile | None) -> Settings:
+        options = self.options
+        return Settings(options.engine, options.digits, options.time, options.solutions, options.target, options.gap,
+                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None)
+
+    def _solve(self, model: Model) -> End:
+        with ExitStack() as stack:
+            tellers = self._tellers(model, stack)
+            log = LogFile(self.options.log, self.started) if self.options.log else None
+            if log is not None:
+                stack.callback(log.close)
+            self.portfolio = Portfolio(model, self._settings(log), self.started)
+            events = self.portfolio.events()
+            stack.callback(events.close)
+            for event in events:
+                self.is_launched = True
+                for tell in tellers:
+                    tell(event)
+                if isinstance(event, End):
+                    return event
+        raise AssertionError("a solution has an end")
+
+    def _tellers(self, model: Model, stack: ExitStack) -> list[Callable[[Event], None]]:
+        """Whoever wants to be told of each event."""
+        options = self.options
+        tellers: list[Callable[[Event], None]] = []
+        if options.json:
+            name = "--json=" + options.json
+            with naming(name):
+                file = open(os.dup(1) if options.json == "-" else options.json, "w", encoding="utf-8")
+            stack.callback(close_quietly, file)
+            lines = JsonLines(file, model, options.model)
+
+            def tell(event: Event) -> None:
+                with naming(name):
+                    lines.tell(event)
+
+            tellers.append(tell)
+        if not options.quiet:
+            self.display = Display(sys.stderr, model, shown_name(options.model))
+            stack.callback(self.display.clear)
+            tellers.append(self.display.tell)
+        return tellers
+
+    def _tell(self, model: Model, end: End) -> int:
+        options = self.options
+        status = statuses.exit_status(end.status, end.x is not None, options.zero_exit)
+        if not options.quiet:
+            for note in end.notes:
+                print("note: " + note, file=sys.stderr)
+        if options.json != "-":
+            say(answer.text(model, end, options.all_values))
+        # Last: where the file cannot be written the answer has been shown.
+        if options.output is not None:
+            with naming("--output=" + options.output):
+                answer.write_whole(options.output, answer.output_text(model, end))
+        return status

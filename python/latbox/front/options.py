@@ -1,0 +1,262 @@
+"""The options of latbox-solve, in one table: parsing, the usage, the manual page and the completion come from it.
+
+Strict and conventional: `--time 20` or `--time=20`; an unknown, repeated or malformed one ends the run with status 2, its name,
+and what would be right.
+"""
+
+from __future__ import annotations
+
+import re
+from collections.abc import Callable, Sequence
+from dataclasses import dataclass
+from fractions import Fraction
+from typing import Any
+
+from ..errors import UsageError
+from ..models import FORMATS
+from ..solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap
+
+NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
+FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)
+TIME = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)(s|m|h|d)?\Z", re.ASCII)
+MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
+
+SECONDS = {"s": 1, "m": 60, "h": 3600, "d": 86400}
+BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
+LEAST_MEMORY = 64 << 20
+MOST_DIGITS = 18
+MOST_THREADS = 1024
+MOST_SEED = 2**63 - 1
+
+
+class Wanted(Exception):
+    """A value is malformed: what would be right."""
+
+
+def take_time(text: str) -> float:
+    match = TIME.match(text)
+    if not match or not 0 < (value := float(match[1]) * SECONDS[match[2] or "s"]) < 1e10:
+        raise Wanted("a time above 0 is wanted, as 20, 0.5 or 2m (s, m, h, d)")
+    return value
+
+
+def take_memory(text: str) -> int:
+    match = MEMORY.match(text)
+    if not match or not LEAST_MEMORY <= (value := int(Fraction(match[1]) * BYTES[match[2]])) < 1 << 62:
+        raise Wanted("an amount of memory of 64M or more is wanted, as 4G or 500M (K, M, G, T)")
+    return value
+
+
+def take_number(text: str) -> Fraction:
+    if not NUMBER.match(text) and not FRACTION.match(text):
+        raise Wanted("a number is wanted, as 12, -2.5 or 7/3")
+    return Fraction(text)
+
+
+def take_gap(text: str) -> Gap:
+    number = text.removesuffix("%")
+    if not (NUMBER.match(number) or FRACTION.match(number)) or Fraction(number) < 0:
+        raise Wanted("a number of 0 or more is wanted, as 5 or 0.1%")
+    value = Fraction(number)
+    return Gap(value / 100, True) if text.endswith("%") else Gap(value)
+
+
+def take_solutions(text: str) -> int:
+    if text == "all":
+        return ALL
+    return take_whole(1, 10**15, "a number of points, 1 or more, or all is wanted")(text)
+
+
+def take_whole(least: int, most: int, wanted: str) -> Callable[[str], int]:
+    def take(text: str) -> int:
+        if not re.fullmatch("[0-9]{1,19}", text, re.ASCII) or not least <= int(text) <= most:
+            raise Wanted(wanted)
+        return int(text)
+
+    return take
+
+
+def take_choice(*choices: str) -> Callable[[str], str]:
+    def take(text: str) -> str:
+        if text not in choices:
+            raise Wanted("%s or %s is wanted" % (", ".join(choices[:-1]), choices[-1]))
+        return text
+
+    return take
+
+
+def take_path(text: str) -> str:
+    if not text:
+        raise Wanted("the name of a file is wanted")
+    return text
+
+
+@dataclass(frozen=True)
+class Option:
+    name: str
+    value: str  # what stands for the value in the usage; "" for a switch
+    take: Callable[[str], Any] | None
+    text: str
+
+    @property
+    def key(self) -> str:
+        return self.name.replace("-", "_")
+
+
+TABLE = [
+    Option("time", "T", take_time, "End after T seconds with the answer so far; 0.5, 2m, 1h are times too."),
+    Option("solutions", "N|all", take_solutions, "So many points instead of one: with an objective the N best."),
+    Option("target", "V", take_number, "End when the objective is as good as V."),
+    Option("gap", "V|V%", take_gap, "End when the objective is within V of the proven bound, or V% of max(1, |objective|)."),
+    Option("engine", "NAME", take_choice(AUTO, SEARCH, COMPLETE),
+           "auto: both engines side by side; search, complete: one alone."),
+    Option("digits", "N", take_whole(0, MOST_DIGITS, "a number of digits from 0 to 18 is wanted"),
+           "Continuous columns take decimals of N digits; without it they are refused."),
+    Option("format", "NAME", take_choice(*FORMATS), "The format of the model: opt, lp, mps (fixed or free), fixed-mps, free-mps; "
+                                                    "else its name tells."),
+    Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
+           "Threads of all engines together; else one for each processor."),
+    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
+           "Put columns and rows in another order for the search."),
+    Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
+    Option("output", "FILE", take_path, "Write the values of all variables, one `name = p/q` a line."),
+    Option("check", "FILE", take_path, "Solve nothing; check the points of a file that --output wrote."),
+    Option("proof", "DIR", take_path, "Write the program, the map of its names and the proof to a folder."),
+    Option("json", "FILE", take_path, "Write what happens as JSON, an event a line; - is standard output, in place of the answer."),
+    Option("log", "FILE", take_path, "Write what the engines print, line by line, with times."),
+    Option("options", "FILE", take_path, "Take options from a file, one key=value a line; the command line goes before it."),
+    Option("all-values", "", None, "Show the values that are 0 too."),
+    Option("quiet", "", None, "Show the answer alone."),
+    Option("zero-exit", "", None, "Exit status 0 for every answer."),
+    Option("help", "", None, "Show this text."),
+    Option("version", "", None, "Show the version, its commit, and the engines."),
+]
+BY_NAME = {option.name: option for option in TABLE}
+
+
+@dataclass
+class Options:
+    """An attribute for each option of the table, `-` being `_`, and `model`."""
+
+    model: str = ""
+    time: float | None = None
+    solutions: int = 1
+    target: Fraction | None = None
+    gap: Gap | None = None
+    engine: str = AUTO
+    digits: int | None = None
+    format: str | None = None
+    threads: int = 0  # one for each processor
+    seed: int = 0
+    memory: int | None = None
+    output: str | None = None
+    check: str | None = None
+    proof: str | None = None
+    json: str | None = None
+    log: str | None = None
+    options: str | None = None
+    all_values: bool = False
+    quiet: bool = False
+    zero_exit: bool = False
+    help: bool = False
+    version: bool = False
+
+
+def parse(arguments: Sequence[str]) -> Options:
+    """Throws UsageError."""
+    options = Options()
+    given: set[str] = set()
+    models: list[str] = []
+    rest = list(arguments)
+    while rest:
+        argument = rest.pop(0)
+        if argument == "--":
+            models += rest
+            break
+        if argument == "-h":
+            argument = "--help"
+        if argument == "-" or not argument.startswith("-"):
+            models.append(argument)
+            continue
+        name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
+        if name not in BY_NAME:
+            raise UsageError("%s: unknown option; --help shows them" % argument)
+        option = BY_NAME[name]
+        if option.value and not sign:
+            if not rest:
+                raise UsageError("--%s: a value is wanted, --%s %s" % (name, name, option.value))
+            value = rest.pop(0)
+        take(options, option, value if option.value or sign else None, given, "--%s" % name)
+    if options.options is not None:
+        read_file(options, options.options, given)
+    if not options.help and not options.version:
+        options.model = one_model(models)
+        exclude(options)
+    return options
+
+
+def take(options: Options, option: Option, value: str | None, given: set[str], place: str) -> None:
+    if option.name in given:
+        raise UsageError("%s: it was given before" % place)
+    given.add(option.name)
+    if option.take is None:
+        if value is not None:
+            raise UsageError("%s=%s: it stands without a value" % (place, value))
+        setattr(options, option.key, True)
+        return
+    try:
+        setattr(options, option.key, option.take(value or ""))
+    except Wanted as wanted:
+        raise UsageError("%s=%s: %s" % (place, value, wanted)) from None
+
+
+def read_file(options: Options, path: str, given: set[str]) -> None:
+    """Lines key=value, a switch alone; # begins a comment line. What the command line gave stays."""
+    try:
+        with open(path, encoding="utf-8") as file:
+            lines = file.read().splitlines()
+    except (OSError, UnicodeDecodeError) as error:
+        raise UsageError("--options=%s: %s" % (path, getattr(error, "strerror", None) or "it is no text")) from None
+    before = set(given)
+    for number, line in enumerate(map(str.strip, lines), 1):
+        if not line or line.startswith("#"):
+            continue
+        name, sign, value = line.partition("=")
+        name, value = name.strip(), value.strip()
+        place = "%s, line %d: %s" % (path, number, name)
+        if name not in BY_NAME or name in ("options", "help", "version"):
+            raise UsageError("%s: unknown option; key=value is wanted, the keys are those of --help" % place)
+        option = BY_NAME[name]
+        if option.value and not sign:
+            raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
+        if name in before:
+            take(Options(), option, value if sign else None, set(), place)
+        else:
+            take(options, option, value if sign else None, given, place)
+
+
+def one_model(models: list[str]) -> str:
+    if not models:
+        raise UsageError("a model is wanted: latbox-solve [options] MODEL")
+    if len(models) > 1:
+        raise UsageError("%s: one model is wanted, and %s was given" % (models[1], models[0]))
+    return models[0]
+
+
+def exclude(options: Options) -> None:
+    if options.engine == SEARCH and options.solutions == ALL:
+        raise UsageError("--solutions=all: the search alone cannot know that it has them all; --engine=auto or complete is wanted")
+    for name in ("target", "gap"):
+        if getattr(options, name) is not None and options.solutions != 1:
+            raise UsageError("--%s: it goes with one point, not with --solutions" % name)
+    if options.proof is not None and options.engine == SEARCH:
+        raise UsageError("--proof: the search proves nothing; --engine=auto or complete is wanted")
+    if options.proof is not None and options.solutions > 1:
+        raise UsageError("--proof: it goes with one point or all, not with --solutions=%d" % options.solutions)
+
+
+def usage() -> str:
+    forms = [("--%s%s" % (option.name, " " + option.value if option.value else ""), option.text) for option in TABLE]
+    width = max(len(form) for form, _ in forms) + 2
+    lines = "".join("  %s%s\n" % (form.ljust(width), text) for form, text in forms)
+    return "usage: latbox-solve [options] MODEL\n\nSolves an integer model: .opt, LP or MPS, also packed; - is standard input.\n\n" + lines

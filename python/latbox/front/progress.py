@@ -1,0 +1,138 @@
+"""What is shown while it works: a header, a line for each better point, and how far it is; all on standard error.
+
+On a terminal the last line is written in place, as wide as the terminal allows; elsewhere one line comes each ten seconds.
+"""
+
+from __future__ import annotations
+
+import os
+from fractions import Fraction
+from typing import IO
+
+from ..models.model import Model
+from ..solving.events import Bound, End, Event, Found, Progress, Start
+from .size import header
+
+BETWEEN_LINES = 10.0
+CLEAR = "\r\x1b[K"
+LEAST_WIDTH = 20
+
+
+class Display:
+    """Requires that only this writes to the stream while it is in use."""
+
+    def __init__(self, stream: IO[str], model: Model, name: str) -> None:
+        self._stream = stream
+        self._model = model
+        self._name = name
+        self._in_place = is_terminal(stream)
+        self._shown = False
+        self._next = BETWEEN_LINES
+        self._last = Progress(0.0)
+
+    def tell(self, event: Event) -> None:
+        if isinstance(event, Start):
+            self._write("".join(line + "\n" for line in header(self._model, self._name, event)))
+        elif isinstance(event, Found):
+            self._take_find(event)
+        elif isinstance(event, Progress):
+            self._take_progress(event)
+        elif isinstance(event, End):
+            self.clear()
+
+    def clear(self) -> None:
+        """Nothing is left of the line in place."""
+        if self._shown:
+            self._write(CLEAR)
+            self._shown = False
+
+    # ------------------------------------------------------------- its parts
+
+    def _take_find(self, event: Found) -> None:
+        if event.objective is None and self._last.points:
+            return
+        self.clear()
+        self._write("%s %s: %s\n" % (event.letter, clock(event.seconds),
+                                     "a point" if event.objective is None else "objective %s" % short(event.objective)))
+        self._last.points = max(1, self._last.points)
+
+    def _take_progress(self, event: Progress) -> None:
+        self._last = event
+        if self._in_place:
+            self._write(CLEAR + fitted(parts(event), self._width() - 1))
+            self._shown = True
+        elif event.seconds >= self._next:
+            self._next = event.seconds - event.seconds % BETWEEN_LINES + BETWEEN_LINES
+            self._write("  ".join(parts(event)) + "\n")
+
+    def _width(self) -> int:
+        try:
+            columns = os.get_terminal_size(self._stream.fileno()).columns
+        except OSError:
+            columns = 80
+        return max(LEAST_WIDTH, columns or 80)
+
+    def _write(self, text: str) -> None:
+        try:
+            self._stream.write(text)
+            self._stream.flush()
+        except (OSError, ValueError):
+            # Who closed the terminal still gets files and exit status.
+            pass
+
+
+def is_terminal(stream: IO[str]) -> bool:
+    try:
+        return stream.isatty() and os.environ.get("TERM") != "dumb"
+    except ValueError:
+        return False
+
+
+def parts(event: Progress) -> list[str]:
+    """Whatever is known, the more important the earlier."""
+    found = [clock(event.seconds)]
+    if event.objective is not None:
+        found.append("best " + short(event.objective))
+    elif event.points:
+        found.append("%d points" % event.points if event.points > 1 else "1 point")
+    if event.bound is not None:
+        found.append("bound " + short(event.bound))
+    if event.violated is not None and not event.points:
+        found.append("nearest breaks %d" % event.violated)
+    if event.share is not None:
+        found.append("%.3g %% done" % (100 * event.share))
+    if event.left is not None:
+        found.append(event.left + " left")
+    if event.nodes:
+        found.append("%.3g nodes" % event.nodes)
+    if event.iteration:
+        found.append("iteration %d" % event.iteration)
+    return found
+
+
+def fitted(words: list[str], width: int) -> str:
+    line = ""
+    for word in words:
+        longer = line + "  " + word if line else word
+        if len(longer) <= width:
+            line = longer
+    return line[:width]
+
+
+def clock(seconds: float) -> str:
+    if seconds < 60:
+        return "%.1f s" % seconds
+    minutes, rest = divmod(int(seconds), 60)
+    hours, minutes = divmod(minutes, 60)
+    return "%d:%02d:%02d" % (hours, minutes, rest) if hours else "%d:%02d" % (minutes, rest)
+
+
+def short(value: Fraction) -> str:
+    """A number in a line: long ones are rounded, which shows by `~`."""
+    exact = str(value)
+    if len(exact) <= 16:
+        return exact
+    try:
+        return "~%.9g" % float(value)
+    except OverflowError:
+        return exact[:6] + "..(%d digits)" % len(exact)

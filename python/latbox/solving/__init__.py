@@ -1,0 +1,1 @@
+"""From a model to an answer: rewriting, the two engines side by side, and the check of every point."""

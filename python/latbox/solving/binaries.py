@@ -1,0 +1,45 @@
+"""Where the engines are: LATBOX_BIN_DIR, beside the installed package, the build tree of a clone, PATH; in this order."""
+
+from __future__ import annotations
+
+import os
+import shutil
+from collections.abc import Iterator
+
+from ..errors import EngineError
+
+BIN_DIR = "LATBOX_BIN_DIR"
+SEARCH, COMPLETE = "latbox", "latbox-all"
+
+
+def find(name: str) -> str:
+    """The path of an engine's program. Throws EngineError, which says where it was looked for."""
+    folder = os.environ.get(BIN_DIR)
+    if folder:
+        path = os.path.join(folder, name)
+        if is_program(path):
+            return os.path.abspath(path)
+        raise EngineError("%s is not in %s, the folder that %s names" % (name, folder, BIN_DIR))
+    for path in candidates(name):
+        if is_program(path):
+            return path
+    found = shutil.which(name)
+    if found:
+        return os.path.abspath(found)
+    raise EngineError("%s is not found, neither beside this package nor in PATH: build or install it, or name its folder in %s" %
+                      (name, BIN_DIR))
+
+
+def candidates(name: str) -> Iterator[str]:
+    """prefix/bin for prefix/lib/python3/dist-packages/latbox; build/release of the clone for python/latbox."""
+    folder = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+    clone = os.path.dirname(folder)
+    if os.path.basename(folder) == "python" and os.path.exists(os.path.join(clone, "CMakePresets.json")):
+        yield os.path.join(clone, "build", "release", name)
+    while folder != os.path.dirname(folder):
+        folder = os.path.dirname(folder)
+        yield os.path.join(folder, "bin", name)
+
+
+def is_program(path: str) -> bool:
+    return os.path.isfile(path) and os.access(path, os.X_OK)

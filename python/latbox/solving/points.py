@@ -1,0 +1,65 @@
+"""The engines' files of points, followed while they grow or are put in each other's place."""
+
+from __future__ import annotations
+
+import os
+from fractions import Fraction
+from typing import BinaryIO
+
+from ..errors import EngineError
+from . import exact
+
+def text_of(values: list) -> str:
+    """The beginning of a .sol line, which is all that is read of it."""
+    return "[ %s ]" % " ".join(map(exact.mixed, values))
+
+
+class Follower:
+    """New whole lines of a file that another process appends to, or replaces by a rename.
+
+    The file that was read last stays open: while it is, no other one can get its number, by which it is known again.
+    """
+
+    def __init__(self, path: str) -> None:
+        self.path = path
+        self._file: BinaryIO | None = None
+        self._offset = 0
+
+    def points(self) -> list[list[Fraction]]:
+        """The points of lines that have come since the last call; of a file that took another's place, all."""
+        if not self._is_current():
+            self.close()
+            try:
+                self._file = open(self.path, "rb")
+            except FileNotFoundError:
+                return []
+            self._offset = 0
+        self._file.seek(self._offset)
+        data = self._file.read()
+        whole = data[: data.rfind(b"\n") + 1]
+        self._offset += len(whole)
+        return [point(line) for line in whole.decode().splitlines()]
+
+    def _is_current(self) -> bool:
+        if self._file is None:
+            return False
+        try:
+            return os.path.samestat(os.stat(self.path), os.fstat(self._file.fileno()))
+        except FileNotFoundError:
+            return True
+
+    def close(self) -> None:
+        if self._file is not None:
+            self._file.close()
+            self._file = None
+
+
+def point(line: str) -> list[Fraction]:
+    """The point of a line `[ x1 x2 ... ] | ...`."""
+    begin, end = line.find("["), line.find("]")
+    try:
+        if begin != 0 or end < 0:
+            raise ValueError
+        return [exact.number(word) for word in line[begin + 1 : end].split()]
+    except (ValueError, ZeroDivisionError):
+        raise EngineError("an engine wrote a line of points that cannot be read: " + line[:80]) from None

@@ -1,0 +1,537 @@
+"""Both engines side by side on one model, until the first proven verdict or another end.
+
+The search has a rewritten program (rewriting.py), the complete engine the model as plainly as can be (statement.py). All that is
+proven comes from the complete engine, or from a best point that meets its bound; all points, from whomever, are checked against
+the model before anybody else sees them. What the search has found the complete engine is told, which verifies it and then looks
+for better ones only. Two statements that contradict each other end it as an internal error.
+
+Nothing here runs in a thread: one loop waits for the pipes of all engines, a twentieth of a second at most.
+"""
+
+from __future__ import annotations
+
+import os
+import selectors
+import time
+from collections.abc import Callable, Generator, Iterator
+from dataclasses import dataclass, field
+from enum import Enum
+from fractions import Fraction
+
+from ..errors import EngineError, InternalError
+from ..models.model import INF, Model
+from . import checking, exact, levels, proof, statuses, unbounded
+from .complete_engine import CompleteEngine, Task
+from .events import Bound, End, Event, Found, Point, Progress, Start
+from .program import MOST_CELLS, Program, Target
+from .rewriting import Rewriting
+from .search_engine import SearchEngine
+from .statement import Infeasible, Statement
+from .tuning import rank, tuning
+from .work_folder import WorkFolder
+
+AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
+ALL = 0  # solutions: all of them
+
+TICK = 0.05
+BETWEEN_PROGRESS = 0.2
+# What a list of points may take to be written out once its engine is told to end.
+PATIENCE = 0.15
+LETTERS = "STUVWXYZ"
+# Seconds until a search that lags behind begins anew, which costs it its basis; each time twice as long.
+FIRST_RENEWAL = 2.0
+# One process of the search for so many threads.
+THREADS_A_SEARCH = 4
+
+
+class Mode(Enum):
+    """What the complete engine is asked for."""
+
+    BEST = "the best point"
+    FIRST = "a point, for there is no objective"
+    LIST = "all points, or so many without objective"
+    LEVELS = "the best points, level by level"
+    RESCUE = "any point at all, for the rest is open or without end"
+
+
+@dataclass
+class Gap:
+    """How far the best point may be from the bound: by an amount, or by a part of max(1, |objective|)."""
+
+    value: Fraction
+    relative: bool = False
+
+    def holds(self, objective: Fraction, bound: Fraction) -> bool:
+        scale = max(Fraction(1), abs(objective)) if self.relative else Fraction(1)
+        return abs(objective - bound) <= self.value * scale
+
+
+@dataclass
+class Settings:
+    engine: str = AUTO
+    digits: int | None = None
+    time: float | None = None  # seconds
+    solutions: int = 1  # ALL, or so many
+    target: Fraction | None = None
+    gap: Gap | None = None
+    seed: int = 0
+    threads: int = 0  # 0: one for each processor
+    memory: int | None = None  # bytes, of all engines together
+    search_options: dict[str, object] = field(default_factory=dict)
+    proof: str | None = None  # a folder
+    log: Callable[[str], None] | None = None
+
+
+class Portfolio:
+    """Solves a model: iterate over events(). Leaving the iteration, by whatever, ends the engines."""
+
+    def __init__(self, model: Model, settings: Settings, started: float | None = None) -> None:
+        """`started`: of the clock time.monotonic(), from which the time counts."""
+        self.model = model
+        self.settings = settings
+        self.has_objective = checking.has_objective(model)
+        self._started = time.monotonic() if started is None else started
+        self._interrupted = False
+        self._folder: WorkFolder | None = None
+        self._complete: CompleteEngine | None = None
+        self._rays: CompleteEngine | None = None
+        self._searches: list[SearchEngine] = []
+        self._best: tuple[Fraction | None, Point] | None = None
+        self._points: dict[tuple[Fraction, ...], Point] = {}  # where more than one is wanted
+        self._good = 0  # of them, so many are proven to be the best ones
+        self._bound: Fraction | None = None
+        self._ray: Point | None = None
+        self._renewal = FIRST_RENEWAL
+        self._next_renewal = FIRST_RENEWAL
+        self._on_grid = False
+        self._notes: list[str] = []
+
+    def interrupt(self) -> None:
+        """The next event is the last one: the answer so far."""
+        self._interrupted = True
+
+    def abandon(self) -> None:
+        """Ends the engines and clears away, at once; for whoever ends the process behind it."""
+        self._stop()
+        if self._folder is not None:
+            self._folder.remove()
+
+    def events(self) -> Generator[Event, None, None]:
+        """Throws LatboxError: ModelError before anything starts, EngineError if no engine can go on."""
+        self._folder = WorkFolder()
+        try:
+            yield from self._run()
+        finally:
+            self.abandon()
+
+    # ------------------------------------------------------------- the course of it
+
+    def _run(self) -> Iterator[Event]:
+        try:
+            self._statement = Statement(self.model, self.settings.digits)
+            self._program = self._statement.program
+            self._on_grid = self._statement.on_grid
+            if not self._program.columns:
+                yield from self._take([], "P")
+                yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
+                return
+            if self._program.cells() > MOST_CELLS:
+                self._notes.append("%d rows by %d columns are far beyond what lattices are for" %
+                                   (len(self._program.conditions), len(self._program.columns)))
+                yield self._end(statuses.UNKNOWN)
+                return
+            yield self._launch()
+        except Infeasible as reason:
+            self._notes.append(str(reason))
+            yield self._end(statuses.INFEASIBLE)
+            return
+        try:
+            status = yield from self._race()
+        except KeyboardInterrupt:
+            status = statuses.INTERRUPTED
+        if status in (None, statuses.INTERRUPTED):
+            yield from self._last_points()
+        yield self._end(status or self._open_status())
+
+    def _launch(self) -> Start:
+        """Starts the engines on their shares of the threads. Throws Infeasible if the search alone is asked and sees it."""
+        settings = self.settings
+        threads = settings.threads or os.cpu_count() or 1
+        rewritten = self._rewritten(0) if self._wants_search() else None
+        searches = 0
+        if rewritten is not None:
+            searches = threads if settings.engine == SEARCH else max(1, threads // THREADS_A_SEARCH)
+        self._threads = 0 if settings.engine == SEARCH else max(1, threads - searches)
+        self._memory = settings.memory // (searches + bool(self._threads)) if settings.memory else None
+        if self._threads:
+            self._start_complete(self._first_mode())
+            self._start_rays()
+        for number in range(searches):
+            self._start_search(number, rewritten if number == 0 else self._rewritten(number))
+        program = rewritten.program if rewritten else self._program
+        return Start(rank(program), tuning(program).kind, searches, self._threads)
+
+    def _is_optimising(self) -> bool:
+        """Two points of the program can differ in the objective."""
+        return bool(self._program.targets)
+
+    def _wants_search(self) -> bool:
+        settings = self.settings
+        return settings.engine != COMPLETE and (settings.solutions == 1 or
+                                                (settings.solutions != ALL and not self._is_optimising()))
+
+    def _rewritten(self, number: int) -> Rewriting | None:
+        """The program of the search under the seed of this number; None where there is nothing to be searched."""
+        try:
+            rewriting = Rewriting(self._program, seed=self.settings.seed + number)
+        except Infeasible as reason:
+            if self.settings.engine == SEARCH and reason.is_proven:
+                raise
+            return None
+        return rewriting if rewriting.program.columns else None
+
+    # ------------------------------------------------------------- engines
+
+    def _first_mode(self) -> Mode:
+        if self.settings.solutions == 1:
+            return Mode.BEST if self._is_optimising() else Mode.FIRST
+        is_listing = self.settings.solutions == ALL or not levels.has_levels(self._program)
+        return Mode.LIST if is_listing else Mode.LEVELS
+
+    def _start_complete(self, mode: Mode, program: Program | None = None) -> None:
+        """Another one that was there ends."""
+        settings = self.settings
+        if self._complete is not None:
+            self._complete.stop()
+        self._mode = mode
+        program = program or self._program
+        task = Task(threads=self._threads, seed=settings.seed)
+        if mode is Mode.LIST:
+            task.all = self._is_optimising()
+            task.limit = 0 if self._is_optimising() else settings.solutions
+        elif mode is Mode.LEVELS:
+            task.ties = True
+            # One more than the best, by which a list that was cut off is told from a run that was.
+            task.limit = max(2, settings.solutions - self._good)
+        elif mode is not Mode.BEST:
+            task.first = True
+            program = unbounded.any_point(program)
+        if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
+            program = self._with_proof(task, program)
+        notes = proof.name_map(self._statement) if task.proof else ""
+        self._complete = CompleteEngine(program, task, self._folder.part("complete"), self._memory, settings.log, notes)
+
+    def _with_proof(self, task: Task, program: Program) -> Program:
+        """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
+        task.proof = proof.folder(self.settings.proof)
+        if not task.first:
+            return program
+        task.first = False
+        return Program(program.columns, program.conditions, [Target({}, -INF)])
+
+    def _start_rays(self) -> None:
+        program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
+        if program is not None:
+            self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
+
+    def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
+        if rewriting is None:
+            return
+        letter = LETTERS[min(number, len(LETTERS) - 1)]
+        count = 0 if self._is_optimising() else self.settings.solutions
+        self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
+                                           self.settings.search_options, self.settings.log))
+
+    def _engines(self) -> list[SearchEngine | CompleteEngine]:
+        return [*self._searches, *filter(None, (self._complete, self._rays))]
+
+    def _stop(self) -> None:
+        for engine in self._engines():
+            engine.stop()
+
+    # ------------------------------------------------------------- the race
+
+    def _race(self) -> Generator[Event, None, str | None]:
+        """Returns the status, None for a stop without a proof."""
+        next_progress = 0.0
+        while True:
+            for engine in [*self._searches, self._complete]:
+                if engine is not None:
+                    yield from self._hear(engine)
+            self._hear_of_rays()
+            yield from self._take_bound()
+            self._renew_searches()
+            status, is_over = self._verdict()
+            if is_over:
+                return status
+            now = self.seconds()
+            if self._interrupted:
+                return statuses.INTERRUPTED
+            if self.settings.time is not None and now >= self.settings.time:
+                return None
+            if now >= next_progress:
+                next_progress = now + BETWEEN_PROGRESS
+                yield self._progress()
+            self._wait()
+
+    def _hear(self, engine: SearchEngine | CompleteEngine) -> Iterator[Event]:
+        """An engine that breaks is left out, as long as there is another one or a point to tell."""
+        try:
+            found = engine.news()
+        except EngineError as error:
+            if engine is self._complete:
+                self._complete = None
+            else:
+                self._searches.remove(engine)
+            engine.stop()
+            if not self._has_point() and not self._searches and self._complete is None:
+                raise
+            self._notes.append(str(error))
+            return
+        for values in found:
+            yield from self._take(values, engine.letter)
+            if isinstance(engine, SearchEngine) and self._is_optimising():
+                norm = self._norm_of(values)
+                engine.best = norm if engine.best is None else min(engine.best, norm)
+
+    def _norm_of(self, values: list[Fraction]) -> Fraction:
+        return self._statement.norm(checking.objective_of(self.model, self._statement.point(values)))
+
+    def _renew_searches(self) -> None:
+        """A search that lags behind the best point begins anew, with a row that asks for better ones."""
+        if self._best is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+            return
+        limit = self._statement.norm(self._best[0])
+        lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
+        if not lagging:
+            return
+        self._next_renewal = self.seconds() + self._renewal
+        self._renewal *= 2
+        for engine in lagging:
+            number = self._searches.index(engine)
+            engine.stop()
+            self._searches.remove(engine)
+            try:
+                rewriting = Rewriting(self._program, limit, self.settings.seed + LETTERS.index(engine.letter))
+            except Infeasible:
+                continue  # there may be none: the complete engine will say so
+            if rewriting.program.columns:
+                self._start_search(LETTERS.index(engine.letter), rewriting)
+                self._searches.insert(number, self._searches.pop())
+
+    def _hear_of_rays(self) -> None:
+        if self._rays is None:
+            return
+        try:
+            steps = self._rays.news()
+        except EngineError as error:
+            self._notes.append(str(error))
+            self._rays = None
+            return
+        if steps:
+            self._ray = self._statement.direction(steps[0])
+            wrong = checking.ray_fault(self.model, self._ray)
+            if wrong:
+                raise InternalError("a ray that was found is none: %s" % wrong)
+        if self._rays.is_over:
+            self._rays.stop()
+            self._rays = None
+            if self._ray is not None and not self._has_point() and self._threads:
+                self._start_complete(Mode.RESCUE)
+
+    def _wait(self) -> None:
+        """For a word of an engine, a tick at most."""
+        tick = TICK
+        if self.settings.time is not None:
+            tick = max(0.0, min(tick, self.settings.time - self.seconds()))
+        with selectors.DefaultSelector() as selector:
+            for engine in self._engines():
+                for pipe in engine.process.pipes():
+                    selector.register(pipe, selectors.EVENT_READ)
+            if selector.get_map():
+                selector.select(tick)
+            else:
+                time.sleep(tick)
+
+    # ------------------------------------------------------------- points and bounds
+
+    def _take(self, values: list[Fraction], letter: str) -> Iterator[Event]:
+        """A point of the program becomes one of the model, if it is one."""
+        x = self._statement.point(values)
+        wrong = checking.fault(self.model, x)
+        if wrong:
+            raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
+        objective = checking.objective_of(self.model, x) if self.has_objective else None
+        is_better = self._best is None or (objective is not None and
+                                           checking.is_better(self.model, objective, self._best[0]))
+        if self.settings.solutions != 1:
+            key = tuple(x)
+            if key in self._points or self._has_enough():
+                return
+            self._points[key] = x
+        elif not is_better:
+            return
+        if is_better:
+            self._best = objective, x
+            if self._complete is not None and letter != self._complete.letter:
+                self._complete.offer(self._statement.columns(x))
+        yield Found(x, objective, self.seconds(), letter)
+
+    def _has_enough(self) -> bool:
+        """So many points without objective as are wanted."""
+        return 0 < self.settings.solutions <= len(self._points) and not self._is_optimising()
+
+    def _take_bound(self) -> Iterator[Event]:
+        if self._complete is None or self._complete.least is None or self._mode is not Mode.BEST:
+            return
+        value = self._statement.objective(self._complete.least)
+        if self._bound is None or checking.is_better(self.model, self._bound, value):
+            self._bound = value
+            yield Bound(value, self.seconds())
+
+    def _has_point(self) -> bool:
+        return self._best is not None
+
+    # ------------------------------------------------------------- verdicts
+
+    def _verdict(self) -> tuple[str | None, bool]:
+        """A status that is proven, if one is, and whether it is over."""
+        if self._ray is not None and self._has_point():
+            self._notes.clear()  # that nothing bounds it is the answer, no complaint
+            return statuses.UNBOUNDED, True
+        if self._complete is not None and self._complete.verdict is not None:
+            word, rest = self._complete.verdict
+            status = self._heard(word, rest)
+            if status is not None or self._complete.is_over:
+                return status, status is not None or self._are_through()
+        if self.settings.solutions == 1 and self._best is not None:
+            objective = self._best[0]
+            if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
+                return statuses.OPTIMAL, True
+            if self._is_good_enough(objective):
+                return None, True
+        if self._has_enough():
+            return statuses.OPTIMAL, True
+        if self._complete is not None and self._complete.open_columns is not None:
+            self._take_open(self._complete.open_columns)
+        return None, self._are_through()
+
+    def _is_good_enough(self, objective: Fraction) -> bool:
+        target, gap = self.settings.target, self.settings.gap
+        if target is not None and not checking.is_better(self.model, target, objective):
+            return True
+        return gap is not None and self._bound is not None and gap.holds(objective, self._bound)
+
+    def _heard(self, word: str, rest: str) -> str | None:
+        """The status that belongs to a verdict, if that can be true; None if it goes on, or says nothing."""
+        if word == "none" and self._mode is not Mode.LEVELS:
+            self._require(not self._has_point(), "there is no point", "one is known")
+            return statuses.INFEASIBLE
+        if self._mode is Mode.LEVELS:
+            return self._heard_of_level(word, rest)
+        if word == "optimum" and not self._is_optimising():
+            return statuses.OPTIMAL
+        if word == "optimum":
+            objective = self._statement.objective(exact.number(rest.split()[0]))
+            known = self._best[0] if self._best else None
+            self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
+            self._bound = objective
+            return statuses.OPTIMAL
+        if word == "all":
+            self._require(int(rest) == len(self._points), "there are %s points" % rest, "%d are known" % len(self._points))
+            return statuses.ALL
+        if word == "found" and not self._is_optimising() and self._has_point():
+            return statuses.OPTIMAL if self.settings.solutions == 1 or self._has_enough() else None
+        return None
+
+    def _heard_of_level(self, word: str, rest: str) -> str | None:
+        """All points of the level are known, or as many as are wanted."""
+        if word == "none":
+            return statuses.ALL if self._has_point() else statuses.INFEASIBLE
+        if word == "found":  # cut off: more ties than are wanted
+            return statuses.OPTIMAL
+        if word != "optimum":
+            return None
+        worst = exact.number(rest.split()[0])
+        # What was met on the way to this level may be worse than it.
+        self._good = sum(self._statement.norm(checking.objective_of(self.model, x)) <= worst for x in self._points.values())
+        if self._good >= self.settings.solutions:
+            return statuses.OPTIMAL
+        self._start_complete(Mode.LEVELS, levels.worse_than(self._program, worst))
+        return None
+
+    def _require(self, holds: bool, says: str, known: str) -> None:
+        if not holds:
+            raise InternalError("latbox-all says that %s, and %s" % (says, known))
+
+    def _take_open(self, columns: list[int]) -> None:
+        """The complete engine cannot begin; it may still find a point."""
+        assert self._complete is not None
+        self._complete.open_columns = []
+        if not columns or self._mode is Mode.RESCUE:
+            return
+        names = self._statement.names(columns)
+        self._notes.append("nothing bounds %s: the complete search cannot come to an end" % ", ".join(names))
+        if self.settings.solutions == 1 and not self._has_point():
+            self._start_complete(Mode.RESCUE)
+
+    def _are_through(self) -> bool:
+        """Whether no engine goes on that could bring an end."""
+        if any(engine is not None and not engine.is_over for engine in (self._complete, self._rays)):
+            return False
+        if all(engine.is_over for engine in self._searches):
+            return True
+        # The search goes on by itself; who has asked for both does not want to wait for it without end.
+        return self.settings.engine != SEARCH and self.settings.time is None and self._has_point()
+
+    # ------------------------------------------------------------- progress and the end
+
+    def seconds(self) -> float:
+        return time.monotonic() - self._started
+
+    def _progress(self) -> Progress:
+        count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
+        progress = Progress(self.seconds(), self._best[0] if self._best else None, self._bound, count)
+        if self._searches:
+            progress.iteration = sum(engine.progress.iteration for engine in self._searches)
+            known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
+            progress.violated = min(known) if known else None
+        if self._complete is not None:
+            progress.nodes = self._complete.progress.nodes
+            progress.share = self._complete.progress.share
+            progress.left = self._complete.progress.left
+        return progress
+
+    def _last_points(self) -> Iterator[Event]:
+        """What the engines have written and nobody has read."""
+        for engine in self._searches:
+            for values in engine.end():
+                yield from self._take(values, engine.letter)
+        if self._complete is not None:
+            patience = PATIENCE if self.settings.solutions != 1 else 0.0
+            for values in self._complete.end(patience):
+                yield from self._take(values, self._complete.letter)
+
+    def _open_status(self) -> str:
+        return statuses.FEASIBLE if self._has_point() else statuses.UNKNOWN
+
+    def _end(self, status: str) -> End:
+        self._stop()
+        if self._on_grid:
+            self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" %
+                               self._statement.grid_text())
+            if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
+                status = self._open_status()
+        points = self._answer_points()
+        objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
+        return End(status, points[0] if points else None, objective, None if self._on_grid else self._bound, points,
+                   len(points), self.seconds(), self._ray if status == statuses.UNBOUNDED else None, self._notes)
+
+    def _answer_points(self) -> list[Point]:
+        """Best first, and no more than were asked for."""
+        if self.settings.solutions == 1:
+            return [self._best[1]] if self._best else []
+        points = list(self._points.values())
+        if self.has_objective:
+            points.sort(key=lambda x: checking.objective_of(self.model, x), reverse=self.model.maximise)
+        return points[: self.settings.solutions or None]

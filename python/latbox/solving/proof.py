@@ -1,0 +1,31 @@
+"""The folder of a proof: the program, with the map of its names as comments, and the proof of the verdict.
+
+The proof speaks of the program. That the program says what the model says is translation, which is tested and not proven: the map
+tells which column is which variable, so that both can be read side by side.
+"""
+
+from __future__ import annotations
+
+import os
+
+from .program import comment
+from .statement import Statement
+
+PROGRAM, PROOF = "program.opt", "program.proof"
+
+
+def folder(path: str) -> str:
+    """The folder is there; the path of the proof in it. Throws OSError."""
+    os.makedirs(path, exist_ok=True)
+    return os.path.abspath(os.path.join(path, PROOF))
+
+
+def name_map(statement: Statement) -> str:
+    """Comment lines: columns and their variables; variables that are fixed and their values."""
+    names = {column: statement.model.variables[j].name for j, column in statement.column_of.items()}
+    lines = ["model %s" % statement.model.name] if statement.model.name else []
+    lines.append("objective = %s (target norm + %s)" % ("-1" if statement.model.maximise else "1", statement.constant))
+    for column in range(len(statement.program.columns)):
+        lines.append("x%d = %s" % (column + 1, names.get(column, "switch of a semi variable")))
+    lines += ["%s = %s" % (statement.model.variables[j].name, value) for j, value in statement.fixed.items()]
+    return "".join("// %s\n" % comment(line) for line in lines)

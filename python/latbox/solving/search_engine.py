@@ -1,0 +1,107 @@
+"""latbox at work on a rewritten program: the points of its .sol file, and how near it is.
+
+Its standard input is its console. By default it prints what changes; once in a while it is asked to tell its statistics for one
+iteration, which holds the number of iterations and how the nearest point breaks its bounds.
+"""
+
+from __future__ import annotations
+
+import os
+import re
+import time
+from collections.abc import Callable
+from dataclasses import dataclass
+from fractions import Fraction
+
+from . import binaries, points
+from .process import Process
+from .rewriting import Rewriting
+from .tuning import tuning
+
+ITERATIONS = re.compile(r"Total iterations: ([0-9]+)")
+NEAREST = re.compile(r"\[len,f,fs,fm,fc,tn\] = \S+ \S+ \S+ \S+ ([0-9]+) ")
+# Seconds between looks at the statistics.
+BETWEEN_LOOKS = 1.0
+
+
+@dataclass
+class Progress:
+    iteration: int = 0
+    violated: int | None = None  # bounds that the nearest point breaks
+
+
+class SearchEngine:
+    """Starts at once; news() is called again and again. It may end by itself, with or without the points asked for."""
+
+    def __init__(self, rewriting: Rewriting, count: int, letter: str, folder: str, memory: int | None = None,
+                 options: dict[str, object] | None = None, log: Callable[[str], None] | None = None) -> None:
+        """`count`: it ends when it has so many points of a program without objective; 0: it does not end."""
+        self.letter = letter
+        self.progress = Progress()
+        self.failure: str | None = None
+        # Of the target norm: what it has found, or was told to stay below.
+        self.best: Fraction | None = rewriting.limit
+        self.is_over = False
+        self._rewriting = rewriting
+        self._seen: set[tuple[Fraction, ...]] = set()
+        self._next_look = time.monotonic() + BETWEEN_LOOKS / 4
+        self._looking = False
+        path = os.path.join(folder, "program.opt")
+        with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
+            file.write(rewriting.program.text())
+        self._file = points.Follower(os.path.join(folder, "program.sol"))
+        keys: dict[str, object] = {"sol": count, **tuning(rewriting.program).options, **(options or {})}
+        arguments = [binaries.find(binaries.SEARCH), *("--%s=%s" % option for option in keys.items()), path]
+        self.process = Process(arguments, folder, memory, log)
+
+    def news(self) -> list[list[Fraction]]:
+        """Points that are new, in the columns of the program that was rewritten."""
+        ended = self.process.status()
+        out, _ = self.process.read()
+        for line in out:
+            self._take(line)
+        found = self._points()
+        if ended is not None:
+            self.is_over = True
+            if ended != 0:
+                self.failure = self.process.words.strip() or "status %d" % ended
+        else:
+            self._look()
+        return found
+
+    def _points(self) -> list[list[Fraction]]:
+        return [self._rewriting.point(z) for z in self._file.points() if self._is_new(z)]
+
+    def _is_new(self, z: list[Fraction]) -> bool:
+        key = tuple(z)
+        if key in self._seen:
+            return False
+        self._seen.add(key)
+        return True
+
+    def _take(self, line: str) -> None:
+        for pattern, key in ((ITERATIONS, "iteration"), (NEAREST, "violated")):
+            match = pattern.search(line)
+            if match:
+                setattr(self.progress, key, int(match[1]))
+                if key == "iteration" and self._looking:
+                    # The nearest point stands behind it in the same block.
+                    self._looking = False
+                    self.process.write("SET verb=0\n")
+                    self._next_look = time.monotonic() + BETWEEN_LOOKS
+
+    def _look(self) -> None:
+        if not self._looking and time.monotonic() >= self._next_look:
+            self._looking = True
+            self.process.write("SET verb=2\n")
+
+    def end(self) -> list[list[Fraction]]:
+        """Ends it, with what it has written."""
+        found = self._points()
+        self.process.stop()
+        return found
+
+    def stop(self) -> None:
+        """Its process is gone when this returns."""
+        self.process.stop()
+        self._file.close()

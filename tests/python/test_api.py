@@ -1,0 +1,275 @@
+"""The package as a library: latbox.solve, latbox.read, solutions(), exact numbers, arrays, Ctrl-C."""
+
+from __future__ import annotations
+
+import os
+import pickle
+import signal
+import sys
+import threading
+import types
+import unittest
+from decimal import Decimal
+from fractions import Fraction
+
+import support  # noqa: F401
+import harness
+from solve_support import FOUR_POINTS, KNAPSACK, NO_POINT, UNBOUNDED, engines_of, hard, hard_objective
+
+import latbox
+from latbox import UsageError
+from latbox.solving.events import Found, Start
+
+FOWLS = [[1, 1, 1], [5, 3, Fraction(1, 3)]]
+BIRDS = [(0, 25, 75), (4, 18, 78), (8, 11, 81), (12, 4, 84)]
+
+
+class ApiCase(harness.Case):
+    def setUp(self) -> None:
+        super().setUp()
+        os.environ["LATBOX_BIN_DIR"] = os.path.dirname(harness.Settings.binary)
+
+    def model(self, name: str, text: str) -> latbox.Model:
+        self.write(name, text)
+        return latbox.read(self.path(name))
+
+    def assert_no_engine(self) -> None:
+        self.assertEqual(engines_of(os.getpid()), [])
+
+
+class SolveTest(ApiCase):
+    def test_equations(self) -> None:
+        result = latbox.solve(FOWLS, [100, 100], 0, 100)
+        self.assertEqual(result.status, "optimal")
+        self.assertIn(result.x, BIRDS)
+        self.assertEqual((result.objective, result.bound, result.points), (None, None, [result.x]))
+        self.assertEqual(sorted(latbox.solve(FOWLS, [100, 100], 0, 100, solutions="all").points), BIRDS)
+        self.assert_no_engine()
+
+    def test_sides_and_objective(self) -> None:
+        result = latbox.solve([[1, 2, 3]], [(None, 10)], 0, [4, 4, 4], objective=[3, 5, 7.5], sense="max")
+        self.assertEqual((result.status, result.objective, result.bound), ("optimal", 27, 27))
+        self.assertEqual(result.x[0] * 3 + result.x[1] * 5 + result.x[2] * Fraction(15, 2), 27)
+        result = latbox.solve([[2, 3]], [(7, 8)], 0, None, objective=[1, 1])
+        self.assertEqual((result.status, result.objective), ("optimal", 3))
+        self.assertEqual(latbox.solve([[2, 2]], [7], 0, 9).status, "infeasible")
+
+    def test_numbers_of_any_kind_and_length(self) -> None:
+        big = 10**6000 + 7
+        self.assertEqual(latbox.solve([[big, 3]], [2 * big + 9], 0, 9).x, (2, 3))
+        self.assertEqual(latbox.solve([[Fraction(1, big), 1]], [Fraction(3, big) + 4], 0, 9).x, (3, 4))
+        self.assertEqual(latbox.solve([[1]], [big], 0, None).x, (big,))
+        self.assertEqual(latbox.solve([[0.1, Decimal("0.01")]], [Decimal("0.35")], 0, [3, 9]).x, (3, 5))
+
+    def test_digits(self) -> None:
+        result = latbox.solve([[2, 3]], [(None, 7.5)], 0, [2, 9], objective=[1, 1], sense="max", digits=[1, 0])
+        self.assertEqual((result.status, result.objective, result.x, result.bound), ("feasible", 3, (2, 1), None))
+        self.assertIn("on a grid of 1 digit", result.notes[0])
+        self.assertEqual(latbox.solve([[2]], [5], 0, 9, digits=2).x, (Fraction(5, 2),))
+        self.assertEqual(latbox.solve([[3]], [1], 0, 9, digits=2).status, "unknown")
+
+    def test_types_of_numbers(self) -> None:
+        result = latbox.solve([[2]], [5], 0, 9, digits=1, objective=[2])
+        self.assertEqual((type(result.x[0]), type(result.objective)), (Fraction, int))
+        self.assertIs(type(latbox.solve([[2]], [4], 0, 9).x[0]), int)
+
+    def test_settings(self) -> None:
+        arguments = ([[3, 4, 5]], [(None, 11)], 0, 9)
+        for engine in ("auto", "complete"):
+            result = latbox.solve(*arguments, objective=[2, 3, 4], sense="max", engine=engine, threads=1, seed=5, time=60)
+            self.assertEqual((result.status, result.objective), ("optimal", 8))
+        result = latbox.solve(*arguments, objective=[2, 3, 4], sense="max", target=1)
+        self.assertIn(result.status, ("feasible", "optimal"))
+        self.assertEqual(len(latbox.solve(*arguments, objective=[2, 3, 4], sense="max", solutions=3).points), 3)
+        self.assertIn(latbox.solve(*arguments, objective=[2, 3, 4], sense="max", gap="50%").status, ("feasible", "optimal"))
+
+    def test_unbounded(self) -> None:
+        result = latbox.solve([[1, -2]], [(None, 3)], [2, 0], None, objective=[1, 1], sense="max")
+        self.assertEqual(result.status, "unbounded")
+        for k in (0, 1, 5, 100):
+            x = [a + k * step for a, step in zip(result.x, result.ray)]
+            self.assertTrue(x[0] - 2 * x[1] <= 3 and x[0] >= 2 and x[1] >= 0 and sum(x) >= sum(result.x) + k)
+
+    def test_wrong_arguments(self) -> None:
+        one = ([[1, 2]], [3], 0, 1)
+        for arguments, settings, message in (
+                (([[1, 2], [3]], [1, 2], 0, 1), {}, "A: row 2 has 1 entries, and the first one has 2"),
+                (([[1, 2]], [1, 2], 0, 1), {}, "A has 1 rows, and b has 2 entries"),
+                (([[1, 2]], [1], 0, [1]), {}, "A has 2 columns, and upper has 1 entries"),
+                (([[1, 2]], [1], [0] * 3, 1), {}, "A has 2 columns, and lower has 3 entries"),
+                (([[1, "a"]], [1], 0, 1), {}, "A: 'a' is not a number"),
+                (([[1, float("nan")]], [1], 0, 1), {}, "A: nan is not a number"),
+                (([[1, 2]], [None], 0, 1), {}, "b: entry 1 is None"),
+                (([], [], 0, 1), {}, "A has no columns"),
+                ((5, [1], 0, 1), {}, "A: a sequence is wanted"),
+                (one, {"objective": [1]}, "A has 2 columns, and objective has 1 entries"),
+                (one, {"sense": "maximise"}, "sense='maximise': 'min' or 'max' is wanted"),
+                (one, {"digits": 19}, "digits=19: a number of digits from 0 to 18 is wanted"),
+                (one, {"digits": 1.5}, "digits=1.5: a number of digits from 0 to 18 is wanted"),
+                (one, {"time": 0}, "time=0: seconds above 0 are wanted"),
+                (one, {"time": "2m"}, "time='2m': seconds above 0 are wanted"),
+                (one, {"solutions": 0}, "solutions=0: a number of points, 1 or more, or 'all' is wanted"),
+                (one, {"engine": "both"}, "engine='both': 'auto', 'search' or 'complete' is wanted"),
+                (one, {"gap": -1}, "gap=-1: a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"gap": "x"}, "gap='x': a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"threads": -1}, "threads=-1: a whole number, 0 or more, is wanted"),
+                (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
+                (one, {"engine": "search", "solutions": "all"},
+                 "solutions='all': the search alone cannot know that it has them all")):
+            with self.assertRaises(UsageError) as caught:
+                latbox.solve(*arguments, **settings)
+            self.assertEqual(str(caught.exception), message)
+
+    def test_no_engine(self) -> None:
+        os.environ["LATBOX_BIN_DIR"] = self.folder
+        with self.assertRaises(latbox.EngineError):
+            latbox.solve([[1, 2]], [3], 0, 1)
+
+
+class ModelTest(ApiCase):
+    def test_read_and_solve(self) -> None:
+        model = self.model("m.lp", KNAPSACK)
+        self.assertEqual(model.names, ("x1", "x2", "x3", "x4", "x5"))
+        result = model.solve(time=60)
+        self.assertEqual((result.status, result.objective, result.x["x4"], result.x[4]), ("optimal", 90, -1, 3))
+        self.assertEqual(result.x.as_dict(), {"x1": 0, "x2": 0, "x3": 0, "x4": -1, "x5": 3})
+        with self.assertRaises(KeyError):
+            result.x["x6"]
+        self.assertEqual(self.model("n.lp", NO_POINT).solve().status, "infeasible")
+        self.assertEqual(self.model("u.lp", UNBOUNDED).solve().status, "unbounded")
+
+    def test_events(self) -> None:
+        seen: list = []
+        self.model("m.lp", KNAPSACK).solve(on_event=seen.append)
+        self.assertIsInstance(seen[0], Start)
+        self.assertTrue(any(isinstance(event, Found) for event in seen))
+
+    def test_fault(self) -> None:
+        model = self.model("m.lp", KNAPSACK)
+        self.assertIsNone(model.fault([0, 0, 0, -1, 3]))
+        self.assertEqual(model.fault([0, 0, 0, 0, 3]), "row cap is 27, and its sides are -inf and 20")
+
+    def test_solutions_are_lazy(self) -> None:
+        model = self.model("f.opt", FOUR_POINTS)
+        self.assertEqual(sorted(model.solutions()), BIRDS)
+        self.assert_no_engine()
+        found = []
+        for x in model.solutions():
+            found.append(x)
+            if len(found) == 2:
+                break
+        self.assertEqual(len(set(found)), 2)
+        self.assert_no_engine()
+
+    def test_leaving_the_loop_ends_a_search_that_would_not(self) -> None:
+        """A box of 2^60 points."""
+        points = latbox.matrix_model([[1] * 60], [(0, 60)], 0, 1).solutions(threads=1)
+        self.assertEqual(len(next(points)), 60)
+        self.assertNotEqual(engines_of(os.getpid()), [])
+        points.close()
+        self.assert_no_engine()
+
+    def test_an_exception_in_the_loop_ends_the_engine(self) -> None:
+        with self.assertRaises(ZeroDivisionError):
+            for _ in self.model("f.opt", FOUR_POINTS).solutions():
+                1 / 0
+        self.assert_no_engine()
+
+    def test_time(self) -> None:
+        self.assertEqual(self.model("h.opt", hard()).solve(time=0.5).status, "unknown")
+        self.assertEqual(list(self.model("h.opt", hard()).solutions(time=0.5)), [])
+
+    def test_points_keep_their_names(self) -> None:
+        point = self.model("m.lp", KNAPSACK).solve().x
+        self.assertEqual(pickle.loads(pickle.dumps(point)).as_dict(), point.as_dict())
+
+    def test_read_errors(self) -> None:
+        self.write("m.lp", "maximize\n obj: x +\n")
+        with self.assertRaises(latbox.ReadError) as caught:
+            latbox.read(self.path("m.lp"))
+        self.assertIsInstance(caught.exception, latbox.LatboxError)
+        self.assertEqual(caught.exception.file, self.path("m.lp"))
+        with self.assertRaises(latbox.ModelError):
+            self.model("c.lp", "min\n obj: x\nst\n c: x >= 0.5\nend\n").solve()
+
+
+class InterruptTest(ApiCase):
+    def test_ctrl_c_keeps_the_best(self) -> None:
+        model = self.model("o.opt", hard_objective())
+        found = threading.Event()
+
+        def interrupt() -> None:
+            found.wait(harness.LIMIT)
+            os.kill(os.getpid(), signal.SIGINT)
+
+        thread = threading.Thread(target=interrupt)
+        thread.start()
+        result = model.solve(on_event=lambda event: found.set() if isinstance(event, Found) else None)
+        thread.join()
+        self.assertEqual(result.status, "interrupted")
+        self.assertIsNone(model.fault(result.x))
+        self.assert_no_engine()
+
+    def test_from_another_thread(self) -> None:
+        results: list = []
+        thread = threading.Thread(target=lambda: results.append(latbox.solve(FOWLS, [100, 100], 0, 100)))
+        thread.start()
+        thread.join()
+        self.assertEqual(results[0].status, "optimal")
+
+
+class ArrayTest(ApiCase):
+    """numpy itself where it is; else what the package asks of it, in a few lines."""
+
+    def numpy(self):
+        try:
+            import numpy
+
+            return numpy
+        except ImportError:
+            return self.paper_numpy()
+
+    def paper_numpy(self):
+        module = types.ModuleType("numpy")
+
+        class Scalar:
+            def __init__(self, value):
+                self.value = value
+
+            def item(self):
+                return self.value
+
+        class Array(list):
+            def __init__(self, values, dtype=None):
+                super().__init__(Array(v) if isinstance(v, (list, tuple)) else v for v in values)
+                self.dtype = dtype
+
+            def __iter__(self):
+                return (v if isinstance(v, Array) else Scalar(v) for v in super().__iter__())
+
+            def tolist(self):
+                return [v.tolist() if isinstance(v, Array) else v for v in super().__iter__()]
+
+        Array.__module__ = "numpy"
+        module.array, module.int64 = Array, "int64"
+        sys.modules["numpy"] = module
+        self.addCleanup(sys.modules.pop, "numpy")
+        return module
+
+    def test_arrays_in_arrays_out(self) -> None:
+        numpy = self.numpy()
+        result = latbox.solve(numpy.array([[1, 1, 1], [5, 3, 2]]), numpy.array([9, 25]), numpy.array([0, 0, 0]),
+                              numpy.array([9, 9, 9]), objective=numpy.array([1, 2, 3]))
+        self.assertEqual(result.status, "optimal")
+        self.assertEqual(type(result.x).__module__, "numpy")
+        x = result.x.tolist()
+        self.assertEqual((sum(x), 5 * x[0] + 3 * x[1] + 2 * x[2]), (9, 25))
+
+    def test_what_does_not_fit(self) -> None:
+        numpy = self.numpy()
+        result = latbox.solve(numpy.array([[1, 1]]), [10**30], 0, [10**30, 0])
+        self.assertEqual(result.x.tolist(), [10**30, 0])
+
+
+if __name__ == "__main__":
+    harness.main()

@@ -1,0 +1,224 @@
+"""latbox-solve end to end: what it answers, by status, exit status and values; its files."""
+
+from __future__ import annotations
+
+import json
+import os
+
+import support  # noqa: F401
+import harness
+import solve_support
+from solve_support import CONTINUOUS, FOUR_POINTS, KNAPSACK, NO_POINT, UNBOUNDED, SolveCase, hard, hard_objective
+
+from latbox.solving import statuses
+
+
+class AnswerTest(SolveCase):
+    def setUp(self) -> None:
+        super().setUp()
+        self.write("m.lp", KNAPSACK)
+
+    def assert_answer(self, result: harness.Result, exit_status: int, **lines: object) -> dict[str, str]:
+        found = self.answer(result)
+        for key, value in lines.items():
+            self.assertEqual(found.get(key), None if value is None else str(value), result.out + result.err)
+        self.assertEqual(result.status, exit_status, result.err)
+        return found
+
+    def test_optimal(self) -> None:
+        for engine in ("auto", "complete"):
+            result = self.solve("--engine", engine, "m.lp")
+            self.assertRegex(result.out, r"\Astatus: optimal\nobjective: 90\nbound: 90\npoints: 1\ntime: [0-9.]+ s\n\n"
+                                         r"x4 = -1\nx5 = 3\n\Z")
+            self.assertEqual(result.status, 10)
+        self.assertEqual(self.left_over(), [])
+
+    def test_all_values(self) -> None:
+        result = self.solve("--all-values", "m.lp")
+        self.assertTrue(result.out.endswith("\n\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\nx5 = 3\n"), result.out)
+
+    def test_quiet_is_the_answer_alone(self) -> None:
+        self.assertEqual(self.solve("--quiet", "m.lp").err, "")
+
+    def test_infeasible(self) -> None:
+        self.write("n.lp", NO_POINT)
+        self.assert_answer(self.solve("n.lp"), 20, status="infeasible", points=0, objective=None)
+        self.assert_answer(self.solve("--zero-exit", "n.lp"), 0, status="infeasible")
+
+    def test_infeasible_before_any_engine(self) -> None:
+        self.write("n.lp", "minimize\n obj: x\nsubject to\n c: x >= 1\nbounds\n 1.2 <= x <= 1.8\ngeneral\n x\nend\n")
+        result = self.solve("n.lp")
+        self.assert_answer(result, 20, status="infeasible", points=0)
+        self.assertIn("note: x has no value: its bounds are 6/5 and 9/5, without a multiple of 1 between them\n", result.err)
+
+    def test_all_points(self) -> None:
+        self.write("f.opt", FOUR_POINTS)
+        result = self.solve("--solutions", "all", "f.opt")
+        self.assert_answer(result, 10, status="all", points=4)
+        for number in range(1, 5):
+            self.assertIn("\n\npoint %d:\n" % number, result.out)
+        self.assert_answer(self.solve("--solutions=5", "f.opt"), 10, status="all", points=4)
+        self.assert_answer(self.solve("--solutions=3", "f.opt"), 10, status="optimal", points=3)
+        self.assert_answer(self.solve("f.opt"), 10, status="optimal", points=1)
+
+    def test_the_best_points_in_their_order(self) -> None:
+        result = self.solve("--solutions", "4", "m.lp")
+        self.assert_answer(result, 10, status="optimal", points=4, objective=90)
+        values = [line.partition("objective ")[2].rstrip(":") for line in result.out.splitlines() if line.startswith("point ")]
+        self.assertEqual(values, sorted(values, reverse=True))
+        everything = self.solve("--solutions", "all", "m.lp")
+        best = [line.partition("objective ")[2].rstrip(":") for line in everything.out.splitlines()
+                if line.startswith("point ")][:4]
+        self.assertEqual(values, best)
+
+    def test_unbounded(self) -> None:
+        self.write("u.lp", UNBOUNDED)
+        result = self.solve("u.lp")
+        self.assert_answer(result, 13, status="unbounded", points=1)
+        self.assertRegex(result.out, r"\n\nx = [0-9]+\ny = [0-9]+\n\nray:\n")
+
+    def test_without_a_point_nothing_is_unbounded(self) -> None:
+        self.write("u.lp", UNBOUNDED.replace("x - 2 y <= 3", "2 x - 2 y = 3"))
+        self.assert_answer(self.solve("u.lp"), 20, status="infeasible")
+
+    def test_a_limit_without_and_with_a_point(self) -> None:
+        self.write("h.opt", hard())
+        self.assert_answer(self.solve("--time", "1", "h.opt"), 12, status="unknown", points=0)
+        self.write("o.opt", hard_objective())
+        self.assert_answer(self.solve("--time=1.5", "--engine=search", "o.opt"), 11, status="feasible", points=1)
+
+    def test_no_time_at_all(self) -> None:
+        self.assert_answer(self.solve("--time=0.001", "m.lp"), 12, status="unknown", points=0)
+
+    def test_target_and_gap(self) -> None:
+        self.write("o.opt", hard_objective())
+        result = self.solve("--target", "1000000", "o.opt")
+        self.assert_answer(result, 11, status="feasible")
+        self.assertLessEqual(int(self.answer(result)["objective"]), 1000000)
+        self.assert_answer(self.solve("--gap", "100000", "o.opt"), 11, status="feasible")
+        self.assert_answer(self.solve("--gap=0", "m.lp"), 10, status="optimal", objective=90)
+
+    def test_a_grid_proves_nothing(self) -> None:
+        self.write("c.lp", CONTINUOUS)
+        self.assertEqual(self.solve("c.lp").err, "latbox-solve: c.lp, line 6, column 2: variable x is continuous: declare it integer, or ask for "
+                                                 "a decimal grid with --digits=N\n")
+        self.assertEqual(self.solve("c.lp").status, 2)
+        result = self.solve("--digits=2", "c.lp")
+        self.assert_answer(result, 11, status="feasible", bound=None)
+        self.assertIn("on a grid of 2 digits", result.err)
+        self.write("c.lp", CONTINUOUS.replace("<= 7.5", "<= -1"))
+        self.assert_answer(self.solve("--digits=2", "c.lp"), 12, status="unknown", points=0)
+
+    def test_an_objective_that_says_nothing(self) -> None:
+        self.write("c.lp", "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n")
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal")
+
+    def test_all_columns_are_fixed(self) -> None:
+        self.write("c.lp", "maximize\n obj: x + 2\nsubject to\n c: x + y <= 7\nbounds\n x = 3\n y = 4\ngeneral\n x y\nend\n")
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=5, x=3, y=4)
+
+    def test_standard_input(self) -> None:
+        self.assert_answer(self.solve("--format=lp", "-", stdin=KNAPSACK.encode()), 10, status="optimal", objective=90)
+
+    def test_seeds_and_threads(self) -> None:
+        for seed in range(3):
+            self.assert_answer(self.solve("--seed=%d" % seed, "--threads=%d" % (1 + 4 * seed), "m.lp"), 10, objective=90)
+
+    def test_the_table_is_what_happens(self) -> None:
+        """Each status of the table is one of the above, and its exit status stands in the documents."""
+        self.assertEqual({(s.name, s.has_point): s.exit_status for s in statuses.TABLE},
+                         {("optimal", True): 10, ("all", True): 10, ("feasible", True): 11, ("interrupted", True): 11,
+                          ("unknown", False): 12, ("interrupted", False): 12, ("unbounded", True): 13, ("infeasible", False): 20})
+
+    def test_models_that_are_none(self) -> None:
+        for name, text, message in (
+                ("a.lp", "minimize\n obj: x +\nend\n", "a.lp, line "),
+                ("missing.lp", None, "missing.lp: No such file or directory"),
+                ("a.xyz", "", "a.xyz: its name does not end in .opt, .lp or .mps")):
+            if text is not None:
+                self.write(name, text)
+            result = self.solve(name)
+            self.assertEqual((result.status, result.out), (2, ""))
+            self.assertTrue(result.err.startswith("latbox-solve: " + message), result.err)
+
+
+class FilesTest(SolveCase):
+    def setUp(self) -> None:
+        super().setUp()
+        self.write("m.lp", KNAPSACK)
+
+    def test_output_and_check(self) -> None:
+        self.assertEqual(self.solve("--output=o.txt", "m.lp").status, 10)
+        self.assertEqual(self.read("o.txt"), "# status: optimal\n# objective: 90\n# point 1\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\n"
+                                             "x5 = 3\n")
+        result = self.solve("--check", "o.txt", "m.lp")
+        self.assertEqual((result.status, result.out), (0, "point 1: ok, objective 90\no.txt: 1 points, all well\n"))
+        self.assertEqual(sorted(os.listdir(self.folder)), ["m.lp", "o.txt", "work"])
+
+    def test_what_check_finds(self) -> None:
+        self.solve("--output=o.txt", "--solutions=2", "m.lp")
+        good = self.read("o.txt")
+        for old, new, status, message in (
+                ("x5 = 3", "x5 = 4", 1, "point 1: wrong: x5 = 4 is outside -1 .. 3\n"),
+                ("x5 = 3", "x5 = 5/2", 1, "point 1: wrong: x5 = 5/2 is not a multiple of 1\n"),
+                ("x1 = 0", "x1 = 3", 1, "point 1: wrong: row cap is 26, and its sides are -inf and 20\n"),
+                ("x1 = 0", "x9 = 0", 2, "latbox-solve: o.txt, line 4: the model has no variable x9\n"),
+                ("x1 = 0", "x2 = 0", 2, "latbox-solve: o.txt, line 5: x2 has a value already\n"),
+                ("x1 = 0\n", "", 2, "latbox-solve: o.txt: point 1 has no value for x1\n"),
+                ("x1 = 0", "x1 = 0.5", 2, "latbox-solve: o.txt, line 4: a line `name = p/q` is wanted\n")):
+            self.write("o.txt", good.replace(old, new, 1))
+            result = self.solve("--check=o.txt", "m.lp")
+            self.assertEqual(result.status, status, result.out + result.err)
+            self.assertIn(message, result.out + result.err)
+        first = good[good.index("# point 1"):good.index("# point 2")]
+        self.write("o.txt", first + first.replace("point 1", "point 2"))
+        result = self.solve("--check=o.txt", "m.lp")
+        self.assertEqual((result.status, result.out.splitlines()[2]), (1, "1 points stand twice"))
+        self.write("o.txt", "")
+        self.assertEqual(self.solve("--check=o.txt", "m.lp").err, "latbox-solve: o.txt: there is no point in it\n")
+        self.assertEqual(self.solve("--check=none", "m.lp").err, "latbox-solve: --check=none: No such file or directory\n")
+
+    def test_log(self) -> None:
+        self.solve("--log=l.txt", "m.lp")
+        log = self.read("l.txt")
+        self.assertRegex(log, r"(?m)^[0-9.]+ latbox-all\[[0-9]+\]: .*-86$")
+        self.assertRegex(log, r"(?m)^[0-9.]+ latbox\[[0-9]+\]: << latbox v")
+
+    def test_options_file(self) -> None:
+        self.write("o.conf", "# mine\nsolutions = 2\n\nquiet\nengine=complete\n")
+        result = self.solve("--options", "o.conf", "m.lp")
+        self.assertEqual((result.status, result.err, self.answer(result)["points"]), (10, "", "2"))
+        self.assertEqual(self.answer(self.solve("--options", "o.conf", "--solutions=3", "m.lp"))["points"], "3")
+
+    def test_proof_folder(self) -> None:
+        if "--proof" not in self.run_complete_help():
+            self.skipTest("this latbox-all writes no proofs")
+        self.assertEqual(self.solve("--proof=p", "m.lp").status, 10)
+        self.assertEqual(sorted(os.listdir(self.path("p"))), ["program.opt", "program.proof"])
+        self.assertIn("// x5 = x5\n", self.read("p/program.opt"))
+        self.assert_proven("optimum -86")
+        self.write("n.lp", NO_POINT)
+        self.assertEqual(self.solve("--proof=p", "n.lp").status, 20)
+        self.assert_proven("none")
+        self.assertEqual(self.solve("--proof=p", "--solutions=all", "m.lp").status, 10)
+        self.assert_proven("all ")
+
+    def assert_proven(self, verdict: str) -> None:
+        result = self.run_latbox_check("--proof=p/program.proof", "p/program.opt")
+        self.assertEqual((result.status, result.err), (0, ""), result.out)
+        self.assertIn(verdict, result.out)
+
+    def run_complete_help(self) -> str:
+        import subprocess
+
+        engine = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        return subprocess.run([engine, "--help"], stdout=subprocess.PIPE, check=True, text=True).stdout
+
+    def test_json_in_place_of_the_answer(self) -> None:
+        result = self.solve("--json=-", "--quiet", "m.lp")
+        events = [json.loads(line) for line in result.out.splitlines()]
+        self.assertEqual((events[0]["event"], events[-1]["event"], result.status), ("start", "end", 10))
+
+
+if __name__ == "__main__":
+    harness.main()

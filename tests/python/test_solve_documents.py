@@ -1,0 +1,48 @@
+"""The tables of docs/solve.md are those of the code."""
+
+from __future__ import annotations
+
+import os
+import re
+import unittest
+
+import support
+import harness
+
+from latbox.front import options
+from latbox.solving import statuses, tuning
+
+
+def table(mark: str) -> list[list[str]]:
+    """The cells of the table between `<!-- mark -->` and its end, without the head."""
+    with open(os.path.join(support.ROOT, "docs", "solve.md"), encoding="utf-8") as file:
+        text = file.read()
+    part = text[text.index("<!-- %s -->" % mark) : text.index("<!-- %s: end -->" % mark)]
+    rows = [[cell.strip() for cell in line.strip("|\n").split(" |")] for line in part.splitlines() if line.startswith("|")]
+    return rows[2:]
+
+
+class DocumentsTest(unittest.TestCase):
+    def test_statuses(self) -> None:
+        rows = [["`%s`" % s.name, "yes" if s.has_point else "no", str(s.exit_status), "%d, %d" % s.pulp, s.meaning]
+                for s in statuses.TABLE]
+        self.assertEqual(table("statuses"), rows)
+
+    def test_options(self) -> None:
+        self.assertEqual([row[0] for row in table("options")], ["`--%s`" % option.name for option in options.TABLE])
+        for row, option in zip(table("options"), options.TABLE):
+            self.assertEqual(bool(row[1]), bool(option.value), row)
+            for text in re.findall(r"`([^`]+)`", row[1]):
+                if option.take is not None and option.value and text not in ("N",):
+                    option.take(text)  # what it shows is taken
+
+    def test_tuning(self) -> None:
+        with open(os.path.join(support.ROOT, "docs", "solve.md"), encoding="utf-8") as file:
+            text = file.read()
+        for kind in tuning.TABLE:
+            words = " ".join("--%s=%d" % item for item in kind.options.items())
+            self.assertRegex(text, r"(?m)^\| %s \| .* \| %s \|" % (kind.kind, "`%s`" % words if words else "the defaults"))
+
+
+if __name__ == "__main__":
+    harness.main()
