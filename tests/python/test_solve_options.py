@@ -93,9 +93,10 @@ class OptionsTest(unittest.TestCase):
         self.assertTrue(options.parse(["-h"]).help)
 
     def test_what_is_no_option(self) -> None:
-        for text in ("--tim=3", "--Time=3", "-t", "--", "---time=3", "--no-quiet"):
-            if text != "--":
-                self.assertEqual(self.refused(text, "m.lp"), text + ": unknown option; --help shows them")
+        for text, near in (("--tim=3", "time"), ("--rtime=0.5", "time"), ("--solution", "solutions"), ("---time=3", "time"),
+                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("--iters=1e3", "")):
+            guess = "is --%s meant? " % near if near else ""
+            self.assertEqual(self.refused(text, "m.lp"), "%s: unknown option; %s--help shows them" % (text, guess))
         self.assertEqual(self.refused("--time=3", "--time", "4", "m.lp"), "--time: it was given before")
         self.assertEqual(self.refused("m.lp", "--time"), "--time: a value is wanted, --time T")
 
@@ -145,8 +146,8 @@ class OptionsFileTest(unittest.TestCase):
         for text, message in (
                 ("\ntime=x\n", "line 2: time=x: " + TIME), ("time\n", "line 1: time: a value is wanted, time=T"),
                 ("quiet=1\n", "line 1: quiet=1: it stands without a value"),
-                ("tim=3\n", "line 1: tim: unknown option; key=value is wanted, the keys are those of --help"),
-                ("--time=3\n", "line 1: --time: unknown option; key=value is wanted, the keys are those of --help"),
+                ("tim=3\n", "line 1: tim: unknown option; is time meant? key=value is wanted, the keys are those of --help"),
+                ("--time=3\n", "line 1: --time: unknown option; is time meant? key=value is wanted, the keys are those of --help"),
                 ("options=x\n", "line 1: options: unknown option; key=value is wanted, the keys are those of --help"),
                 ("seed=1\nseed=2\n", "line 2: seed: it was given before")):
             with self.assertRaises(UsageError) as caught:

@@ -129,6 +129,12 @@ class HeaderTest(SolveCase):
         self.assertEqual(lines[0], "m.lp: 1 binary + 1 integer columns, 1 row, 2 nonzeros, maximise")
         self.assertEqual(lines[1], "coefficients -7 .. 3, sides 9 .. 9, bounds 0 .. 5, lattice of rank 2")
 
+    def test_open_columns(self) -> None:
+        """The finite bounds alone would look like those of a box."""
+        for bounds, told in (("x <= 4", "bounds 0 .. 4 and 1 open column"), ("x free\n y free", "2 open columns"), ("x <= 4\n y <= 1", "bounds 0 .. 4")):
+            lines = self.header("max\n obj: x\nst\n c: 2 x + 3 y <= 9\nbounds\n %s\ngeneral\n x y\nend\n" % bounds)
+            self.assertEqual(lines[1], "coefficients 2 .. 3, sides 9 .. 9, %s, lattice of rank 2" % told)
+
     def test_plain_words(self) -> None:
         lines = self.header("max\n obj: x + y\nst\n c: 3 x + 7 y <= 9\nbounds\n x <= 1\n y <= 5\nend\n")
         self.assertIn("all columns are continuous: that is a linear program, for a simplex or interior-point solver", lines)

@@ -9,6 +9,7 @@ from __future__ import annotations
 import re
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
+from difflib import get_close_matches
 from fractions import Fraction
 from typing import Any
 
@@ -180,7 +181,7 @@ def parse(arguments: Sequence[str]) -> Options:
             continue
         name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
         if name not in BY_NAME:
-            raise UsageError("%s: unknown option; --help shows them" % argument)
+            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name, "--")))
         option = BY_NAME[name]
         if option.value and not sign:
             if not rest:
@@ -193,6 +194,12 @@ def parse(arguments: Sequence[str]) -> Options:
         options.model = one_model(models)
         exclude(options)
     return options
+
+
+def guess(name: str, dashes: str = "") -> str:
+    """What may be meant by a name that is none, in words; "" where nothing is near."""
+    near = get_close_matches(name, BY_NAME, 1) if name not in BY_NAME else []
+    return "is %s%s meant? " % (dashes, near[0]) if near else ""
 
 
 def take(options: Options, option: Option, value: str | None, given: set[str], place: str) -> None:
@@ -225,7 +232,7 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
         name, value = name.strip(), value.strip()
         place = "%s, line %d: %s" % (path, number, name)
         if name not in BY_NAME or name in ("options", "help", "version"):
-            raise UsageError("%s: unknown option; key=value is wanted, the keys are those of --help" % place)
+            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" % (place, guess(name)))
         option = BY_NAME[name]
         if option.value and not sign:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))

@@ -18,7 +18,7 @@ def header(model: Model, name: str, start: Start) -> list[str]:
     lines = ["%s: %s, %s, %s%s" % (name, columns_text(model), counted(len(model.rows), "row"),
                                    counted(nonzeros(model), "nonzero"), sense_text(model))]
     ranges = [text for text in (range_text("coefficients", coefficients(model)), range_text("sides", sides(model)),
-                                range_text("bounds", bounds(model))) if text]
+                                bounds_text(model)) if text]
     lines.append(", ".join(ranges + ["lattice of rank %d" % start.rank]))
     engines = []
     if start.searches:
@@ -67,6 +67,13 @@ def bounds(model: Model) -> Iterable[Fraction]:
 def range_text(word: str, values: Iterable[Fraction]) -> str:
     found = list(values)
     return "%s %s .. %s" % (word, plain(min(found)), plain(max(found))) if found else ""
+
+
+def bounds_text(model: Model) -> str:
+    """Open columns are told apart: a range of the finite bounds alone would look like that of a box."""
+    text = range_text("bounds", bounds(model))
+    is_open = sum(variable.lower == -INF or variable.upper == INF for variable in model.variables)
+    return text + (" and " if text else "") + counted(is_open, "open column") if is_open else text
 
 
 def plain(value: Fraction) -> str:

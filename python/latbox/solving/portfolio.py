@@ -21,9 +21,10 @@ from fractions import Fraction
 from ..errors import EngineError, InternalError
 from ..models.model import INF, Model
 from . import checking, exact, levels, proof, statuses, unbounded
+from .activity import narrowed
 from .complete_engine import CompleteEngine, Task
 from .events import Bound, End, Event, Found, Point, Progress, Start
-from .program import MOST_CELLS, Program, Target
+from .program import MANY_CELLS, MOST_CELLS, Program, Target
 from .rewriting import Rewriting
 from .search_engine import SearchEngine
 from .statement import Infeasible, Statement
@@ -128,7 +129,7 @@ class Portfolio:
 
     def _run(self) -> Iterator[Event]:
         try:
-            self._statement = Statement(self.model, self.settings.digits)
+            self._statement = self._stated()
             self._program = self._statement.program
             self._on_grid = self._statement.on_grid
             if not self._program.columns:
@@ -152,6 +153,13 @@ class Portfolio:
         if status in (None, statuses.INTERRUPTED):
             yield from self._last_points()
         yield self._end(status or self._open_status())
+
+    def _stated(self) -> Statement:
+        """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
+        statement = Statement(self.model, self.settings.digits)
+        if statement.program.cells() <= MANY_CELLS or statement.on_grid:
+            return statement
+        return Statement(narrowed(self.model, statement), self.settings.digits)
 
     def _launch(self) -> Start:
         """Starts the engines on their shares of the threads. Throws Infeasible if the search alone is asked and sees it."""

@@ -17,6 +17,8 @@ Terms = dict[int, Number]  # coefficients by column; none of them is 0
 
 # Numbers in the text of a program that the engines cannot be asked to read.
 MOST_CELLS = 40_000_000
+# That take them a second to read and prepare: worth a closer look at what can be left out.
+MANY_CELLS = 1_000_000
 
 
 @dataclass

@@ -18,25 +18,16 @@ from __future__ import annotations
 
 import math
 import random
-from collections.abc import Callable
-from dataclasses import dataclass
 from fractions import Fraction
 
-from ..models.model import INF, Bound
+from ..models.model import INF
+from .activity import Box, WholeRow
 from .program import Column, Condition, Program, Target, Terms
 from .statement import Infeasible
 
 ROUNDS = 8
 # Bounds of our own: steps from the end that a column has, or from 0 to either side. The least that leaves room is taken.
 FAR = [10**3, 10**6, 10**12]
-
-
-@dataclass
-class _Row:
-    terms: dict[int, int]
-    low: int | None  # None: no side
-    high: int | None
-    name: str
 
 
 class Rewriting:
@@ -72,7 +63,7 @@ class Rewriting:
     def _rewrite(self, far: int, seed: int) -> None:
         self._count_steps()
         self._take_targets()
-        self._propagate()
+        self._box.propagate(self._rows, ROUNDS)
         self._close_columns(far)
         self._fixed = [low if low == high else None for low, high in zip(self._low, self._high)]
         self._kept = [j for j, value in enumerate(self._fixed) if value is None]
@@ -88,26 +79,15 @@ class Rewriting:
         self.program = Program(columns, conditions, [Target(target, -INF)] if target else [])
 
     def _count_steps(self) -> None:
-        columns = self._source.columns
-        self._low = [whole(column.lower, 10**column.digits, math.ceil) for column in columns]
-        self._high = [whole(column.upper, 10**column.digits, math.floor) for column in columns]
-        self._rows = []
-        for row in self._source.conditions:
-            terms, scale = self._whole_terms(row.terms)
-            low, high = whole(row.lower, scale, math.ceil), whole(row.upper, scale, math.floor)
-            self._rows.append(_Row(terms, low, high, row.name))
-
-    def _whole_terms(self, terms: Terms) -> tuple[dict[int, int], int]:
-        """For columns that count steps, with what the row was multiplied by."""
-        steps = {j: Fraction(a) / 10 ** self._source.columns[j].digits for j, a in terms.items()}
-        scale = math.lcm(1, *(a.denominator for a in steps.values()))
-        return {j: int(a * scale) for j, a in steps.items()}, scale
+        self._box = Box(self._source)
+        self._low, self._high = self._box.low, self._box.high
+        self._rows = self._box.whole_rows(self._source)
 
     def _take_targets(self) -> None:
         """One objective, to be minimised, as Fractions for whole columns: its value is the target norm."""
         self._objective: dict[int, Fraction] = {}
         for target in self._source.targets:
-            terms, scale = self._whole_terms(target.terms)
+            terms, scale = self._box.whole_terms(target.terms)
             if abs(target.wanted) == INF:
                 sign = -1 if target.wanted == INF else 1
                 for j, a in terms.items():
@@ -117,13 +97,13 @@ class Rewriting:
         if self.limit is not None and self._objective:
             scale = math.lcm(1, *(a.denominator for a in self._objective.values()))
             terms = {j: int(a * scale) for j, a in self._objective.items() if a}
-            self._rows.append(_Row(terms, None, math.ceil(self.limit * scale) - 1, "better than what is known"))
+            self._rows.append(WholeRow(terms, None, math.ceil(self.limit * scale) - 1, "better than what is known"))
 
     def _take_goal(self, terms: dict[int, int], scale: int, wanted: Fraction) -> None:
         more = wanted.denominator // math.gcd(wanted.denominator, scale)
         terms, scale = {j: a * more for j, a in terms.items()}, scale * more
         value = int(wanted * scale)
-        least, greatest = self._activity(terms)
+        least, greatest = self._box.activity(terms)
         for sign, most in ((-1, None if greatest is None else max(0, greatest - value)),
                            (1, None if least is None else max(0, value - least))):
             j = len(self._low)
@@ -131,64 +111,9 @@ class Rewriting:
             self._high.append(most)
             terms[j] = sign
             self._objective[j] = Fraction(1, scale)
-        self._rows.append(_Row(terms, value, value, "a value to be reached"))
+        self._rows.append(WholeRow(terms, value, value, "a value to be reached"))
 
     # ------------------------------------------------------------- bounds
-
-    def _activity(self, terms: dict[int, int]) -> tuple[int | None, int | None]:
-        """The least and the greatest value, as far as there are any."""
-        least: int | None = 0
-        greatest: int | None = 0
-        for j, a in terms.items():
-            low, high = (self._low[j], self._high[j]) if a > 0 else (self._high[j], self._low[j])
-            least = None if least is None or low is None else least + a * low
-            greatest = None if greatest is None or high is None else greatest + a * high
-        return least, greatest
-
-    def _propagate(self) -> None:
-        for _ in range(ROUNDS):
-            if not any([self._narrow(row) for row in self._rows]):
-                return
-
-    def _narrow(self, row: _Row) -> bool:
-        """Bounds of its columns from the row; true if one was found."""
-        found = False
-        if row.high is not None:
-            found = self._narrow_side(row.terms, 1, row.high, row.name)
-        if row.low is not None:
-            found = self._narrow_side(row.terms, -1, -row.low, row.name) or found
-        return found
-
-    def _narrow_side(self, terms: dict[int, int], sign: int, side: int, name: str) -> bool:
-        """sign * terms <= side."""
-        rest = side
-        missing = []
-        for j, a in terms.items():
-            end = self._low[j] if sign * a > 0 else self._high[j]
-            if end is None:
-                missing.append(j)
-                if len(missing) > 1:
-                    return False
-            else:
-                rest -= sign * a * end
-        if not missing and rest < 0:
-            raise Infeasible("row %s cannot hold" % name)
-        found = False
-        for j in missing or terms:
-            a = sign * terms[j]
-            end = 0 if missing else self._low[j] if a > 0 else self._high[j]
-            # a (z - end) <= rest
-            if a > 0:
-                most = end + rest // a
-                if self._high[j] is None or most < self._high[j]:
-                    self._high[j], found = most, True
-            else:
-                least = end - rest // -a
-                if self._low[j] is None or least > self._low[j]:
-                    self._low[j], found = least, True
-            if self._low[j] is not None and self._high[j] is not None and self._low[j] > self._high[j]:
-                raise Infeasible("row %s leaves a column no value" % name)
-        return found
 
     def _close_columns(self, far: int) -> None:
         if not any(end is None for end in self._low + self._high):
@@ -199,12 +124,12 @@ class Rewriting:
                 self._low[j] = -far if high is None else high - far
             if high is None:
                 self._high[j] = far if low is None else low + far
-        self._propagate()
+        self._box.propagate(self._rows, ROUNDS)
 
     # ------------------------------------------------------------- what is written
 
-    def _condition(self, row: _Row) -> Condition | None:
-        least, greatest = self._activity(row.terms)
+    def _condition(self, row: WholeRow) -> Condition | None:
+        least, greatest = self._box.activity(row.terms)
         low = least if row.low is None else max(row.low, least)
         high = greatest if row.high is None else min(row.high, greatest)
         if low <= least and high >= greatest:
@@ -226,7 +151,3 @@ class Rewriting:
         scale = math.lcm(*(a.denominator for a in terms.values()))
         factor = math.gcd(*(int(a * scale) for a in terms.values()))
         return {j: int(a * scale) // factor for j, a in terms.items()}
-
-
-def whole(bound: Bound, scale: int, towards: Callable[[Fraction], int]) -> int | None:
-    return None if abs(bound) == INF else towards(Fraction(bound) * scale)
