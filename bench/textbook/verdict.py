@@ -46,12 +46,14 @@ def is_proven(cell: Cell) -> bool:
 def words(cell: Cell, wrong: str) -> str:
     """One cell of the table."""
     cpu = "%.1f s" % cell["cpu"]
+    if cell["claim"] == "failed":
+        return "**failed**: %s, %s" % (cell["fault"], cpu)
     if wrong:
         return "**wrong**: %s: %s, %s" % (cell["claim"], wrong, cpu)
     if cell["claim"] == "none":
         return "nothing, %s" % cpu
     value = "" if cell["objective"] is None else " " + cell["objective"]
-    verified = "" if cell["claim"] == "infeasible" else ", verified"
+    verified = ", unverified" if cell["claim"] == "infeasible" else ", verified"
     return "%s%s, %s%s" % (cell["claim"], value, cpu, verified)
 
 

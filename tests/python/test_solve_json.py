@@ -78,6 +78,12 @@ class JsonTest(SolveCase):
                     self.assertTrue(well, "%s: %s is %r, no %s" % (event["event"], key, event[key], kinds[key]))
         self.assertEqual(seen, set(schema))
 
+    def test_an_end_before_anything_began(self) -> None:
+        self.write("m.lp", KNAPSACK)
+        end, = self.events("--time=0.001", "m.lp")
+        self.assertEqual((end["event"], end["status"], end["values"]), ("end", "unknown", None))
+        self.assertEqual(json.loads(self.solve("--time=0.001", "--json=-", "m.lp").out)["status"], "unknown")
+
     def test_the_last_line_is_the_answer(self) -> None:
         self.write("m.lp", KNAPSACK)
         end = self.events("m.lp")[-1]
