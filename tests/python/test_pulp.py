@@ -226,7 +226,7 @@ def fractional_coefficients() -> Any:
 
 @model
 def odd_names() -> Any:
-    problem = LpProblem("odd names", LpMaximize)
+    problem = LpProblem("odd", LpMaximize)
     x, y, z = (whole(name, 0, 4) for name in ("a [1]->b", "e9", "\u00e4 % {free}"))
     problem += x + 2 * y + 4 * z, "the objective: a + b"
     problem += 3 * x + 2 * y + 5 * z <= 23, "row <= 1"
@@ -320,21 +320,35 @@ class PulpCase(harness.Case):
         return problem
 
 
+def default_solver() -> Any:
+    """PuLP's default is cbc. Debian leaves the copy out that PuLP would bring along, and the package depends on Debian's own;
+    LpSolverDefault may be something else there, as other solvers are installed, which cannot read each of the models."""
+    return pulp.COIN_CMD(msg=False)
+
+
+def objective(problem: Any) -> Any:
+    """Its value; PuLP leaves 0 times a variable of its own, which has no value, where there was a constant alone."""
+    if problem.objective is None:
+        return None
+    return problem.objective.constant + sum(factor * variable.varValue for variable, factor in problem.objective.items() if factor)
+
+
 class AsTheDefaultSolverTest(PulpCase):
     def test_models(self) -> None:
         self.assertGreaterEqual(len(MODELS), 20)
-        default = pulp.LpSolverDefault
-        default.msg = False
+        default = default_solver()
         seen = set()
         for build in MODELS:
             with self.subTest(build.__name__):
                 theirs, ours = build(), build()
                 theirs.solve(default)
                 told = self.solve(ours)
-                self.assertEqual(told, (theirs.status, theirs.sol_status))
+                self.assertEqual(told[0], theirs.status)
+                # Of what is infeasible in whole numbers alone PuLP says (-1, 0) where cbc did it, (-1, -1) where others did.
+                self.assertIn(theirs.sol_status, (told[1], 0) if told[0] == pulp.LpStatusInfeasible else (told[1],))
                 seen.add(told)
                 if told == (1, 1):
-                    self.assertEqual(pulp.value(ours.objective), pulp.value(theirs.objective))
+                    self.assertEqual(objective(ours), objective(theirs))
                     self.assertTrue(all(type(variable.varValue) is int for variable in ours.variables()))
                     self.assertTrue(all(variable.valid(0) for variable in ours.variables()))
                     self.assertTrue(all(constraint.valid(1e-9) for constraint in ours.constraints.values()))
@@ -402,9 +416,9 @@ class ProblemTest(PulpCase):
         problem = LpProblem("tenths", LpMinimize)
         x, y = whole("x", 0, 5), whole("y", 0, 5)
         problem += 0.1 * x + 0.2 * y == 0.3
-        problem += x >= 2
+        problem += x == 2, "even"
         self.assertEqual(self.solve(problem), (-1, -1))
-        del problem.constraints["_C2"]
+        del problem.constraints["even"]
         self.assertEqual(self.solve(problem), (1, 1))
         self.assertEqual(x.varValue + 2 * y.varValue, 3)
 
