@@ -1,19 +1,19 @@
 #include "check/command.h"
 
-#include <cerrno>
-#include <cstring>
 #include <exception>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <optional>
 
-#include "check/judge_file.h"
+#include "check/proof_command.h"
+#include "check/report.h"
+#include "check/text_file.h"
 
 namespace latbox::check {
 namespace {
 
 constexpr const char* HELP =
     R"(usage: latbox-check [--quiet] FILE.opt [FILE.sol]
+       latbox-check --proof=FILE [--threads=N] [--part=K/N | --join=FILE] [--quiet] FILE.opt [FILE.all]
 
 Checks the solutions that latbox or latbox-all has written for a program, without trusting them: reads both files by
 itself and computes every figure again, exactly. FILE.sol is NAME.sol beside NAME.opt unless it is given; latbox-all
@@ -35,13 +35,21 @@ Programs with such rows or bounds are warned of, whether a solution is wrong or 
 A figure that holds with a reservation has a note: a distance from a target with a value that is claimed too large
 by an even number, a slack norm that the solver takes from other rows, the rounding of standard precision.
 
-  --quiet     the verdict only
-  --help      this text
-  --version   the version
+With --proof the verdict of latbox-all is checked instead, by the proof that it has written: no point, all points, or
+the optimum. The last line is the verdict behind the word "proof:", or why the proof is refused. If FILE.all is given
+too, its lines must be exactly the points of the verdict.
 
-Exit status: 0 all well, also where there is no solution to check; 1 a solution is wrong; 2 a file is missing,
-unreadable or no such file by its content. A NAME.sol that is not there is no error unless it was given: the solver
-removes it when it has no solutions.
+  --proof=FILE  check this proof
+  --threads=N   with so many threads (default 1)
+  --part=K/N    only the K-th of N parts of the work; prints one line, which is no verdict
+  --join=FILE   the verdict from the lines of all parts, instead of the work
+  --quiet       no lines for single solutions
+  --help        this text
+  --version     the version
+
+Exit status: 0 all well, also where there is no solution to check; 1 a solution is wrong, or a proof is refused; 2 a
+file is missing, unreadable or no such file by its content. A NAME.sol that is not there is no error unless it was
+given: the solver removes it when it has no solutions.
 )";
 
 struct Settings {
@@ -49,7 +57,52 @@ struct Settings {
   bool help = false;
   bool version = false;
   std::vector<std::string> files;
+  // With --proof.
+  proof::Settings proof;
+  // Given without --proof this one would do nothing: its name.
+  std::string needsProof;
 };
+
+// The value behind "--name="; nothing for another argument. An empty value is none.
+std::optional<std::string> valueOf(const std::string& argument, const std::string& name) {
+  const std::string begin = "--" + name + "=";
+  if (!argument.starts_with(begin)) return std::nullopt;
+  if (argument.size() == begin.size()) throw Unreadable(begin + " has no value");
+  return argument.substr(begin.size());
+}
+
+bool takeProofOption(const std::string& argument, Settings& settings) {
+  if (const auto file = valueOf(argument, "proof")) {
+    settings.proof.proof = *file;
+    return true;
+  }
+  if (const auto file = valueOf(argument, "join"))
+    settings.proof.join = *file;
+  else if (const auto number = valueOf(argument, "threads"))
+    proof::takeThreads(*number, settings.proof);
+  else if (const auto part = valueOf(argument, "part"))
+    proof::takePart(*part, settings.proof);
+  else
+    return false;
+  settings.needsProof = argument;
+  return true;
+}
+
+// Throws Unreadable.
+void requireSense(Settings& settings) {
+  if (settings.help || settings.version) return;
+  const std::vector<std::string>& files = settings.files;
+  if (files.empty() || files.size() > 2) throw Unreadable("one or two files are needed: FILE.opt [FILE.sol]");
+  proof::Settings& proof = settings.proof;
+  if (proof.proof.empty() && !settings.needsProof.empty())
+    throw Unreadable(settings.needsProof + " needs --proof=FILE");
+  if (proof.isPart && !proof.join.empty()) throw Unreadable("--part and --join exclude each other");
+  if (proof.isPart && files.size() == 2)
+    throw Unreadable("a part compares no points: leave " + files[1] + " out");
+  proof.program = files[0];
+  if (files.size() == 2) proof.points = files[1];
+  proof.quiet = settings.quiet;
+}
 
 // Throws Unreadable.
 Settings parseArguments(const std::vector<std::string>& arguments) {
@@ -61,66 +114,15 @@ Settings parseArguments(const std::vector<std::string>& arguments) {
       settings.help = true;
     else if (argument == "--version")
       settings.version = true;
+    else if (takeProofOption(argument, settings))
+      continue;
     else if (argument.starts_with("-"))
       throw Unreadable("unknown option " + argument + "; --help shows them");
     else
       settings.files.push_back(argument);
   }
-  const bool asks = settings.help || settings.version;
-  if (!asks && (settings.files.empty() || settings.files.size() > 2))
-    throw Unreadable("one or two files are needed: FILE.opt [FILE.sol]");
+  requireSense(settings);
   return settings;
-}
-
-std::string readFile(const std::string& path) {
-  errno = std::filesystem::is_directory(path) ? EISDIR : 0;
-  std::ifstream file;
-  if (errno == 0) file.open(path, std::ios::binary);
-  std::ostringstream text;
-  if (file.is_open() && file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
-  if (!file.is_open() || file.bad() || text.bad())
-    throw Unreadable(errno != 0 ? std::strerror(errno) : "cannot be read");
-  return std::move(text).str();
-}
-
-// Does what reads the file; the file's name stands before what is wrong with it.
-template <class Reading>
-auto named(const std::string& path, Reading reading) {
-  try {
-    return reading();
-  } catch (const Unreadable& unreadable) {
-    throw Unreadable(path + ": " + unreadable.what());
-  }
-}
-
-std::string joined(const std::vector<std::string>& texts) {
-  constexpr std::size_t SHOWN = 5;
-  std::string line;
-  for (std::size_t i = 0; i < texts.size() && i < SHOWN; ++i) line += (i > 0 ? "; " : "") + texts[i];
-  if (texts.size() > SHOWN) line += "; and " + std::to_string(texts.size() - SHOWN) + " more";
-  return line;
-}
-
-void print(std::ostream& out, std::size_t number, const Solution& solution, const Judgement& judgement) {
-  out << "solution " << number << ": ";
-  if (judgement.faults.empty())
-    out << "ok, target norm " << shown(solution.targetNorm) << ", slack norm " << shown(solution.slackNorm);
-  else
-    out << "wrong (line " << solution.line << "): " << joined(judgement.faults);
-  if (judgement.faults.empty() && !judgement.notes.empty()) out << "; note: " << joined(judgement.notes);
-  out << '\n';
-}
-
-std::string counted(std::size_t number) {
-  return number == 1 ? "1 solution" : std::to_string(number) + " solutions";
-}
-
-std::string verdict(std::size_t count, std::size_t wrong, long tornLine) {
-  std::string text = counted(count) + ", all well";
-  if (count == 0) text = "no solutions to check";
-  if (wrong > 0) text = std::to_string(wrong) + " of " + counted(count) + " wrong";
-  if (tornLine > 0) text += "; line " + std::to_string(tornLine) + " is torn, and no solution";
-  return text;
 }
 
 class Run {
@@ -156,16 +158,9 @@ class Run {
   }
 
   ExitStatus judge(const std::string& sol) {
-    SolutionFile file(sol);
-    std::size_t count = 0;
-    std::size_t wrong = 0;
-    judgeFile(program_, file, [&](std::size_t number, const Solution& solution, const Judgement& judgement) {
-      count = number;
-      wrong += judgement.faults.empty() ? 0 : 1;
-      if (!settings_.quiet) print(out_, number, solution, judgement);
-    });
-    out_ << sol << ": " << verdict(count, wrong, file.tornLine()) << '\n';
-    return wrong == 0 ? ALL_WELL : SOMETHING_WRONG;
+    const Report found = report(program_, sol, settings_.quiet, out_);
+    out_ << sol << ": " << verdictOf(found) << '\n';
+    return found.wrong == 0 ? ALL_WELL : SOMETHING_WRONG;
   }
 
   Settings settings_;
@@ -183,6 +178,7 @@ ExitStatus run(const std::vector<std::string>& arguments, std::ostream& out) {
     out << "latbox-check v" << VERSION << '\n';
     return ALL_WELL;
   }
+  if (!settings.proof.proof.empty()) return proof::runProof(settings.proof, out);
   return Run(settings, out).result();
 }
 

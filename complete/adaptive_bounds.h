@@ -31,10 +31,6 @@ class AdaptiveBounds {
   // As NodeBounds; where there are none, nothing is ever excluded.
   AdaptiveBounds(const BoxLattice& lattice, const std::vector<double>& reach);
 
-  void narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-    bounds_.narrow(coordinate, low, high);
-  }
-
   // The search comes to a node of level t.
   void enter(std::size_t t) { states_[t] = levels_[t].isOn ? State::WANTED : State::OFF; }
 

@@ -28,7 +28,6 @@ class Builder {
       if (!useResidues()) return std::nullopt;
     } while (again_);
     listEquations();
-    reduceAgain(lattice_, SMALL_BLOCK, 0);
     return std::move(lattice_);
   }
 
@@ -207,8 +206,14 @@ void reduceAgain(BoxLattice& lattice, int blockSize, unsigned long seed) {
   Reducer(lattice).reduce(blockSize, seed);
 }
 
-std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {
+std::optional<BoxLattice> unreducedLatticeOf(IntegerProgram program) {
   return Builder(program).result();
+}
+
+std::optional<BoxLattice> boxLatticeOf(IntegerProgram program) {
+  auto lattice = unreducedLatticeOf(std::move(program));
+  if (lattice) reduceAgain(*lattice, SMALL_BLOCK, 0);
+  return lattice;
 }
 
 }  // namespace latbox::complete

@@ -39,5 +39,7 @@ bool takeBasis(BoxLattice& lattice, const IntegerMatrix& rows);
 // The lattice of a program, its basis reduced in small blocks. Nothing: the program has no point, by proof.
 // Requires finite ranges of all variables. Throws ReductionFailure.
 std::optional<BoxLattice> boxLatticeOf(IntegerProgram program);
+// The same by the basis that its construction brings.
+std::optional<BoxLattice> unreducedLatticeOf(IntegerProgram program);
 
 }  // namespace latbox::complete

@@ -54,14 +54,6 @@ bool Certificates::takeNumbers() {
   return true;
 }
 
-void Certificates::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-  const Integer& least = lattice_.low[coordinate];
-  const Integer& most = lattice_.high[coordinate];
-  const Integer from = std::clamp(low, least, most);
-  box_.low[coordinate] = from.get_d();
-  box_.high[coordinate] = std::clamp(high, from, most).get_d();
-}
-
 void Certificates::move(std::vector<double>& to, const std::vector<double>& from, std::size_t row,
                         double lambda) const {
   for (std::size_t j = 0; j < from.size(); ++j) to[j] = from[j] + lambda * rows_[row][j];

@@ -48,9 +48,6 @@ class Certificates {
   // Whether the numbers are short enough; the other calls require it.
   bool exist() const { return exist_; }
 
-  // Narrows the range of a coordinate to what lies in [low, high]; where nothing does, to an end of the box.
-  void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
-
   // p of the root, and the step from p of a level to that of the next: exact where the node can have a point.
   const std::vector<double>& point() const { return point_; }
   void move(std::vector<double>& to, const std::vector<double>& from, std::size_t row, double lambda) const;
@@ -62,7 +59,7 @@ class Certificates {
   // there is no bound. For a refutation: below 0 there is no point.
   double evaluate(const Certificate& certificate, const std::vector<double>& partial) const;
 
-  // The ends of the ranges as they are now.
+  // The ends of the ranges.
   const RealBox& box() const { return box_; }
 
  private:

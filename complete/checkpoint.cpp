@@ -1,8 +1,5 @@
 #include "complete/checkpoint.h"
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -12,7 +9,6 @@ namespace latbox::complete {
 namespace {
 
 constexpr const char* HEAD = "latbox-all checkpoint 2";
-constexpr const char* NEXT = ".tmp";
 
 void write(std::ostream& out, const std::optional<IntegerVector>& point) {
   if (!point) {
@@ -194,17 +190,7 @@ Checkpoint parseCheckpoint(std::string_view text) {
 }
 
 void writeCheckpoint(const std::string& path, const Checkpoint& checkpoint, bool surely) {
-  const std::string next = path + NEXT;
-  errno = 0;
-  std::ofstream file(next, std::ios::binary | std::ios::trunc);
-  file << textOf(checkpoint);
-  file.close();
-  if (!file.good())
-    throw WriteFailure(next + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
-  if (surely) synchronise(next);
-  std::error_code error;
-  std::filesystem::rename(next, path, error);
-  if (error) throw WriteFailure(path + ": " + error.message());
+  replaceFile(path, textOf(checkpoint), surely);
 }
 
 std::optional<Checkpoint> readCheckpoint(const std::string& path) {

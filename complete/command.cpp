@@ -15,8 +15,11 @@
 #include "complete/options.h"
 #include "complete/outlook.h"
 #include "complete/points_file.h"
+#include "complete/proof/prover.h"
 #include "complete/reduction.h"
+#include "complete/vipr/vipr.h"
 #include "complete/watch.h"
+#include "complete/write_failure.h"
 
 namespace latbox::complete {
 namespace {
@@ -74,6 +77,34 @@ void guardPaths(const Options& options) {
                      "is there and is no regular file");
 }
 
+// A proof takes the place of a file that is none of the run's own.
+void guardProof(const Options& options) {
+  if (options.proof.empty()) return;
+  const std::string extension = std::filesystem::path(options.proof).extension().string();
+  bool refused = extension == ".opt" || extension == ".sol" || extension == ".lat";
+  for (const std::string& path : {options.proof, options.proof + BESIDE}) {
+    refused = refused || isSameFile(path, options.file) || isSameFile(path, basePath(options));
+    for (const std::string& own : ownPaths(options)) refused = refused || isSameFile(path, own);
+  }
+  if (refused)
+    throw BadInput("--proof=" + options.proof +
+                   ": a proof is not written over a program, a file of the solver, or the points");
+  for (const std::string& path : {options.proof, options.proof + BESIDE})
+    if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path))
+      throw BadInput("--proof=" + options.proof + ": " + (path == options.proof ? "" : path + " ") +
+                     "is there and is no regular file");
+}
+
+// What a verdict of this form claims.
+Norms normsOfVerdict(const std::string& text) {
+  std::istringstream words(text);
+  std::string optimum;
+  std::string target;
+  std::string slack = "0";
+  words >> optimum >> target >> slack;
+  return {parseRational(target), parseRational(slack.empty() ? "0" : slack)};
+}
+
 // The text that the file of this run goes by in a checkpoint: the program, and what may not change.
 std::string identityOf(const Options& options, const std::string& program) {
   std::string text = VERSION;
@@ -87,17 +118,16 @@ void print(const std::string& text) {
     throw WriteFailure("standard output cannot be written");
 }
 
-int printVerdict(const std::string& text, int status) {
-  print("verdict: " + text + "\n");
-  return status;
-}
-
 class Run {
  public:
   explicit Run(const Options& options) : Run(options, readFile(options.file)) {}
 
   int result() {
-    if (past_ && !past_->verdict.empty()) return tellAgain();
+    if (past_ && !past_->verdict.empty()) {
+      const Verdict verdict{past_->verdict, past_->status, true};
+      tell(verdict, past_->file.count);
+      return proven(verdict, past_->file.count);
+    }
     control_.threads = threads();
     control_.keepEvery = options_.checkpoint;
     if (!options_.quiet)
@@ -110,7 +140,8 @@ class Run {
     const Verdict verdict = verdictOf(outcome);
     if (verdict.isLast) verdict_ = &verdict;
     journal.save();
-    return tell(verdict);
+    tell(verdict, results_.count());
+    return proven(verdict, results_.count());
   }
 
  private:
@@ -128,6 +159,7 @@ class Run {
         results_(program_, options.count ? "" : basePath(options), options.text,
                  [this] { keepOther(checkpointPath(options_)); }) {
     guardPaths(options);
+    guardProof(options);
     if (!options.best.empty())
       known_.emplace(program_, options.best, control_.known);
     else if (options.resume)
@@ -237,16 +269,51 @@ class Run {
             true};
   }
 
-  int tell(const Verdict& verdict) const {
-    if (options_.ties && verdict.status == PROVEN)
-      print("best points: " + std::to_string(results_.count()) + "\n");
-    return printVerdict(verdict.text, verdict.status);
+  void tell(const Verdict& verdict, unsigned long count) const {
+    if (options_.ties && verdict.status == PROVEN) print("best points: " + std::to_string(count) + "\n");
+    print("verdict: " + verdict.text + "\n");
   }
 
-  int tellAgain() const {
-    if (options_.ties && past_->status == PROVEN)
-      print("best points: " + std::to_string(past_->file.count) + "\n");
-    return printVerdict(past_->verdict, past_->status);
+  // The exit status; before that the proof, if one is wanted. The verdict stands without it.
+  int proven(const Verdict& verdict, unsigned long count) {
+    if (options_.proof.empty()) return verdict.status;
+    if (!verdict.isLast || (verdict.status != PROVEN && verdict.status != NONE)) {
+      tellNoProof("the run was stopped");
+      return verdict.status;
+    }
+    proof::Claim claim;
+    if (verdict.status == PROVEN && !listsAll()) claim.best = normsOfVerdict(verdict.text);
+    if (verdict.status == PROVEN && (listsAll() || options_.ties)) claim.count = count;
+    control_.threads = threads();
+    if (!options_.quiet)
+      control_.announce = [](double nodes, double, std::size_t) {
+        std::fprintf(stderr, "for the proof a walk of about %.2g nodes follows\n", nodes);
+      };
+    control_.done = -1;
+    const Watch watch({options_.rtime, true}, results_, control_, [status = verdict.status] {
+      tellNoProof("the run was stopped");
+      _exit(status);
+    });
+    try {
+      replaceFile(options_.proof,
+                  options_.vipr ? vipr::certificateOf(program_, claim, control_)
+                                : proof::proofOf(program_, claim, control_),
+                  true);
+    } catch (const vipr::NotOfItsKind& e) {
+      tellNoProof(e.what());
+      return BAD_INPUT;
+    } catch (const proof::NoProof& e) {
+      tellNoProof(e.what());
+    } catch (const ReductionFailure& e) {
+      tellNoProof(e.what());
+    } catch (const WriteFailure& e) {
+      tellNoProof(e.what());
+    }
+    return verdict.status;
+  }
+
+  static void tellNoProof(const std::string& reason) {
+    std::fprintf(stderr, "latbox-all: no proof was written: %s\n", reason.c_str());
   }
 
   // On the watch's thread: the search does not answer, and what is known is told without it. The last
@@ -255,7 +322,10 @@ class Run {
     int status = FAILURE;
     try {
       if (!results_.close()) return;
-      status = tell(verdictOf(Outcome::STOPPED));
+      const Verdict verdict = verdictOf(Outcome::STOPPED);
+      status = verdict.status;
+      tell(verdict, results_.count());
+      if (!options_.proof.empty()) tellNoProof("the run was stopped");
     } catch (const std::exception& e) {
       std::fprintf(stderr, "latbox-all: %s\n", e.what());
     }

@@ -186,9 +186,9 @@ class TableBuilder {
     const Float slip = (drift + unit_ * (sizes + size) * (2 * (k_ - t) + 8)) * WIDER;
     const Float inverse = t == k_ && size == 0 ? zero() : Float(1 / gso_.norms[t]);
     assign(level.inverseNorm, inverse);
-    assignUp(level.size, size);
     assignUp(level.slip, slip);
-    level.most = level.least = level.size;
+    assignUp(level.most, size);
+    level.least = level.most;
     if (t < k_) useRows(level, g);
     tables_.levels.push_back(std::move(level));
     bounds_.push_back({size, slip, inverse});

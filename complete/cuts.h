@@ -41,8 +41,7 @@ struct CutTables {
     // Greatest and least g u over the points, the least negated.
     R most{};
     R least{};
-    // |g u| is at most `size` in the cube; `slip` bounds the error of a computed g u.
-    R size{};
+    // Bounds the error of a computed g u.
     R slip{};
   };
   // Levels 0 to k; the last one belongs to the constant part.

@@ -89,6 +89,37 @@ std::vector<Rational> solveSquare(const IntegerMatrix& matrix, const IntegerVect
   return y;
 }
 
+// Bareiss' elimination above the diagonal as well: all its numbers are minors, so that it ends with the
+// determinant on the whole diagonal.
+IntegerMatrix solveUnimodular(IntegerMatrix matrix, const IntegerMatrix& sides) {
+  const std::size_t k = matrix.size();
+  for (std::size_t i = 0; i < k; ++i) matrix[i].insert(matrix[i].end(), sides[i].begin(), sides[i].end());
+  Integer previous = 1;
+  bool odd = false;
+  for (std::size_t p = 0; p < k; ++p) {
+    findPivot(matrix, p, odd);
+    for (std::size_t i = 0; i < k; ++i) {
+      if (i == p) continue;
+      const Integer factor = matrix[i][p];
+      for (std::size_t j = p + 1; j < matrix[i].size(); ++j) {
+        Integer& entry = matrix[i][j];
+        entry *= matrix[p][p];
+        mpz_submul(entry.get_mpz_t(), factor.get_mpz_t(), matrix[p][j].get_mpz_t());
+        mpz_divexact(entry.get_mpz_t(), entry.get_mpz_t(), previous.get_mpz_t());
+      }
+      matrix[i][p] = 0;
+    }
+    previous = matrix[p][p];
+  }
+  IntegerMatrix solution;
+  for (IntegerVector& row : matrix) {
+    solution.emplace_back(row.begin() + static_cast<std::ptrdiff_t>(k), row.end());
+    // The determinant is its own inverse.
+    for (Integer& entry : solution.back()) entry *= previous;
+  }
+  return solution;
+}
+
 std::optional<std::vector<std::size_t>> independentRows(const IntegerMatrix& rows,
                                                         const IntegerVector& sides) {
   std::vector<std::size_t> kept;

@@ -52,21 +52,16 @@ IntegerProgram integerProgramOf(const Program& program) {
 
 Point pointOf(const Program& program, const IntegerVector& z) {
   Point x;
-  x.reserve(z.size());
-  for (std::size_t j = 0; j < z.size(); ++j) {
-    x.emplace_back(z[j]);
-    if (program.digits[j] != 0) x.back() /= powerOfTen(program.digits[j]);
-  }
+  takePoint(x, program, z);
   return x;
 }
 
-void limitRow(Row& row, const Integer& limit) {
-  if (row.kind == RowKind::CONDITION) return;
-  const Integer high = floorOf(Integer(limit - row.offset), row.divisor);
-  if (!row.range.high || high < *row.range.high) row.range.high = high;
-  if (row.kind == RowKind::TARGET) return;
-  const Integer low = ceilOf(Integer(-limit - row.offset), row.divisor);
-  if (!row.range.low || low > *row.range.low) row.range.low = low;
+void takePoint(Point& x, const Program& program, const IntegerVector& z) {
+  x.resize(z.size());
+  for (std::size_t j = 0; j < z.size(); ++j) {
+    x[j] = z[j];
+    if (program.digits[j] != 0) x[j] /= powerOfTen(program.digits[j]);
+  }
 }
 
 }  // namespace latbox::complete

@@ -21,23 +21,10 @@ struct Range {
   bool isFinite() const { return low && high; }
 };
 
-// What the range of a row follows from.
-enum class RowKind {
-  CONDITION,
-  // The upper side is the bound of the target norm.
-  TARGET,
-  // Both sides are: the absolute value of the row is bounded.
-  TARGET_SIZE
-};
-
-// low <= a z <= high. What the row was before it lost its fixed variables and its common divisor is
-// divisor * (a z) + offset; bounds of the target norm are told in these units.
+// low <= a z <= high.
 struct Row {
   IntegerVector a;
   Range range;
-  RowKind kind = RowKind::CONDITION;
-  Integer divisor = 1;
-  Integer offset = 0;
 };
 
 struct IntegerProgram {
@@ -49,11 +36,9 @@ struct IntegerProgram {
 // that no point can keep becomes an empty range.
 IntegerProgram integerProgramOf(const Program& program);
 
-// The point that belongs to whole variables.
+// The point that belongs to whole variables; the second form takes the memory of another point.
 Point pointOf(const Program& program, const IntegerVector& z);
-
-// Narrows the range of a row that is no condition to what the bound of the target norm leaves.
-void limitRow(Row& row, const Integer& limit);
+void takePoint(Point& x, const Program& program, const IntegerVector& z);
 
 // The coefficients of a row of the program for the whole variables.
 std::vector<Rational> perStep(const Program& program, const std::vector<Rational>& row);

@@ -20,6 +20,17 @@ void write(std::ostream& out, const IntegerMatrix& rows) {
   }
 }
 
+// A number of parts, in the place of what is left of a tree.
+std::vector<Piece> piecesBehind(unsigned long parts) {
+  Choice number;
+  number.chosen = parts;
+  return {{number}};
+}
+
+unsigned long partsBefore(const std::vector<Piece>& pieces) {
+  return pieces.size() == 1 && pieces[0].size() == 1 ? pieces[0][0].chosen.get_ui() : 0;
+}
+
 std::string keyOf(const BoxLattice& lattice) {
   std::ostringstream out;
   write(out, {lattice.fixed, lattice.point, lattice.low, lattice.high});
@@ -33,7 +44,7 @@ std::string keyOf(const IntegerProgram& program) {
   std::ostringstream out;
   for (const Range& range : program.box) write(out, range);
   for (const Row& row : program.rows) {
-    write(out, {row.a, {row.divisor, row.offset, Integer(static_cast<int>(row.kind))}});
+    write(out, {row.a});
     write(out, row.range);
   }
   return digestOf(out.str());
@@ -106,24 +117,54 @@ std::vector<Piece> Journal::takeOpen(OpenSearch& open) {
   return {};
 }
 
-// A visitor that has found what it holds is done with this search. A trial is no long one, and must not
-// depend on how often a run was stopped: it is begun anew.
 std::optional<bool> Journal::searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
                                         SearchSettings settings) {
   open.frontier.pieces = settings.pieces;
-  open_ = std::move(open);
   control_.keep = [&](const Frontier& left) {
     open_->frontier = left;
     save();
   };
-  if (!saved_) save();
-  saved_ = true;
+  begin(std::move(open));
   const std::optional<IntegerVector> before = visitor.held();
   const bool complete = search(lattice, visitor, control_, settings);
+  if (!complete) open_->frontier = control_.left;
+  return end(complete, before, visitor, settings.trial > 0);
+}
+
+bool Journal::makeParts(const std::string& key, const MakeParts& make, Visitor& visitor) {
+  if (const SearchRecord* record = recorded(key)) {
+    if (record->point) visitor.visit(*record->point);
+    return record->end == SearchEnd::COMPLETE;
+  }
+  if (past_ && past_->key != key) leavePast();
+  beLive();
+  // The key stands in the place of the lattice too.
+  OpenSearch open{key, key, {}, keeping_.fileState(), {}};
+  const unsigned long first = partsBefore(takeOpen(open));
+  open.frontier.pieces = piecesBehind(first);
+  control_.keep = [this](const Frontier&) { save(); };
+  begin(std::move(open));
+  const std::optional<IntegerVector> before = visitor.held();
+  const bool complete = make(first, [&](unsigned long part) {
+    open_->frontier.pieces = piecesBehind(part);
+    if (control_.isKeepDue()) save();
+  });
+  return end(complete, before, visitor, false);
+}
+
+void Journal::begin(OpenSearch open) {
+  open_ = std::move(open);
+  if (!saved_) save();
+  saved_ = true;
+}
+
+// A visitor that has found what it holds is done with this search. A trial is no long one, and must not
+// depend on how often a run was stopped: it is begun anew.
+bool Journal::end(bool complete, const std::optional<IntegerVector>& before, const Visitor& visitor,
+                  bool isTrial) {
   const bool isDone = complete || visitor.held() != before;
   if (!isDone && (control_.stop || visitor.isInterrupted())) {
-    open_->frontier = control_.left;
-    if (settings.isTrial) open_.reset();
+    if (isTrial) open_.reset();
     return false;
   }
   const std::string key = open_->key;

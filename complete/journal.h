@@ -33,6 +33,14 @@ class Journal {
   std::optional<bool> searchThrough(const std::string& key, const Prepare& prepare, Visitor& visitor,
                                     SearchSettings settings = {});
 
+  // Makes the numbered parts of a search, from this one on; tells now and then, by the calling thread, that
+  // all below another number are made. Whether all are.
+  using MakeParts = std::function<bool(unsigned long begin, const std::function<void(unsigned long)>& tell)>;
+
+  // As searchThrough(), of a search in parts that the key determines: those that a run has made, one that
+  // goes on from it does not make again.
+  bool makeParts(const std::string& key, const MakeParts& make, Visitor& visitor);
+
   SearchControl& control() { return control_; }
   // With what is known of the present search, or what was of a past one that this run has not come to.
   void save() const;
@@ -42,6 +50,8 @@ class Journal {
   std::optional<bool> searchLive(OpenSearch open, BoxLattice& lattice, Visitor& visitor,
                                  SearchSettings settings);
   std::vector<Piece> takeOpen(OpenSearch& open);
+  void begin(OpenSearch open);
+  bool end(bool complete, const std::optional<IntegerVector>& before, const Visitor& visitor, bool isTrial);
   void leavePast();
   void record(const std::string& key, SearchEnd end, const Visitor& visitor);
   void beLive();

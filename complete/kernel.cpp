@@ -8,12 +8,6 @@ namespace {
 
 constexpr int ATTEMPTS = 4;
 
-// The unimodular matrix in two parts, before it is known to be one.
-struct Split {
-  IntegerMatrix kernel;
-  IntegerMatrix others;
-};
-
 // The kernel has a basis no longer than about the product of the rows' lengths; times the factor that LLL may
 // lose.
 std::size_t multiplierBits(const IntegerMatrix& equations, std::size_t columns) {
@@ -23,6 +17,15 @@ std::size_t multiplierBits(const IntegerMatrix& equations, std::size_t columns) 
   return bits;
 }
 
+// A C^T.
+IntegerMatrix images(const IntegerMatrix& equations, const IntegerMatrix& others) {
+  IntegerMatrix products(equations.size(), IntegerVector(others.size()));
+  for (std::size_t i = 0; i < equations.size(); ++i)
+    for (std::size_t j = 0; j < others.size(); ++j) products[i][j] = innerProduct(equations[i], others[j]);
+  return products;
+}
+
+// Before it is known to be unimodular.
 Split splitByReduction(const IntegerMatrix& equations, std::size_t columns, std::size_t bits) {
   IntegerMatrix rows(columns, IntegerVector(columns + equations.size()));
   for (std::size_t j = 0; j < columns; ++j) {
@@ -37,27 +40,13 @@ Split splitByReduction(const IntegerMatrix& equations, std::size_t columns, std:
     row.resize(columns);
     (inKernel ? split.kernel : split.others).push_back(std::move(row));
   }
+  split.images = images(equations, split.others);
   return split;
 }
 
-// A C^T.
-IntegerMatrix images(const IntegerMatrix& equations, const IntegerMatrix& others) {
-  IntegerMatrix products(equations.size(), IntegerVector(others.size()));
-  for (std::size_t i = 0; i < equations.size(); ++i)
-    for (std::size_t j = 0; j < others.size(); ++j) products[i][j] = innerProduct(equations[i], others[j]);
-  return products;
-}
-
-bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
-  for (const IntegerVector& row : rows)
-    for (const IntegerVector& equation : equations)
-      if (innerProduct(equation, row) != 0) return false;
-  return true;
-}
-
-bool isUnimodular(const IntegerMatrix& equations, const Split& split, const IntegerMatrix& h) {
+bool isUnimodular(const IntegerMatrix& equations, const Split& split) {
   if (split.others.size() != equations.size() || !isInKernel(equations, split.kernel)) return false;
-  const Integer side = determinant(h);
+  const Integer side = determinant(split.images);
   return side != 0 && determinant(gram(split.kernel)) * side * side == determinant(gram(equations));
 }
 
@@ -74,18 +63,28 @@ std::optional<IntegerVector> pointOf(const IntegerMatrix& others, const std::vec
 
 }  // namespace
 
-std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, const IntegerVector& sides,
-                                             std::size_t columns) {
+Split splitByKernel(const IntegerMatrix& equations, std::size_t columns) {
   std::size_t bits = multiplierBits(equations, columns);
   for (int attempt = 0; attempt < ATTEMPTS; ++attempt, bits *= 2) {
     Split split = splitByReduction(equations, columns, bits);
-    const IntegerMatrix h = images(equations, split.others);
-    if (!isUnimodular(equations, split, h)) continue;
-    std::optional<IntegerVector> point = pointOf(split.others, solveSquare(h, sides), columns);
-    if (!point) return std::nullopt;
-    return WholeSolutions{std::move(*point), std::move(split.kernel)};
+    if (isUnimodular(equations, split)) return split;
   }
   throw ReductionFailure("the kernel of the equations was not found");
+}
+
+std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, const IntegerVector& sides,
+                                             std::size_t columns) {
+  Split split = splitByKernel(equations, columns);
+  std::optional<IntegerVector> point = pointOf(split.others, solveSquare(split.images, sides), columns);
+  if (!point) return std::nullopt;
+  return WholeSolutions{std::move(*point), std::move(split.kernel)};
+}
+
+bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows) {
+  for (const IntegerVector& row : rows)
+    for (const IntegerVector& equation : equations)
+      if (innerProduct(equation, row) != 0) return false;
+  return true;
 }
 
 bool isSameKernel(const IntegerMatrix& equations, const IntegerMatrix& basis, const IntegerMatrix& other) {

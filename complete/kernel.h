@@ -14,6 +14,17 @@ struct WholeSolutions {
   IntegerMatrix basis;
 };
 
+// A unimodular matrix in two parts: a basis of the kernel of the equations A, and others, C, with H = A C^T,
+// whose determinant is not 0.
+struct Split {
+  IntegerMatrix kernel;
+  IntegerMatrix others;
+  IntegerMatrix images;
+};
+
+// Requires linearly independent rows of `columns` columns each. Throws ReductionFailure.
+Split splitByKernel(const IntegerMatrix& equations, std::size_t columns);
+
 // Requires linearly independent rows of `columns` columns each. Nothing: there is no whole solution, by
 // proof.
 //
@@ -24,6 +35,9 @@ struct WholeSolutions {
 // or there is no whole solution. Throws ReductionFailure where no N brings such a matrix.
 std::optional<WholeSolutions> wholeSolutions(const IntegerMatrix& equations, const IntegerVector& sides,
                                              std::size_t columns);
+
+// Whether all rows x keep A x = 0.
+bool isInKernel(const IntegerMatrix& equations, const IntegerMatrix& rows);
 
 // Whether `other` generates the same lattice as `basis`: as many rows, all in the kernel of `equations`, of
 // which `basis` is a basis, and the same determinant.

@@ -12,24 +12,8 @@ bool isBelow(const Integer& value, long limit) {
 }  // namespace
 
 Leaf::Leaf(const BoxLattice& lattice)
-    : lattice_(lattice),
-      low_(lattice.low),
-      high_(lattice.high),
-      steps_(lattice.rank()),
-      values_(lattice.coordinates()),
-      z_(lattice.fixed) {
+    : lattice_(lattice), steps_(lattice.rank()), values_(lattice.coordinates()), z_(lattice.fixed) {
   listShort();
-}
-
-void Leaf::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-  low_[coordinate] = std::max(low_[coordinate], low);
-  high_[coordinate] = std::min(high_[coordinate], high);
-  if (coordinates_.empty()) return;
-  // Within the box, or beyond it as far as the target norm goes: then nothing is left, and the box's own ends
-  // serve.
-  if (low_[coordinate] > high_[coordinate]) return;
-  coordinates_[coordinate].low = low_[coordinate].get_si();
-  coordinates_[coordinate].high = high_[coordinate].get_si();
 }
 
 void Leaf::listShort() {
@@ -77,7 +61,7 @@ const IntegerVector* Leaf::pointOf(const IntegerVector& lambda) {
     for (std::size_t j = 0; lambda[i] != 0 && j < v.size(); ++j)
       mpz_addmul(v[j].get_mpz_t(), lambda[i].get_mpz_t(), lattice_.basis[i][j].get_mpz_t());
   for (std::size_t j = 0; j < v.size(); ++j)
-    if (v[j] < low_[j] || v[j] > high_[j]) return nullptr;
+    if (v[j] < lattice_.low[j] || v[j] > lattice_.high[j]) return nullptr;
   for (std::size_t j = 0; j < lattice_.variables.size(); ++j) z_[lattice_.variables[j]] = v[j];
   return &z_;
 }

@@ -10,9 +10,6 @@ class Leaf {
  public:
   explicit Leaf(const BoxLattice& lattice);
 
-  // Narrows the range of a coordinate; the box of the lattice is not widened.
-  void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
-
   // All variables of point + sum lambda_i basis_i, until the next call; null if it is not in the box.
   const IntegerVector* pointOf(const IntegerVector& lambda);
   // The same from multipliers that are whole numbers of a floating type; there may be more of them.
@@ -39,8 +36,6 @@ class Leaf {
   const IntegerVector* shortPoint();
 
   const BoxLattice& lattice_;
-  IntegerVector low_;
-  IntegerVector high_;
   // Empty if a number is too long.
   std::vector<Coordinate> coordinates_;
   std::vector<long> steps_;

@@ -108,7 +108,7 @@ std::optional<Integer> LinearBounds::greatest(std::size_t variable, int sign) {
 }
 
 // The bound of what was asked for last, from the multipliers that came out.
-std::optional<Integer> LinearBounds::proven() const {
+std::optional<Integer> LinearBounds::proven() {
   const std::size_t n = widths_.size();
   const std::size_t v = simplex_.variable();
   const Integer factor = v < n ? widths_[v] : Integer(1);
@@ -135,6 +135,7 @@ std::optional<Integer> LinearBounds::proven() const {
   }
   Integer most = valueOf(y, rest);
   mpz_fdiv_q_2exp(most.get_mpz_t(), most.get_mpz_t(), static_cast<unsigned long>(places));
+  proof_ = {v, simplex_.sign(), Integer(1) << static_cast<unsigned long>(places), std::move(y)};
   return most;
 }
 

@@ -32,6 +32,15 @@ class LinearBounds {
   bool isEmpty() const { return isEmpty_; }
   // A bound of sign * variable that says more than the variable's own range, if one is found.
   std::optional<Integer> greatest(std::size_t variable, int sign);
+  // What proves the last bound, or that there is no point: scale * sign * variable = sum y_i (a_i z) + rest z,
+  // and each term is bounded by its range.
+  struct Proof {
+    std::size_t variable = 0;
+    int sign = 1;
+    Integer scale;
+    IntegerVector y;
+  };
+  const Proof& proof() const { return proof_; }
   // What was done so far, in the units of the effort.
   unsigned long work() const { return simplex_.work(); }
 
@@ -40,7 +49,7 @@ class LinearBounds {
   Simplex<double> scaled(unsigned long effort);
   void noteVertex();
   bool isAtEnd(std::size_t variable, int sign) const;
-  std::optional<Integer> proven() const;
+  std::optional<Integer> proven();
   Integer valueOf(const IntegerVector& y, const IntegerVector& rest) const;
 
   const IntegerProgram& program_;
@@ -52,6 +61,7 @@ class LinearBounds {
   // Variables that a vertex has shown at the end of their range.
   std::vector<bool> atHigh_;
   std::vector<bool> atLow_;
+  Proof proof_;
   bool isEmpty_ = false;
   bool gaveUp_ = false;
 };

@@ -53,14 +53,6 @@ void NodeBounds::takeCube(const BoxLattice& lattice) {
   cubePartial_.resize(lattice.coordinates());
 }
 
-void NodeBounds::narrow(std::size_t coordinate, const Integer& low, const Integer& high) {
-  if (levels() == 0) return;
-  certificates_.narrow(coordinate, low, high);
-  const RealBox& box = certificates_.box();
-  cube_.low[coordinate] = stretch_[coordinate] * box.low[coordinate] - shift_[coordinate];
-  cube_.high[coordinate] = stretch_[coordinate] * box.high[coordinate] - shift_[coordinate];
-}
-
 unsigned long NodeBounds::firstWork(std::size_t t) const {
   constexpr std::size_t STEPS = 10;
   return STEPS * 2 * (t + 1) * (cubePartial_.size() - t);

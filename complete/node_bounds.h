@@ -21,9 +21,6 @@ class NodeBounds {
   // where the rank is so large that the dictionaries of all would take too much memory.
   std::size_t levels() const { return sides_.size() / 2; }
 
-  // Narrows the range of a coordinate to what lies in [low, high]; where nothing does, to an end of the box.
-  void narrow(std::size_t coordinate, const Integer& low, const Integer& high);
-
   // A whole number that sign * lambda_t, sign being 1 or -1, does not exceed in any point with the given
   // lambda_{t+1}, ...; minus infinity where there is no point, infinity where no bound is known. Looks for no
   // more when it is below `enough`.

@@ -50,12 +50,12 @@ void Objective::add(Form& form, const Form& other, int sign) const {
   form.constant += sign * other.constant;
 }
 
-Row Objective::rowOf(const Form& form, RowKind kind, const Integer& limit) {
+// least <= form <= most.
+Row Objective::rowOf(const Form& form, const std::optional<Integer>& least, const Integer& most) {
   Row row;
   row.a = form.coefficients;
-  row.kind = kind;
-  row.offset = form.constant;
-  limitRow(row, limit);
+  if (least) row.range.low = *least - form.constant;
+  row.range.high = most - form.constant;
   return row;
 }
 
@@ -81,22 +81,14 @@ std::vector<Form> Objective::patterns() const {
 }
 
 std::vector<Row> Objective::rows(const Integer& limit, const std::optional<Integer>& least) const {
+  // A row that is the norm itself has both sides.
+  if (distances_.empty()) return {rowOf(linear_, least, limit)};
   std::vector<Row> rows;
   if (!hasLinear_)
-    for (const Form& distance : distances_) rows.push_back(rowOf(distance, RowKind::TARGET_SIZE, limit));
+    for (const Form& distance : distances_) rows.push_back(rowOf(distance, -limit, limit));
   if (hasLinear_ || distances_.size() > 1)
-    for (const Form& form : patterns()) rows.push_back(rowOf(form, RowKind::TARGET, limit));
-  // Targets that are all zero still have a norm.
-  if (rows.empty()) rows.push_back(rowOf(linear_, RowKind::TARGET, limit));
-  // A row that is the norm itself has both sides.
-  if (distances_.empty() && least) rows.front().range.low = *least - linear_.constant;
+    for (const Form& form : patterns()) rows.push_back(rowOf(form, {}, limit));
   return rows;
-}
-
-std::vector<Row> Objective::conditions(const Integer& value) const {
-  std::vector<Row> conditions = rows(value, value);
-  for (Row& row : conditions) row.kind = RowKind::CONDITION;
-  return conditions;
 }
 
 }  // namespace latbox::complete

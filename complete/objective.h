@@ -31,8 +31,6 @@ class Objective {
   // MOST_PATTERNS targets with a value; with more of them they say less. That no point has less than `least`
   // is known already, and may say more.
   std::vector<Row> rows(const Integer& limit, const std::optional<Integer>& least = {}) const;
-  // The same as conditions, which no later limit moves.
-  std::vector<Row> conditions(const Integer& value) const;
   static constexpr std::size_t MOST_PATTERNS = 4;
 
   // The norm is the value of linear() and the absolute values of distances().
@@ -42,7 +40,7 @@ class Objective {
  private:
   void add(Form& form, const Form& other, int sign) const;
   Form whole(const std::vector<Rational>& coefficients, const Rational& constant) const;
-  static Row rowOf(const Form& form, RowKind kind, const Integer& limit);
+  static Row rowOf(const Form& form, const std::optional<Integer>& least, const Integer& most);
   std::vector<Form> patterns() const;
 
   bool exists_ = false;

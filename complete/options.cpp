@@ -47,6 +47,11 @@ std::string nonEmpty(const std::string& key, const std::string& value) {
   return value;
 }
 
+bool viprOf(const std::string& key, const std::string& value) {
+  if (value != "latbox" && value != "vipr") refuseValue(key, value, "latbox or vipr");
+  return value == "vipr";
+}
+
 struct Key {
   OptionHelp help;
   std::function<void(Options&, const std::string& value)> take;
@@ -72,6 +77,11 @@ const std::vector<Key>& keys() {
       key({"best", "FILE",
            "Look into this file, while it grows, for points that others find; no checkpoint."},
           &Options::best, nonEmpty),
+      key({"proof", "FILE", "Write a proof of the verdict that latbox-check can check."}, &Options::proof,
+          nonEmpty),
+      key({"proof-format", "vipr",
+           "Write the proof as a VIPR 1.1 certificate: of none or an optimum, by small trees."},
+          &Options::vipr, viprOf),
       key({"rtime", "SECONDS", "End after so many seconds of the clock, decimals allowed; 0: no limit."},
           &Options::rtime, secondsOf),
       key({"threads", "N", "Search with at most N threads; 0, the default: one for each core."},
@@ -141,7 +151,11 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   exclude(options.first, "first", options.ties, "ties");
   exclude(options.first, "first", options.limit != 0, "limit");
   exclude(options.first, "first", options.count, "count");
+  exclude(!options.proof.empty(), "proof", options.first, "first");
+  exclude(!options.proof.empty(), "proof", options.limit != 0, "limit");
   exclude(options.all, "all", options.ties, "ties");
+  if (options.vipr && options.proof.empty())
+    throw BadInput("--proof-format=vipr: a proof is wanted, --proof=FILE");
   if (!options.help && !options.version) requireOneFile(options);
   return options;
 }

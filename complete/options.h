@@ -14,6 +14,10 @@ struct Options {
   std::string out;
   // Where others write points that they find; empty: there are none.
   std::string best;
+  // Empty: no proof.
+  std::string proof;
+  // Of a proof that other houses' readers check.
+  bool vipr = false;
   bool help = false;
   bool version = false;
   bool all = false;

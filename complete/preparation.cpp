@@ -49,6 +49,12 @@ void chooseBasis(Prepared& best) {
 
 }  // namespace
 
+Prepared bestBasisOf(BoxLattice lattice) {
+  Prepared best{std::move(lattice), 0};
+  chooseBasis(best);
+  return best;
+}
+
 std::optional<Prepared> preparedLatticeOf(const IntegerProgram& program, const IntegerMatrix& basis) {
   auto lattice = boxLatticeOf(program);
   if (!lattice) return std::nullopt;

@@ -16,6 +16,9 @@ struct Prepared {
   double nodes = 0;
 };
 
+// The same lattice, by the best of several bases; its point may have moved. Throws ReductionFailure.
+Prepared bestBasisOf(BoxLattice lattice);
+
 // Nothing: the program has no point, by proof. A basis that was made before and is one of the lattice is
 // taken as it is, its search not estimated; with the basis that comes out it brings the same lattice, point
 // and all, so that what was left of a search can be gone on with. Requires finite ranges of all variables.

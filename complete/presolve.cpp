@@ -40,7 +40,7 @@ class Tightening {
   }
 
  private:
-  // Rows that have lost their coefficients go, and conditions on the same combination become one: two
+  // Rows that have lost their coefficients go, and those on the same combination become one: two
   // one-sided rows would be two wide coordinates of the lattice, of which neither cuts anything. Rows are
   // coprime here. False: a contradiction.
   bool dropAndMerge() {
@@ -48,7 +48,6 @@ class Tightening {
     std::map<IntegerVector, std::size_t> first;
     for (std::size_t i = 0; i < p_.rows.size(); ++i) {
       Row& row = p_.rows[i];
-      if (row.kind != RowKind::CONDITION) continue;
       turn(row);
       const auto [place, isNew] = first.emplace(row.a, i);
       if (isNew) continue;
@@ -70,7 +69,6 @@ class Tightening {
     std::swap(row.range.low, row.range.high);
     if (row.range.low) row.range.low = -*row.range.low;
     if (row.range.high) row.range.high = -*row.range.high;
-    row.divisor = -row.divisor;
   }
 
   // False: a contradiction. A row that has done its duty loses its coefficients.
@@ -112,7 +110,6 @@ class Tightening {
     row.a[j] = 0;
     if (row.range.low) *row.range.low -= part;
     if (row.range.high) *row.range.high -= part;
-    row.offset += row.divisor * part;
   }
 
   static bool dismiss(Row& row) {
@@ -124,7 +121,6 @@ class Tightening {
     for (Integer& a : row.a) a /= divisor;
     if (row.range.low) row.range.low = ceilOf(*row.range.low, divisor);
     if (row.range.high) row.range.high = floorOf(*row.range.high, divisor);
-    row.divisor *= divisor;
   }
 
   Activity activity(const Row& row, bool greatest) const {

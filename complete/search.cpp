@@ -24,7 +24,6 @@ class NoBounds {
     Float greatest;
   };
   NoBounds(const BoxLattice&, const FloatVector&) {}
-  void narrow(std::size_t, const Integer&, const Integer&) {}
   void enter(std::size_t) {}
   void countCandidates(unsigned long) {}
   bool isOn(std::size_t) const { return false; }
@@ -45,15 +44,12 @@ template <class R>
 class PointWalk : public PieceWalk {
  public:
   PointWalk(const BoxLattice& lattice, const CutTables<R>& tables, const SearchSettings& settings,
-            Visitor& visitor, SharedLimit& shared)
+            Visitor& visitor)
       : lattice_(lattice),
         visitor_(visitor),
-        shared_(shared),
         leaf_(lattice),
         walk_(tables, settings.caps),
-        bounds_(lattice, tables.reach) {
-    heedLimit();
-  }
+        bounds_(lattice, tables.reach) {}
 
   void start(const Piece& piece) override {
     bounds_.cancelTrial();
@@ -76,7 +72,6 @@ class PointWalk : public PieceWalk {
       if (bounds_.isTrialOver(walk_.level())) walk_.leaveBelow(bounds_.endTrial(walk_.level()));
       walk_.pauseAt(bounds_.trialLevel().value_or(Walk<R>::NO_CEILING), bounds_.trialCandidates());
       if (sinceLook_ < BETWEEN_LOOKS) continue;
-      heedLimit();
       arrange();
       return Pause::LOOK;
     }
@@ -113,52 +108,17 @@ class PointWalk : public PieceWalk {
     const IntegerVector* z = leaf_.pointOf(walk_.lambda());
     if (!z) return true;
     const Next next = visitor_.visit(*z);
-    if (next == Next::LIMIT) {
-      ++shared_.version;
-      heedLimit();
-    }
     if (next == Next::REFUSED) walk_.takeBack();
     return next != Next::STOP && next != Next::REFUSED;
   }
 
-  // Takes the limit of the target norm into the ranges of its rows, and these into the cuts.
-  void heedLimit() {
-    const unsigned long version = shared_.version;
-    if (version == version_) return;
-    version_ = version;
-    const Integer limit = visitor_.limit();
-    std::vector<ShrunkRange> shrunk;
-    const std::size_t n = lattice_.variables.size();
-    for (std::size_t r = 0; r < lattice_.rows.size(); ++r) {
-      Row row = lattice_.rows[r];
-      if (row.kind == RowKind::CONDITION) continue;
-      limitRow(row, limit);
-      const std::size_t j = n + r;
-      leaf_.narrow(j, *row.range.low, *row.range.high);
-      bounds_.narrow(j, *row.range.low, *row.range.high);
-      shrunk.push_back({j, inCube(j, *row.range.high), inCube(j, *row.range.low)});
-    }
-    walk_.shrink(shrunk);
-  }
-
-  // An end of a range in the coordinates of the cube. An end beyond the other side leaves nothing: the cube's
-  // own end is as good, since the leaf asks again.
-  Rational inCube(std::size_t j, const Integer& end) const {
-    Rational u(Integer(2 * end - lattice_.low[j] - lattice_.high[j]),
-               Integer(lattice_.high[j] - lattice_.low[j]));
-    u.canonicalize();
-    return std::clamp(u, Rational(-1), Rational(1));
-  }
-
   const BoxLattice& lattice_;
   Visitor& visitor_;
-  SharedLimit& shared_;
   Leaf leaf_;
   Walk<R> walk_;
   Bounds<R> bounds_;
   unsigned long nodes_ = 0;
   unsigned long sinceLook_ = 0;
-  unsigned long version_ = 0;
 };
 
 // False: the precision does not do.
@@ -167,10 +127,8 @@ bool searchIn(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchC
               const SearchSettings& settings, bool& complete) {
   const auto tables = cutTablesOf<R>(lattice, bits);
   if (!tables) return false;
-  SharedLimit shared;
-  complete =
-      walkThrough([&] { return std::make_unique<PointWalk<R>>(lattice, *tables, settings, visitor, shared); },
-                  settings.pieces, control, settings.isTrial);
+  complete = walkThrough([&] { return std::make_unique<PointWalk<R>>(lattice, *tables, settings, visitor); },
+                         settings.pieces, control, settings.trial);
   return true;
 }
 
@@ -178,7 +136,6 @@ bool searchIn(unsigned long bits, BoxLattice& lattice, Visitor& visitor, SearchC
 class Sizing : public Visitor {
  public:
   Next visit(const IntegerVector&) override { return Next::GO_ON; }
-  Integer limit() const override { return 0; }
 };
 
 }  // namespace
@@ -195,8 +152,7 @@ bool isSmall(BoxLattice& lattice, unsigned long candidates) {
   const auto tables = cutTablesOf<double>(lattice, DOUBLE_BITS);
   if (!tables) return false;
   Sizing visitor;
-  SharedLimit shared;
-  PointWalk<double> walk(lattice, *tables, {}, visitor, shared);
+  PointWalk<double> walk(lattice, *tables, {}, visitor);
   walk.start({});
   for (unsigned long nodes = 0; nodes < candidates; nodes += walk.takeNodes())
     if (walk.goOn() == PieceWalk::Pause::END) return true;

@@ -13,21 +13,17 @@ namespace latbox::complete {
 // What a search may do after a point.
 enum class Next {
   GO_ON,
-  // The rows of targets have new bounds: limit() tells them.
-  LIMIT,
   STOP,
   // As STOP, and the point was not taken: whoever goes on meets it again.
   REFUSED
 };
 
-// visit() and limit() are called by several threads at once, the others while none of them is.
+// visit() is called by several threads at once, the others while none of them is.
 class Visitor {
  public:
   virtual ~Visitor() = default;
   // All variables of a point of the program.
   virtual Next visit(const IntegerVector& z) = 0;
-  // The bound of the target norm that all further points must keep, in the units of Row.
-  virtual Integer limit() const = 0;
   // The point that it holds, if it does. With that, visit() brings another visitor to where this one is.
   virtual std::optional<IntegerVector> held() const { return std::nullopt; }
   // It has had enough for this run, and what is left of the search may be wanted by another.
@@ -60,18 +56,21 @@ struct SearchControl {
   bool isKeepDue() const { return std::chrono::steady_clock::now() >= nextKeep(); }
 };
 
+// A tree of so many candidates is walked through before another thread would have begun.
+inline constexpr unsigned long SMALL_TREE = 200'000;
+
 struct SearchSettings {
   // Where to go on; empty: the whole tree.
   std::vector<Piece> pieces;
   // For a search that may miss points: the greatest value of a node at each level and behind them (see
   // cuts.h).
   std::vector<double> caps;
-  // It ends, as if stopped, where the tree turns out not to be small.
-  bool isTrial = false;
+  // It ends, as if stopped, after so many candidates; 0: it is no trial.
+  unsigned long trial = 0;
 };
 
-// Calls the visitor for every point of the box, once, in no order. True: all were visited, those excepted
-// that a limit has excluded. False: stopped. Moves the lattice's point. What a visitor throws is thrown on.
+// Calls the visitor for every point of the box, once, in no order. True: all were visited. False: stopped.
+// Moves the lattice's point. What a visitor throws is thrown on.
 bool search(BoxLattice& lattice, Visitor& visitor, SearchControl& control,
             const SearchSettings& settings = {});
 

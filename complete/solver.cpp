@@ -22,7 +22,10 @@ class Listing : public Visitor {
       : program_(program), verification_(program), finds_(finds), limit_(limit) {}
 
   Next visit(const IntegerVector& z) override {
-    const Point x = verification_.pointOf(z);
+    // The numbers of the thread's last point have memory already, which would take longer to get than all
+    // else.
+    static thread_local Point x;
+    verification_.takePoint(x, z);
     const Norms norms = normsOf(program_, x);
     if (!isWanted(x, norms)) return Next::GO_ON;
     std::unique_lock lock(mutex_, std::defer_lock);
@@ -32,7 +35,6 @@ class Listing : public Visitor {
     return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
 
-  Integer limit() const override { return 0; }
   // The number of points is reached.
   bool isInterrupted() const override { return limit_ != 0 && finds_.count() >= limit_; }
 
@@ -71,7 +73,6 @@ class TieListing : public Listing {
 // One point is wanted, and then the search ends.
 class Finding : public Visitor {
  public:
-  Integer limit() const override { return 0; }
   std::optional<IntegerVector> held() const override { return held_; }
 
   void begin() { hasFound_ = false; }
@@ -224,7 +225,7 @@ class Solver {
                           prepared->lattice.coordinates());
       return std::move(prepared->lattice);
     };
-    return journal_.searchThrough(keyOf(program), prepare, visitor);
+    return journal_.searchThrough(complete::keyOf(program), prepare, visitor);
   }
 
   // The same for a search that ends at its first find, mostly early. Choosing among bases by the size of the
@@ -234,8 +235,8 @@ class Solver {
     finding.begin();
     const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(program); };
     SearchSettings trial;
-    trial.isTrial = true;
-    const auto complete = journal_.searchThrough(keyOf(program), prepare, finding, trial);
+    trial.trial = SMALL_TREE;
+    const auto complete = journal_.searchThrough(complete::keyOf(program), prepare, finding, trial);
     if (complete.value_or(true) || finding.hasFound() || control_.isOver()) return complete;
     return searchThrough(program, finding);
   }
@@ -249,18 +250,42 @@ class Solver {
     return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
-  // A small tree is searched through, and of a large one the likely parts of several bases before that. True:
-  // there is no point.
+  // Passes through the likely parts of a large tree, in stages. After each of them the whole search is tried
+  // for a part of what they have cost: some trees are small by its linear programs, without which a pass
+  // does. True: there is no point.
   bool findFirst(Listing& listing) {
-    const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(whole_); };
-    SearchSettings trial;
-    trial.isTrial = true;
-    if (journal_.searchThrough(keyOf(whole_), prepare, listing, trial).value_or(true)) return true;
+    const auto lattice = unreducedLatticeOf(whole_);
+    if (!lattice) return true;
+    Passes passes(*lattice, task_.seed);
     const auto isOver = [&] { return control_.stop || listing.isInterrupted(); };
-    if (isOver()) return false;
-    if (const auto lattice = boxLatticeOf(whole_))
-      findByPasses(keyOf(whole_), *lattice, task_.seed, journal_, listing);
-    return !isOver() && searchThrough(whole_, listing).value_or(true);
+    for (std::size_t stage = 0;; ++stage) {
+      if (passes.hasStage(stage)) makePasses(passes, stage, listing);
+      if (isOver()) return false;
+      if (tryWhole(stage, passes.cost(), listing)) return true;
+      if (isOver()) return false;
+      if (!passes.hasStage(stage + 1)) return searchThrough(whole_, listing).value_or(true);
+    }
+  }
+
+  void makePasses(const Passes& passes, std::size_t stage, Listing& listing) {
+    const auto make = [&](unsigned long begin, const std::function<void(unsigned long)>& tell) {
+      return passes.make(stage, begin, tell, listing, control_);
+    };
+    journal_.makeParts(keyOf("passes", stage), make, listing);
+  }
+
+  // True: to the end.
+  bool tryWhole(std::size_t stage, double cost, Listing& listing) {
+    constexpr double PART = 0.1;
+    SearchSettings trial;
+    trial.trial = std::max(SMALL_TREE, static_cast<unsigned long>(PART * cost));
+    const auto prepare = [&](const IntegerMatrix&) { return roughLatticeOf(whole_); };
+    return journal_.searchThrough(keyOf("trial", stage), prepare, listing, trial).value_or(true);
+  }
+
+  // Of what belongs to a stage of passes.
+  std::string keyOf(const std::string& what, std::size_t stage) const {
+    return digestOf(complete::keyOf(whole_) + " " + what + " " + std::to_string(stage));
   }
 
   Outcome findBest() {
@@ -268,11 +293,11 @@ class Solver {
     if (!findAny(improving)) return control_.stop ? Outcome::STOPPED : Outcome::NONE;
     if (task_.first || !minimise(improving, objective_, whole_)) return Outcome::STOPPED;
     const Norms& norms = improving.best()->norms;
-    IntegerProgram bests = withRows(whole_, objective_.conditions(objective_.valueOf(norms)));
+    IntegerProgram bests = withValueOf(norms, objective_, whole_);
     if (objective_.needsSlackNorm()) {
       const Objective slack = objective_.slackNorm();
       if (!minimise(improving, slack, bests)) return Outcome::STOPPED;
-      bests = withRows(bests, slack.conditions(slack.valueOf(norms)));
+      bests = withValueOf(norms, slack, bests);
     }
     if (task_.known) {
       // What others have found was not to be foreseen either: the point at hand is as good as the canonical
@@ -286,6 +311,13 @@ class Solver {
   static IntegerProgram withRows(IntegerProgram program, std::vector<Row> rows) {
     for (Row& row : rows) program.rows.push_back(std::move(row));
     return program;
+  }
+
+  // The points that are as good in this norm as one that is the best.
+  static IntegerProgram withValueOf(const Norms& best, const Objective& objective,
+                                    const IntegerProgram& program) {
+    const Integer value = objective.valueOf(best);
+    return withRows(program, objective.rows(value, value));
   }
 
   // False: no point is left.

@@ -72,10 +72,15 @@ bool Verification::keepsShort(const IntegerVector& z) const {
 }
 
 Point Verification::pointOf(const IntegerVector& z) const {
-  Point x = complete::pointOf(program_, z);
+  Point x;
+  takePoint(x, z);
+  return x;
+}
+
+void Verification::takePoint(Point& x, const IntegerVector& z) const {
+  complete::takePoint(x, program_, z);
   if (!(isShort_ ? keepsShort(z) : isFeasible(program_, x)))
     throw std::logic_error("a point that was found is no point of the program");
-  return x;
 }
 
 }  // namespace latbox::complete

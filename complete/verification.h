@@ -18,6 +18,8 @@ class Verification {
 
   // The point with these whole variables, one each. Throws std::logic_error if it is none of the program.
   Point pointOf(const IntegerVector& z) const;
+  // The same, into the memory of another point.
+  void takePoint(Point& x, const IntegerVector& z) const;
 
  private:
   // Sums of products and sides are below this: two of them can be added.

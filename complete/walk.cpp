@@ -98,6 +98,12 @@ Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
     level.inverseNorm = from.inverseNorm;
     level.constant = from.constant;
     if (t < k_) level.step = from.products[t];
+    level.most = widened(R(from.most + from.slip));
+    level.least = widened(R(from.least + from.slip));
+    // The point of the range that is nearest to the Gram-Schmidt vector's own centre.
+    level.nearest = R(0);
+    if (from.most < 0) level.nearest = from.most;
+    if (-from.least > 0) level.nearest = -from.least;
     level.products = from.products.data();
     level.g = from.weights.data();
     level.w = weights_.data() + t * width;
@@ -110,45 +116,6 @@ Walk<R>::Walk(const CutTables<R>& tables, const std::vector<double>& caps)
   data_.width = width;
   data_.margin = tables.margin;
   pauseAt(NO_CEILING, BETWEEN_LOOKS);
-  setRanges();
-}
-
-// Of each level: greatest and least g u in what the ranges leave of the cube. What rounding does to an end of
-// a range is a part of the margins.
-template <class R>
-void Walk<R>::setRanges() {
-  for (std::size_t t = 0; t <= k_; ++t) {
-    const auto& from = tables_.levels[t];
-    R most = from.size;
-    R least = from.size;
-    for (const ShrunkEnds<R>& ends : shrunk_) {
-      const R& entry = from.g[ends.coordinate];
-      most -= entry > 0 ? R(entry * ends.high) : R(-entry * ends.low);
-      least -= entry > 0 ? R(entry * ends.low) : R(-entry * ends.high);
-    }
-    most = std::min(from.most, most);
-    least = std::min(from.least, least);
-    Level& level = levels_[t];
-    level.most = widened(R(most + from.slip));
-    level.least = widened(R(least + from.slip));
-    // The point of the range that is nearest to the Gram-Schmidt vector's own centre.
-    level.nearest = R(0);
-    if (most < 0) level.nearest = most;
-    if (-least > 0) level.nearest = -least;
-  }
-}
-
-template <class R>
-void Walk<R>::shrink(const std::vector<ShrunkRange>& ranges) {
-  shrunk_.resize(ranges.size());
-  for (std::size_t i = 0; i < ranges.size(); ++i) {
-    shrunk_[i].coordinate = ranges[i].coordinate;
-    assign(shrunk_[i].high, Rational(1 - ranges[i].high));
-    assign(shrunk_[i].low, Rational(1 + ranges[i].low));
-  }
-  data_.shrunk = shrunk_.data();
-  data_.shrunkCount = shrunk_.size();
-  setRanges();
 }
 
 template <class R>
@@ -175,7 +142,7 @@ bool Walk<R>::enterRoot() {
   const R size = addScaled(level.w, zeros.data(), level.g, static_cast<Weight<R>>(a), data_.width);
   level.value = a * from.constant;
   return !(from.constant > level.most) && !(-from.constant > level.least) && !(level.value > level.cap) &&
-         !(level.value > mostOf(data_, level.w, size) + data_.margin);
+         !(level.value > size + data_.margin);
 }
 
 template <class R>

@@ -9,13 +9,6 @@
 
 namespace latbox::complete {
 
-// Of a coordinate whose range has shrunk since the tables were made: the ends in the cube.
-struct ShrunkRange {
-  std::size_t coordinate;
-  Rational high;
-  Rational low;
-};
-
 template <class R>
 class Walk {
  public:
@@ -49,10 +42,6 @@ class Walk {
   // Goes on at this level, at or above the present one: what is open below goes.
   void leaveBelow(std::size_t t) { data_.level = std::max(data_.level, t); }
 
-  // Takes narrower ranges into the cuts: only what is behind them is excluded, so that the walk goes on where
-  // it is.
-  void shrink(const std::vector<ShrunkRange>& ranges);
-
   // What next() has yet to look at, unless it has come to the end. The walk may go on. What is open below
   // level `least` is left out: the caller knows that it holds no point. The same of split().
   Piece rest(std::size_t least = 0) const;
@@ -75,7 +64,6 @@ class Walk {
   using Level = WalkLevel<R, Weight<R>>;
 
   bool enterRoot();
-  void setRanges();
   void resume(std::size_t t, const Choice& choice, bool hasChosen);
   Choice choiceAt(std::size_t t) const;
   double openPart(std::size_t t, double& chosenPart) const;
@@ -88,7 +76,6 @@ class Walk {
   std::vector<R> lambda_;
   // The W of all levels, one behind the other.
   Weights<R> weights_;
-  std::vector<ShrunkEnds<R>> shrunk_;
   WalkData<R, Weight<R>> data_;
   // A lattice of rank 0 has one leaf.
   bool leafLeft_ = false;

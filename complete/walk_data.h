@@ -40,14 +40,6 @@ struct alignas(64) WalkLevel {
   bool isOpen() const { return !closedUp || !closedDown; }
 };
 
-// A coordinate whose range has shrunk: how far its ends are from 1 and -1 in the cube.
-template <class R>
-struct ShrunkEnds {
-  std::size_t coordinate;
-  R high;
-  R low;
-};
-
 template <class R, class W>
 struct WalkData {
   // Levels 0 to k.
@@ -58,8 +50,6 @@ struct WalkData {
   // Entries of a cut vector, a multiple of LANES.
   std::size_t width = 0;
   R margin{};
-  const ShrunkEnds<R>* shrunk = nullptr;
-  std::size_t shrunkCount = 0;
   // Where the next candidate is taken; k: nothing is left.
   std::size_t level = 0;
   // The walk pauses when it comes to this level again, and after so many candidates.

@@ -65,20 +65,6 @@ inline void enter(const WalkData<R, W>& data, std::size_t t) {
   level.isNew = true;
 }
 
-// The greatest W u in what the ranges leave of the cube.
-template <class R, class W>
-inline R mostOf(const WalkData<R, W>& data, const W* w, R size) {
-  for (std::size_t i = 0; i < data.shrunkCount; ++i) {
-    const ShrunkEnds<R>& ends = data.shrunk[i];
-    const R entry = w[ends.coordinate];
-    if (entry > 0)
-      size -= entry * ends.high;
-    else
-      size += entry * ends.low;
-  }
-  return size;
-}
-
 // The value grows in the direction in which g u has its sign, and so does W u with the same multiplier: what
 // refutes this candidate refutes all further ones there. The other way the candidates are looked at one by
 // one.
@@ -106,7 +92,7 @@ inline bool choose(const WalkData<R, W>& data, std::size_t t, bool up) {
   level.value = parent.value + a * product;
   if (level.value > level.cap) return refute(level, up, product);
   const R size = addScaled(level.w, parent.w, level.g, static_cast<W>(a), data.width);
-  if (level.value > mostOf(data, level.w, size) + data.margin) return refute(level, up, product);
+  if (level.value > size + data.margin) return refute(level, up, product);
   return true;
 }
 

@@ -12,14 +12,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A small tree is walked through before another thread would have begun.
-constexpr unsigned long SMALL_TREE = 200'000;
-
 class Crew {
  public:
   Crew(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-       SearchControl& control, bool isTrial)
-      : make_(make), control_(control), isTrial_(isTrial), queue_(pieces.begin(), pieces.end()) {
+       SearchControl& control, unsigned long trial)
+      : make_(make), control_(control), trial_(trial), queue_(pieces.begin(), pieces.end()) {
     if (queue_.empty()) queue_.emplace_back();
   }
 
@@ -56,9 +53,9 @@ class Crew {
         if (pause == PieceWalk::Pause::END) break;
         stopped_ = stopped_ || pause == PieceWalk::Pause::STOP || control_.isOver();
         // What is slow is kept too; a trial ends after so many candidates whatever the clock says.
-        const bool isSmall = nodes < SMALL_TREE && (isTrial_ || !control_.isKeepDue());
+        const bool isSmall = trial_ > 0 ? nodes < trial_ : nodes < SMALL_TREE && !control_.isKeepDue();
         if (!stopped_ && isSmall) continue;
-        stopped_ = stopped_ || isTrial_;
+        stopped_ = stopped_ || trial_ > 0;
         share_ += walk.share();
         queue_.push_front(walk.rest());
         return stopped_;
@@ -197,7 +194,7 @@ class Crew {
 
   const std::function<std::unique_ptr<PieceWalk>()>& make_;
   SearchControl& control_;
-  bool isTrial_;
+  unsigned long trial_;
   std::vector<std::unique_ptr<PieceWalk>> workers_;
   std::mutex mutex_;
   std::condition_variable changed_;
@@ -217,8 +214,8 @@ class Crew {
 }  // namespace
 
 bool walkThrough(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-                 SearchControl& control, bool isTrial) {
-  return Crew(make, std::move(pieces), control, isTrial).run();
+                 SearchControl& control, unsigned long trial) {
+  return Crew(make, std::move(pieces), control, trial).run();
 }
 
 }  // namespace latbox::complete

@@ -24,14 +24,9 @@ class PieceWalk {
   virtual unsigned long takeNodes() = 0;
 };
 
-// Counts the changes of the limit, so that each walk heeds it at its next look.
-struct SharedLimit {
-  std::atomic<unsigned long> version = 0;
-};
-
 // Walks through the pieces, with control.threads walks that `make` makes; without pieces, the whole tree. A
-// trial ends where others would begin to share what is left. True: to the end. As search() else.
+// trial is one walk alone, and ends after so many candidates. True: to the end. As search() else.
 bool walkThrough(const std::function<std::unique_ptr<PieceWalk>()>& make, std::vector<Piece> pieces,
-                 SearchControl& control, bool isTrial = false);
+                 SearchControl& control, unsigned long trial = 0);
 
 }  // namespace latbox::complete

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 
 namespace latbox::complete {
 
@@ -15,6 +17,24 @@ void synchronise(const std::string& path) {
   const int error = ::fsync(file) == 0 || errno == EINVAL || errno == EROFS ? 0 : errno;
   ::close(file);
   if (error != 0) throw WriteFailure(path + ": " + std::strerror(error));
+}
+
+void replaceFile(const std::string& path, const std::string& text, bool surely) {
+  const std::string next = path + BESIDE;
+  errno = 0;
+  std::ofstream file(next, std::ios::binary | std::ios::trunc);
+  file << text;
+  file.close();
+  if (!file.good()) {
+    const std::string reason = errno != 0 ? std::strerror(errno) : "cannot be written";
+    std::error_code ignored;
+    std::filesystem::remove(next, ignored);
+    throw WriteFailure(next + ": " + reason);
+  }
+  if (surely) synchronise(next);
+  std::error_code error;
+  std::filesystem::rename(next, path, error);
+  if (error) throw WriteFailure(path + ": " + error.message());
 }
 
 }  // namespace latbox::complete

@@ -108,7 +108,6 @@ TEST_F(AdaptiveBoundsTest, OneTrialRunsAtATime) {
 TEST_F(AdaptiveBoundsTest, LongNumbersAreNeverExcluded) {
   lattice_.high[0] = Integer(1) << 60;
   AdaptiveBounds none(lattice_, std::vector<double>(RANK, 5));
-  none.narrow(0, 0, 1);
   for (int i = 0; i < 100; ++i) {
     none.enter(LEVEL);
     EXPECT_FALSE(none.excluding(LEVEL, far_));

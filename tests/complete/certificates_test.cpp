@@ -71,12 +71,6 @@ TEST(CertificatesTest, AreSharpWhereNothingIsOpen) {
   EXPECT_GT(certificate.slack, 0);
   certificates.certify(certificate, {{0}, {-0.5}}, 0, -1);
   EXPECT_NEAR(certificates.evaluate(certificate, certificates.point()), 6.5, 1e-9);
-  // A smaller range; and one that lies outside of the box.
-  certificates.narrow(0, -4, 9);
-  EXPECT_NEAR(certificates.evaluate(certificate, certificates.point()), 3.5, 1e-9);
-  certificates.narrow(0, 30, 40);
-  EXPECT_EQ(certificates.box().low[0], 20);
-  EXPECT_EQ(certificates.box().high[0], 20);
 }
 
 // What a step in the open levels can add is in the slack.

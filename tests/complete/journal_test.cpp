@@ -24,7 +24,6 @@ class Lister : public Visitor {
     ++now;
     return isInterrupted() ? Next::STOP : Next::GO_ON;
   }
-  Integer limit() const override { return 0; }
   bool isInterrupted() const override { return most != 0 && now >= most; }
 
   std::multiset<IntegerVector> points;
@@ -40,7 +39,6 @@ class Finder : public Visitor {
     ++visits;
     return Next::STOP;
   }
-  Integer limit() const override { return 0; }
   std::optional<IntegerVector> held() const override { return point; }
 
   std::optional<IntegerVector> point;
@@ -64,9 +62,9 @@ struct TestRun {
             [this] { ++lives; }};
   }
 
-  std::optional<bool> search(long sum, Visitor& visitor, bool isTrial = false) {
+  std::optional<bool> search(long sum, Visitor& visitor, unsigned long trial = 0) {
     SearchSettings settings;
-    settings.isTrial = isTrial;
+    settings.trial = trial;
     const IntegerProgram program = programOf(sum);
     const auto prepare = [&](const IntegerMatrix& basis) {
       ++prepared;
@@ -226,10 +224,58 @@ TEST(Journal, AnInterruptedTrialIsBegunAnew) {
   TestRun first;
   Lister lister;
   lister.most = 7;
-  EXPECT_EQ(first.search(9, lister, true), false);
+  EXPECT_EQ(first.search(9, lister, 1000), false);
   first.journal.save();
   EXPECT_TRUE(first.saved.searches.empty());
   EXPECT_FALSE(first.saved.open);
+}
+
+TEST(Journal, GoesOnWithThePartsThatAreNotMade) {
+  Checkpoint past;
+  std::vector<unsigned long> made;
+  Lister lister;
+  const auto makeOne = [&](TestRun& run) {
+    return run.journal.makeParts(
+        "parts",
+        [&](unsigned long begin, const std::function<void(unsigned long)>& tell) {
+          made.push_back(begin);
+          tell(begin + 1);
+          // Stopped after one part of five.
+          run.control.stop = true;
+          return begin + 1 == 5;
+        },
+        lister);
+  };
+  for (bool complete = false; !complete;) {
+    TestRun run(past);
+    complete = makeOne(run);
+    run.journal.save();
+    past = run.saved;
+    ASSERT_LE(made.size(), 5u);
+  }
+  EXPECT_EQ(made, (std::vector<unsigned long>{0, 1, 2, 3, 4}));
+  // All are made: the next run takes that as it is, and goes on behind it.
+  TestRun last(past);
+  EXPECT_TRUE(makeOne(last));
+  EXPECT_EQ(made.size(), 5u);
+  EXPECT_EQ(last.search(2, lister), true);
+  EXPECT_EQ(last.rewinds, 0);
+}
+
+TEST(Journal, SavesBetweenPartsToo) {
+  TestRun run;
+  run.control.keepEvery = 1e-9;
+  Lister lister;
+  run.journal.makeParts(
+      "parts",
+      [&](unsigned long, const std::function<void(unsigned long)>& tell) {
+        tell(3);
+        return false;
+      },
+      lister);
+  ASSERT_TRUE(run.saved.open);
+  ASSERT_EQ(run.saved.open->frontier.pieces.size(), 1u);
+  EXPECT_EQ(run.saved.open->frontier.pieces[0][0].chosen, 3);
 }
 
 TEST(Journal, SavesBetweenShortSearchesToo) {
@@ -244,7 +290,7 @@ TEST(Keys, TellProgramsApart) {
   std::set<std::string> keys;
   for (long sum = 0; sum < 10; ++sum) keys.insert(keyOf(programOf(sum)));
   IntegerProgram other = programOf(0);
-  other.rows[0].kind = RowKind::TARGET;
+  other.rows[0].a[0] += 1;
   keys.insert(keyOf(other));
   other.box[0].high.reset();
   keys.insert(keyOf(other));

@@ -53,12 +53,45 @@ TEST(WholeSolutions, TakeLongCoefficients) {
   EXPECT_EQ(determinant(gram(solutions->basis)), innerProduct(equations[0], equations[0]));
 }
 
+TEST(IsInKernel, OfAllRows) {
+  const IntegerMatrix equations{vectorOf({1, 1, 1}), vectorOf({2, 0, -2})};
+  EXPECT_TRUE(isInKernel(equations, {vectorOf({1, -2, 1}), vectorOf({-3, 6, -3})}));
+  EXPECT_FALSE(isInKernel(equations, {vectorOf({1, -2, 1}), vectorOf({1, -1, 0})}));
+  EXPECT_TRUE(isInKernel(equations, {}));
+}
+
 TEST(IsSameKernel, TellsASublatticeApart) {
   const IntegerMatrix equations{vectorOf({1, 1, 1})};
   const IntegerMatrix basis{vectorOf({1, -1, 0}), vectorOf({0, 1, -1})};
   EXPECT_TRUE(isSameKernel(equations, basis, {vectorOf({1, 0, -1}), vectorOf({0, 1, -1})}));
   EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({2, -2, 0}), vectorOf({0, 1, -1})}));
   EXPECT_FALSE(isSameKernel(equations, basis, {vectorOf({1, 0, 0}), vectorOf({0, 1, -1})}));
+}
+
+TEST(SplitByKernel, IsUnimodular) {
+  const IntegerMatrix equations = {{4, 5, 7, 2}, {1, -1, 3, 6}};
+  const Split split = splitByKernel(equations, 4);
+  IntegerMatrix all = split.kernel;
+  all.insert(all.end(), split.others.begin(), split.others.end());
+  EXPECT_EQ(abs(determinant(all)), 1);
+  EXPECT_TRUE(isInKernel(equations, split.kernel));
+  for (std::size_t i = 0; i < 2; ++i)
+    for (std::size_t j = 0; j < 2; ++j)
+      EXPECT_EQ(split.images[i][j], innerProduct(equations[i], split.others[j]));
+}
+
+TEST(SolveUnimodular, BringsTheInverse) {
+  // Of determinant -1, and with 0 where the first pivot would be.
+  const IntegerMatrix matrix = {{0, 1, 0}, {1, 7, 3}, {2, 5, 7}};
+  const IntegerMatrix unit = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  ASSERT_EQ(determinant(matrix), -1);
+  const IntegerMatrix inverse = solveUnimodular(matrix, unit);
+  for (std::size_t i = 0; i < 3; ++i)
+    for (std::size_t j = 0; j < 3; ++j) {
+      Integer sum = 0;
+      for (std::size_t k = 0; k < 3; ++k) sum += matrix[i][k] * inverse[k][j];
+      EXPECT_EQ(sum, unit[i][j]);
+    }
 }
 
 }  // namespace

@@ -74,23 +74,6 @@ TEST(NodeBoundsTest, AloneWalkToThePointsAndNothingElse) {
   }
 }
 
-TEST(NodeBoundsTest, FollowARangeThatShrinks) {
-  for (unsigned seed = 0; seed < 500; ++seed) {
-    SmallLattice random(seed, 3, 4);
-    const auto reach = *random.prepare();
-    if (!SmallLattice::isShort(reach)) continue;
-    NodeBounds bounds(random.lattice, reach);
-    // Certificates of the wider range stay around.
-    Walk(bounds, random.lattice.rank());
-    const auto j = static_cast<std::size_t>(random.draw(0, static_cast<long>(reach.size()) - 1));
-    random.lattice.high[j] -= random.draw(0, 1);
-    bounds.narrow(j, random.lattice.low[j], random.lattice.high[j]);
-    const auto points = random.points(reach);
-    EXPECT_EQ(Walk(bounds, reach.size()).reached, std::set<std::vector<double>>(points.begin(), points.end()))
-        << seed;
-  }
-}
-
 // Long coefficients and wide boxes: fewer bounds, never wrong ones. The points are planted.
 TEST(NodeBoundsTest, CutNoPointOfAWideBox) {
   std::size_t known = 0;

@@ -14,6 +14,8 @@ TEST(ParseOptions, TakesEveryKey) {
   EXPECT_EQ(options.rtime, 0.25);
   EXPECT_EQ(options.out, "points");
   EXPECT_EQ(options.file, "p.opt");
+  EXPECT_EQ(options.proof, "");
+  EXPECT_EQ(parseOptions({"--proof=q", "--ties=1", "p.opt"}).proof, "q");
 }
 
 TEST(ParseOptions, KeepsItsTextWithinAField) {
@@ -28,9 +30,10 @@ TEST(ParseOptions, TakesQuestionsWithoutAFile) {
 }
 
 TEST(ParseOptions, RefusesByName) {
-  for (const char* argument : {"--nothing=1", "--all", "--all=2", "--all=", "--limit=x", "--limit=-1",
-                               "--limit=1.5", "--rtime=abc", "--rtime=", "--rtime=.", "--rtime=1.2.3",
-                               "--rtime=-1", "--rtime=inf", "--out=", "--resume=2", "--checkpoint=x", "-v"}) {
+  for (const char* argument :
+       {"--nothing=1", "--all", "--all=2", "--all=", "--limit=x", "--limit=-1", "--limit=1.5", "--rtime=abc",
+        "--rtime=", "--rtime=.", "--rtime=1.2.3", "--rtime=-1", "--rtime=inf",
+        "--out=", "--proof=", "--proof", "--resume=2", "--checkpoint=x", "-v"}) {
     const std::string text = testing::refusal([&] { parseOptions({argument, "p.opt"}); });
     EXPECT_EQ(text.rfind(std::string(argument), 0), 0u) << argument << ": " << text;
   }
@@ -38,10 +41,9 @@ TEST(ParseOptions, RefusesByName) {
 }
 
 TEST(ParseOptions, RefusesWhatExcludesEachOther) {
-  const std::vector<std::string> pairs[] = {{"--first=1", "--ties=1"},
-                                            {"--first=1", "--limit=2"},
-                                            {"--first=1", "--count=1"},
-                                            {"--all=1", "--ties=1"}};
+  const std::vector<std::string> pairs[] = {{"--first=1", "--ties=1"},  {"--first=1", "--limit=2"},
+                                            {"--first=1", "--count=1"}, {"--all=1", "--ties=1"},
+                                            {"--proof=q", "--first=1"}, {"--proof=q", "--limit=2"}};
   for (std::vector<std::string> pair : pairs) {
     pair.emplace_back("p.opt");
     EXPECT_NE(testing::refusal([&] { parseOptions(pair); }).find("exclude each other"), std::string::npos)

@@ -119,12 +119,14 @@ TEST(Solver, NamesWhatIsOpenWhereBetterPointsMayBeAnywhere) {
 // The first point of a lattice that is made from the program and the best norms alone.
 Point firstOfBests(const Program& program, const Norms& best) {
   const Objective objective(program);
-  const Objective slack = objective.slackNorm();
   IntegerProgram bests = integerProgramOf(program);
   EXPECT_TRUE(tighten(bests) && closeByRows(bests));
-  for (const Row& row : objective.conditions(objective.valueOf(best))) bests.rows.push_back(row);
-  if (objective.needsSlackNorm())
-    for (const Row& row : slack.conditions(slack.valueOf(best))) bests.rows.push_back(row);
+  std::vector<Objective> norms = {objective};
+  if (objective.needsSlackNorm()) norms.push_back(objective.slackNorm());
+  for (const Objective& norm : norms) {
+    const Integer value = norm.valueOf(best);
+    for (const Row& row : norm.rows(value, value)) bests.rows.push_back(row);
+  }
   EXPECT_TRUE(tighten(bests) && closeByRows(bests));
   auto lattice = boxLatticeOf(bests);
   testing::Collector first(1);

@@ -46,7 +46,6 @@ class Collector : public Visitor {
     EXPECT_TRUE(points.insert(z).second) << "a point twice";
     return most_ != 0 && points.size() >= most_ ? Next::STOP : Next::GO_ON;
   }
-  Integer limit() const override { return 0; }
 
   std::set<IntegerVector> points;
 

@@ -103,9 +103,9 @@ class Workers : public ::testing::TestWithParam<unsigned> {
  protected:
   Workers() { control.threads = GetParam(); }
 
-  bool run(std::vector<Piece> pieces = {}, bool isTrial = false) {
+  bool run(std::vector<Piece> pieces = {}, unsigned long trial = 0) {
     return walkThrough([this] { return std::make_unique<RangeWalk>(tally, SIZE); }, std::move(pieces),
-                       control, isTrial);
+                       control, trial);
   }
 
   // Those that a frontier says are left.
@@ -198,9 +198,13 @@ TEST_P(Workers, AFailureOfAWalkIsThrownOn) {
   }
 }
 
-TEST_P(Workers, ATrialEndsWhereTheTreeIsNotSmall) {
-  EXPECT_FALSE(run({}, true));
-  EXPECT_LT(tally.visited(), 100u);
+TEST_P(Workers, ATrialEndsAfterItsCandidates) {
+  EXPECT_FALSE(run({}, SMALL_TREE));
+  const std::size_t small = tally.visited();
+  EXPECT_LT(small, 100u);
+  expectPartition(control.left);
+  EXPECT_FALSE(run(control.left.pieces, 10 * SMALL_TREE));
+  EXPECT_GT(tally.visited() - small, 5 * small);
   expectPartition(control.left);
 }
 
@@ -217,7 +221,6 @@ class Interrupting : public Visitor {
     points.insert(z);
     return random_() % 100 == 0 ? Next::STOP : Next::GO_ON;
   }
-  Integer limit() const override { return 0; }
 
   std::multiset<IntegerVector> points;
 

@@ -2,7 +2,7 @@
 """latbox-all on random programs against exhaustive search: complete_random.py [--long] BINARY FIRST LAST [RECORD]
 
 Program number i is made from i alone (complete_programs.py), its points are listed by other means (complete_count.py);
-neither shares anything with latbox-all. --long: coefficients of 20 to 60 digits, boxes of up to 10^6 steps. With a RECORD
+neither shares anything with latbox-all. Where latbox-check is built beside it, each verdict is proven to it. --long: coefficients of 20 to 60 digits, boxes of up to 10^6 steps. With a RECORD
 the numbers that were right are kept there, and the same command goes on behind them. Prints the programs that are wrong, a
 line of totals and the shares of the kinds; exit status 0 if none is wrong.
 """
@@ -12,6 +12,7 @@ import re
 import subprocess
 import sys
 import tempfile
+from fractions import Fraction
 
 import checker
 import complete_programs
@@ -34,6 +35,30 @@ def run(binary, folder, *options):
     return done.returncode, done.stdout.splitlines()
 
 
+def prove(binary, folder, *options):
+    """As run, with a proof; the checker must say the same."""
+    checks = os.path.join(os.path.dirname(binary), "latbox-check")
+    if not os.path.exists(checks):
+        return run(binary, folder, *options)
+    proof = os.path.join(folder, "p.proof")
+    if os.path.exists(proof):
+        os.remove(proof)
+    status, out = run(binary, folder, "--proof=p.proof", *options)
+    require(os.path.exists(proof), options, "no proof of", out)
+    done = subprocess.run([checks, "--proof=p.proof", "p.opt", "p.all"], cwd=folder, capture_output=True, text=True,
+                          timeout=300, check=False)
+    require(done.returncode == 0 and done.stdout.splitlines()[-1:] == [said(out)], options, out, "proof:", done.stdout,
+            done.stderr)
+    return status, out
+
+
+def said(out):
+    """The last line of latbox-check for the lines of latbox-all: fractions are plain there."""
+    words = out[-1].split()[1:]
+    ties = ", %s points" % out[0].split()[-1] if len(out) == 2 else ""
+    return "proof: " + " ".join([words[0]] + [str(Fraction(checker.number(word))) for word in words[1:]]) + ties
+
+
 def listed(folder):
     with open(os.path.join(folder, "p.all"), encoding="utf-8") as file:
         return checker.read_stars(file.read())
@@ -50,7 +75,7 @@ def judge(binary, folder, candidate):
 
 
 def judge_all(binary, folder, program, truth):
-    status, out = run(binary, folder, "--all=1")
+    status, out = prove(binary, folder, "--all=1")
     stars = listed(folder)
     require(len(stars) == len(set(tuple(star.x) for star in stars)), "a point twice")
     require(set(tuple(star.x) for star in stars) == truth, "all:", len(stars), "points, not", len(truth))
@@ -61,7 +86,7 @@ def judge_all(binary, folder, program, truth):
 
 
 def judge_best(binary, folder, program, truth):
-    status, out = run(binary, folder)
+    status, out = prove(binary, folder)
     stars = listed(folder)
     if not truth:
         require((status, out, stars) == (20, ["verdict: none"], []), "best:", status, out)
@@ -71,7 +96,7 @@ def judge_best(binary, folder, program, truth):
     verdict = "verdict: optimum " + mixed(best[0]) + ("" if best[1] == 0 else " " + mixed(best[1]))
     require((status, out) == (10, [verdict]), "best:", status, out, "not", verdict)
     require(len(stars) == 1 and tuple(stars[0].x) in ties, "the best point is", [star.x for star in stars])
-    status, out = run(binary, folder, "--ties=1")
+    status, out = prove(binary, folder, "--ties=1")
     require((status, out) == (10, ["best points: %d" % len(ties), verdict]), "ties:", status, out, len(ties))
     require(sorted(tuple(star.x) for star in listed(folder)) == sorted(ties), "ties: other points")
 

@@ -2,6 +2,8 @@
 """latbox-all: killed, stopped, changed and resumed; checkpoints, threads, full disks."""
 
 import os
+import random
+import re
 import resource
 import shutil
 import signal
@@ -22,6 +24,13 @@ MANY = opt(au=[[3, 5, 7, 4, 6]], lu=[20], ru=[40], rx=[4] * 5)
 # Its first points come at once, its last search takes long.
 ENDLESS_BEST = complete_kills.knapsack(60, 1)
 BEST = complete_kills.knapsack(30, 2)
+
+
+def market_split(rows: int, columns: int) -> str:
+    """Half of a sum of drawn coefficients each; of 10 rows and 90 columns points are hardly to be expected."""
+    draw = random.Random(1)
+    matrix = [[draw.randrange(500) for _ in range(columns)] for _ in range(rows)]
+    return opt(ag=matrix, bg=[sum(row) // 2 for row in matrix], rx=[1] * columns)
 
 
 def no_longer_than(size: int) -> Callable[[], None]:
@@ -317,6 +326,42 @@ class StopTest(ResumeCase):
         status, out = self.stop(process, signal.SIGTERM)
         self.assertLess(time.monotonic() - start, 3)
         self.assertEqual((status, out), (11, "verdict: found %d\n" % self.read("p.all").count("\n")))
+
+
+class FirstTest(ResumeCase):
+    """The passes for a first point, of a program that has none for as long as a test takes."""
+
+    def setUp(self) -> None:
+        super().setUp()
+        self.write("p.opt", market_split(10, 90))
+
+    def passes(self) -> tuple[int, int]:
+        """What a checkpoint says: the stages and trials that are over, and the passes of the open stage."""
+        text = self.read("p.all.resume") if self.exists("p.all.resume") else ""
+        made = re.search(r"^piece 1 (\d+) ", text, re.MULTILINE)
+        return text.count("\nsearch "), int(made.group(1)) if made else 0
+
+    def test_passes_that_are_made_are_not_made_again(self) -> None:
+        before = (0, 0)
+        for options in (("--threads=1",), ("--threads=2",), ("--threads=1", "--seed=5")):
+            process = self.launch("--first=1", "--checkpoint=0.05", *options)
+            harness.wait_until(lambda: self.passes() > before, "another pass")
+            self.assertEqual(self.stop(process, signal.SIGKILL)[0], -signal.SIGKILL)
+            self.assertGreater(self.passes(), before)
+            before = self.passes()
+        result = self.run_on("--first=1", "--rtime=0.5")
+        self.assert_verdict(result, "unknown", 12)
+        self.assert_goes_on(result)
+        self.assertGreaterEqual(self.passes(), before)
+
+    def test_two_seconds_in_passes(self) -> None:
+        for threads in (1, 2):
+            before = self.passes()
+            process = self.launch("--first=1", "--checkpoint=0.05", "--quiet=1", "--threads=%d" % threads)
+            harness.wait_until(lambda: self.passes() > before, "a pass")
+            start = time.monotonic()
+            self.assertEqual(self.stop(process, signal.SIGINT), (12, "verdict: unknown\n"))
+            self.assertLess(time.monotonic() - start, 3)
 
 
 class DiskTest(ResumeCase):

@@ -369,7 +369,12 @@ class CompletionTest(PrefixCase):
         self.assertEqual(self.complete("latbox-check --quiet p", script=script), ["prog one.opt"])
         self.assertEqual(self.complete("latbox-check a.opt p", script=script), ["prog.sol", "prog.all"])
         usage = run("latbox-check", "--help", env=environment(self.prefix))
-        self.assertEqual(self.complete("latbox-check --", script=script), re.findall(r"^  (--\w+)", usage, re.MULTILINE))
+        self.assertEqual(self.complete("latbox-check --", script=script),
+                         re.findall(r"^  (--\w+=?)", usage, re.MULTILINE))
+        self.assertEqual(self.complete("latbox-check --proof=no", script=script), ["notes.txt"])
+        self.assertEqual(self.complete("latbox-check --join=no", script=script, breaks=" \t\n"), ["--join=notes.txt"])
+        self.assertEqual(self.complete("latbox-check --proof=notes.txt p", script=script), ["prog one.opt"])
+        self.assertEqual(self.complete("latbox-check --part=", script=script), [])
 
     def test_the_tools(self):
         for name in ("m.lp", "m.mps.gz", "run.log", "run.jsonl"):

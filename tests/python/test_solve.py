@@ -194,8 +194,19 @@ class FilesTest(SolveCase):
         if "--proof" not in self.run_complete_help():
             self.skipTest("this latbox-all writes no proofs")
         self.assertEqual(self.solve("--proof=p", "m.lp").status, 10)
-        self.assertTrue({"program.opt", "program.proof"} <= set(os.listdir(self.path("p"))))
+        self.assertEqual(sorted(os.listdir(self.path("p"))), ["program.opt", "program.proof"])
         self.assertIn("// x5 = x5\n", self.read("p/program.opt"))
+        self.assert_proven("optimum -86")
+        self.write("n.lp", NO_POINT)
+        self.assertEqual(self.solve("--proof=p", "n.lp").status, 20)
+        self.assert_proven("none")
+        self.assertEqual(self.solve("--proof=p", "--solutions=all", "m.lp").status, 10)
+        self.assert_proven("all ")
+
+    def assert_proven(self, verdict: str) -> None:
+        result = self.run_latbox_check("--proof=p/program.proof", "p/program.opt")
+        self.assertEqual((result.status, result.err), (0, ""), result.out)
+        self.assertIn(verdict, result.out)
 
     def run_complete_help(self) -> str:
         import subprocess

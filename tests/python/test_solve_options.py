@@ -112,6 +112,8 @@ class OptionsTest(unittest.TestCase):
         for name in ("target", "gap"):
             self.assertEqual(self.refused("--solutions=2", f"--{name}=2", "m"),
                              f"--{name}: it goes with one point, not with --solutions")
+        self.assertEqual(self.refused("--solutions=2", "--proof=p", "m"),
+                         "--proof: it goes with one point or all, not with --solutions=2")
         self.assertEqual(self.refused("--engine=search", "--proof=p", "m"),
                          "--proof: the search proves nothing; --engine=auto or complete is wanted")
 

@@ -251,6 +251,8 @@ def exclude(options: Options) -> None:
             raise UsageError("--%s: it goes with one point, not with --solutions" % name)
     if options.proof is not None and options.engine == SEARCH:
         raise UsageError("--proof: the search proves nothing; --engine=auto or complete is wanted")
+    if options.proof is not None and options.solutions > 1:
+        raise UsageError("--proof: it goes with one point or all, not with --solutions=%d" % options.solutions)
 
 
 def usage() -> str:

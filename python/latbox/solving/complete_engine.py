@@ -56,9 +56,12 @@ class CompleteEngine:
         self.least: Fraction | None = None  # no target norm is below it: proven
         self.verdict: tuple[str, str] | None = None  # (word, rest), None while it works
         self.open_columns: list[int] | None = None  # it cannot begin: these columns need bounds
-        self._program = os.path.join(folder, "program.opt")
+        # A proof lies beside the program that it speaks of.
+        self._program = os.path.join(os.path.dirname(task.proof) if task.proof else folder, "program.opt")
         self._best = os.path.join(folder, "known.sol")
         self._program_has_targets = bool(program.targets)
+        self._task = task
+        self._told: tuple[str, str] | None = None
         with open(self._program, "w", encoding="utf-8", errors="surrogateescape") as file:
             file.write(program.text(notes))
         out = os.path.join(folder, "points.all")
@@ -86,7 +89,10 @@ class CompleteEngine:
         for line in out:
             match = VERDICT.match(line)
             if match:
-                self.verdict = (match[1], match[2])
+                self._told = (match[1], match[2])
+        # Its proof is whole once the process has ended.
+        if ended is not None or not self._task.proof:
+            self.verdict = self._told
         if ended is not None and self.verdict is None:
             self._take_end(ended)
         return found

@@ -1,0 +1,25 @@
+// The proof of a verdict. It is made from the program and the verdict alone, so that it does not matter on
+// how many threads, in how many runs, or by what ideas the verdict was found.
+#pragma once
+
+#include <string>
+
+#include "complete/program.h"
+#include "complete/proof/lattice.h"
+#include "complete/search.h"
+
+namespace latbox::complete::proof {
+
+struct Claim {
+  // Of all points: their number; of an optimum: the number of best points, where that is claimed.
+  std::optional<unsigned long> count;
+  // Of an optimum.
+  std::optional<Norms> best;
+};
+
+// The text of the proof. Heeds control's threads, and ends soon with NoProof when it is stopped, unless it
+// stands in a reduction. Throws NoProof where no proof can be made, ReductionFailure, std::logic_error if the
+// claim turns out to be wrong.
+std::string proofOf(const Program& program, const Claim& claim, SearchControl& control);
+
+}  // namespace latbox::complete::proof
