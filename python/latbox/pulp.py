@@ -21,6 +21,7 @@ from .front.progress import Display
 from .models.model import INF, Row
 from .solving import binaries, statuses
 from .solving.events import Event
+from .solving.portfolio import AUTO
 
 try:
     import pulp  # type: ignore[import]
@@ -50,7 +51,7 @@ class LATBOX(pulp.LpSolver):  # type: ignore[misc]
 
     def __init__(self, mip: bool = True, msg: bool = True, options: list[str] | None = None, timeLimit: float | None = None,
                  gapRel: float | None = None, gapAbs: float | None = None, threads: int | None = None, digits: int | None = None,
-                 engine: str = api.AUTO, seed: int = 0, memory: int | None = None) -> None:
+                 engine: str = AUTO, seed: int = 0, memory: int | None = None) -> None:
         super().__init__(mip=mip, msg=msg, options=options, timeLimit=timeLimit, gapRel=gapRel, gapAbs=gapAbs, threads=threads,
                          digits=digits, engine=engine, seed=seed, memory=memory)
         self.result: api.Result | None = None
@@ -82,9 +83,8 @@ class LATBOX(pulp.LpSolver):  # type: ignore[misc]
         if self.msg:
             for line in last_lines(self.result):
                 print(line, file=sys.stderr)
-        values = [None] * len(variables) if self.result.x is None else [plain(value) for value in self.result.x]
-        for variable, value in zip(variables, values):
-            variable.varValue = value
+        for j, variable in enumerate(variables):
+            variable.varValue = None if self.result.x is None else plain(self.result.x[j])
         status, sol_status = statuses.status_of(self.result.status, self.result.x is not None).pulp
         lp.assignStatus(status, sol_status)
         return status
