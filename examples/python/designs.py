@@ -6,7 +6,7 @@ of t-subsets, and the entry counts the blocks of the orbit that hold a t-subset.
 
     python3 designs.py
 
-looks for the Steiner system S(5, 6, 12) with PSL(2, 11), which acts on the 12 points of the projective line over the field of 11.
+finds all Steiner systems S(5, 6, 12) that stay the same under x + 1 and 3 x on the residues of 11, a twelfth point being fixed.
 """
 
 from itertools import combinations
@@ -38,12 +38,9 @@ def kramer_mesner(small, large):
     return [[sum(set(orbit[0]) <= set(block) for block in blocks) for blocks in large] for orbit in small]
 
 
-def projective_line(p):
-    """Generators of PSL(2, p) as permutations of 0, ..., p - 1 and infinity, which is p: x + 1, s x with a square s, -1 / x."""
-    primitive = next(g for g in range(1, p) if len({pow(g, e, p) for e in range(p - 1)}) == p - 1)
-    square = primitive * primitive % p
-    return [tuple((x + 1) % p for x in range(p)) + (p,), tuple(square * x % p for x in range(p)) + (p,),
-            (p,) + tuple(-pow(x, -1, p) % p for x in range(1, p)) + (0,)]
+def affine(p, factor):
+    """Generators of the group of x + 1 and factor * x on the residues of p, which leaves one more point, p, in its place."""
+    return [tuple((x + 1) % p for x in range(p)) + (p,), tuple(factor * x % p for x in range(p)) + (p,)]
 
 
 def is_design(blocks, points, t, level):
@@ -54,8 +51,8 @@ def is_design(blocks, points, t, level):
     return set(count.values()) == {level}
 
 
-def main(points=12, t=5, k=6, level=1):
-    generators = projective_line(points - 1)
+def main(points=12, t=5, k=6, level=1, factor=3):
+    generators = affine(points - 1, factor)
     small, large = orbits(generators, points, t), orbits(generators, points, k)
     matrix = kramer_mesner(small, large)
     print("%d-(%d, %d, %d): %d equations, %d orbits of blocks" % (t, points, k, level, len(small), len(large)))
