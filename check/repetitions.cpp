@@ -55,7 +55,9 @@ void Repetitions::settleLastDigest(std::deque<Entry>& entries, const Reader& rea
     return last;
   };
   const auto [digest, earliest] = takeLast();
-  const auto another = [&] { return !entries.empty() && entries.back().digest == digest; };
+  const auto another = [&entries, digest = digest] {
+    return !entries.empty() && entries.back().digest == digest;
+  };
   // Nearly always it stays empty, and nearly always else it gets one element.
   std::vector<Kept> different;
   if (another()) different.push_back({earliest, read(earliest)});

@@ -32,8 +32,8 @@ class LinearBounds {
   bool isEmpty() const { return isEmpty_; }
   // A bound of sign * variable that says more than the variable's own range, if one is found.
   std::optional<Integer> greatest(std::size_t variable, int sign);
-  // What proves the last bound, or that there is no point: scale * sign * variable = sum y_i (a_i z) + rest z,
-  // and each term is bounded by its range.
+  // What proves the last bound, or that there is no point: scale * sign * variable = sum y_i (a_i z) + rest
+  // z, and each term is bounded by its range.
   struct Proof {
     std::size_t variable = 0;
     int sign = 1;

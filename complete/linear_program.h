@@ -20,8 +20,8 @@ class LinearProgram {
   std::optional<Rational> greatest(std::size_t variable, int sign);
   // At the vertex where the last question ended, be there a greatest value or not.
   const Rational& value(std::size_t variable) const { return simplex_.value(variable); }
-  // What was asked for last, and the multipliers of rows that prove the answer: see Simplex. Of a program that
-  // is not feasible they bound sign * variable outside of its range.
+  // What was asked for last, and the multipliers of rows that prove the answer: see Simplex. Of a program
+  // that is not feasible they bound sign * variable outside of its range.
   std::size_t variable() const { return simplex_.variable(); }
   int sign() const { return simplex_.sign(); }
   std::vector<Rational> multipliers() const { return simplex_.multipliers(); }

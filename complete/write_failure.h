@@ -15,8 +15,8 @@ class WriteFailure : public std::runtime_error {
 // WriteFailure.
 void synchronise(const std::string& path);
 
-// The file gets this text by one rename, put together beside it as path + BESIDE; `surely`: on the disk. Throws
-// WriteFailure, and the file is as it was.
+// The file gets this text by one rename, put together beside it as path + BESIDE; `surely`: on the disk.
+// Throws WriteFailure, and the file is as it was.
 inline constexpr const char* BESIDE = ".tmp";
 void replaceFile(const std::string& path, const std::string& text, bool surely);
 

@@ -12,8 +12,9 @@ command -v clang++ >/dev/null || { echo "fuzz: clang++ is missing" >&2; exit 1; 
 (cd "$root" && cmake --preset fuzz >/dev/null && nice ninja -C build/fuzz) || exit 1
 
 work="$root/build/fuzz"
-# Built where latbox-all is.
+# Built where latbox-all and latbox-check are.
 [ ! -x "$work/fuzz/fuzz_complete_search" ] || all+=(complete_search)
+[ ! -x "$work/fuzz/fuzz_check_proof" ] || all+=(check_proof)
 [ $# -gt 0 ] || set -- "${all[@]}"
 mkdir -p "$work/log" "$work/artifacts"
 export UBSAN_OPTIONS=print_stacktrace=1

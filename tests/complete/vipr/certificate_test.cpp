@@ -60,8 +60,7 @@ TEST(Certificate, JoinsTheSidesOfASplit) {
   for (int i = 0; i < 4; ++i) certificate.give({Sense::LESS, -1, certificate.zero()});
   EXPECT_EQ(certificate.split(0, 1, 2, 3), 4u);
   certificate.split(0, 1, 2, 3, {Sense::GREATER, 5, form({1})});
-  EXPECT_EQ(certificate.derivedText(),
-            "C4 G 1  0 { uns 0 1 2 3 } -1\nC5 G 5  1  0 1 { uns 0 1 2 3 } -1\n");
+  EXPECT_EQ(certificate.derivedText(), "C4 G 1  0 { uns 0 1 2 3 } -1\nC5 G 5  1  0 1 { uns 0 1 2 3 } -1\n");
 }
 
 TEST(Certificate, RelaxesAnEquation) {
