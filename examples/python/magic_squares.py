@@ -6,8 +6,8 @@ diagonals have the same sum.
     python3 magic_squares.py [ORDER [ROW COLUMN NUMBER]...]
     python3 magic_squares.py 4  1 1 16  1 2 3  4 4 1
 
-Rows and columns count from 1. With order 3 it brings all squares, else the first one that it finds; order 4 takes more than a minute without
-given cells, and seconds with the three above.
+Rows and columns count from 1. With order 3 it brings all squares, else one. Order 4 takes more than a minute without given cells, and
+seconds with the three above.
 """
 
 import sys
