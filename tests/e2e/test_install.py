@@ -242,7 +242,7 @@ class ManualTest(PrefixCase):
             self.skipTest("this build has no latbox-check")
         usage = run("latbox-check", "--help", env=environment(self.prefix))
         page = self.installed_text("share/man/man1/latbox-check.1").replace("\\-", "-")
-        self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)$", page, re.MULTILINE),
+        self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)(?:=.*)?$", page, re.MULTILINE),
                          re.findall(r"^  (--\w+)", usage, re.MULTILINE))
 
     def test_options_of_the_tools_are_those_of_their_usage(self):
@@ -272,7 +272,7 @@ class ManualTest(PrefixCase):
         if not has_all():
             self.skipTest("this build has no latbox-all")
         usage = run("latbox-all", "--help", env=environment(self.prefix))
-        options = re.findall(r"^  (--\w+)(=\w+)? +(\S.*)$", usage, re.MULTILINE)
+        options = re.findall(r"^  (--[a-z-]+)(=\w+)? +(\S.*)$", usage, re.MULTILINE)
         self.assertEqual(len(options), len(re.findall(r"^ +--", usage, re.MULTILINE)))
         return ([(key, value != "", text) for key, value, text in options],
                 re.findall(r"^  (verdict: \w+).* status (\d+) ", usage, re.MULTILINE))
@@ -280,7 +280,7 @@ class ManualTest(PrefixCase):
     def test_options_of_latbox_all_are_those_of_its_usage(self):
         options, _ = self.usage_of_all()
         page = self.installed_text("share/man/man1/latbox-all.1").replace("\\-", "-")
-        told = re.findall(r"^\.TP\n\.BI? (--\w+)(= \w+)?\n(.*)$", page, re.MULTILINE)
+        told = re.findall(r"^\.TP\n\.BI? (--[a-z-]+)(= \w+)?\n(.*)$", page, re.MULTILINE)
         self.assertEqual([(key, value != "", text) for key, value, text in told], options)
 
     def test_verdicts_of_latbox_all_are_those_of_its_usage(self):
@@ -454,7 +454,7 @@ class CompletionTest(PrefixCase):
         offered = self.complete_all("latbox-all -")
         usage = run("latbox-all", "--help", env=environment(self.prefix))
         self.assertEqual(offered, [key + ("=" if value else "") for key, value in
-                                   re.findall(r"^  (--\w+)(=\w+)?", usage, re.MULTILINE)])
+                                   re.findall(r"^  (--[a-z-]+)(=\w+)?", usage, re.MULTILINE)])
         self.assertEqual(self.complete_all("latbox-all --"), offered)
 
     def test_values_and_files_of_latbox_all(self):
@@ -503,6 +503,14 @@ class PackageTest(harness.Case):
             self.assertEqual(self.field(name), value)
         self.assertEqual(self.field("Provides"), "python3-latbox")
         self.assertTrue(self.field("Description").startswith("solver for small, hard integer programs"))
+
+    def test_bytecode_comes_and_goes_with_it(self):
+        for script, command in (("postinst", "py3compile -p latbox"), ("prerm", "py3clean -p latbox")):
+            self.assertIn("\n  %s\n" % command, run("dpkg-deb", "-I", self.package, script))
+        control = self.path("control")
+        run("dpkg-deb", "-e", self.package, control)
+        self.assertEqual({name for name in os.listdir(control) if os.access(os.path.join(control, name), os.X_OK)},
+                         {"postinst", "prerm"})
 
     def test_what_it_depends_on(self):
         need_tools("dpkg-shlibdeps", "file")
