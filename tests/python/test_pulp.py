@@ -10,6 +10,7 @@ import importlib.util
 import io
 import os
 import random
+import re
 import subprocess
 import sys
 import unittest
@@ -30,6 +31,7 @@ if not HAS_PULP and __name__ == "__main__" and os.path.exists(SYSTEM) and is_abl
     os.execv(SYSTEM, [SYSTEM, HERE, *sys.argv[1:]])
 
 import support  # noqa: E402
+import documents  # noqa: E402
 import harness  # noqa: E402
 
 import latbox  # noqa: E402
@@ -465,6 +467,14 @@ class SolverTest(PulpCase):
         problem += whole("x") + whole("x")
         with self.assertRaises(pulp.PulpError):
             self.solve(problem)
+
+    def test_the_document_is_right(self) -> None:
+        with open(os.path.join(support.ROOT, "docs", "solve.md"), encoding="utf-8") as file:
+            text = file.read()
+        script, = (block.text() for block in documents.blocks(text) if block.kind() == "file" and block.argument == "bag_by_pulp.py")
+        with contextlib.redirect_stdout(io.StringIO()) as shown, contextlib.redirect_stderr(io.StringIO()):
+            exec(compile(script, "bag_by_pulp.py", "exec"), {})
+        self.assertIn(shown.getvalue().strip(), re.findall(r"It prints `(.*)`\.", text))
 
     def test_copy(self) -> None:
         solver = LATBOX(msg=False, timeLimit=7, threads=2, gapRel=0.25, seed=3)
