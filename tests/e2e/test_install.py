@@ -193,6 +193,9 @@ class PrefixTest(PrefixCase):
             self.assertEqual(run(name, "--version", env=environment(self.prefix)),
                              "%s %s\n" % (name, cached("CMAKE_PROJECT_VERSION")))
         shutil.copy(self.installed("share/doc/latbox/examples/models/shifts.lp"), self.folder)
+        if has_all():
+            shown = run("latbox-solve", "--quiet", "shifts.lp", cwd=self.folder, env=environment(self.prefix), statuses=(10,))
+            self.assertTrue(shown.startswith("status: optimal\nobjective: 552\n"), shown)
         run("latbox-convert", "shifts.lp", "shifts.opt", cwd=self.folder, env=environment(self.prefix))
         self.assert_ends_well(self.run_installed("--snorm=0", "--tnorm=540", "--rtime=50", "shifts.opt"))
         shown = run("latbox-names", "--first=1", "shifts.opt", cwd=self.folder, env=environment(self.prefix))
@@ -239,7 +242,7 @@ class ManualTest(PrefixCase):
             self.skipTest("this build has no latbox-check")
         usage = run("latbox-check", "--help", env=environment(self.prefix))
         page = self.installed_text("share/man/man1/latbox-check.1").replace("\\-", "-")
-        self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)$", page, re.MULTILINE),
+        self.assertEqual(re.findall(r"^\.TP\n\.B (--\w+)(?:=.*)?$", page, re.MULTILINE),
                          re.findall(r"^  (--\w+)", usage, re.MULTILINE))
 
     def test_options_of_the_tools_are_those_of_their_usage(self):
@@ -249,12 +252,27 @@ class ManualTest(PrefixCase):
             told = re.findall(r"^\.TP\n\.B\w* .*?(--[a-z-]+)", page, re.MULTILINE)
             self.assertEqual(sorted(told), sorted(set(re.findall(r"^  (?:-h, )?(--[a-z-]+)", usage, re.MULTILINE))), name)
 
+    def test_options_of_latbox_solve_are_those_of_its_usage(self):
+        usage = run("latbox-solve", "--help", env=environment(self.prefix))
+        page = self.installed_text("share/man/man1/latbox-solve.1").replace("\\-", "-")
+        told = re.findall(r"^\.TP\n\.BI? (--[a-z-]+)(?:= (\S+))?\n(.*)$", page, re.MULTILINE)
+        shown = re.findall(r"^  (--[a-z-]+)(?: (\S+))? +(\S.*)$", usage, re.MULTILINE)
+        self.assertEqual([(key, value, re.sub(r"\\f[BR]", "`", text)) for key, value, text in told], shown)
+        self.assertGreater(len(shown), 15)
+
+    def test_statuses_of_latbox_solve_are_those_of_its_document(self):
+        page = self.installed_text("share/man/man1/latbox-solve.1").replace("\\-", "-")
+        told = re.findall(r'^\.B "status: (\w+)"\nExit status (\d+): (.*)\.$', page, re.MULTILINE)
+        document = self.installed_text("share/doc/latbox/docs/solve.md")
+        self.assertEqual(told, re.findall(r"^\| `(\w+)` \| \w+ \| (\d+) \| .* \| (.*) \|$", document, re.MULTILINE))
+        self.assertEqual(len(told), 8)
+
     def usage_of_all(self):
         """What latbox-all says of itself: [(--key, whether a value is wanted, text)], and its verdicts with their status."""
         if not has_all():
             self.skipTest("this build has no latbox-all")
         usage = run("latbox-all", "--help", env=environment(self.prefix))
-        options = re.findall(r"^  (--\w+)(=\w+)? +(\S.*)$", usage, re.MULTILINE)
+        options = re.findall(r"^  (--[a-z-]+)(=\w+)? +(\S.*)$", usage, re.MULTILINE)
         self.assertEqual(len(options), len(re.findall(r"^ +--", usage, re.MULTILINE)))
         return ([(key, value != "", text) for key, value, text in options],
                 re.findall(r"^  (verdict: \w+).* status (\d+) ", usage, re.MULTILINE))
@@ -262,7 +280,7 @@ class ManualTest(PrefixCase):
     def test_options_of_latbox_all_are_those_of_its_usage(self):
         options, _ = self.usage_of_all()
         page = self.installed_text("share/man/man1/latbox-all.1").replace("\\-", "-")
-        told = re.findall(r"^\.TP\n\.BI? (--\w+)(= \w+)?\n(.*)$", page, re.MULTILINE)
+        told = re.findall(r"^\.TP\n\.BI? (--[a-z-]+)(= \w+)?\n(.*)$", page, re.MULTILINE)
         self.assertEqual([(key, value != "", text) for key, value, text in told], options)
 
     def test_verdicts_of_latbox_all_are_those_of_its_usage(self):
@@ -280,7 +298,9 @@ class ManualTest(PrefixCase):
             copy = self.path(os.path.basename(page))
             shutil.copytree(self.installed("share/doc/latbox/examples"), copy)
             for command in commands:
-                proven = command.startswith("latbox-all ")
+                proven = command.startswith(("latbox-all ", "latbox-solve ")) and "--check" not in command
+                if command.startswith("latbox-solve ") and not has_all():
+                    continue
                 run("sh", "-c", command, cwd=copy, env=environment(self.prefix), statuses=(10,) if proven else (0,))
 
 
@@ -395,6 +415,35 @@ class CompletionTest(PrefixCase):
                 key = line.split()[1].split("=")[0]
                 self.assertEqual(self.complete(line, breaks=" \t\n", script=script), ["%s=%s" % (key, v) for v in expected])
 
+    def complete_solve(self, line, **keywords):
+        return self.complete(line, script=self.installed("share/bash-completion/completions/latbox-solve"), **keywords)
+
+    def test_every_option_of_latbox_solve(self):
+        usage = run("latbox-solve", "--help", env=environment(self.prefix))
+        keys = [key + "=" * bool(value) for key, value in re.findall(r"^  (--[a-z-]+)( \S+)?  ", usage, re.MULTILINE)]
+        self.assertIn("--zero-exit", keys)
+        self.assertEqual(self.complete_solve("latbox-solve --"), keys)
+        self.assertEqual(self.complete_solve("latbox-solve -"), keys)
+        self.assertEqual(self.complete_solve("latbox-solve --time 20 --se"), ["--seed="])
+        self.assertEqual(self.complete_solve("latbox-solve --nosuch"), [])
+
+    def test_values_and_files_of_latbox_solve(self):
+        for name in ("m.lp", "m.mps.gz"):
+            self.write(name, "")
+        engines = ["auto", "search", "complete"]
+        for begin, offered in (("--engine", engines), ("--solutions", ["all"]), ("--time", []), ("--proof", ["more.d"])):
+            self.assertEqual(self.complete_solve("latbox-solve %s=" % begin), offered)
+            self.assertEqual(self.complete_solve("latbox-solve %s " % begin), offered)
+            self.assertEqual(self.complete_solve("latbox-solve %s=" % begin, breaks=" \t\n"),
+                             ["%s=%s" % (begin, value) for value in offered])
+        for line in ("--format=f", "--format f"):
+            self.assertEqual(self.complete_solve("latbox-solve " + line), ["fixed-mps", "free-mps"])
+        for line in ("--output=no", "--json no", "--check=no"):
+            self.assertEqual(self.complete_solve("latbox-solve " + line), ["notes.txt"])
+        self.assertEqual(self.complete_solve("latbox-solve "), ["more.d", "m.lp", "m.mps.gz", "prog one.opt"])
+        self.assertEqual(self.complete_solve("latbox-solve --time 20 m"), ["more.d", "m.lp", "m.mps.gz"])
+        self.assertEqual(self.complete_solve("latbox-solve --quiet --time=20 m.l"), ["m.lp"])
+
     def complete_all(self, line, **keywords):
         if not has_all():
             self.skipTest("this build has no latbox-all")
@@ -405,7 +454,7 @@ class CompletionTest(PrefixCase):
         offered = self.complete_all("latbox-all -")
         usage = run("latbox-all", "--help", env=environment(self.prefix))
         self.assertEqual(offered, [key + ("=" if value else "") for key, value in
-                                   re.findall(r"^  (--\w+)(=\w+)?", usage, re.MULTILINE)])
+                                   re.findall(r"^  (--[a-z-]+)(=\w+)?", usage, re.MULTILINE)])
         self.assertEqual(self.complete_all("latbox-all --"), offered)
 
     def test_values_and_files_of_latbox_all(self):
@@ -452,7 +501,16 @@ class PackageTest(harness.Case):
         for name, value in (("Package", "latbox"), ("Version", cached("CMAKE_PROJECT_VERSION")), ("Section", "math"),
                             ("Priority", "optional"), ("Maintainer", "latbox developers <latbox@localhost>")):
             self.assertEqual(self.field(name), value)
+        self.assertEqual(self.field("Provides"), "python3-latbox")
         self.assertTrue(self.field("Description").startswith("solver for small, hard integer programs"))
+
+    def test_bytecode_comes_and_goes_with_it(self):
+        for script, command in (("postinst", "py3compile -p latbox"), ("prerm", "py3clean -p latbox")):
+            self.assertIn("\n  %s\n" % command, run("dpkg-deb", "-I", self.package, script))
+        control = self.path("control")
+        run("dpkg-deb", "-e", self.package, control)
+        self.assertEqual({name for name in os.listdir(control) if os.access(os.path.join(control, name), os.X_OK)},
+                         {"postinst", "prerm"})
 
     def test_what_it_depends_on(self):
         need_tools("dpkg-shlibdeps", "file")
@@ -485,6 +543,17 @@ class PackageTest(harness.Case):
         shutil.copy(os.path.join(self.unpacked, "usr/share/doc/latbox/examples/hundred_fowls.opt"), self.folder)
         run(os.path.join(self.unpacked, "usr/bin/latbox"), "hundred_fowls.opt", cwd=self.folder)
         self.assertEqual(len(self.stars("hundred_fowls")), 1)
+
+    def test_the_module_runs_with_the_engines_of_the_package(self):
+        """As Python finds it below /usr; -I keeps that of the tree away."""
+        if not has_all():
+            self.skipTest("this build has no latbox-all")
+        code = ("import sys; sys.path.insert(0, %r); import latbox; from latbox.solving import binaries\n"
+                "print(latbox.solve([[3, 5]], [19], 0, 9).x, binaries.find('latbox'))" %
+                os.path.join(self.unpacked, "usr/lib/python3/dist-packages"))
+        variables = {key: value for key, value in os.environ.items() if key != "LATBOX_BIN_DIR"}
+        self.assertEqual(run(sys.executable, "-I", "-B", "-c", code, env=variables),
+                         "Point(3, 2) %s\n" % os.path.join(self.unpacked, "usr/bin/latbox"))
 
 
 class DocumentTest(harness.Case):

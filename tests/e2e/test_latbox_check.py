@@ -68,7 +68,7 @@ class VerdictTest(Case):
     def test_the_help_names_all_options(self):
         result = self.run_latbox_check("--help")
         self.assertEqual(result.status, 0)
-        for option in ("--proof=", "--threads=", "--part=", "--join=", "--quiet", "--help", "--version"):
+        for option in ("--proof=FILE", "--threads=N", "--part=K/N", "--join=FILE", "--quiet", "--help", "--version"):
             self.assertIn("\n  %s " % option, result.out)
 
     def test_a_closed_output(self):

@@ -98,23 +98,25 @@ class Option:
     value: str  # what stands for the value in the usage; "" for a switch
     take: Callable[[str], Any] | None
     text: str
+    choices: tuple[str, ...] = ()  # values that the completion offers
 
     @property
     def key(self) -> str:
         return self.name.replace("-", "_")
 
 
+ENGINES = (AUTO, SEARCH, COMPLETE)
+
 TABLE = [
     Option("time", "T", take_time, "End after T seconds with the answer so far; 0.5, 2m, 1h are times too."),
-    Option("solutions", "N|all", take_solutions, "So many points instead of one: with an objective the N best."),
+    Option("solutions", "N|all", take_solutions, "So many points instead of one: with an objective the N best.", ("all",)),
     Option("target", "V", take_number, "End when the objective is as good as V."),
     Option("gap", "V|V%", take_gap, "End when the objective is within V of the proven bound, or V% of max(1, |objective|)."),
-    Option("engine", "NAME", take_choice(AUTO, SEARCH, COMPLETE),
-           "auto: both engines side by side; search, complete: one alone."),
+    Option("engine", "NAME", take_choice(*ENGINES), "auto: both engines side by side; search, complete: one alone.", ENGINES),
     Option("digits", "N", take_whole(0, MOST_DIGITS, "a number of digits from 0 to 18 is wanted"),
            "Continuous columns take decimals of N digits; without it they are refused."),
     Option("format", "NAME", take_choice(*FORMATS), "The format of the model: opt, lp, mps (fixed or free), fixed-mps, free-mps; "
-                                                    "else its name tells."),
+                                                    "else its name tells.", FORMATS),
     Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
            "Threads of all engines together; else one for each processor."),
     Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
