@@ -203,6 +203,17 @@ class FilesTest(SolveCase):
         self.assertEqual(self.solve("--proof=p", "--solutions=all", "m.lp").status, 10)
         self.assert_proven("all ")
 
+    def test_what_has_become_of_the_proof(self) -> None:
+        """It is told, and one that another run has left does not stay."""
+        if "--proof" not in self.run_complete_help():
+            self.skipTest("this latbox-all writes no proofs")
+        self.assertIn("note: latbox-check --proof=p/program.proof p/program.opt checks the proof\n", self.solve("--proof=p", "m.lp").err)
+        self.write("h.opt", hard())
+        result = self.solve("--proof=p", "--time=1", "h.opt")
+        self.assertEqual(result.status, 12)
+        self.assertIn("note: no proof was written\n", result.err)
+        self.assertNotIn("program.proof", os.listdir(self.path("p")))
+
     def assert_proven(self, verdict: str) -> None:
         result = self.run_latbox_check("--proof=p/program.proof", "p/program.opt")
         self.assertEqual((result.status, result.err), (0, ""), result.out)

@@ -13,7 +13,7 @@ from typing import IO
 from ..errors import LatboxError, PlacedError, UsageError, place_text
 from ..models import Model, read_model
 from ..models.sources import shown_name
-from ..solving import statuses
+from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
 from . import answer, options as table
@@ -270,6 +270,8 @@ class Command:
         if not options.quiet:
             for note in end.notes:
                 print("note: " + note, file=sys.stderr)
+            if options.proof is not None:
+                print("note: " + proof.note(options.proof), file=sys.stderr)
         if options.json != "-":
             say(answer.text(model, end, options.all_values))
         # Last: where the file cannot be written the answer has been shown.

@@ -128,6 +128,8 @@ class Portfolio:
     # ------------------------------------------------------------- the course of it
 
     def _run(self) -> Iterator[Event]:
+        if self.settings.proof is not None:
+            proof.clear(self.settings.proof)
         try:
             self._statement = self._stated()
             self._program = self._statement.program

@@ -20,6 +20,21 @@ def folder(path: str) -> str:
     return os.path.abspath(os.path.join(path, PROOF))
 
 
+def clear(path: str) -> None:
+    """What an earlier run has left would be taken for this one's. Throws OSError."""
+    for name in (PROGRAM, PROOF):
+        if os.path.lexists(os.path.join(path, name)):
+            os.remove(os.path.join(path, name))
+
+
+def note(path: str) -> str:
+    """What has become of it, for the user."""
+    program, proven = os.path.join(path, PROGRAM), os.path.join(path, PROOF)
+    if os.path.exists(proven):
+        return "latbox-check --proof=%s %s checks the proof" % (proven, program)
+    return "no proof was written"
+
+
 def name_map(statement: Statement) -> str:
     """Comment lines: columns and their variables; variables that are fixed and their values."""
     names = {column: statement.model.variables[j].name for j, column in statement.column_of.items()}
