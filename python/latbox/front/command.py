@@ -169,6 +169,7 @@ class Command:
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
+            self._tell_json(model, end)
         return self._tell(model, end)
 
     # ------------------------------------------------------------- signals
@@ -241,22 +242,31 @@ class Command:
         options = self.options
         tellers: list[Callable[[Event], None]] = []
         if options.json:
-            name = "--json=" + options.json
-            with naming(name):
-                file = open(os.dup(1) if options.json == "-" else options.json, "w", encoding="utf-8")
-            stack.callback(close_quietly, file)
-            lines = JsonLines(file, model, options.model)
-
-            def tell(event: Event) -> None:
-                with naming(name):
-                    lines.tell(event)
-
-            tellers.append(tell)
+            tellers.append(self._json_teller(options.json, model, stack))
         if not options.quiet:
             self.display = Display(sys.stderr, model, shown_name(options.model))
             stack.callback(self.display.clear)
             tellers.append(self.display.tell)
         return tellers
+
+    def _json_teller(self, path: str, model: Model, stack: ExitStack) -> Callable[[Event], None]:
+        name = "--json=" + path
+        with naming(name):
+            file = open(os.dup(1) if path == "-" else path, "w", encoding="utf-8")
+        stack.callback(close_quietly, file)
+        lines = JsonLines(file, model, self.options.model)
+
+        def tell(event: Event) -> None:
+            with naming(name):
+                lines.tell(event)
+
+        return tell
+
+    def _tell_json(self, model: Model, end: End) -> None:
+        """The end alone, where nothing could begin."""
+        if self.options.json:
+            with ExitStack() as stack:
+                self._json_teller(self.options.json, model, stack)(end)
 
     def _tell(self, model: Model, end: End) -> int:
         options = self.options
