@@ -7,6 +7,7 @@ tells which column is which variable, so that both can be read side by side.
 from __future__ import annotations
 
 import os
+from contextlib import suppress
 
 from .program import comment
 from .statement import Statement
@@ -15,9 +16,12 @@ PROGRAM, PROOF = "program.opt", "program.proof"
 
 
 def folder(path: str) -> str:
-    """The folder is there; the path of the proof in it. Throws OSError."""
+    """The folder is there, without a proof of an earlier run; the path of the proof in it. Throws OSError."""
     os.makedirs(path, exist_ok=True)
-    return os.path.abspath(os.path.join(path, PROOF))
+    proof = os.path.abspath(os.path.join(path, PROOF))
+    with suppress(FileNotFoundError):
+        os.remove(proof)
+    return proof
 
 
 def name_map(statement: Statement) -> str:
