@@ -29,11 +29,13 @@ from fractions import Fraction
 from typing import Any, Union
 
 from . import models
-from .errors import UsageError
+from .errors import EngineError, UsageError
 from .models.model import INF, Row
-from .solving import checking
+from .solving import checking, statuses
 from .solving.events import End, Event, Found
 from .solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap, Portfolio, Settings
+
+LEAST_MEMORY = 64 << 20  # that the engines of one run can begin with
 
 Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
@@ -125,28 +127,34 @@ class Model:
         Raises UsageError, ModelError (a continuous variable without digits), EngineError. Ctrl-C ends it with the best so far.
         """
         settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), optional(target),
-                            gap_of(gap), whole_of("seed", seed), whole_of("threads", threads), memory)
+                            gap_of(gap), whole_of("seed", seed), whole_of("threads", threads), memory_of(memory))
         if settings.engine == SEARCH and settings.solutions == ALL:
             raise UsageError("solutions='all': the search alone cannot know that it has them all")
+        if settings.solutions != 1 and (target is not None or gap is not None):
+            raise UsageError("%s: it goes with one point, not with solutions" % ("gap" if target is None else "target"))
         return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
 
     def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Iterator[Any]:
         """All points, each once, in no order, as they are found. Leaving the loop ends the engine.
 
-        With a time it may end before all are there. Raises as solve().
+        With a time it may end before all are there. Where it cannot come to an end by itself, for nothing bounds a variable or the
+        engine breaks, EngineError is raised behind the points that are known. Raises as solve() otherwise; Ctrl-C as it is.
         """
         settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=whole_of("threads", threads))
-        events = Portfolio(self.model, settings).events()
+        portfolio = Portfolio(self.model, settings)
+        events = portfolio.events()
         try:
             for event in events:
                 if isinstance(event, Found):
                     yield self._wrap(Point(event.x, self._names))
+                elif isinstance(event, End):
+                    require_all(event, portfolio)
         finally:
             events.close()
 
     def fault(self, x: Sequence[Exact]) -> str | None:
         """What is wrong with a point, in words; None if it is a point of the model. Exact."""
-        return checking.fault(self.model, [exact("x", value) for value in x])
+        return checking.fault(self.model, [exact("x", value) for value in listed("x", x)])
 
     def _result(self, end: End) -> Result:
         points = [self._wrap(Point(x, self._names)) for x in end.points]
@@ -187,7 +195,7 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
     """The model that solve() solves, for its solutions(), say. Variables are named x1, x2, ..., rows r1, r2, ..."""
     if sense not in ("min", "max"):
         raise UsageError("sense=%r: 'min' or 'max' is wanted" % (sense,))
-    rows = [list(row) for row in listed("A", A)]
+    rows = [listed("A: row %d" % (i + 1), row) for i, row in enumerate(listed("A", A))]
     sides = listed("b", b)
     n = len(rows[0]) if rows else max(map(count, (lower, upper, objective)))
     if n == 0:
@@ -205,6 +213,7 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
         variable.integer = variable.digits == 0
         variable.lower, variable.upper = end_of("lower", low, -INF), end_of("upper", high, INF)
     for i, (row, side) in enumerate(zip(rows, sides)):
+        side = list(side) if is_array(side) and getattr(side, "ndim", 0) else side
         least, greatest = side if isinstance(side, (tuple, list)) and len(side) == 2 else (side, side)
         if least is None and greatest is None and not isinstance(side, (tuple, list)):
             raise UsageError("b: entry %d is None" % (i + 1))
@@ -238,6 +247,15 @@ def last_event(portfolio: Portfolio, tell: Callable[[Event], None]) -> End:
                 portfolio.interrupt()
     finally:
         events.close()
+
+
+def require_all(end: End, portfolio: Portfolio) -> None:
+    """That no point is missing, unless the time was up."""
+    if end.status == statuses.INTERRUPTED:
+        raise KeyboardInterrupt
+    time = portfolio.settings.time
+    if not portfolio.is_proven and (time is None or end.seconds < time):
+        raise EngineError("not all points are known: " + "; ".join(end.notes))
 
 
 # ----------------------------------------------------------------- numbers and shapes
@@ -350,6 +368,14 @@ def gap_of(gap: Any) -> Gap | None:
     if value < 0:
         raise UsageError("gap=%r: a number of 0 or more, or a text as '0.1%%' is wanted" % (gap,))
     return Gap(value / 100 if is_relative else value, is_relative)
+
+
+def memory_of(memory: Any) -> int | None:
+    if memory is None:
+        return None
+    if not hasattr(memory, "__index__") or isinstance(memory, bool) or int(memory) < LEAST_MEMORY:
+        raise UsageError("memory=%r: a number of bytes, %d or more, is wanted" % (memory, LEAST_MEMORY))
+    return int(memory)
 
 
 def whole_of(name: str, value: Any) -> int:

@@ -19,7 +19,7 @@ from . import api, models
 from .errors import EngineError, LatboxError, UsageError
 from .front.progress import Display
 from .models.model import INF, Row
-from .solving import binaries, statuses
+from .solving import binaries, exact, statuses
 from .solving.events import Event
 from .solving.portfolio import AUTO
 
@@ -135,5 +135,5 @@ def plain(value: api.Number) -> int | float:
 
 def last_lines(result: api.Result) -> list[str]:
     lines = ["note: " + note for note in result.notes]
-    known = "" if result.objective is None else ", objective %s" % result.objective
+    known = "" if result.objective is None else ", objective %s" % exact.text(result.objective)
     return lines + ["status: %s%s, %.2f s" % (result.status, known, result.seconds)]

@@ -114,6 +114,11 @@ class SolveTest(ApiCase):
                 (one, {"gap": "x"}, "gap='x': a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"threads": -1}, "threads=-1: a whole number, 0 or more, is wanted"),
                 (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
+                (([1, 2], [1], 0, 1), {}, "A: row 1: a sequence is wanted"),
+                (one, {"memory": "4G"}, "memory='4G': a number of bytes, 67108864 or more, is wanted"),
+                (one, {"memory": 1000}, "memory=1000: a number of bytes, 67108864 or more, is wanted"),
+                (one, {"solutions": 2, "target": 5}, "target: it goes with one point, not with solutions"),
+                (one, {"solutions": "all", "gap": 5}, "gap: it goes with one point, not with solutions"),
                 (one, {"engine": "search", "solutions": "all"},
                  "solutions='all': the search alone cannot know that it has them all")):
             with self.assertRaises(UsageError) as caught:
@@ -174,6 +179,27 @@ class ModelTest(ApiCase):
             for _ in self.model("f.opt", FOUR_POINTS).solutions():
                 1 / 0
         self.assert_no_engine()
+
+    def test_points_that_are_missing_are_told(self) -> None:
+        """A loop that ends in silence would say that it has had all of them."""
+        with self.assertRaisesRegex(latbox.EngineError, "^not all points are known: nothing bounds x1, x2"):
+            list(latbox.matrix_model([[1, -1]], [0], 0, None).solutions())
+        self.assertEqual(len(list(latbox.matrix_model([[1, 1]], [Fraction(1, 2)], 0, 3, digits=1).solutions())), 6)
+        self.assertEqual(list(latbox.matrix_model([[2, 2]], [1], 0, 3).solutions()), [])
+
+    def test_ctrl_c_in_the_loop_is_no_end_of_the_points(self) -> None:
+        points = self.model("h.opt", hard()).solutions()
+        timer = threading.Timer(0.5, os.kill, (os.getpid(), signal.SIGINT))
+        timer.start()
+        with self.assertRaises(KeyboardInterrupt):
+            list(points)
+        self.assert_no_engine()
+
+    def test_numbers_longer_than_python_prints(self) -> None:
+        long = 10**5000
+        self.assertEqual(latbox.solve([[1, 1]], [1], long, 3).status, "infeasible")
+        self.assertEqual(latbox.solve([[0, 0]], [long], 0, 3).status, "infeasible")
+        self.assertEqual(latbox.solve([[long, 1]], [long + 1], 0, 3).x, (1, 1))
 
     def test_time(self) -> None:
         self.assertEqual(self.model("h.opt", hard()).solve(time=0.5).status, "unknown")

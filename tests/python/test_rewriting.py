@@ -20,7 +20,7 @@ from latbox.models import INF, read_text
 from latbox.solving import checking
 from latbox.solving.program import Program
 from latbox.solving.rewriting import Rewriting
-from latbox.solving.statement import Infeasible, Statement
+from latbox.solving.statement import Infeasible, Statement, grid_text
 from latbox.solving.tuning import MARKET_SPLIT, OTHER, tuning
 
 BOUNDS = "min\n obj: 2 x - 3 y + z\nst\n r: x + y + z >= 2\n s: 2 x + 4 y <= 9\nbounds\n -2 <= x <= 3\n 1 <= y <= 4\n z = 2\n" \
@@ -68,10 +68,10 @@ class StatementTest(unittest.TestCase):
         with self.assertRaises(ModelError):
             statement(text)
         found = statement(text, digits=1)
-        self.assertTrue(found.on_grid)
+        self.assertEqual(grid_text(found.model, 2), "2 digits")
         self.assertEqual((found.program.columns[0].lower, found.program.columns[0].digits), (Fraction(2, 5), 1))
         fixed = statement(text.replace("0.35 <= x <= 4", "x = 0.35"))
-        self.assertFalse(fixed.on_grid)
+        self.assertEqual(grid_text(fixed.model, 2), "")
         self.assertEqual(fixed.program.conditions[0].lower, Fraction(19, 20))
 
     def test_what_nothing_can_satisfy(self) -> None:

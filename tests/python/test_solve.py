@@ -73,7 +73,7 @@ class AnswerTest(SolveCase):
 
     def test_unbounded(self) -> None:
         self.write("u.lp", UNBOUNDED)
-        result = self.solve("u.lp")
+        result = self.solve("--all-values", "u.lp")
         self.assert_answer(result, 13, status="unbounded", points=1)
         self.assertRegex(result.out, r"\n\nx = [0-9]+\ny = [0-9]+\n\nray:\n")
 
@@ -106,8 +106,45 @@ class AnswerTest(SolveCase):
         result = self.solve("--digits=2", "c.lp")
         self.assert_answer(result, 11, status="feasible", bound=None)
         self.assertIn("on a grid of 2 digits", result.err)
+        self.write("n.lp", "minimize\n obj: y\nsubject to\n c: x + y >= 0\nbounds\n 0.33 <= x <= 0.34\n y <= 1\ngeneral\n y\nend\n")
+        self.assert_answer(self.solve("--digits=1", "n.lp"), 12, status="unknown", points=0)
+        self.assertEqual(self.solve("n.lp").status, 2)
         self.write("c.lp", CONTINUOUS.replace("<= 7.5", "<= -1"))
         self.assert_answer(self.solve("--digits=2", "c.lp"), 12, status="unknown", points=0)
+
+    def test_what_is_proven_on_a_grid_is_no_bound(self) -> None:
+        self.write("c.lp", CONTINUOUS)
+        result = self.solve("--digits=2", "--json=-", "c.lp")
+        events = [json.loads(line) for line in result.out.splitlines()]
+        self.assertEqual({event.get("bound") for event in events}, {None})
+
+    def test_a_semi_continuous_column_without_decimals(self) -> None:
+        self.write("c.lp", "minimize\n obj: x + y\nsubject to\n c: y >= 0\nbounds\n 0.33 <= x <= 0.34\n y <= 1\n"
+                           "general\n y\nsemi-continuous\n x\nend\n")
+        self.assert_answer(self.solve("--digits=1", "c.lp"), 11, status="feasible", objective=0)
+
+    def test_a_semi_column_whose_bounds_leave_nothing_is_0(self) -> None:
+        self.write("c.lp", "maximize\n obj: x + y\nsubject to\n c: x + y <= 9\nbounds\n 3 <= x <= 2\n y <= 1\n"
+                           "general\n x y\nsemi-continuous\n x\nend\n")
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=1, y=1)
+
+    def test_the_best_of_several_targets_are_not_all(self) -> None:
+        """Six points have a sum of 5 or nearly; two are asked for, and more exist."""
+        self.write("g.opt", "[ 5 ] [ [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 3 3 ]\n")
+        self.assert_answer(self.solve("--solutions=2", "g.opt"), 10, status="optimal", points=2)
+        self.assert_answer(self.solve("--solutions=16", "g.opt"), 10, status="all", points=16)
+
+    def test_the_search_alone(self) -> None:
+        """What the rewriting leaves no choice needs no search; with an objective the best that it meets are told."""
+        self.write("f.lp", "minimize\n obj: x + y\nsubject to\n c: x + y = 2\nbounds\n x <= 1\n y <= 1\ngeneral\n x y\nend\n")
+        self.assert_answer(self.solve("--engine=search", "f.lp"), 11, status="feasible", objective=2)
+        found = self.answer(self.solve("--engine=search", "--solutions=2", "--time=3", "m.lp"))
+        self.assertEqual((found["status"], found["points"]), ("feasible", "2"))
+
+    def test_open_columns_are_told_once(self) -> None:
+        self.write("o.lp", "minimize\n obj:\nsubject to\n c: 3 x + 5 y = 1\nbounds\n x free\n y free\ngeneral\n x y\nend\n")
+        result = self.solve("--solutions=2000", "--time=2", "o.lp")
+        self.assertEqual(result.err.count("nothing bounds"), 1, result.err)
 
     def test_an_objective_that_says_nothing(self) -> None:
         self.write("c.lp", "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n")
@@ -115,7 +152,7 @@ class AnswerTest(SolveCase):
 
     def test_all_columns_are_fixed(self) -> None:
         self.write("c.lp", "maximize\n obj: x + 2\nsubject to\n c: x + y <= 7\nbounds\n x = 3\n y = 4\ngeneral\n x y\nend\n")
-        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=5, x=3, y=4)
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=5, bound=5, x=3, y=4)
 
     def test_standard_input(self) -> None:
         self.assert_answer(self.solve("--format=lp", "-", stdin=KNAPSACK.encode()), 10, status="optimal", objective=90)
@@ -211,8 +248,24 @@ class FilesTest(SolveCase):
         self.write("h.opt", hard())
         result = self.solve("--proof=p", "--time=1", "h.opt")
         self.assertEqual(result.status, 12)
-        self.assertIn("note: no proof was written\n", result.err)
+        self.assertIn("no proof is written: the complete search has not come to its end", result.err)
         self.assertNotIn("program.proof", os.listdir(self.path("p")))
+
+    def test_no_proof_is_told(self) -> None:
+        """A proof that an earlier run has left is gone, and it is said why there is none."""
+        point, fixed = "the point speaks for itself", "nothing had to be searched"
+        for text, settings, reason in (("[ ] [ ] [ [ 3 5 7 11 ] ] [ 13 ] [ ] [ ] [ ] [ 0 0 0 0 ] [ 0 0 0 0 ] [ 9 9 9 9 ]\n", [], point),
+                                       ("[ -inf ] [ [ 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 ] [ 3 ] [ 3 ]\n", [], fixed),
+                                       (hard_objective(), ["--time=1"], "the complete search has not come to its end")):
+            self.write("m.opt", text)
+            os.makedirs(self.path("p"), exist_ok=True)
+            self.write("p/program.proof", "old")
+            result = self.solve("--proof=p", *settings, "m.opt")
+            is_there = os.path.exists(self.path("p/program.proof"))
+            if is_there:
+                self.assertNotEqual(self.read("p/program.proof"), "old")
+            if reason is not point or not is_there:  # the complete engine may be the first one to find it
+                self.assertIn("no proof is written: " + reason, result.err)
 
     def assert_proven(self, verdict: str) -> None:
         result = self.run_latbox_check("--proof=p/program.proof", "p/program.opt")
@@ -229,6 +282,14 @@ class FilesTest(SolveCase):
         result = self.solve("--json=-", "--quiet", "m.lp")
         events = [json.loads(line) for line in result.out.splitlines()]
         self.assertEqual((events[0]["event"], events[-1]["event"], result.status), ("start", "end", 10))
+
+    def test_json_where_nothing_could_begin(self) -> None:
+        """The time is up before the model is read."""
+        for name in ("-", "e.json"):
+            result = self.solve("--json=" + name, "--time=0.001", "m.lp")
+            lines = (result.out if name == "-" else self.read(name)).splitlines()
+            self.assertEqual([json.loads(line)["event"] for line in lines], ["end"])
+            self.assertEqual((json.loads(lines[0])["status"], result.status), ("unknown", 12))
 
 
 if __name__ == "__main__":

@@ -188,6 +188,16 @@ exit 10
         result = self.solve_on_paper("--time=20", "f.opt")
         self.assertEqual((result.status, self.answer(result)["status"]), (10, "optimal"))
 
+    def test_a_search_that_breaks(self) -> None:
+        self.paper_engine("latbox", "echo 'out of memory' >&2; exit 3\n")
+        result = self.solve_on_paper("--quiet", "--engine=search", "m.lp")
+        self.assertEqual((result.status, result.err), (1, "latbox-solve: latbox failed with status 3: out of memory\n"))
+        os.symlink(os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all"), self.path("paper/latbox-all"))
+        self.write("h.opt", hard_objective())
+        result = self.solve_on_paper("--time=2", "h.opt")
+        self.assertEqual(result.status, 11)
+        self.assertIn("note: latbox failed with status 3: out of memory", result.err)
+
     def test_little_memory(self) -> None:
         if harness.address_sanitizer():
             self.skipTest("its shadow memory leaves no room for limits")

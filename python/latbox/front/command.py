@@ -169,9 +169,7 @@ class Command:
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
-            if self.options.json:
-                with ExitStack() as stack:
-                    self._json_teller(self.options.json, model, stack)(end)
+            self._tell_json(model, end)
         return self._tell(model, end)
 
     # ------------------------------------------------------------- signals
@@ -264,14 +262,20 @@ class Command:
 
         return tell
 
+    def _tell_json(self, model: Model, end: End) -> None:
+        """The end alone, where nothing could begin."""
+        if self.options.json:
+            with ExitStack() as stack:
+                self._json_teller(self.options.json, model, stack)(end)
+
     def _tell(self, model: Model, end: End) -> int:
         options = self.options
         status = statuses.exit_status(end.status, end.x is not None, options.zero_exit)
         if not options.quiet:
             for note in end.notes:
                 print("note: " + note, file=sys.stderr)
-            if options.proof is not None:
-                print("note: " + proof.note(options.proof), file=sys.stderr)
+            if options.proof is not None and (note := proof.note(options.proof)):
+                print("note: " + note, file=sys.stderr)
         if options.json != "-":
             say(answer.text(model, end, options.all_values))
         # Last: where the file cannot be written the answer has been shown.

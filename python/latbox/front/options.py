@@ -13,6 +13,7 @@ from difflib import get_close_matches
 from fractions import Fraction
 from typing import Any
 
+from ..api import LEAST_MEMORY
 from ..errors import UsageError
 from ..models import FORMATS
 from ..solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap
@@ -24,7 +25,6 @@ MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 
 SECONDS = {"s": 1, "m": 60, "h": 3600, "d": 86400}
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
-LEAST_MEMORY = 64 << 20
 MOST_DIGITS = 18
 MOST_THREADS = 1024
 MOST_SEED = 2**63 - 1

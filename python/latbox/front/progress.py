@@ -10,6 +10,7 @@ from fractions import Fraction
 from typing import IO
 
 from ..models.model import Model
+from ..solving import exact
 from ..solving.events import Bound, End, Event, Found, Progress, Start
 from .size import header
 
@@ -129,10 +130,10 @@ def clock(seconds: float) -> str:
 
 def short(value: Fraction) -> str:
     """A number in a line: long ones are rounded, which shows by `~`."""
-    exact = str(value)
-    if len(exact) <= 16:
-        return exact
+    digits = exact.text(value)
+    if len(digits) <= 16:
+        return digits
     try:
         return "~%.9g" % float(value)
     except OverflowError:
-        return exact[:6] + "..(%d digits)" % len(exact)
+        return digits[:6] + "..(%d digits)" % len(digits)

@@ -6,6 +6,7 @@ from collections.abc import Iterable
 from fractions import Fraction
 
 from ..models.model import INF, Model
+from ..solving import exact
 from ..solving.events import Start
 
 # A lattice of this rank is beyond a complete search but for the easiest programs, and beyond reduction.
@@ -77,13 +78,13 @@ def bounds_text(model: Model) -> str:
 
 
 def plain(value: Fraction) -> str:
-    exact = str(value)
-    if len(exact) <= 12:
-        return exact
+    digits = exact.text(value)
+    if len(digits) <= 12:
+        return digits
     try:
         return "%.4g" % float(value)
     except OverflowError:
-        return ("-" if value < 0 else "") + "1e%d" % (len(str(abs(int(value)))) - 1)
+        return ("-" if value < 0 else "") + "1e%d" % (len(exact.digits(abs(int(value)))) - 1)
 
 
 def warnings(model: Model, start: Start) -> list[str]:

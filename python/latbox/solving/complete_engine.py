@@ -55,7 +55,7 @@ class CompleteEngine:
         self.progress = Progress()
         self.least: Fraction | None = None  # no target norm is below it: proven
         self.verdict: tuple[str, str] | None = None  # (word, rest), None while it works
-        self.open_columns: list[int] | None = None  # it cannot begin: these columns need bounds
+        self.open_columns: list[int] | None = None  # it cannot begin: these columns need bounds; told once, then []
         # A proof lies beside the program that it speaks of.
         self._program = os.path.join(os.path.dirname(task.proof) if task.proof else folder, "program.opt")
         self._best = os.path.join(folder, "known.sol")
@@ -93,7 +93,7 @@ class CompleteEngine:
         # Its proof is whole once the process has ended.
         if ended is not None or not self._task.proof:
             self.verdict = self._told
-        if ended is not None and self.verdict is None:
+        if ended is not None and not self.is_over:
             self._take_end(ended)
         return found
 

@@ -27,7 +27,7 @@ from .events import Bound, End, Event, Found, Point, Progress, Start
 from .program import MANY_CELLS, MOST_CELLS, Program, Target
 from .rewriting import Rewriting
 from .search_engine import SearchEngine
-from .statement import Infeasible, Statement
+from .statement import Infeasible, Statement, grid_text
 from .tuning import rank, tuning
 from .work_folder import WorkFolder
 
@@ -104,8 +104,9 @@ class Portfolio:
         self._ray: Point | None = None
         self._renewal = FIRST_RENEWAL
         self._next_renewal = FIRST_RENEWAL
-        self._on_grid = False
+        self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
+        self.is_proven = False  # once there is an end: its status was proven, if only of the grid
 
     def interrupt(self) -> None:
         """The next event is the last one: the answer so far."""
@@ -129,13 +130,13 @@ class Portfolio:
 
     def _run(self) -> Iterator[Event]:
         if self.settings.proof is not None:
-            proof.clear(self.settings.proof)
+            proof.folder(self.settings.proof)
         try:
             self._statement = self._stated()
             self._program = self._statement.program
-            self._on_grid = self._statement.on_grid
             if not self._program.columns:
                 yield from self._take([], "P")
+                self._bound = self._best[0] if self._best else None
                 yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
                 return
             if self._program.cells() > MOST_CELLS:
@@ -144,6 +145,8 @@ class Portfolio:
                 yield self._end(statuses.UNKNOWN)
                 return
             yield self._launch()
+            if self._presolved is not None:
+                yield from self._take(self._presolved, "P")
         except Infeasible as reason:
             self._notes.append(str(reason))
             yield self._end(statuses.INFEASIBLE)
@@ -169,7 +172,8 @@ class Portfolio:
         threads = settings.threads or os.cpu_count() or 1
         rewritten = self._rewritten(0) if self._wants_search() else None
         searches = 0
-        if rewritten is not None:
+        self._presolved = rewritten.point([]) if rewritten and not rewritten.program.columns else None
+        if rewritten is not None and rewritten.program.columns:
             searches = threads if settings.engine == SEARCH else max(1, threads // THREADS_A_SEARCH)
         self._threads = 0 if settings.engine == SEARCH else max(1, threads - searches)
         self._memory = settings.memory // (searches + bool(self._threads)) if settings.memory else None
@@ -187,18 +191,18 @@ class Portfolio:
 
     def _wants_search(self) -> bool:
         settings = self.settings
-        return settings.engine != COMPLETE and (settings.solutions == 1 or
-                                                (settings.solutions != ALL and not self._is_optimising()))
+        if settings.engine != AUTO:
+            return settings.engine == SEARCH
+        return settings.solutions == 1 or (settings.solutions != ALL and not self._is_optimising())
 
     def _rewritten(self, number: int) -> Rewriting | None:
-        """The program of the search under the seed of this number; None where there is nothing to be searched."""
+        """The program of the search under the seed of this number; None where it cannot hold."""
         try:
-            rewriting = Rewriting(self._program, seed=self.settings.seed + number)
+            return Rewriting(self._program, seed=self.settings.seed + number)
         except Infeasible as reason:
             if self.settings.engine == SEARCH and reason.is_proven:
                 raise
             return None
-        return rewriting if rewriting.program.columns else None
 
     # ------------------------------------------------------------- engines
 
@@ -245,7 +249,7 @@ class Portfolio:
             self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
 
     def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
-        if rewriting is None:
+        if rewriting is None or not rewriting.program.columns:
             return
         letter = LETTERS[min(number, len(LETTERS) - 1)]
         count = 0 if self._is_optimising() else self.settings.solutions
@@ -397,7 +401,8 @@ class Portfolio:
         value = self._statement.objective(self._complete.least)
         if self._bound is None or checking.is_better(self.model, self._bound, value):
             self._bound = value
-            yield Bound(value, self.seconds())
+            if not self._grid:
+                yield Bound(value, self.seconds())
 
     def _has_point(self) -> bool:
         return self._best is not None
@@ -449,7 +454,8 @@ class Portfolio:
             return statuses.OPTIMAL
         if word == "all":
             self._require(int(rest) == len(self._points), "there are %s points" % rest, "%d are known" % len(self._points))
-            return statuses.ALL
+            # The N best of several targets are taken from a list of all points.
+            return statuses.OPTIMAL if 0 < self.settings.solutions < len(self._points) else statuses.ALL
         if word == "found" and not self._is_optimising() and self._has_point():
             return statuses.OPTIMAL if self.settings.solutions == 1 or self._has_enough() else None
         return None
@@ -501,7 +507,7 @@ class Portfolio:
 
     def _progress(self) -> Progress:
         count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
-        progress = Progress(self.seconds(), self._best[0] if self._best else None, self._bound, count)
+        progress = Progress(self.seconds(), self._best[0] if self._best else None, None if self._grid else self._bound, count)
         if self._searches:
             progress.iteration = sum(engine.progress.iteration for engine in self._searches)
             known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
@@ -527,15 +533,24 @@ class Portfolio:
 
     def _end(self, status: str) -> End:
         self._stop()
-        if self._on_grid:
-            self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" %
-                               self._statement.grid_text())
-            if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
+        if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
+            self._notes.append("no proof is written: " + self._why_no_proof(status))
+        self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
+        if self._grid:
+            self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" % self._grid)
+            if self.is_proven:
                 status = self._open_status()
         points = self._answer_points()
         objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
-        return End(status, points[0] if points else None, objective, None if self._on_grid else self._bound, points,
+        return End(status, points[0] if points else None, objective, None if self._grid else self._bound, points,
                    len(points), self.seconds(), self._ray if status == statuses.UNBOUNDED else None, self._notes)
+
+    def _why_no_proof(self, status: str) -> str:
+        if status == statuses.OPTIMAL and not self.has_objective:
+            return "the point speaks for itself"
+        if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
+            return "nothing had to be searched"
+        return "the complete search has not come to its end"
 
     def _answer_points(self) -> list[Point]:
         """Best first, and no more than were asked for."""

@@ -7,6 +7,7 @@ tells which column is which variable, so that both can be read side by side.
 from __future__ import annotations
 
 import os
+from contextlib import suppress
 
 from .program import comment
 from .statement import Statement
@@ -15,24 +16,19 @@ PROGRAM, PROOF = "program.opt", "program.proof"
 
 
 def folder(path: str) -> str:
-    """The folder is there; the path of the proof in it. Throws OSError."""
+    """The folder is there, without what an earlier run has left, which would be taken for this one's; the path of the proof in
+    it. Throws OSError."""
     os.makedirs(path, exist_ok=True)
+    for name in (PROGRAM, PROOF):
+        with suppress(FileNotFoundError):
+            os.remove(os.path.join(path, name))
     return os.path.abspath(os.path.join(path, PROOF))
 
 
-def clear(path: str) -> None:
-    """What an earlier run has left would be taken for this one's. Throws OSError."""
-    for name in (PROGRAM, PROOF):
-        if os.path.lexists(os.path.join(path, name)):
-            os.remove(os.path.join(path, name))
-
-
 def note(path: str) -> str:
-    """What has become of it, for the user."""
+    """How the proof is checked, for the user; empty where there is none."""
     program, proven = os.path.join(path, PROGRAM), os.path.join(path, PROOF)
-    if os.path.exists(proven):
-        return "latbox-check --proof=%s %s checks the proof" % (proven, program)
-    return "no proof was written"
+    return "latbox-check --proof=%s %s checks the proof" % (proven, program) if os.path.exists(proven) else ""
 
 
 def name_map(statement: Statement) -> str:

@@ -13,6 +13,7 @@ from collections.abc import Callable
 from dataclasses import dataclass
 from fractions import Fraction
 
+from ..errors import EngineError
 from . import binaries, points
 from .process import Process
 from .rewriting import Rewriting
@@ -38,7 +39,6 @@ class SearchEngine:
         """`count`: it ends when it has so many points of a program without objective; 0: it does not end."""
         self.letter = letter
         self.progress = Progress()
-        self.failure: str | None = None
         # Of the target norm: what it has found, or was told to stay below.
         self.best: Fraction | None = rewriting.limit
         self.is_over = False
@@ -55,18 +55,19 @@ class SearchEngine:
         self.process = Process(arguments, folder, memory, log)
 
     def news(self) -> list[list[Fraction]]:
-        """Points that are new, in the columns of the program that was rewritten."""
+        """Points that are new, in the columns of the program that was rewritten. Throws EngineError if it broke."""
         ended = self.process.status()
         out, _ = self.process.read()
         for line in out:
             self._take(line)
         found = self._points()
-        if ended is not None:
-            self.is_over = True
-            if ended != 0:
-                self.failure = self.process.words.strip() or "status %d" % ended
-        else:
+        if ended is None:
             self._look()
+        elif ended == 0:
+            self.is_over = True
+        elif not found:  # those that it has found come first
+            what = "was ended by signal %d" % -ended if ended < 0 else "failed with status %d" % ended
+            raise EngineError(("latbox %s: %s" % (what, self.process.words.strip())).rstrip(": "))
         return found
 
     def _points(self) -> list[list[Fraction]]:

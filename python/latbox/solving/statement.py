@@ -18,7 +18,7 @@ from math import ceil, floor
 
 from ..errors import ModelError
 from ..models.model import INF, Bound, Model, Variable
-from .program import Column, Condition, Number, Program, Target, Terms
+from .program import Column, Condition, Number, Program, Target, Terms, number_text
 
 Point = list[Fraction]
 
@@ -36,10 +36,11 @@ class Statement:
         """Throws ModelError for a continuous variable without digits, Infeasible where a bound or a row says so."""
         self.model = model
         self.program = Program()
-        self.on_grid = False  # continuous variables take decimals only
         self.fixed: dict[int, Fraction] = {}
         self.column_of: dict[int, int] = {}
         self._semi: list[tuple[int, int]] = []  # variable, its column of 0 and 1
+        for variable in model.variables:
+            require_grid(variable, digits)
         for j, variable in enumerate(model.variables):
             self._add(j, variable, digits)
         for j, variable in enumerate(model.variables):
@@ -75,33 +76,24 @@ class Statement:
         by_column = {column: self.model.variables[j].name for j, column in self.column_of.items()}
         return [by_column[column] for column in columns if column in by_column]
 
-    def grid_text(self) -> str:
-        """Of the continuous columns: "2 digits", "1 to 3 digits"."""
-        digits = sorted({self.program.columns[column].digits for j, column in self.column_of.items()
-                         if not self.model.variables[j].integer})
-        return " to ".join(str(d) for d in dict.fromkeys([digits[0], digits[-1]])) + (" digit" if digits == [1] else " digits")
-
     # ------------------------------------------------------------- variables
 
     def _add(self, j: int, variable: Variable, digits: int | None) -> None:
         low, high = variable.lower, variable.upper
         if low > high or low == INF or high == -INF:
-            raise Infeasible("%s has no value: its bounds are %s and %s" % (variable.name, low, high))
+            if variable.semi:
+                self.fixed[j] = Fraction(0)
+                return
+            raise Infeasible("%s has no value: its bounds are %s and %s" % (variable.name, number_text(low), number_text(high)))
         if low == high and not variable.semi and (not variable.integer or low % variable.step == 0):
             self.fixed[j] = Fraction(low)
             return
-        places = variable.digits
-        if not variable.integer:
-            if not variable.digits and digits is None:
-                raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
-                                 variable.name, variable.place)
-            places = variable.digits or digits or 0
-            self.on_grid = True
+        places = variable.digits if variable.integer else variable.digits or digits or 0
         step = Fraction(1, 10**places)
         low, high = rounded(low, step, ceil), rounded(high, step, floor)
         if low > high and not variable.semi:
             raise Infeasible("%s has no value: its bounds are %s and %s, without a multiple of %s between them" %
-                             (variable.name, variable.lower, variable.upper, step))
+                             (variable.name, number_text(variable.lower), number_text(variable.upper), step))
         if variable.semi and (low > high or low == high == 0):
             self.fixed[j] = Fraction(0)
             return
@@ -115,8 +107,7 @@ class Statement:
         if low <= 0 <= high:
             return
         if abs(low) == INF or abs(high) == INF:
-            raise ModelError("variable %s is 0 or from %s to %s: both ends must be finite" % (variable.name, low, high),
-                             variable.place)
+            raise ModelError("variable %s is 0 or from %s to %s: both ends must be finite" % (variable.name, number_text(low), number_text(high)), variable.place)
         switch = len(self.program.columns)
         self.program.columns.append(Column(Fraction(0), Fraction(1)))
         self._semi.append((j, switch))
@@ -141,12 +132,12 @@ class Statement:
 
     def _add_row(self, name: str, coefficients: dict[int, Fraction], lower: Bound, upper: Bound) -> None:
         if lower > upper or lower == INF or upper == -INF:
-            raise Infeasible("row %s cannot hold: its sides are %s and %s" % (name, lower, upper))
+            raise Infeasible("row %s cannot hold: its sides are %s and %s" % (name, number_text(lower), number_text(upper)))
         terms, constant = self._terms(coefficients)
         if not terms:
             if not lower <= constant <= upper:
                 raise Infeasible("row %s cannot hold: its value is %s, and its sides are %s and %s" %
-                                 (name, constant, lower, upper))
+                                 (name, number_text(constant), number_text(lower), number_text(upper)))
             return
         if lower == -INF and upper == INF:
             return
@@ -174,6 +165,25 @@ class Statement:
 
     def norm(self, objective: Fraction) -> Fraction:
         return self.sign * objective - self.constant
+
+
+def is_on_grid(variable: Variable) -> bool:
+    """Whether it is continuous and takes decimals only. One that is fixed takes its value, whatever that is."""
+    return not variable.integer and (variable.semi or variable.lower != variable.upper)
+
+
+def require_grid(variable: Variable, digits: int | None) -> None:
+    """Throws ModelError for a continuous variable that nobody has given digits."""
+    if is_on_grid(variable) and not variable.digits and digits is None:
+        raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" % variable.name,
+                         variable.place)
+
+
+def grid_text(model: Model, digits: int | None) -> str:
+    """Of the continuous variables: "2 digits", "1 to 3 digits"; "" if there are none."""
+    found = sorted({variable.digits or digits or 0 for variable in model.variables if is_on_grid(variable)})
+    ends = " to ".join(str(d) for d in dict.fromkeys(found[:1] + found[-1:]))
+    return ends and ends + (" digit" if found == [1] else " digits")
 
 
 def rounded(bound: Bound, step: Fraction, towards: Callable[[Fraction], int]) -> Bound:
