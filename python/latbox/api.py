@@ -33,9 +33,7 @@ from .errors import EngineError, UsageError
 from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
-from .solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap, Portfolio, Settings
-
-LEAST_MEMORY = 64 << 20  # that the engines of one run can begin with
+from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap, Portfolio, Settings
 
 Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
@@ -213,7 +211,7 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
         variable.integer = variable.digits == 0
         variable.lower, variable.upper = end_of("lower", low, -INF), end_of("upper", high, INF)
     for i, (row, side) in enumerate(zip(rows, sides)):
-        side = list(side) if is_array(side) and getattr(side, "ndim", 0) else side
+        side = list(side) if is_array(side) and side.ndim else side
         least, greatest = side if isinstance(side, (tuple, list)) and len(side) == 2 else (side, side)
         if least is None and greatest is None and not isinstance(side, (tuple, list)):
             raise UsageError("b: entry %d is None" % (i + 1))

@@ -9,12 +9,16 @@ import signal
 import struct
 import subprocess
 import sys
+import tempfile
 import termios
+from unittest import mock
 
 import support  # noqa: F401
 import harness
 from solve_support import (COMMAND, FOUR_POINTS, KNAPSACK, SolveCase, engines_of, hard, hard_objective, is_alive,
                            seconds_until)
+
+from latbox.solving import work_folder
 
 # Seconds that are allowed; a machine that is busy with other tests gets no more.
 GONE_WITHIN = 2.0
@@ -214,6 +218,21 @@ class TwoRunsTest(SolveCase):
         for session in sessions:
             self.assertEqual(session.wait(), 10)
             self.assertIn("objective: 90\n", session.out)
+        self.assertEqual(self.left_over(), [])
+
+    def test_a_run_that_clears_away_takes_no_folder_that_is_being_made(self) -> None:
+        """The other run comes between the making of the lock's file and the lock."""
+        lock = fcntl.flock
+
+        def late(file: object, operation: int) -> None:
+            if not operation & fcntl.LOCK_NB:
+                work_folder.clear_left_over()
+            lock(file, operation)
+
+        with mock.patch.object(fcntl, "flock", late), mock.patch.object(tempfile, "tempdir", self.path("work")):
+            folder = work_folder.WorkFolder()
+        self.assertTrue(os.path.isdir(folder.part("engine")))
+        folder.remove()
         self.assertEqual(self.left_over(), [])
 
     def test_a_model_that_changes_between_runs(self) -> None:

@@ -13,10 +13,9 @@ from difflib import get_close_matches
 from fractions import Fraction
 from typing import Any
 
-from ..api import LEAST_MEMORY
 from ..errors import UsageError
 from ..models import FORMATS
-from ..solving.portfolio import ALL, AUTO, COMPLETE, SEARCH, Gap
+from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
 FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)

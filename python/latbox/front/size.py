@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterable
 from fractions import Fraction
 
-from ..models.model import INF, Model
+from ..models.model import INF, Bound, Model
 from ..solving import exact
 from ..solving.events import Start
 
@@ -57,15 +57,15 @@ def coefficients(model: Model) -> Iterable[Fraction]:
     return (a for row in model.rows for a in row.coefficients.values())
 
 
-def sides(model: Model) -> Iterable[Fraction]:
+def sides(model: Model) -> Iterable[Bound]:
     return (side for row in model.rows for side in (row.lower, row.upper) if abs(side) != INF)
 
 
-def bounds(model: Model) -> Iterable[Fraction]:
+def bounds(model: Model) -> Iterable[Bound]:
     return (end for variable in model.variables for end in (variable.lower, variable.upper) if abs(end) != INF)
 
 
-def range_text(word: str, values: Iterable[Fraction]) -> str:
+def range_text(word: str, values: Iterable[Bound]) -> str:
     found = list(values)
     return "%s %s .. %s" % (word, plain(min(found)), plain(max(found))) if found else ""
 
@@ -77,8 +77,8 @@ def bounds_text(model: Model) -> str:
     return text + (" and " if text else "") + counted(is_open, "open column") if is_open else text
 
 
-def plain(value: Fraction) -> str:
-    digits = exact.text(value)
+def plain(value: Bound) -> str:
+    digits = exact.text(Fraction(value))
     if len(digits) <= 12:
         return digits
     try:

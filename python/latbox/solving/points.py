@@ -3,13 +3,14 @@
 from __future__ import annotations
 
 import os
+from collections.abc import Iterable
 from fractions import Fraction
 from typing import BinaryIO
 
 from ..errors import EngineError
 from . import exact
 
-def text_of(values: list) -> str:
+def text_of(values: Iterable[Fraction]) -> str:
     """The beginning of a .sol line, which is all that is read of it."""
     return "[ %s ]" % " ".join(map(exact.mixed, values))
 

@@ -33,6 +33,7 @@ from .work_folder import WorkFolder
 
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
+LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
 
 TICK = 0.05
 BETWEEN_PROGRESS = 0.2

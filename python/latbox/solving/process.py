@@ -15,6 +15,7 @@ import signal
 import subprocess
 import time
 from collections.abc import Callable
+from typing import IO
 
 from ..errors import EngineError
 
@@ -57,19 +58,19 @@ class Process:
 
     # ------------------------------------------------------------- reading
 
-    def pipes(self) -> list:
+    def pipes(self) -> list[IO[bytes]]:
         """What to wait for; those that have ended are left out."""
         return list(self._rests)
 
     @property
-    def stdout(self):
+    def stdout(self) -> IO[bytes] | None:
         return self._popen.stdout
 
     def read(self) -> tuple[list[str], list[str]]:
         """The lines that have come on standard output and standard error; all of them once status() is known."""
         return self._lines(self._popen.stdout), self._lines(self._popen.stderr)
 
-    def _lines(self, pipe) -> list[str]:
+    def _lines(self, pipe: IO[bytes]) -> list[str]:
         if pipe not in self._rests:
             return []
         data = self._rests[pipe]

@@ -5,6 +5,7 @@ The text is dense, one number for each column in each row, so its size is the pr
 
 from __future__ import annotations
 
+from collections.abc import Sequence
 from dataclasses import dataclass, field
 from fractions import Fraction
 from typing import Union
@@ -93,14 +94,14 @@ class Program:
         return "\n".join(lines + ["]"])
 
 
-def vector(values: list) -> str:
+def vector(values: Sequence[Bound | int]) -> str:
     return "[ %s]" % "".join(number_text(value) + " " for value in values)
 
 
 def number_text(value: Bound) -> str:
     if value == INF:
         return "inf"
-    return "-inf" if value == -INF else exact.text(value)
+    return "-inf" if value == -INF else exact.text(Fraction(value))
 
 
 def comment(name: str) -> str:

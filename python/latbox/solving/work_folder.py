@@ -21,8 +21,11 @@ class WorkFolder:
         """Throws OSError."""
         clear_left_over()
         self.path = tempfile.mkdtemp(prefix=PREFIX)
-        self._lock = open(os.path.join(self.path, LOCK), "w", encoding="ascii")
+        # Locked before it has its name: another run that clears away takes no folder of which it cannot get the lock.
+        draft = os.path.join(self.path, LOCK + ".new")
+        self._lock = open(draft, "w", encoding="ascii")
         fcntl.flock(self._lock, fcntl.LOCK_EX)
+        os.rename(draft, os.path.join(self.path, LOCK))
         self._runs = 0
 
     def part(self, name: str) -> str:
