@@ -163,7 +163,7 @@ class Portfolio:
     def _stated(self) -> Statement:
         """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
         statement = Statement(self.model, self.settings.digits)
-        if statement.program.cells() <= MANY_CELLS or statement.on_grid:
+        if statement.program.cells() <= MANY_CELLS or self._grid:
             return statement
         return Statement(narrowed(self.model, statement), self.settings.digits)
 
