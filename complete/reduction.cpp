@@ -48,6 +48,7 @@ bool reduceIn(FplllMatrix& matrix, int block, int flags) {
   const bool pruned = block > FIRST_BLOCK && strategies().size() > static_cast<std::size_t>(block);
   fplll::BKZParam parameters(block, pruned ? strategies() : none);
   parameters.flags = flags;
+  const auto turn = turnOfBlocks();
   try {
     return fplll::bkz_reduction(&matrix, nullptr, parameters, fplll::FT_DOUBLE, 0) == fplll::RED_SUCCESS;
   } catch (const std::runtime_error&) {
@@ -90,6 +91,11 @@ void reduceBlocks(IntegerMatrix& rows, int blockSize) {
     if (!reduceIn(matrix, block, flags)) return;
     fromFplll(matrix, rows);
   }
+}
+
+std::unique_lock<std::mutex> turnOfBlocks() {
+  static std::mutex pool;
+  return std::unique_lock(pool);
 }
 
 void scramble(IntegerMatrix& rows, std::mt19937_64& random) {

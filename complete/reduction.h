@@ -2,6 +2,7 @@
 // that it is one.
 #pragma once
 
+#include <mutex>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -23,6 +24,11 @@ void reduceLLL(IntegerMatrix& rows);
 // where they are installed, and once more from both ends. A basis that it cannot take stays as LLL left it.
 // Throws ReductionFailure.
 void reduceBlocks(IntegerMatrix& rows, int blockSize);
+
+// Held around block reduction by libfplll, whose enumerations go to one pool for all threads: of two that
+// wait for it, one would take up the other's work, which may be gone by then. reduceBlocks takes its turn by
+// itself.
+std::unique_lock<std::mutex> turnOfBlocks();
 
 // Another basis of the same lattice: rows in a random order, each with others added or taken away. Reduced
 // anew it is as good as the first one, and different.

@@ -3,7 +3,8 @@
 #include <fplll.h>
 
 #include <algorithm>
-#include <mutex>
+
+#include "complete/reduction.h"
 
 namespace latbox::complete {
 namespace {
@@ -46,10 +47,7 @@ class Reduction {
     // One attempt at each block: further ones would draw random numbers that all threads share.
     parameters.min_success_probability = 0.01;
     fplll::BKZReduction<Whole, Real> blocks(gso_, lll_, parameters);
-    // The library hands its enumerations to a pool that is one for all threads: of two that wait for it one
-    // would take the other's work, which is gone when it does.
-    static std::mutex pool;
-    const std::lock_guard lock(pool);
+    const auto turn = turnOfBlocks();
     blocks.bkz();
     return blocks.status == fplll::RED_SUCCESS || blocks.status == fplll::RED_BKZ_LOOPS_LIMIT;
   }

@@ -1,5 +1,7 @@
 #include "complete/short_basis.h"
 
+#include <thread>
+
 #include "market_split.h"
 
 namespace latbox::complete {
@@ -41,6 +43,27 @@ TEST(NewBasis, IsDeterminedByTheRandomNumbers) {
   std::mt19937_64 random(3);
   std::mt19937_64 again(3);
   EXPECT_EQ(newBasis(*basis, random), newBasis(*basis, again));
+}
+
+// libfplll's own pool of threads is one for all: without taking turns this ends in a fault of memory.
+TEST(NewBasis, ThreadsMakeTheirsAtOnce) {
+  const auto basis = shortBasisOf(latticeOf(marketSplit(8, 70, 1)));
+  ASSERT_TRUE(basis);
+  constexpr unsigned THREADS = 4;
+  constexpr unsigned BASES = 12;
+  const auto make = [&basis](unsigned seed) {
+    std::mt19937_64 random(seed);
+    return newBasis(*basis, random);
+  };
+  std::vector<std::vector<std::optional<ShortMatrix>>> made(THREADS);
+  std::vector<std::thread> threads;
+  for (std::vector<std::optional<ShortMatrix>>& mine : made)
+    threads.emplace_back([&mine, &make] {
+      for (unsigned seed = 0; seed < BASES; ++seed) mine.push_back(make(seed));
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (unsigned seed = 0; seed < BASES; ++seed)
+    for (const auto& mine : made) EXPECT_EQ(mine[seed], make(seed)) << seed;
 }
 
 // As short as those of the other reduction, or nearly so.
