@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import os
 import re
 from fractions import Fraction
 
@@ -54,25 +53,6 @@ def output_text(model: Model, end: End) -> str:
     for number, x in enumerate(end.points, 1):
         lines += [BEGIN + str(number)] + values(model, x, True)
     return "".join(line + "\n" for line in lines)
-
-
-def write_whole(path: str, content: str) -> None:
-    """The file is there as a whole or not at all. Devices and pipes are written to as they are. Throws OSError."""
-    data = content.encode("utf-8", "surrogateescape")
-    if os.path.exists(path) and not os.path.isfile(path):
-        with open(path, "wb") as file:
-            file.write(data)
-        return
-    target = os.path.realpath(path)
-    draft = "%s.%d.tmp" % (target, os.getpid())
-    try:
-        with open(draft, "wb") as file:
-            file.write(data)
-        os.replace(draft, target)
-    except BaseException:
-        if os.path.exists(draft):
-            os.remove(draft)
-        raise
 
 
 def read_points(model: Model, content: str, path: str) -> list[Point]:

@@ -12,7 +12,7 @@ from typing import IO
 
 from ..errors import LatboxError, PlacedError, UsageError, place_text
 from ..models import Model, read_model
-from ..models.sources import shown_name
+from ..models.sources import shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
@@ -281,5 +281,5 @@ class Command:
         # Last: where the file cannot be written the answer has been shown.
         if options.output is not None:
             with naming("--output=" + options.output):
-                answer.write_whole(options.output, answer.output_text(model, end))
+                write_file(options.output, answer.output_text(model, end))
         return status

@@ -76,16 +76,25 @@ def decoded(data: bytes) -> str:
 
 
 def write(path: str | None, text: str) -> None:
-    """The way out: a file, or standard output where there is no path. A file is there as a whole or as it was before."""
-    data = text.encode("utf-8", errors="surrogateescape")
+    """The way out: a file, or standard output where there is no path or it is "-"."""
     if path is None or path == "-":
-        sys.stdout.buffer.write(data)
+        sys.stdout.buffer.write(encoded(text))
         sys.stdout.buffer.flush()
-    elif os.path.exists(path) and not os.path.isfile(path):
-        with open(path, "wb") as file:
-            file.write(data)
     else:
-        _replace(os.path.realpath(path), data)
+        write_file(path, text)
+
+
+def write_file(path: str, text: str) -> None:
+    """The file is there as a whole or as it was before. Devices and pipes are written to as they are. Throws OSError."""
+    if os.path.exists(path) and not os.path.isfile(path):
+        with open(path, "wb") as file:
+            file.write(encoded(text))
+    else:
+        _replace(os.path.realpath(path), encoded(text))
+
+
+def encoded(text: str) -> bytes:
+    return text.encode("utf-8", errors="surrogateescape")
 
 
 def _replace(path: str, data: bytes) -> None:
