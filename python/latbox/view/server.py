@@ -189,7 +189,7 @@ class Server:
             self._drop(connection)
 
     def _state(self) -> dict[str, Any]:
-        return {"more": self._more, "steered": self._order is not None and self._more, "over": self.history.is_over}
+        return {"more": self._more, "steered": self._order is not None and self._more, "log": self._stays}
 
     def _all(self) -> bytes:
         if self._whole is None:
