@@ -95,9 +95,9 @@ class Request(BaseHTTPRequestHandler):
     # ------------------------------------------------------------- what the base class calls
 
     def setup(self) -> None:
-        self.rfile = BytesIO(self._data)  # type: ignore[assignment]
+        self.rfile = BytesIO(self._data)
         self._out = BytesIO()
-        self.wfile = self._out  # type: ignore[assignment]
+        self.wfile = self._out
 
     def handle(self) -> None:
         self.handle_one_request()
@@ -131,7 +131,8 @@ class Request(BaseHTTPRequestHandler):
     def _place(self) -> str:
         """The path behind the token, once who asks is let in."""
         gate = self._gate
-        hosts, origins = self.headers.get_all("Host", []), self.headers.get_all("Origin", [])
+        hosts: list[str] = self.headers.get_all("Host", [])
+        origins: list[str] = self.headers.get_all("Origin", [])
         if len(hosts) != 1 or hosts[0].strip().lower() not in gate.hosts:
             raise Refused(403, "this is not the host that was asked for")
         if origins and (len(origins) != 1 or origins[0].strip().lower() not in gate.origins):

@@ -3,17 +3,10 @@
 from __future__ import annotations
 
 import os
-from typing import Protocol
 
 PIECE = 1 << 20  # read at a time
 PIECES = 4  # in a turn: the server looks at its windows in between
 MOST_LINE = 64 << 20  # a line that is longer is none
-
-
-class Reader(Protocol):
-    """Makes events of lines."""
-
-    def events(self, line: bytes) -> list[bytes]: ...
 
 
 class Lines:
@@ -42,6 +35,8 @@ class Lines:
 
 
 class Pipe:
+    times = 0  # that it began anew
+
     def __init__(self, number: int) -> None:
         os.set_blocking(number, False)
         self._number = number
@@ -71,6 +66,7 @@ class File:
         self._file = open(path, "rb")
         self._lines = Lines()
         self._place = 0
+        self.times = 0  # that it began anew
 
     def lines(self) -> tuple[list[bytes], bool]:
         self._look()
@@ -96,4 +92,5 @@ class File:
             return  # it is away for a moment, or for good: what was read stays
         self._file.seek(0)
         self._place = 0
+        self.times += 1
         self._lines.clear()

@@ -122,7 +122,7 @@ function showControls(told) {
   $("save-answer").disabled = !run.bestPoint;
   $("save-lines").disabled = !run.events.length;
   $("save-picture").disabled = !charts.some((chart) => !chart.figure.hidden);
-  if (told.state !== lastSaid && ["paused", "over", "failed", "lost"].includes(told.state)) say(told.sentence);
+  if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost"].includes(told.state)) say(told.sentence);
   if (told.state === "running" && lastSaid === "paused") say("The run goes on.");
   lastSaid = told.state;
 }
@@ -152,7 +152,7 @@ function showFacts(time) {
   const last = run.last || {};
   const limit = run.start && run.start.limit;
   const pause = last.paused >= 1 ? `and paused for ${span(last.paused)}` : "";
-  fact("Time of work", run.start || run.end ? span(time) : null, [pause, limit && !run.end ? `of ${span(limit)} at most` : ""].filter(Boolean).join(", ") || (run.start ? `since ${clock(0)}` : ""));
+  fact("Time of work", run.start || run.end ? span(time) : null, [pause, limit && !run.end ? `of ${span(limit)} at most` : ""].filter(Boolean).join(", ") || (clock(0) ? `since ${clock(0)}` : ""));
   const sense = { min: "smaller is better", max: "greater is better" }[run.sense] || "";
   const ago = run.lastFind !== undefined && run.lastFind <= time && !run.end ? `${run.bestBy ? run.bestBy + ", " : ""}${span(time - run.lastFind)} ago` : "";
   fact("Best value", run.sense && run.start ? text(run.best) : null, [ago, sense].filter(Boolean).join("; "));
@@ -363,7 +363,7 @@ function makeOption(option) {
 // ------------------------------------------------------------- model and log
 
 function showModel() {
-  $("about").hidden = !run.start || !run.start.size;
+  $("about").hidden = !run.start || !(run.start.size || []).length;
   if ($("about").hidden || $("about").shown === run.start) return;
   $("about").shown = run.start;
   $("size").replaceChildren(...run.start.size.map((line) => make("p", {}, line)));

@@ -78,8 +78,8 @@ export function about(seconds) {
 
 export function percent(share) {
   const value = 100 * share;
-  if (value >= 10 || value === 0) return Math.floor(value * 10) / 10 + " %";
-  return value >= 0.001 ? Number(value.toPrecision(2)) + " %" : "below 0.001 %";
+  if (value >= 10 || value === 0) return Math.floor(value * 10) / 10 + "\u00a0%";
+  return value >= 0.001 ? Number(value.toPrecision(2)) + "\u00a0%" : "below 0.001\u00a0%";
 }
 
 export function count(value, word) {
@@ -103,6 +103,7 @@ export class Run {
     this.told = 0; // when, by the clock of the page
     this.isPaused = false;
     this.best = null;
+    this.lastFind = undefined; // its time
     this.bestBy = "";
     this.bound = null;
     this.points = []; // the last ones, with their values
