@@ -104,7 +104,7 @@ class Server:
     """`order(order)` is called with what a page asks for; None: nothing can be asked. run() returns when it is over."""
 
     def __init__(self, listener: socket.socket, token: str, source: Source, order: Callable[[steering.Order], None] | None,
-                 stays: bool = False) -> None:
+                 stays: bool = False, purse: Purse | None = None) -> None:
         """`stays`: also when the source has ended and nobody looks."""
         self.history = History()
         self._listener = listener
@@ -112,7 +112,7 @@ class Server:
         self._order = order
         self._stays = stays
         self._gate = Gate(listener.getsockname()[1], token, steering.ACTIONS if order else ())
-        self._purse = Purse()
+        self._purse = purse or Purse()
         self._requests, self._orders = Tap(MOST_REQUESTS), Tap(MOST_ORDERS)
         self._strangers: dict[int, Connection] = {}
         self._windows: dict[int, Connection] = {}
@@ -248,13 +248,13 @@ class Server:
         self._are_heard = are_heard
 
     def _serve_strangers(self) -> None:
-        before = time.process_time()
+        before = time.thread_time()
         for key, mask in self._others.select(0):
             if key.data is None:
                 self._accept()
             elif key.data.fileno() in self._strangers:
                 self._serve_stranger(key.data, mask)
-        self._purse.pay(time.process_time() - before)
+        self._purse.pay(time.thread_time() - before)
 
     def _accept(self) -> None:
         for _ in range(MOST_ACCEPTED):

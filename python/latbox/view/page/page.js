@@ -162,7 +162,7 @@ function showFacts(time) {
     gap ? (gap.amount === 0 ? "met by the best value" : `${percent(gap.share)} from the best value`) : "nothing is proven yet");
   const hasShare = number(last.share) !== null;
   const left = number(last.left_seconds);
-  fact("Complete search", run.start && run.start.threads && !run.end ? (hasShare ? percent(last.share) : "begins") : null,
+  fact("Complete search", run.start && run.start.threads && !run.end ? (hasShare ? percent(last.share) : "at work") : null,
     [left !== null ? `about ${about(left)} left` : "", last.rate ? `${short(last.rate)} nodes a second` : ""].filter(Boolean).join("; "), hasShare ? last.share : null);
   fact("Search", last.iteration !== null && last.iteration !== undefined && !run.end ? text(last.iteration) : null,
     ["iterations", last.idle ? `${last.idle} without progress` : "", run.sense && !last.points && last.violated ? `nearest breaks ${count(last.violated, "bound")}` : ""].filter(Boolean).join("; "));
@@ -272,7 +272,7 @@ const charts = [
   new Chart("Share of the complete search", "percent of the tree", () => one("done", run.series.share, true, { share: true })),
   new Chart("Speed of the complete search", "nodes a second", () => one("nodes a second", run.series.rate, false, { zero: true })),
   new Chart("Quality of the basis", "length of its first vector", () => one("length", run.series.basis, true, { log: true })),
-  new Chart("Collections of the search", "vectors collected", () => one("vectors", run.series.collected, false, { whole: true })),
+  new Chart("Collections of the search", "vectors collected", () => one("vectors", run.series.collected.some(([, v]) => v) ? run.series.collected : [], false, { whole: true })),
 ];
 
 function showCharts(time) {

@@ -296,7 +296,7 @@ function waiting(run) {
     const near = run.last && run.last.violated ? ` The nearest one breaks ${count(run.last.violated, "bound")}.` : "";
     return { lead: "Too early to tell whether waiting pays.", advice: `No point is known, nor that there is none.${near}${far}${ends}` };
   }
-  if (since < Math.max(20, now / 5)) {
+  if (since < Math.max(60, now / 4)) {
     return { lead: "Waiting pays:", advice: `better points still come, the last one ${span(since)} ago. ${gap}${far}${ends}` };
   }
   return { lead: "Waiting may bring little:", advice: `nothing better for ${span(since)}, and no end is in sight. ${gap}${far}${ends}` };
