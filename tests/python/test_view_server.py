@@ -361,6 +361,7 @@ class SourcesTest(harness.Case):
     def test_a_file_that_grows_is_cut_and_is_replaced(self) -> None:
         self.write("log", b"one\ntw")
         source = sources.File(self.path("log"))
+        self.addCleanup(source.close)
         self.assertEqual(source.lines(), ([b"one"], True))
         with open(self.path("log"), "ab") as file:
             file.write(b"o\nthree\n")

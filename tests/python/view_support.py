@@ -51,31 +51,14 @@ class Script:
         return found, more
 
 
-class Served:
-    """A server that runs until close()."""
+class Client:
+    """Whoever has a link."""
 
-    def __init__(self, is_steered: bool = True, purse: Purse | None = None) -> None:
-        self.source = Script()
-        self.orders: list[Order] = []
-        listener = address.listen(0)
-        self.token = address.new_token()
-        self.link = address.link(listener, self.token)
-        self.port: int = listener.getsockname()[1]
-        self.origin = "http://127.0.0.1:%d" % self.port
-        self.server = Server(listener, self.token, self.source, self.orders.append if is_steered else None, purse=purse or Purse(10.0, 10.0))
-        self._listener = listener
-        self._thread = threading.Thread(target=self.server.run)
-        self._thread.start()
-
-    def is_running(self) -> bool:
-        return self._thread.is_alive()
-
-    def close(self) -> None:
-        self.server.stop()
-        self._thread.join(LIMIT)
-        self._listener.close()
-
-    # ------------------------------------------------------------- requests
+    def __init__(self, link: str) -> None:
+        self.link = link
+        _, _, place, self.token, _ = link.split("/")
+        self.port = int(place.split(":")[1])
+        self.origin = "http://" + place
 
     def connect(self) -> socket.socket:
         return socket.create_connection(("127.0.0.1", self.port), LIMIT)
@@ -105,10 +88,33 @@ class Served:
         return Window(self)
 
 
+class Served(Client):
+    """A server that runs until close()."""
+
+    def __init__(self, is_steered: bool = True, purse: Purse | None = None) -> None:
+        self.source = Script()
+        self.orders: list[Order] = []
+        listener = address.listen(0)
+        token = address.new_token()
+        super().__init__(address.link(listener, token))
+        self.server = Server(listener, token, self.source, self.orders.append if is_steered else None, purse=purse or Purse(10.0, 10.0))
+        self._listener = listener
+        self._thread = threading.Thread(target=self.server.run)
+        self._thread.start()
+
+    def is_running(self) -> bool:
+        return self._thread.is_alive()
+
+    def close(self) -> None:
+        self.server.stop()
+        self._thread.join(LIMIT)
+        self._listener.close()
+
+
 class Window:
     """What a page sees: (kind, content) of each message."""
 
-    def __init__(self, served: Served) -> None:
+    def __init__(self, served: Client) -> None:
         self._peer = served.connect()
         self._peer.sendall(served.request("events"))
         self._data = b""
@@ -127,6 +133,15 @@ class Window:
     def next(self) -> tuple[str, Any]:
         kind, content = self._until(b"\n\n").decode().split("\n")
         return kind.removeprefix("event: "), json.loads(content.removeprefix("data: "))
+
+    def event(self, kind: str) -> dict[str, Any]:
+        """The first one of that kind that comes, among news or in all that was."""
+        end = time.monotonic() + LIMIT
+        while time.monotonic() < end:
+            found, content = self.next()
+            if found in ("news", "whole") and any(event["event"] == kind for event in content):
+                return next(event for event in content if event["event"] == kind)
+        raise AssertionError("no %s" % kind)
 
     def until(self, kind: str, holds: Callable[[Any], bool] = lambda content: True) -> Any:
         end = time.monotonic() + LIMIT

@@ -79,6 +79,9 @@ class File:
             found += self._lines.cut(data)
         return found, True
 
+    def close(self) -> None:
+        self._file.close()
+
     def _look(self) -> None:
         try:
             known, now = os.fstat(self._file.fileno()), os.stat(self._path)
