@@ -41,9 +41,14 @@ class PageCase(ServedCase):
     def tearDownClass(cls) -> None:
         cls.browser.close()
 
+    def page(self, **size: Any) -> browser.Page:
+        page = self.browser.page(**size)
+        self.addCleanup(page.close)
+        return page
+
     def shown(self, served: Served, events: int = 1, **size: Any) -> browser.Page:
         """A window that has so many events."""
-        page = self.browser.page(**size)
+        page = self.page(**size)
         page.call("Log.enable")
         page.open(served.link)
         page.wait("Number(document.documentElement.dataset.events || 0)", lambda count: count >= events)
@@ -125,18 +130,16 @@ class ShownTest(PageCase):
         self.assertEqual(page.value("[...document.querySelectorAll('button')].filter(b => !(b.textContent.trim() || b.getAttribute('aria-label'))).length"), 0)
         self.assertEqual(page.value("document.querySelectorAll('[tabindex]:not([tabindex=\"0\"])').length"), 0)
         self.assertEqual(page.value("document.getElementById('said').getAttribute('role')"), "status")
-        page.value("document.querySelector('%s svg').focus()" % CHART)
-        for key in ("Home", "ArrowRight", "End"):
-            page.call("Input.dispatchKeyEvent", type="keyDown", key=key, code=key)
-        self.assertRegex(page.wait("document.querySelector('%s .readout').textContent" % CHART), r"best value 11, proven bound 18")
         # Tab leads through what can be pressed.
-        page.value("document.activeElement.blur()")
         seen = set()
         for _ in range(12):
             page.call("Input.dispatchKeyEvent", type="keyDown", key="Tab", code="Tab", windowsVirtualKeyCode=9)
             seen.add(page.value("document.activeElement.id"))
         self.assertTrue({"pause", "stop", "save-answer", "window"} <= seen, seen)
-
+        page.value("document.querySelector('%s svg').focus()" % CHART)
+        for key in ("Home", "ArrowRight", "End"):
+            page.call("Input.dispatchKeyEvent", type="keyDown", key=key, code=key)
+        self.assertRegex(page.wait("document.querySelector('%s .readout').textContent" % CHART), r"best value 11, proven bound 18")
     def test_values_sort_and_copy(self) -> None:
         page = self.shown(self.started(), 7)
         names = "[...document.querySelectorAll('#values tbody th')].map(n => n.textContent)"
@@ -204,7 +207,7 @@ class ActsTest(PageCase):
     def test_set(self) -> None:
         served = self.started()
         page = self.shown(served, 7)
-        page.wait("document.getElementById('option-beta')")
+        page.wait("!!document.getElementById('option-beta')")
         self.assertEqual(page.value("[...document.querySelector('#option-list .present').children].map(n => n.textContent)"), ["20", "default"])
         self.assertIn("2 to 1000", page.value("document.getElementById('option-beta-text').textContent"))
         page.value("(() => { const input = document.getElementById('option-beta'); input.value = 30; input.form.requestSubmit(); })()")
@@ -223,7 +226,7 @@ class ActsTest(PageCase):
         case.setUp()
         self.addCleanup(case.doCleanups)
         session, link = case.run_it()
-        page = self.browser.page()
+        page = self.page()
         page.open(link)
         page.wait(SENTENCE, lambda text: "best value" in text)
         page.value("document.getElementById('stop').click()")
@@ -275,6 +278,7 @@ class WindowsTest(PageCase):
         second = self.shown(served, 10)
         known = first.value(ALL_SHOWN)
         self.assertEqual(second.wait(ALL_SHOWN, lambda shown: shown["finds"] == known["finds"]), known)
+        first.to_front()
         first.call("Page.reload")
         first.wait("Number(document.documentElement.dataset.events || 0)", lambda count: count == 10)
         self.assertEqual(first.wait(ALL_SHOWN, lambda shown: shown["finds"] == known["finds"]), known)
@@ -304,11 +308,11 @@ class WindowsTest(PageCase):
 
     def test_who_is_refused(self) -> None:
         served, other = self.started(), self.started()
-        wrong = self.browser.page()
+        wrong = self.page()
         wrong.open(served.link.replace(served.token, "x" * len(served.token)))
         self.assertIn("the link is not right", wrong.wait("document.body.textContent", lambda text: bool(text.strip())))
         # Another page, of another origin, that knows the link: its own policy is put aside, ours must do.
-        foreign = self.browser.page()
+        foreign = self.page()
         foreign.call("Page.setBypassCSP", enabled=True)
         foreign.open(other.link)
         foreign.wait(SENTENCE, lambda text: "Running" in text)

@@ -88,7 +88,7 @@ let lastLook = 0;
 function look() {
   if (isDue) return;
   isDue = true;
-  setTimeout(() => requestAnimationFrame(show), Math.max(0, lastLook + BETWEEN_LOOKS - performance.now()));
+  setTimeout(show, Math.max(0, lastLook + BETWEEN_LOOKS - performance.now()));
 }
 
 function show() {
@@ -106,7 +106,7 @@ function show() {
   document.title = `${{ running: "▸ ", paused: "‖ ", over: "■ " }[told.state] || ""}${run.best === null ? told.pill : text(run.best)} · ${run.start ? run.start.model.split("/").pop() : "latbox"}`;
   showControls(told);
   showFacts(time, told);
-  showCharts(time);
+  if (!document.hidden) showCharts(time); // the title of a hidden window tells enough
   showBest();
   showPoints();
   showOptions();
@@ -434,5 +434,6 @@ for (const button of document.querySelectorAll("button.sort")) {
     showBest(true);
   });
 }
+document.addEventListener("visibilitychange", look);
 new ResizeObserver(look).observe($("charts"));
 connect();
