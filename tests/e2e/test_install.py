@@ -53,7 +53,7 @@ def tools():
 def package_files():
     """Those of the Python package, as the tree has them, and the one that is written at installation."""
     folder = os.path.join(root(), "python", "latbox")
-    found = {name for name in files_below(folder) if name.endswith(".py") or name == "py.typed"}
+    found = {name for name in files_below(folder) if os.path.splitext(name)[1] in (".py", ".html", ".css", ".js", ".svg") or name == "py.typed"}
     return {"lib/python3/dist-packages/latbox/" + name for name in found | {"build_info.py"}}
 
 
@@ -86,7 +86,7 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".lp", ".mps", ".json", ".py")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".png", ".opt", ".lp", ".mps", ".json", ".py")}
     return found
 
 

@@ -14,6 +14,7 @@ import time
 import support
 import harness
 from solve_support import KNAPSACK, SolveCase, engines_of, hard_objective, is_alive, state_of
+from test_solve_json import documented, fault
 from view_support import Client, Window, until
 
 LINK = r"watch it at (http://127\.0\.0\.1:[0-9]+/[-\w]+/)\n"
@@ -123,8 +124,10 @@ class OrdersTest(RunCase):
         client.act(action="stop")
         session.wait()
         found = [json.loads(line) for line in self.read("j").splitlines()]
+        for event in found:
+            self.assertIsNone(fault(event, documented()))
         self.assertEqual([(e["key"], e["value"]) for e in found if e["event"] == "setting"], [("beta", "24"), ("pair", "0")])
-        self.assertEqual([(e["key"], e["value"]) for e in found if e["action" if "action" in e else "event"] == "set"], [("beta", 24), ("pair", 0)])
+        self.assertEqual([(e["key"], e["value"]) for e in found if e.get("action") == "set"], [("beta", 24), ("pair", 0)])
         present = {option["key"]: (option["least"], option["value"], option["most"]) for option in found[0]["options"]}
         self.assertEqual((present["beta"], present["eprune"], present["pair"]), ((2, 20, 1000), (0, 3, 3), (0, 1, 1)))
 

@@ -1,7 +1,7 @@
 """The events of a run, as many as a page can use: what is old is thinned, so that a week takes a few megabytes.
 
 Kept are lines of JSON, as they come. Of a kind that comes without end (progress, bounds, points) two neighbours may not be nearer
-to each other than a part of their age: so the last minute is whole, and a week ago one in a quarter of an hour stands for the rest.
+to each other than a part of their age: so the last minutes are whole, and a week ago one in half an hour or so stands for the rest.
 That makes a number of lines that grows with the logarithm of the time alone. Of the values of points, which may be long, those of
 the last ones are kept. The server thins, and then sends the whole anew: a page keeps what it is sent, and all pages show the same.
 """
@@ -9,10 +9,16 @@ the last ones are kept. The server thins, and then sends the whole anew: a page 
 from __future__ import annotations
 
 import json
+import re
 from dataclasses import dataclass
 from typing import Any
 
 MOST_LINES = 12000
+# Seconds of the run between two lines of progress; more where much comes at once, an old log that is read.
+BETWEEN_PROGRESS = 0.25
+BETWEEN_OLD_PROGRESS = 2.0
+MUCH = 20000  # lines of progress in a turn
+PROGRESS = re.compile(rb'\s*\{"event": "progress", "time": ([0-9.]+),')
 # {kind: so many lines for each e-fold of the age}; what comes without end of itself.
 DENSITY = {"progress": 400.0, "bound": 150.0, "point": 150.0}
 # Of any other kind: actions and settings, by hand.
@@ -38,11 +44,15 @@ class Line:
 
 
 class History:
-    """add() takes what comes; news() is what was added since the last call, at most one progress of it; whole() is all."""
+    """add() takes what comes; news() is what was added since the last call; whole() is all. Progress that comes faster than a page can
+    show it is left out, but for the last."""
 
     def __init__(self, most: int = MOST_LINES) -> None:
         self._lines: list[Line] = []
         self._fresh: list[Line] = []
+        self._skipped: bytes | None = None  # the last progress, if it came too soon behind another one
+        self._progress = -1.0  # when the last one came that was taken
+        self._count = 0  # that came since
         self._holders: list[Line] = []  # the last points
         self._most = most
         self.is_over = False  # an end was told
@@ -50,6 +60,25 @@ class History:
 
     def add(self, text: bytes) -> None:
         """A line that is no event is passed over. A start begins anew: of a log with several runs the last counts."""
+        if match := PROGRESS.match(text):
+            self._count += 1
+            between = BETWEEN_PROGRESS if self._count < MUCH else BETWEEN_OLD_PROGRESS
+            # Without reading it: of most lines no more is wanted than when they came.
+            if 0 <= seconds(match[1]) - self._progress < between:
+                self._skipped = text
+                return
+            self._progress = seconds(match[1])
+            self._skipped = None
+        else:
+            self._take_skipped()
+        self._take(text)
+
+    def _take_skipped(self) -> None:
+        skipped, self._skipped = self._skipped, None
+        if skipped is not None:
+            self._take(skipped)
+
+    def _take(self, text: bytes) -> None:
         line = line_of(text)
         if line is None:
             return
@@ -58,6 +87,7 @@ class History:
             self._lines.clear()
             self._fresh.clear()
             self._holders.clear()
+            self._progress = -1.0
         self.is_over = line.kind in ENDS
         self._fresh.append(line)
         if line.kind == "point" and line.has_values:
@@ -67,9 +97,8 @@ class History:
 
     def news(self) -> tuple[list[bytes], bool]:
         """(lines, whether they are all there is: what was sent before is to be forgotten)."""
-        fresh, self._fresh = self._fresh, []
-        last = max((i for i, line in enumerate(fresh) if line.kind == "progress"), default=-1)
-        fresh = [line for i, line in enumerate(fresh) if line.kind != "progress" or i == last]
+        self._take_skipped()
+        fresh, self._fresh, self._count = self._fresh, [], 0
         is_new = bool(fresh) and fresh[0].kind == "start"
         self._lines += fresh
         if len(self._lines) > self._most:
@@ -111,6 +140,13 @@ def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
                 continue
         kept.append(line)
     return kept[::-1]
+
+
+def seconds(text: bytes) -> float:
+    try:
+        return float(text)
+    except ValueError:
+        return -1.0
 
 
 def line_of(text: bytes) -> Line | None:
