@@ -26,7 +26,7 @@ def manual_text(text: str) -> str:
 def option_paragraph(option: options.Option) -> str:
     name = manual_text("--" + option.name)
     if option.default is not None:
-        head = ".BR %s [=\\fI%s\\fR]" % (name, option.value)
+        head = ".BI %s[= %s ]" % (name, option.value)
     else:
         head = ".BI %s= %s" % (name, option.value) if option.value else ".B %s" % name
     return ".TP\n%s\n%s\n" % (head, manual_text(option.text))

@@ -181,7 +181,7 @@ def parser() -> Parser:
                        "latbox-solve; - for standard input")
     found.add_argument("picture", nargs="?", metavar="PICTURE.svg", help="the picture's file; standard output if it is left out")
     found.add_argument("--x", choices=("time", "iteration"), default="time", help="the shared axis; default time")
-    found.add_argument("--view", metavar="PORT", type=port, help="serve a page of the log on this machine alone, print its link, and follow "
+    found.add_argument("--view", metavar="PORT", type=port, nargs="?", const=0, help="serve a page of the log on this machine alone, print its link, and follow "
                        "the log until Ctrl-C; --view alone takes any port")
     return found
 
