@@ -8,9 +8,9 @@ from __future__ import annotations
 
 import time
 
-# Of one processor. A page that is opened costs about 0.02 s.
-RATE = 0.01
-MOST = 0.2
+# Of one processor; a page that is opened costs about 0.02 s.
+RATE = 0.005
+MOST = 0.1
 
 
 class Purse:
