@@ -22,7 +22,6 @@ from .picture import (EVENT_HEIGHT, GAP, HEAD, LEFT, PANEL, RIGHT, TAIL, WIDTH, 
                       tick_text, ticks, xml_text)
 from .run_log import Series
 from .tool import Parser, run_tool
-from .view import follow
 
 EVENTS = "events: lattice regenerated, steps in extended precision, basis vectors shuffled"
 Log = run_log.Run | json_log.Run
@@ -164,6 +163,8 @@ def plot(options: argparse.Namespace) -> None:
     if options.view is not None:
         if options.picture is not None:
             raise UsageError("--view: it draws no file, and %s was given" % options.picture)
+        from .view import follow  # a picture is drawn without it
+
         follow.serve(options.log, options.view)
         return
     run = read(sources.read(options.log))

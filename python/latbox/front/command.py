@@ -8,7 +8,7 @@ import sys
 import time
 from collections.abc import Callable, Iterator, Sequence
 from contextlib import ExitStack, contextmanager
-from typing import IO
+from typing import IO, TYPE_CHECKING
 
 from ..errors import LatboxError, PlacedError, UsageError, place_text
 from ..models import Model, read_model
@@ -16,12 +16,14 @@ from ..models.sources import shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
-from ..view.link import View
 from . import answer, options as table
 from .json_lines import KINDS, JsonLines
 from .options import Options
 from .progress import Display
 from .version import version_text
+
+if TYPE_CHECKING:
+    from ..view.link import View
 
 NAME = "latbox-solve"
 STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
@@ -157,6 +159,8 @@ class Command:
     def run(self) -> int:
         if self.options.view is None:
             return self._run()
+        from ..view.link import View  # a run without a page begins without it
+
         self.view = View(self.options.view)
         try:
             print("watch it at " + self.view.link, file=sys.stderr, flush=True)

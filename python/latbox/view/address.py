@@ -6,8 +6,8 @@ import secrets
 import socket
 
 from ..errors import UsageError
-from .server import BACKLOG
 
+BACKLOG = 64  # connections that the kernel keeps for us
 HOST = "127.0.0.1"
 
 

@@ -26,7 +26,6 @@ from .request import Gate, Refused, Request, is_whole
 
 BETWEEN_TURNS = 0.25  # seconds: an event is on its way by then
 BETWEEN_BEATS = 2.0
-BACKLOG = 64  # that the kernel keeps for us
 MOST_STRANGERS = 64
 MOST_ACCEPTED = 32  # at once
 MOST_WINDOWS = 12
