@@ -102,7 +102,8 @@ class ShownTest(PageCase):
                 const box = t.getBoundingClientRect(), frame = f.querySelector('svg').getBoundingClientRect();
                 return [t.textContent, t.getAttribute('text-anchor'), box.left >= frame.left - 1 && box.right <= frame.right + 8, parseFloat(getComputedStyle(t).fontSize)]})}))""")
             self.assertEqual([chart["id"] for chart in charts], ["chart-" + name for name in (
-                "value-and-bound", "share-of-the-complete-search", "speed-of-the-complete-search", "quality-of-the-basis", "collections-of-the-search")])
+                "value-and-bound", "violation-of-the-nearest-point", "share-of-the-complete-search", "speed-of-the-complete-search",
+                "quality-of-the-basis", "collections-of-the-search")])
             for chart in charts:
                 self.assertTrue(chart["unit"] and chart["time"].startswith("time of work, "), chart)
                 for anchor in ("end", "middle"):

@@ -142,7 +142,7 @@ export class Run {
     this._better(event.time, event.best, null);
     this._bounded(event.time, event.bound);
     const { series } = this;
-    this._add(series.violated, event.time, event.points ? null : event.violated);
+    this._add(series.violated, event.time, event.violated);
     this._add(series.share, event.time, event.share === null || event.share === undefined ? null : 100 * event.share);
     this._add(series.rate, event.time, event.rate);
     this._add(series.basis, event.time, event.basis);
