@@ -163,13 +163,20 @@ class Command:
 
         self.view = View(self.options.view)
         try:
-            print("watch it at " + self.view.link, file=sys.stderr, flush=True)
+            self._tell_link(self.view.link)
             return self._run()
         except LatboxError as error:
             self.view.fail(str(error), time.monotonic() - self.started)
             raise
         finally:
             self.view.close()
+
+    def _tell_link(self, link: str) -> None:
+        """Who does not read it still gets the answer."""
+        try:
+            print("watch it at " + link, file=sys.stderr, flush=True)
+        except (OSError, ValueError):
+            pass
 
     def _run(self) -> int:
         for number in STOPS:

@@ -294,7 +294,10 @@ class Server:
     def _answer(self, stranger: Connection) -> None:
         if not self._requests.passes():
             raise Refused(429, "too many requests")
-        request = Request(stranger.data, self._gate)
+        try:
+            request = Request(stranger.data, self._gate)
+        except Exception:  # whatever it is that the handler stumbles over: no stranger ends the page
+            raise Refused(400, "that is no request") from None
         if request.order is not None and self._order is not None:
             if not self._orders.passes():
                 raise Refused(429, "too many actions")

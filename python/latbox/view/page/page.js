@@ -387,6 +387,7 @@ function save(name, type, content) {
   make("a", { href: address, download: name }).click();
   setTimeout(() => URL.revokeObjectURL(address), 10000);
   say(`${name} is saved.`);
+  $("log").prepend(make("li", { class: "action" }, make("time", {}, span(run.now(false))), make("span", {}, `${name} was saved in this window.`)));
 }
 
 const stem = () => (run.start ? run.start.model.split("/").pop().replace(/\.[^.]*$/, "") : "") || "run";
