@@ -196,7 +196,7 @@ class ActsTest(PageCase):
         served.source.tell({"event": "action", "time": 3.5, "action": "pause", "key": None, "value": None})
         page.wait(STATE, lambda state: state == "paused")
         self.assertEqual(page.value("document.getElementById('pause').textContent"), "Go on")
-        self.assertIn("Paused", page.value("document.getElementById('said').textContent"))
+        self.assertIn("Paused", page.value("document.getElementById('heard').textContent"))
         self.assertIn("3.5 sPaused from the page.", page.value(LOG))
         page.value("document.getElementById('pause').click()")
         until(lambda: served.orders[1:] == [Order("go on")], "the order")

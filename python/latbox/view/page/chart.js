@@ -210,7 +210,7 @@ function marks(chart, x, y) {
 const STYLE = `text{font:12px system-ui,"DejaVu Sans",sans-serif;fill:#59636e}.title{font-size:16px;font-weight:600;fill:#1f2328}
 .head{font-weight:600;fill:#1f2328}.ground{fill:#fff}.grid{stroke:#e3e7eb;fill:none}.axis{stroke:#59636e;fill:none}
 .curve{fill:none;stroke-width:1.8;stroke-linejoin:round}.one{stroke:#0b62a8}.two{stroke:#b04a00;stroke-dasharray:6 3}
-.tip{stroke:none}.tip.one{fill:#0b62a8}.tip.two{fill:#b04a00}.find{fill:#fff;stroke:#0b62a8;stroke-width:1.4}.letter{font-size:11px;font-weight:600;fill:#0b62a8}`;
+.tip{stroke:none}.tip.one{fill:#0b62a8}.tip.two{fill:#b04a00}.find{fill:#fff;stroke:#0b62a8;stroke-width:1.4}.letter{font-size:11px;font-weight:600;fill:#0b62a8;stroke:#fff;stroke-width:3px;paint-order:stroke}`;
 
 // All charts in one file that stands for itself.
 export function picture(title, facts, charts) {

@@ -37,6 +37,12 @@ function say(words) {
   put($("said"), words);
 }
 
+// For who listens: what the page shows large as it is.
+function hear(words) {
+  put($("heard"), words);
+  say("");
+}
+
 function clock(time) {
   const began = run.start ? run.start.began : null;
   return began ? new Date((began + time + (run.last ? run.last.paused || 0 : 0)) * 1000).toLocaleTimeString([], { hour: "2-digit", minute: "2-digit" }) : "";
@@ -122,8 +128,8 @@ function showControls(told) {
   $("save-answer").disabled = !run.bestPoint;
   $("save-lines").disabled = !run.events.length;
   $("save-picture").disabled = !charts.some((chart) => !chart.figure.hidden);
-  if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost"].includes(told.state)) say(told.sentence);
-  if (told.state === "running" && lastSaid === "paused") say("The run goes on.");
+  if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost"].includes(told.state)) hear(told.sentence);
+  if (told.state === "running" && lastSaid === "paused") hear("The run goes on.");
   lastSaid = told.state;
 }
 
