@@ -44,7 +44,7 @@ class Browser:
 
         arguments = [path, "--headless=new", "--no-sandbox", "--disable-gpu", "--remote-debugging-pipe", "--no-first-run", "--disable-extensions",
                      "--disable-background-networking", "--disable-component-update", "--disable-sync", "--disable-default-apps",
-                     "--disable-dev-shm-usage", "--no-default-browser-check", "--metrics-recording-only", "--password-store=basic",
+                     "--disable-dev-shm-usage", "--no-default-browser-check", "--hide-scrollbars", "--metrics-recording-only", "--password-store=basic",
                      "--disable-features=Translate,OptimizationHints,MediaRouter", "--user-data-dir=" + self._folder, *options, "about:blank"]
         self._process = subprocess.Popen(arguments, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                          close_fds=False, preexec_fn=place_pipes, process_group=0,

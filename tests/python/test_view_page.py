@@ -20,7 +20,7 @@ from latbox.solving.steering import Order
 
 SENTENCE = "document.getElementById('sentence').textContent"
 STATE = "document.documentElement.dataset.state"
-LOG = "[...document.querySelectorAll('#log li')].map(li => li.textContent)"
+LOG = "[...document.querySelectorAll('#log li')].map(li => li.textContent.replaceAll('\u00a0', ' '))"
 CHART = "#chart-value-and-bound"
 ALL_SHOWN = """(() => {
   const text = (id) => document.getElementById(id).textContent;
@@ -75,7 +75,7 @@ class ShownTest(PageCase):
         facts = page.value("Object.fromEntries([...document.querySelectorAll('.facts > div:not([hidden])')].map(d => [d.querySelector('dt').textContent, d.querySelector('dd').textContent]))")
         self.assertTrue(facts["Best value"].startswith("11"))
         self.assertIn("63.6", facts["Proven bound"])
-        self.assertRegex(facts["Complete search"], r"25.%about 2 h left; 5.000 nodes a second")
+        self.assertRegex(facts["Complete search"], r"25.%about 2.h left; 5.000 nodes a second")
         self.assertIn("it is none for lattices", page.value("document.getElementById('about').textContent"))
         self.assertEqual(page.complaints, [])
 
@@ -202,7 +202,7 @@ class ActsTest(PageCase):
         until(lambda: served.orders[1:] == [Order("go on")], "the order")
         served.source.tell({"event": "action", "time": 3.5, "action": "go on", "key": None, "value": None}, progress(3.6, best=11, points=1, paused=61.0))
         page.wait(STATE, lambda state: state == "running")
-        self.assertIn("paused for 1 min", page.wait("document.querySelector('.facts').textContent", lambda text: "paused" in text))
+        self.assertIn("paused for 1\u00a0min", page.wait("document.querySelector('.facts').textContent", lambda text: "paused" in text))
 
     def test_set(self) -> None:
         served = self.started()

@@ -57,7 +57,7 @@ export function valueScale(values, { whole = false, log = false, share = false, 
   }
   if (whole || share || zero) low = Math.min(low, 0);
   if (whole) high = Math.max(high, 1);
-  if (share) high = Math.max(high, 1e-6);
+  if (share && high <= 0) high = 1;
   if (high - low < 1e-12 * Math.max(Math.abs(high), Math.abs(low), 1e-300)) {
     const room = Math.max(1, Math.abs(high) * 1e-6);
     [low, high] = [low - room, high + room];

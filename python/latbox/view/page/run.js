@@ -2,6 +2,7 @@
 
 const KEPT_POINTS = 8; // whose values are kept, as the server does
 const THIN = "\u202f"; // between groups of digits
+const TIED = "\u00a0"; // between a number and its unit
 
 // ------------------------------------------------------------- numbers and times
 
@@ -52,14 +53,14 @@ const UNITS = [[31557600, "year"], [86400, "d"], [3600, "h"], [60, "min"], [1, "
 
 // A length of time in its two largest units.
 export function span(seconds) {
-  if (seconds < 10) return (Math.round(seconds * 10) / 10).toFixed(1) + " s";
+  if (seconds < 10) return (Math.round(seconds * 10) / 10).toFixed(1) + TIED + "s";
   let rest = Math.round(seconds);
   const first = UNITS.findIndex(([size]) => rest >= size);
   const parts = [];
   for (const [size, name] of UNITS.slice(first, first + 2)) {
     const count = Math.floor(rest / size);
     rest -= count * size;
-    if (count) parts.push(grouped(String(count)) + " " + (name === "year" && count > 1 ? "years" : name));
+    if (count) parts.push(grouped(String(count)) + TIED + (name === "year" && count > 1 ? "years" : name));
   }
   return parts.join(" ");
 }
@@ -70,7 +71,7 @@ export function about(seconds) {
     if (seconds >= size || size === 1) {
       const count = seconds / size;
       const shown = count >= 1e6 ? "more than a million" : count >= 10 ? grouped(String(Math.round(count))) : String(Number(count.toPrecision(2)));
-      return shown + " " + (name === "year" && count !== 1 ? "years" : name);
+      return shown + TIED + (name === "year" && count !== 1 ? "years" : name);
     }
   }
   return "";
@@ -78,8 +79,8 @@ export function about(seconds) {
 
 export function percent(share) {
   const value = 100 * share;
-  if (value >= 10 || value === 0) return Math.floor(value * 10) / 10 + "\u00a0%";
-  return value >= 0.001 ? Number(value.toPrecision(2)) + "\u00a0%" : "below 0.001\u00a0%";
+  if (value >= 10 || value === 0) return Math.floor(value * 10) / 10 + TIED + "%";
+  return value >= 0.001 ? Number(value.toPrecision(2)) + TIED + "%" : "below 0.001" + TIED + "%";
 }
 
 export function count(value, word) {
