@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import gzip
 import json
 import os
 import re
@@ -74,6 +75,8 @@ class OrdersTest(RunCase):
         until(lambda: "T" not in self.states(session), "all engines go on")
         client.act(action="stop")
         self.assertEqual(session.wait(), 11)
+        for action in ("pause", "go on", "stop"):
+            self.assertRegex(session.err, r"(?m)^page [0-9:.]+( s)?: %s$" % action)
         events = [json.loads(line) for line in self.read("j").splitlines()]
         self.assertEqual([event["action"] for event in events if event["event"] == "action"], ["pause", "go on", "stop"])
         pause, on = [k for k, event in enumerate(events) if event["event"] == "action"][:2]
@@ -258,6 +261,21 @@ class LogTest(RunCase):
         whole = self.window(client).until("whole", bool)
         self.assertEqual((whole[0]["event"], whole[-1]["event"]), ("start", "end"))
         self.assertTrue(any(event["event"] == "point" for event in whole))
+
+    def test_packed_and_piped(self) -> None:
+        """The two of which nothing is read again: they end, and the page stays."""
+        line = b'{"event": "start", "time": 0, "model": "m"}\n'
+        self.write("j.gz", gzip.compress(line))
+        os.mkfifo(self.path("pipe"))
+        for name in ("j.gz", "pipe"):
+            if name == "pipe":
+                feed = os.open(self.path(name), os.O_RDWR)
+                self.addCleanup(os.close, feed)
+                os.write(feed, line)
+            process, client = self.follow("--view", name)
+            self.assertEqual(self.window(client).event("start")["model"], "m", name)
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual(process.wait(harness.LIMIT), 0)
 
     def test_refusals(self) -> None:
         self.write("j", b'{"event": "start", "time": 0}\n')

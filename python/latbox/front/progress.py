@@ -11,7 +11,7 @@ from typing import IO
 
 from ..models.model import Model
 from ..solving import exact
-from ..solving.events import Bound, End, Event, Found, Progress, Start
+from ..solving.events import Action, Bound, End, Event, Found, Progress, Start
 from .size import header
 
 BETWEEN_LINES = 10.0
@@ -38,6 +38,8 @@ class Display:
             self._take_find(event)
         elif isinstance(event, Progress):
             self._take_progress(event)
+        elif isinstance(event, Action):
+            self._take_action(event)
         elif isinstance(event, End):
             self.clear()
 
@@ -56,6 +58,12 @@ class Display:
         self._write("%s %s: %s\n" % (event.letter, clock(event.seconds),
                                      "a point" if event.objective is None else "objective %s" % short(event.objective)))
         self._last.points = max(1, self._last.points)
+
+    def _take_action(self, event: Action) -> None:
+        """Who looks at the terminal must know why nothing moves."""
+        self.clear()
+        what = event.action if event.key is None else "%s %s=%s" % (event.action, event.key, event.value)
+        self._write("page %s: %s\n" % (clock(event.seconds), what))
 
     def _take_progress(self, event: Progress) -> None:
         self._last = event

@@ -20,7 +20,7 @@ class Log:
     def __init__(self, path: str) -> None:
         """Throws OSError."""
         self._name = os.path.basename(texts.shown_name(path))
-        self._lines: Pipe | Packed | File = Pipe(0) if path == "-" else Packed(path) if is_packed(path) else File(path)
+        self._lines = source_of(path)
         self._times = 0
         self._is_json: bool | None = None
         self._console = ConsoleLog(self._name)
@@ -37,6 +37,16 @@ class Log:
         if not self._is_json:
             found = [event for line in found for event in self._console.events(line)]
         return found, more
+
+
+def source_of(path: str) -> Pipe | Packed | File:
+    if path == "-":
+        return Pipe(0)
+    if os.path.isdir(path):
+        raise LatboxError("%s: it is a folder" % path)
+    if not os.path.isfile(path) and os.path.exists(path):  # a pipe has no size, and cannot be read twice
+        return Pipe(os.open(path, os.O_RDONLY | os.O_NONBLOCK))
+    return Packed(path) if is_packed(path) else File(path)
 
 
 class Packed:
@@ -60,8 +70,6 @@ def is_packed(path: str) -> bool:
 
 def serve(path: str, port: int) -> None:
     """Until it is ended by a signal. Throws UsageError for a port that cannot be had."""
-    if os.path.isdir(path):
-        raise LatboxError("%s: it is a folder" % path)
     log = Log(path)
     listener = address.listen(port)
     token = address.new_token()
