@@ -317,7 +317,7 @@ class HistoryTest(unittest.TestCase):
         # The beginning is there, one in 50 minutes at least, and the last ten minutes whole as they came.
         self.assertLess(times[0], 3600)
         self.assertLess(max(b - a for a, b in zip(times, times[1:])), 3024 + 24)
-        self.assertEqual(sum(t > times[-1] - 600 for t in times), 25)
+        self.assertEqual(sum(t > times[-1] - 600 for t in times), 50)
         self.assertLess(again, 50)
         self.assertTrue(all(k in Counter(event["event"] for event in events) for k in ("point", "bound")))
         with_values = [event for event in events if event["event"] == "point" and event["values"]]
