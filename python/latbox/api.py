@@ -45,7 +45,7 @@ class Point(tuple[Number, ...]):
     names: tuple[str, ...]
 
     def __new__(cls, values: Sequence[Fraction], names: tuple[str, ...]) -> Point:
-        point = super().__new__(cls, [plain(value) for value in values])
+        point = tuple.__new__(cls, [plain(value) for value in values])
         point.names = names
         return point
 
@@ -316,7 +316,7 @@ def is_array(value: Any) -> bool:
 
 def as_array(point: Point) -> Any:
     """int64 where all values fit, objects else."""
-    import numpy  # type: ignore[import]
+    import numpy
 
     fits = all(isinstance(value, int) and abs(value) < 2**63 for value in point)
     return numpy.array(list(point), dtype=numpy.int64 if fits else object)

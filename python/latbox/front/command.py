@@ -161,7 +161,7 @@ class Command:
         try:
             model = self._read()
             if self.options.check is not None:
-                return self._check(model)
+                return self._check(model, self.options.check)
             try:
                 end = self._solve(model)
             except PlacedError as error:
@@ -183,7 +183,7 @@ class Command:
             if self.portfolio is not None:
                 self.portfolio.abandon()
             os._exit(128 + number)
-        if self.is_launched:
+        if self.portfolio is not None and self.is_launched:
             self.portfolio.interrupt()
         else:
             raise TooLate(statuses.INTERRUPTED)
@@ -204,8 +204,7 @@ class Command:
                 print(place_text(shown_name(self.options.model), note.place) + "note: " + note.message, file=sys.stderr)
         return model
 
-    def _check(self, model: Model) -> int:
-        path = self.options.check
+    def _check(self, model: Model, path: str) -> int:
         try:
             with open(path, encoding="utf-8", errors="surrogateescape") as file:
                 content = file.read()

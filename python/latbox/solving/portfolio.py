@@ -232,13 +232,13 @@ class Portfolio:
             task.first = True
             program = unbounded.any_point(program)
         if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
-            program = self._with_proof(task, program)
+            program = self._with_proof(settings.proof, task, program)
         notes = proof.name_map(self._statement) if task.proof else ""
-        self._complete = CompleteEngine(program, task, self._folder.part("complete"), self._memory, settings.log, notes)
+        self._complete = CompleteEngine(program, task, self._part("complete"), self._memory, settings.log, notes)
 
-    def _with_proof(self, task: Task, program: Program) -> Program:
+    def _with_proof(self, path: str, task: Task, program: Program) -> Program:
         """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
-        task.proof = proof.folder(self.settings.proof)
+        task.proof = proof.folder(path)
         if not task.first:
             return program
         task.first = False
@@ -247,15 +247,20 @@ class Portfolio:
     def _start_rays(self) -> None:
         program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
         if program is not None:
-            self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
+            self._rays = CompleteEngine(program, Task(first=True), self._part("rays"), self._memory, self.settings.log)
 
     def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
         if rewriting is None or not rewriting.program.columns:
             return
         letter = LETTERS[min(number, len(LETTERS) - 1)]
         count = 0 if self._is_optimising() else self.settings.solutions
-        self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
+        self._searches.append(SearchEngine(rewriting, count, letter, self._part("search"), self._memory,
                                            self.settings.search_options, self.settings.log))
+
+    def _part(self, name: str) -> str:
+        """A new folder for an engine."""
+        assert self._folder is not None
+        return self._folder.part(name)
 
     def _engines(self) -> list[SearchEngine | CompleteEngine]:
         return [*self._searches, *filter(None, (self._complete, self._rays))]
@@ -294,10 +299,10 @@ class Portfolio:
         try:
             found = engine.news()
         except EngineError as error:
-            if engine is self._complete:
-                self._complete = None
-            else:
+            if isinstance(engine, SearchEngine):
                 self._searches.remove(engine)
+            else:
+                self._complete = None
             engine.stop()
             if not self._has_point() and not self._searches and self._complete is None:
                 raise
@@ -314,9 +319,10 @@ class Portfolio:
 
     def _renew_searches(self) -> None:
         """A search that lags behind the best point begins anew, with a row that asks for better ones."""
-        if self._best is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+        known = self._known()
+        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal:
             return
-        limit = self._statement.norm(self._best[0])
+        limit = self._statement.norm(known)
         lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
         if not lagging:
             return
@@ -377,8 +383,9 @@ class Portfolio:
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
         objective = checking.objective_of(self.model, x) if self.has_objective else None
-        is_better = self._best is None or (objective is not None and
-                                           checking.is_better(self.model, objective, self._best[0]))
+        known = self._known()
+        is_better = self._best is None or (objective is not None and known is not None and
+                                           checking.is_better(self.model, objective, known))
         if self.settings.solutions != 1:
             key = tuple(x)
             if key in self._points or self._has_enough():
@@ -408,6 +415,10 @@ class Portfolio:
     def _has_point(self) -> bool:
         return self._best is not None
 
+    def _known(self) -> Fraction | None:
+        """The objective of the best point; None without one, or without an objective."""
+        return self._best[0] if self._best is not None else None
+
     # ------------------------------------------------------------- verdicts
 
     def _verdict(self) -> tuple[str | None, bool]:
@@ -421,10 +432,10 @@ class Portfolio:
             if status is not None or self._complete.is_over:
                 return status, status is not None or self._are_through()
         if self.settings.solutions == 1 and self._best is not None:
-            objective = self._best[0]
+            objective = self._known()
             if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
-            if self._is_good_enough(objective):
+            if objective is not None and self._is_good_enough(objective):
                 return None, True
         if self._has_enough():
             return statuses.OPTIMAL, True
@@ -449,7 +460,7 @@ class Portfolio:
             return statuses.OPTIMAL
         if word == "optimum":
             objective = self._statement.objective(exact.number(rest.split()[0]))
-            known = self._best[0] if self._best else None
+            known = self._known()
             self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
             self._bound = objective
             return statuses.OPTIMAL
@@ -508,7 +519,7 @@ class Portfolio:
 
     def _progress(self) -> Progress:
         count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
-        progress = Progress(self.seconds(), self._best[0] if self._best else None, None if self._grid else self._bound, count)
+        progress = Progress(self.seconds(), self._known(), None if self._grid else self._bound, count)
         if self._searches:
             progress.iteration = sum(engine.progress.iteration for engine in self._searches)
             known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
