@@ -74,8 +74,9 @@ class Result:
 
     status: "optimal" (proven; without an objective: a point), "all" (all points, proven), "infeasible" (proven), "feasible",
     "unknown", "interrupted", "unbounded". x and objective belong to the best point, None if no point is known; bound is what no
-    point can surpass, proven; points holds all that were asked for, best first. With status "unbounded" the points
-    x + k * ray, k = 0, 1, ... have better and better objectives. x, points and ray hold numpy arrays if the model came as one.
+    point can surpass, proven; points holds all that were asked for, best first. With status "unbounded", and with "feasible" where
+    continuous variables were taken on a grid, ray may be there: the points x + k * ray, k = 0, 1, ... have better and better
+    objectives. x, points and ray hold numpy arrays if the model came as one.
     """
 
     status: str

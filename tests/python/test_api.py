@@ -68,6 +68,13 @@ class SolveTest(ApiCase):
         self.assertEqual(latbox.solve([[2]], [5], 0, 9, digits=2).x, (Fraction(5, 2),))
         self.assertEqual(latbox.solve([[3]], [1], 0, 9, digits=2).status, "unknown")
 
+    def test_digits_are_never_unbounded(self) -> None:
+        result = latbox.solve([[1, -2]], [(None, 3.5)], 2, None, objective=[1, 1], sense="max", digits=[1, 0])
+        self.assertEqual((result.status, result.bound), ("feasible", None))
+        further = [x + 10**6 * step for x, step in zip(result.x, result.ray)]
+        self.assertLessEqual(further[0] - 2 * further[1], Fraction(7, 2))
+        self.assertGreater(sum(further), result.objective)
+
     def test_types_of_numbers(self) -> None:
         result = latbox.solve([[2]], [5], 0, 9, digits=1, objective=[2])
         self.assertEqual((type(result.x[0]), type(result.objective)), (Fraction, int))

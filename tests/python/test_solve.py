@@ -112,6 +112,17 @@ class AnswerTest(SolveCase):
         self.write("c.lp", CONTINUOUS.replace("<= 7.5", "<= -1"))
         self.assert_answer(self.solve("--digits=2", "c.lp"), 12, status="unknown", points=0)
 
+    def test_a_grid_is_not_unbounded(self) -> None:
+        """`feasible` is the most that can be said with continuous columns; the ray is shown and told of."""
+        self.write("u.lp", UNBOUNDED.replace("general\n x y", "general\n y"))
+        for digits in (0, 2):
+            result = self.solve("--digits=%d" % digits, "--json=j.txt", "u.lp")
+            self.assert_answer(result, 11, status="feasible", points=1)
+            self.assertRegex(result.out, r"\n\nray:\n")
+            self.assertIn("note: from the point the ray leads to better and better ones, without end\n", result.err)
+            end = json.loads(self.read("j.txt").splitlines()[-1])
+            self.assertEqual((end["status"], set(end["ray"])), ("feasible", {"x", "y"}))
+
     def test_what_is_proven_on_a_grid_is_no_bound(self) -> None:
         self.write("c.lp", CONTINUOUS)
         result = self.solve("--digits=2", "--json=-", "c.lp")

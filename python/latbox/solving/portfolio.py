@@ -548,14 +548,17 @@ class Portfolio:
         if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
             self._notes.append("no proof is written: " + self._why_no_proof(status))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
+        ray = self._ray if status == statuses.UNBOUNDED else None
         if self._grid:
             self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" % self._grid)
-            if self.is_proven:
+            if ray is not None:
+                self._notes.append("from the point the ray leads to better and better ones, without end")
+            if self.is_proven or ray is not None:
                 status = self._open_status()
         points = self._answer_points()
         objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
         return End(status, points[0] if points else None, objective, None if self._grid else self._bound, points,
-                   len(points), self.seconds(), self._ray if status == statuses.UNBOUNDED else None, self._notes)
+                   len(points), self.seconds(), ray, self._notes)
 
     def _why_no_proof(self, status: str) -> str:
         if status == statuses.OPTIMAL and not self.has_objective:
