@@ -29,7 +29,7 @@ from fractions import Fraction
 from typing import Any, Union
 
 from . import models
-from .errors import EngineError, UsageError
+from .errors import EngineError, UsageError, counted
 from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
@@ -108,7 +108,8 @@ class Model:
         return [note.message for note in self.model.notes]
 
     def __repr__(self) -> str:
-        return "<latbox.Model %s: %d variables, %d rows>" % (self.model.name, len(self._names), len(self.model.rows))
+        name = " " + self.model.name if self.model.name else ""
+        return "<latbox.Model%s: %s, %s>" % (name, counted(len(self._names), "variable"), counted(len(self.model.rows), "row"))
 
     def solve(self, time: float | None = None, solutions: int | str = 1, target: Exact | None = None,
               gap: Exact | str | None = None, engine: str = AUTO, digits: int | None = None, threads: int = 0, seed: int = 0,
@@ -201,9 +202,9 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
         raise UsageError("A has no columns")
     for i, row in enumerate(rows):
         if len(row) != n:
-            raise UsageError("A: row %d has %d entries, and the first one has %d" % (i + 1, len(row), n))
+            raise UsageError("A: row %d has %s, and the first one has %d" % (i + 1, entries(len(row)), n))
     if len(sides) != len(rows):
-        raise UsageError("A has %d rows, and b has %d entries" % (len(rows), len(sides)))
+        raise UsageError("A has %s, and b has %s" % (counted(len(rows), "row"), entries(len(sides))))
     model = models.Model()
     grids = spread("digits", digits, n)
     for j, (low, high, grid) in enumerate(zip(spread("lower", lower, n), spread("upper", upper, n), grids)):
@@ -218,10 +219,10 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
             raise UsageError("b: entry %d is None" % (i + 1))
         model.rows.append(Row("r%d" % (i + 1), None, end_of("b", least, -INF), end_of("b", greatest, INF), sparse("A", row)))
     if objective is not None:
-        entries = listed("objective", objective)
-        if len(entries) != n:
-            raise UsageError("A has %d columns, and objective has %d entries" % (n, len(entries)))
-        model.objective = Row("objective", None, coefficients=sparse("objective", entries))
+        costs = listed("objective", objective)
+        if len(costs) != n:
+            raise UsageError("A has %s, and objective has %s" % (counted(n, "column"), entries(len(costs))))
+        model.objective = Row("objective", None, coefficients=sparse("objective", costs))
         model.maximise = sense == "max"
     return Model(model, as_array if is_array(A) else None)
 
@@ -300,14 +301,18 @@ def spread(name: str, value: Any, n: int) -> list[Any]:
     """One entry for each variable."""
     if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
         return [value] * n
-    entries = list(value)
-    if len(entries) != n:
-        raise UsageError("A has %d columns, and %s has %d entries" % (n, name, len(entries)))
-    return entries
+    found = list(value)
+    if len(found) != n:
+        raise UsageError("A has %s, and %s has %s" % (counted(n, "column"), name, entries(len(found))))
+    return found
 
 
-def sparse(name: str, entries: Sequence[Any]) -> dict[int, Fraction]:
-    values = ((j, exact(name, value)) for j, value in enumerate(entries))
+def entries(number: int) -> str:
+    return counted(number, "entry", "entries")
+
+
+def sparse(name: str, row: Sequence[Any]) -> dict[int, Fraction]:
+    values = ((j, exact(name, value)) for j, value in enumerate(row))
     return {j: value for j, value in values if value}
 
 

@@ -63,6 +63,11 @@ class InternalError(EngineError):
     """A point that is none, or a verdict that another one contradicts. Please report it, with the model."""
 
 
+def counted(number: int, word: str, many: str = "") -> str:
+    """1 point, 2 points; `many` where that is not the word with an s."""
+    return "%d %s" % (number, word if number == 1 else many or word + "s")
+
+
 def place_text(file: str | None, place: Place | None) -> str:
     """`m.lp, line 3, column 7: `, and as much of it as there is."""
     parts = [file] if file else []

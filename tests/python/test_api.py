@@ -100,16 +100,16 @@ class SolveTest(ApiCase):
     def test_wrong_arguments(self) -> None:
         one = ([[1, 2]], [3], 0, 1)
         for arguments, settings, message in (
-                (([[1, 2], [3]], [1, 2], 0, 1), {}, "A: row 2 has 1 entries, and the first one has 2"),
-                (([[1, 2]], [1, 2], 0, 1), {}, "A has 1 rows, and b has 2 entries"),
-                (([[1, 2]], [1], 0, [1]), {}, "A has 2 columns, and upper has 1 entries"),
+                (([[1, 2], [3]], [1, 2], 0, 1), {}, "A: row 2 has 1 entry, and the first one has 2"),
+                (([[1, 2]], [1, 2], 0, 1), {}, "A has 1 row, and b has 2 entries"),
+                (([[1, 2]], [1], 0, [1]), {}, "A has 2 columns, and upper has 1 entry"),
                 (([[1, 2]], [1], [0] * 3, 1), {}, "A has 2 columns, and lower has 3 entries"),
                 (([[1, "a"]], [1], 0, 1), {}, "A: 'a' is not a number"),
                 (([[1, float("nan")]], [1], 0, 1), {}, "A: nan is not a number"),
                 (([[1, 2]], [None], 0, 1), {}, "b: entry 1 is None"),
                 (([], [], 0, 1), {}, "A has no columns"),
                 ((5, [1], 0, 1), {}, "A: a sequence is wanted"),
-                (one, {"objective": [1]}, "A has 2 columns, and objective has 1 entries"),
+                (one, {"objective": [1]}, "A has 2 columns, and objective has 1 entry"),
                 (one, {"sense": "maximise"}, "sense='maximise': 'min' or 'max' is wanted"),
                 (one, {"digits": 19}, "digits=19: a number of digits from 0 to 18 is wanted"),
                 (one, {"digits": 1.5}, "digits=1.5: a number of digits from 0 to 18 is wanted"),

@@ -158,8 +158,31 @@ class AnswerTest(SolveCase):
         self.assertEqual(result.err.count("nothing bounds"), 1, result.err)
 
     def test_an_objective_that_says_nothing(self) -> None:
-        self.write("c.lp", "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n")
-        self.assert_answer(self.solve("c.lp"), 10, status="optimal")
+        text = "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n"
+        self.write("c.lp", text)
+        self.assert_answer(self.solve("--output=o.txt", "c.lp"), 10, status="optimal", objective=7, bound=7)
+        self.assertIn("# objective: 7\n", self.read("o.txt"))
+        self.assertIn("point 1: ok, objective 7\n", self.solve("--check=o.txt", "c.lp").out)
+        result = self.solve("--solutions=all", "c.lp")
+        self.assert_answer(result, 10, status="all", objective=7, bound=7, points=3)
+        self.assertEqual(result.err.count(" s: objective 7\n"), 1, result.err)
+        self.write("c.lp", text.replace("7", "0 x"))
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=0, bound=0)
+        self.write("c.lp", text.replace("7", ""))
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=None, bound=None)
+        self.write("c.lp", text.replace("x + y = 2", "2 x + 2 y = 5"))
+        self.assert_answer(self.solve("c.lp"), 20, status="infeasible", objective=None, bound=None)
+
+    def test_a_line_for_each_better_point_and_no_other(self) -> None:
+        """All points were told, one by one, where all were wanted."""
+        result = self.solve("--solutions=all", "m.lp")
+        values = [int(line.partition(": objective ")[2]) for line in result.err.splitlines() if ": objective " in line]
+        self.assertEqual(values, sorted(set(values)))
+        self.assertLess(len(values), int(self.answer(result)["points"]))
+
+    def test_what_is_proven_to_be_best_is_the_bound(self) -> None:
+        for settings in (["--solutions=3"], ["--solutions=all"]):
+            self.assert_answer(self.solve(*settings, "m.lp"), 10, objective=90, bound=90)
 
     def test_all_columns_are_fixed(self) -> None:
         self.write("c.lp", "maximize\n obj: x + 2\nsubject to\n c: x + y <= 7\nbounds\n x = 3\n y = 4\ngeneral\n x y\nend\n")
@@ -200,7 +223,7 @@ class FilesTest(SolveCase):
         self.assertEqual(self.read("o.txt"), "# status: optimal\n# objective: 90\n# point 1\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\n"
                                              "x5 = 3\n")
         result = self.solve("--check", "o.txt", "m.lp")
-        self.assertEqual((result.status, result.out), (0, "point 1: ok, objective 90\no.txt: 1 points, all well\n"))
+        self.assertEqual((result.status, result.out), (0, "point 1: ok, objective 90\no.txt: 1 point, all well\n"))
         self.assertEqual(sorted(os.listdir(self.folder)), ["m.lp", "o.txt", "work"])
 
     def test_what_check_finds(self) -> None:
@@ -221,7 +244,7 @@ class FilesTest(SolveCase):
         first = good[good.index("# point 1"):good.index("# point 2")]
         self.write("o.txt", first + first.replace("point 1", "point 2"))
         result = self.solve("--check=o.txt", "m.lp")
-        self.assertEqual((result.status, result.out.splitlines()[2]), (1, "1 points stand twice"))
+        self.assertEqual((result.status, result.out.splitlines()[2]), (1, "1 point stands twice"))
         self.write("o.txt", "")
         self.assertEqual(self.solve("--check=o.txt", "m.lp").err, "latbox-solve: o.txt: there is no point in it\n")
         self.assertEqual(self.solve("--check=none", "m.lp").err, "latbox-solve: --check=none: No such file or directory\n")

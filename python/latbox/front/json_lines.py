@@ -7,6 +7,7 @@ from fractions import Fraction
 from typing import IO, Any
 
 from ..models.model import Model
+from ..solving import checking
 from ..solving.events import Bound, End, Event, Found, Point, Progress, Start
 
 # What every reader of JSON holds exactly.
@@ -41,9 +42,8 @@ class JsonLines:
 
     def _start(self, event: Start) -> dict[str, Any]:
         model = self._model
-        has_objective = model.objective is not None or model.goals
         return {"event": "start", "time": 0.0, "model": self._name,
-                "sense": ("max" if model.maximise else "min") if has_objective else None,
+                "sense": ("max" if model.maximise else "min") if checking.states_objective(model) else None,
                 "variables": len(model.variables), "rows": len(model.rows), "rank": event.rank, "kind": event.kind,
                 "searches": event.searches, "threads": event.threads}
 

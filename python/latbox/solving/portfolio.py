@@ -137,7 +137,6 @@ class Portfolio:
             self._program = self._statement.program
             if not self._program.columns:
                 yield from self._take([], "P")
-                self._bound = self._best[0] if self._best else None
                 yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
                 return
             if self._program.cells() > MOST_CELLS:
@@ -382,7 +381,7 @@ class Portfolio:
         wrong = checking.fault(self.model, x)
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
-        objective = checking.objective_of(self.model, x) if self.has_objective else None
+        objective = self._objective_of(x)
         known = self._known()
         is_better = self._best is None or (objective is not None and known is not None and
                                            checking.is_better(self.model, objective, known))
@@ -411,6 +410,9 @@ class Portfolio:
             self._bound = value
             if not self._grid:
                 yield Bound(value, self.seconds())
+
+    def _objective_of(self, x: Point) -> Fraction | None:
+        return checking.objective_of(self.model, x) if checking.states_objective(self.model) else None
 
     def _has_point(self) -> bool:
         return self._best is not None
@@ -556,8 +558,11 @@ class Portfolio:
             if self.is_proven or ray is not None:
                 status = self._open_status()
         points = self._answer_points()
-        objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
-        return End(status, points[0] if points else None, objective, None if self._grid else self._bound, points,
+        objective = self._objective_of(points[0]) if points else None
+        if status in (statuses.OPTIMAL, statuses.ALL):
+            self._bound = objective
+        bound = None if self._grid or status == statuses.INFEASIBLE else self._bound
+        return End(status, points[0] if points else None, objective, bound, points,
                    len(points), self.seconds(), ray, self._notes)
 
     def _why_no_proof(self, status: str) -> str:
