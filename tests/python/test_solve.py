@@ -37,6 +37,11 @@ class AnswerTest(SolveCase):
         result = self.solve("--all-values", "m.lp")
         self.assertTrue(result.out.endswith("\n\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\nx5 = 3\n"), result.out)
 
+    def test_where_all_is_0_nothing_follows(self) -> None:
+        """The answer ended with a blank line."""
+        self.write("z.lp", "minimize\n obj: x\nsubject to\n c: x <= 3\ngeneral\n x\nend\n")
+        self.assertRegex(self.solve("z.lp").out, r"\Astatus: optimal\nobjective: 0\nbound: 0\npoints: 1\ntime: [0-9.]+ s\n\Z")
+
     def test_quiet_is_the_answer_alone(self) -> None:
         self.assertEqual(self.solve("--quiet", "m.lp").err, "")
 
@@ -284,6 +289,12 @@ class FilesTest(SolveCase):
         self.assertEqual(result.status, 12)
         self.assertIn("no proof is written: the complete search has not come to its end", result.err)
         self.assertNotIn("program.proof", os.listdir(self.path("p")))
+
+    def test_no_time_leaves_no_old_proof(self) -> None:
+        os.makedirs(self.path("p"))
+        self.write("p/program.proof", "old")
+        self.assertEqual(self.solve("--proof=p", "--time=0.001", "m.lp").status, 12)
+        self.assertEqual(os.listdir(self.path("p")), [])
 
     def test_no_proof_is_told(self) -> None:
         """A proof that an earlier run has left is gone, and it is said why there is none."""

@@ -94,7 +94,7 @@ class OptionsTest(unittest.TestCase):
 
     def test_what_is_no_option(self) -> None:
         for text, near in (("--tim=3", "time"), ("--rtime=0.5", "time"), ("--solution", "solutions"), ("---time=3", "time"),
-                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("--iters=1e3", "")):
+                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("-quiet", "quiet"), ("-time=3", "time"), ("--iters=1e3", "")):
             guess = "is --%s meant? " % near if near else ""
             self.assertEqual(self.refused(text, "m.lp"), "%s: unknown option; %s--help shows them" % (text, guess))
         self.assertEqual(self.refused("--time=3", "--time", "4", "m.lp"), "--time: it was given before")

@@ -23,10 +23,9 @@ def text(model: Model, end: End, all_values: bool = False) -> str:
         lines.append("bound: %s" % end.bound)
     lines += ["points: %d" % end.count, "time: %.2f s" % end.seconds]
     for number, x in enumerate(end.points, 1):
-        lines.append("")
-        if end.count > 1:
-            lines.append(heading(model, number, x))
-        lines += values(model, x, all_values)
+        block = [heading(model, number, x)] if end.count > 1 else []
+        block += values(model, x, all_values)
+        lines += ["", *block] if block else []
     if end.ray is not None:
         lines += ["", "ray:"] + values(model, end.ray, all_values)
     return "".join(line + "\n" for line in lines)

@@ -12,7 +12,7 @@ from typing import IO
 
 from ..errors import LatboxError, PlacedError, UsageError, place_text
 from ..models import Model, read_model
-from ..models.sources import shown_name, write_file
+from ..models.sources import require_place, shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
@@ -162,12 +162,14 @@ class Command:
             model = self._read()
             if self.options.check is not None:
                 return self._check(model, self.options.check)
+            self._try_files()
             try:
                 end = self._solve(model)
             except PlacedError as error:
                 raise error.in_file(shown_name(self.options.model))
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
+            self._try_files()
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
             self._tell_json(model, end)
         return self._tell(model, end)
@@ -213,6 +215,16 @@ class Command:
         text, well = answer.check_text(model, path, answer.read_points(model, content, path))
         say(text)
         return 0 if well else statuses.FAILURE
+
+    def _try_files(self) -> None:
+        """What could not be written in the end is told before the work. Throws OSError, which names the option."""
+        options = self.options
+        if options.output is not None:
+            with naming("--output=" + options.output):
+                require_place(options.output)
+        if options.proof is not None:
+            with naming("--proof=" + options.proof):
+                proof.folder(options.proof)
 
     def _settings(self, log: LogFile | None) -> Settings:
         options = self.options

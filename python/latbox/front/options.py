@@ -182,7 +182,7 @@ def parse(arguments: Sequence[str]) -> Options:
             continue
         name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
         if name not in BY_NAME:
-            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name, "--")))
+            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name or argument[1:].partition("=")[0], "--")))
         option = BY_NAME[name]
         if option.value and not sign:
             if not rest:
@@ -199,7 +199,7 @@ def parse(arguments: Sequence[str]) -> Options:
 
 def guess(name: str, dashes: str = "") -> str:
     """What may be meant by a name that is none, in words; "" where nothing is near."""
-    near = get_close_matches(name, BY_NAME, 1) if name not in BY_NAME else []
+    near = get_close_matches(name, BY_NAME, 1)
     return "is %s%s meant? " % (dashes, near[0]) if near else ""
 
 
@@ -233,7 +233,8 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
         name, value = name.strip(), value.strip()
         place = "%s, line %d: %s" % (path, number, name)
         if name not in BY_NAME or name in ("options", "help", "version"):
-            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" % (place, guess(name)))
+            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" %
+                             (place, "" if name in BY_NAME else guess(name)))
         option = BY_NAME[name]
         if option.value and not sign:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))

@@ -7,6 +7,7 @@ with a wrong name is refused. All of it is held in memory: the readers are made 
 from __future__ import annotations
 
 import bz2
+import errno
 import gzip
 import lzma
 import os
@@ -91,6 +92,18 @@ def write_file(path: str, text: str) -> None:
             file.write(encoded(text))
     else:
         _replace(os.path.realpath(path), encoded(text))
+
+
+def require_place(path: str) -> None:
+    """That write_file() has a folder to write to. Throws OSError."""
+    path = os.path.realpath(path)
+    if os.path.isdir(path):
+        raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR), path)
+    if not os.path.exists(path):
+        folder = os.path.dirname(path)
+        os.stat(os.path.join(folder, os.curdir))  # Throws where it is no folder, too.
+        if not os.access(folder, os.W_OK):
+            raise PermissionError(errno.EACCES, os.strerror(errno.EACCES), folder)
 
 
 def encoded(text: str) -> bytes:

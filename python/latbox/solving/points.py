@@ -27,7 +27,11 @@ class Follower:
         self._offset = 0
 
     def points(self) -> list[list[Fraction]]:
-        """The points of lines that have come since the last call; of a file that took another's place, all."""
+        """Those of lines()."""
+        return [point(line) for line in self.lines()]
+
+    def lines(self) -> list[str]:
+        """Those that have come since the last call; of a file that took another's place, all."""
         file = self._current()
         if file is None:
             return []
@@ -35,7 +39,7 @@ class Follower:
         data = file.read()
         whole = data[: data.rfind(b"\n") + 1]
         self._offset += len(whole)
-        return [point(line) for line in whole.decode().splitlines()]
+        return whole.decode().splitlines()
 
     def _current(self) -> BinaryIO | None:
         """The file that has the name now, or had it last; None if there was none yet."""
