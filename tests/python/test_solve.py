@@ -90,7 +90,7 @@ class AnswerTest(SolveCase):
         self.write("h.opt", hard())
         self.assert_answer(self.solve("--time", "1", "h.opt"), 12, status="unknown", points=0)
         self.write("o.opt", hard_objective())
-        self.assert_answer(self.solve("--time=1.5", "--engine=search", "o.opt"), 11, status="feasible", points=1)
+        self.assert_answer(self.solve("--time=4", "--engine=search", "o.opt"), 11, status="feasible", points=1)
 
     def test_no_time_at_all(self) -> None:
         self.assert_answer(self.solve("--time=0.001", "m.lp"), 12, status="unknown", points=0)

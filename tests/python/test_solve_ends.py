@@ -206,7 +206,7 @@ exit 10
         self.assertEqual((result.status, result.err), (1, "latbox-solve: latbox failed with status 3: out of memory\n"))
         os.symlink(os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all"), self.path("paper/latbox-all"))
         self.write("h.opt", hard_objective())
-        result = self.solve_on_paper("--time=2", "h.opt")
+        result = self.solve_on_paper("--time=5", "h.opt")
         self.assertEqual(result.status, 11)
         self.assertIn("note: latbox failed with status 3: out of memory", result.err)
 
