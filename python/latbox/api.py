@@ -23,17 +23,18 @@ from __future__ import annotations
 import math
 import os
 from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager
 from dataclasses import dataclass, field
 from decimal import Decimal
 from fractions import Fraction
 from typing import Any, Union
 
 from . import models
-from .errors import EngineError, UsageError, counted
+from .errors import EngineError, PlacedError, UsageError, counted
 from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
-from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap, Portfolio, Settings
+from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap, Portfolio, Settings
 
 Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
@@ -92,8 +93,10 @@ class Result:
 class Model:
     """A model that has been read, or made of matrices."""
 
-    def __init__(self, model: models.Model, wrap: Callable[[Point], Any] | None = None) -> None:
+    def __init__(self, model: models.Model, wrap: Callable[[Point], Any] | None = None, file: str | None = None) -> None:
+        """`file`: what errors of the model name as its place."""
         self.model = model
+        self._file = file
         self._wrap = wrap or (lambda point: point)
         self._names = tuple(variable.name for variable in model.variables)
 
@@ -127,12 +130,13 @@ class Model:
         Raises UsageError, ModelError (a continuous variable without digits), EngineError. Ctrl-C ends it with the best so far.
         """
         settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), optional(target),
-                            gap_of(gap), whole_of("seed", seed), whole_of("threads", threads), memory_of(memory))
+                            gap_of(gap), whole_of("seed", seed), threads_of(threads), memory_of(memory))
         if settings.engine == SEARCH and settings.solutions == ALL:
             raise UsageError("solutions='all': the search alone cannot know that it has them all")
         if settings.solutions != 1 and (target is not None or gap is not None):
             raise UsageError("%s: it goes with one point, not with solutions" % ("gap" if target is None else "target"))
-        return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
+        with self._placed():
+            return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
 
     def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Iterator[Any]:
         """All points, each once, in no order, as they are found. Leaving the loop ends the engine.
@@ -140,21 +144,32 @@ class Model:
         With a time it may end before all are there. Where it cannot come to an end by itself, for nothing bounds a variable or the
         engine breaks, EngineError is raised behind the points that are known. Raises as solve() otherwise; Ctrl-C as it is.
         """
-        settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=whole_of("threads", threads))
+        settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=threads_of(threads))
         portfolio = Portfolio(self.model, settings)
         events = portfolio.events()
         try:
-            for event in events:
+            while True:
+                with self._placed():
+                    event = next(events)
                 if isinstance(event, Found):
                     yield self._wrap(Point(event.x, self._names))
                 elif isinstance(event, End):
                     require_all(event, portfolio)
+                    return
         finally:
             events.close()
 
     def fault(self, x: Sequence[Exact]) -> str | None:
         """What is wrong with a point, in words; None if it is a point of the model. Exact."""
         return checking.fault(self.model, [exact("x", value) for value in listed("x", x)])
+
+    @contextmanager
+    def _placed(self) -> Iterator[None]:
+        """An error that has a place in the model gets its file."""
+        try:
+            yield
+        except PlacedError as error:
+            raise error.in_file(self._file) if self._file else error
 
     def _result(self, end: End) -> Result:
         points = [self._wrap(Point(x, self._names)) for x in end.points]
@@ -169,7 +184,8 @@ def read(path: str | os.PathLike[str], format: str | None = None) -> Model:
     format: "opt", "lp", "mps", "fixed-mps", "free-mps" where the name does not tell. Raises ReadError (with file, line, column),
     UsageError, OSError.
     """
-    return Model(models.read_model(os.fspath(path), format))
+    path = os.fspath(path)
+    return Model(models.read_model(path, format), file=models.sources.shown_name(path))
 
 
 def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
@@ -380,6 +396,12 @@ def memory_of(memory: Any) -> int | None:
     if not hasattr(memory, "__index__") or isinstance(memory, bool) or int(memory) < LEAST_MEMORY:
         raise UsageError("memory=%r: a number of bytes, %d or more, is wanted" % (memory, LEAST_MEMORY))
     return int(memory)
+
+
+def threads_of(threads: Any) -> int:
+    if whole_of("threads", threads) > MOST_THREADS:
+        raise UsageError("threads=%r: %d or less are wanted" % (threads, MOST_THREADS))
+    return int(threads)
 
 
 def whole_of(name: str, value: Any) -> int:

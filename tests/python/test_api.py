@@ -120,6 +120,7 @@ class SolveTest(ApiCase):
                 (one, {"gap": -1}, "gap=-1: a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"gap": "x"}, "gap='x': a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"threads": -1}, "threads=-1: a whole number, 0 or more, is wanted"),
+                (one, {"threads": 10**6}, "threads=1000000: 1024 or less are wanted"),
                 (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
                 (([1, 2], [1], 0, 1), {}, "A: row 1: a sequence is wanted"),
                 (one, {"memory": "4G"}, "memory='4G': a number of bytes, 67108864 or more, is wanted"),
@@ -222,8 +223,11 @@ class ModelTest(ApiCase):
             latbox.read(self.path("m.lp"))
         self.assertIsInstance(caught.exception, latbox.LatboxError)
         self.assertEqual(caught.exception.file, self.path("m.lp"))
-        with self.assertRaises(latbox.ModelError):
-            self.model("c.lp", "min\n obj: x\nst\n c: x >= 0.5\nend\n").solve()
+        model = self.model("c.lp", "min\n obj: x\nst\n c: x >= 0.5\nend\n")
+        for solve in (model.solve, lambda: list(model.solutions())):
+            with self.assertRaises(latbox.ModelError) as caught:
+                solve()
+            self.assertTrue(str(caught.exception).startswith(self.path("c.lp") + ", line 2, column 7: variable x is continuous"))
 
 
 class InterruptTest(ApiCase):

@@ -15,7 +15,7 @@ from typing import Any
 
 from ..errors import UsageError
 from ..models import FORMATS
-from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap
+from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
 FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)
@@ -25,7 +25,6 @@ MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 SECONDS = {"s": 1, "m": 60, "h": 3600, "d": 86400}
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
 MOST_DIGITS = 18
-MOST_THREADS = 1024
 MOST_SEED = 2**63 - 1
 
 

@@ -34,6 +34,7 @@ from .work_folder import WorkFolder
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
 LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
+MOST_THREADS = 1024
 
 TICK = 0.05
 BETWEEN_PROGRESS = 0.2
