@@ -6,11 +6,11 @@ import os
 import signal
 import sys
 import time
-from collections.abc import Callable, Iterator, Sequence
-from contextlib import ExitStack, contextmanager
+from collections.abc import Callable, Sequence
+from contextlib import ExitStack
 from typing import IO
 
-from ..errors import LatboxError, PlacedError, UsageError, place_text
+from ..errors import LatboxError, PlacedError, UsageError, naming, os_error_text, place_text
 from ..models import Model, read_model
 from ..models.sources import require_place, shown_name, write_file
 from ..solving import proof, statuses
@@ -99,20 +99,6 @@ def fail(message: str, status: int) -> int:
     except (OSError, ValueError):
         pass
     return status
-
-
-def os_error_text(error: OSError) -> str:
-    where = "%s: " % error.filename if error.filename else ""
-    return where + (error.strerror or str(error))
-
-
-@contextmanager
-def naming(what: str) -> Iterator[None]:
-    """An OSError within gets the option that it comes from as its file's name."""
-    try:
-        yield
-    except OSError as error:
-        raise OSError(error.errno, error.strerror or str(error), what) from None
 
 
 class LogFile:

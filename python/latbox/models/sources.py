@@ -15,7 +15,7 @@ import sys
 import zlib
 from typing import Callable
 
-from ..errors import ReadError, UsageError
+from ..errors import ReadError, UsageError, naming
 
 # Format: what `--format` and the ends of names say. "mps" is fixed or free, whichever reads.
 FORMATS = ("opt", "lp", "mps", "fixed-mps", "free-mps")
@@ -79,10 +79,12 @@ def decoded(data: bytes) -> str:
 def write(path: str | None, text: str) -> None:
     """The way out: a file, or standard output where there is no path or it is "-"."""
     if path is None or path == "-":
-        sys.stdout.buffer.write(encoded(text))
-        sys.stdout.buffer.flush()
+        with naming("standard output"):
+            sys.stdout.buffer.write(encoded(text))
+            sys.stdout.buffer.flush()
     else:
-        write_file(path, text)
+        with naming(path):
+            write_file(path, text)
 
 
 def write_file(path: str, text: str) -> None:
