@@ -82,6 +82,15 @@ class AnswerTest(SolveCase):
         self.assert_answer(result, 13, status="unbounded", points=1)
         self.assertRegex(result.out, r"\n\nx = [0-9]+\ny = [0-9]+\n\nray:\n")
 
+    def test_a_ray_is_whole(self) -> None:
+        """It went in tenths where the columns do."""
+        self.write("u.opt", "[ inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -20 ] ] [ -inf ] [ 3 ] [ 1 1 ] [ 0 0 ] [ inf 9/2 ]\n")
+        self.assert_answer(self.solve("u.opt"), 10, status="optimal")
+        self.write("u.opt", "[ inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 10 -3 ] ] [ -inf ] [ 3 ] [ 1 1 ] [ 0 0 ] [ inf inf ]\n")
+        result = self.solve("--all-values", "u.opt")
+        self.assert_answer(result, 13, status="unbounded")
+        self.assertRegex(result.out, r"\nray:\nx1 = [0-9]+\nx2 = [1-9][0-9]*\n\Z")
+
     def test_without_a_point_nothing_is_unbounded(self) -> None:
         self.write("u.lp", UNBOUNDED.replace("x - 2 y <= 3", "2 x - 2 y = 3"))
         self.assert_answer(self.solve("u.lp"), 20, status="infeasible")

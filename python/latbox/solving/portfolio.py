@@ -350,7 +350,7 @@ class Portfolio:
             self._rays = None
             return
         if steps:
-            self._ray = self._statement.direction(steps[0])
+            self._ray = unbounded.whole(self._statement.direction(steps[0]))
             wrong = checking.ray_fault(self.model, self._ray)
             if wrong:
                 raise InternalError("a ray that was found is none: %s" % wrong)

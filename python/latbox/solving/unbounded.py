@@ -8,6 +8,7 @@ checked.
 
 from __future__ import annotations
 
+import math
 from fractions import Fraction
 
 from ..models.model import INF, Bound
@@ -47,6 +48,12 @@ def any_point(program: Program) -> Program:
         return program
     j = next(j for j, column in enumerate(program.columns) if column.lower == -INF or column.upper == INF)
     return Program(program.columns, program.conditions, [Target({j: Fraction(1)}, -INF)])
+
+
+def whole(ray: list[Fraction]) -> list[Fraction]:
+    """The same ray in whole numbers, where its columns take decimals."""
+    scale = math.lcm(*(step.denominator for step in ray))
+    return [step * scale for step in ray]
 
 
 def growth(end: Bound, infinity: float) -> Bound:
