@@ -302,7 +302,8 @@ class FilesTest(SolveCase):
     def test_no_time_leaves_no_old_proof(self) -> None:
         os.makedirs(self.path("p"))
         self.write("p/program.proof", "old")
-        self.assertEqual(self.solve("--proof=p", "--time=0.001", "m.lp").status, 12)
+        result = self.solve("--proof=p", "--time=0.001", "m.lp")
+        self.assertEqual((result.status, result.err), (12, "note: no proof is written: the complete search has not come to its end\n"))
         self.assertEqual(os.listdir(self.path("p")), [])
 
     def test_no_proof_is_told(self) -> None:
@@ -331,6 +332,20 @@ class FilesTest(SolveCase):
 
         engine = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
         return subprocess.run([engine, "--help"], stdout=subprocess.PIPE, check=True, text=True).stdout
+
+    def test_no_output_takes_the_place_of_another_file(self) -> None:
+        """--output=m.lp left a list of values where the model had been."""
+        os.link(self.path("m.lp"), self.path("link.lp"))
+        self.write("o.conf", "quiet\n")
+        for arguments, message in ((["--output=m.lp"], "--output=m.lp: that is the model"),
+                                   (["--json=work/../m.lp"], "--json=work/../m.lp: that is the model"),
+                                   (["--log=link.lp"], "--log=link.lp: that is the model"),
+                                   (["--options=o.conf", "--log=o.conf"], "--log=o.conf: that is the file of --options"),
+                                   (["--output=a", "--json=./a"], "--json=./a: that is the file of --output")):
+            result = self.solve(*arguments, "m.lp")
+            self.assertEqual((result.status, result.err), (2, "latbox-solve: %s\n" % message))
+        self.assertEqual((self.read("m.lp"), self.read("o.conf")), (KNAPSACK, "quiet\n"))
+        self.assertEqual(self.solve("--output=/dev/null", "--log=/dev/null", "--json=-", "m.lp").status, 10)
 
     def test_json_in_place_of_the_answer(self) -> None:
         result = self.solve("--json=-", "--quiet", "m.lp")

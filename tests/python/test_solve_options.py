@@ -107,6 +107,11 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(options.parse(["--", "--time"]).model, "--time")
         self.assertEqual(options.parse(["--target", "-3", "m.lp"]).target, -3)
 
+    def test_standard_output_is_for_json_alone(self) -> None:
+        for name in ("output", "check", "proof", "log", "options"):
+            self.assertEqual(self.refused("--%s=-" % name, "m.lp"),
+                             "--%s=-: the name of a file is wanted; - goes with --json alone" % name)
+
     def test_what_excludes_each_other(self) -> None:
         self.assertEqual(self.refused("--engine=search", "--solutions=all", "m"),
                          "--solutions=all: the search alone cannot know that it has them all; --engine=auto or complete is wanted")

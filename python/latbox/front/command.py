@@ -156,7 +156,8 @@ class Command:
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
             self._try_files()
-            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
+            notes = [proof.missing(proof.OPEN)] if self.options.proof is not None else []
+            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started, notes=notes)
             self._tell_json(model, end)
         return self._tell(model, end)
 

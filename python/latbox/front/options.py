@@ -6,6 +6,7 @@ and what would be right.
 
 from __future__ import annotations
 
+import os
 import re
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
@@ -90,6 +91,12 @@ def take_path(text: str) -> str:
     return text
 
 
+def take_file(text: str) -> str:
+    if text == "-":
+        raise Wanted("the name of a file is wanted; - goes with --json alone")
+    return take_path(text)
+
+
 @dataclass(frozen=True)
 class Option:
     name: str
@@ -120,12 +127,12 @@ TABLE = [
     Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
            "Put columns and rows in another order for the search."),
     Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
-    Option("output", "FILE", take_path, "Write the values of all variables, one `name = p/q` a line."),
-    Option("check", "FILE", take_path, "Solve nothing; check the points of a file that --output wrote."),
-    Option("proof", "DIR", take_path, "Write the program, the map of its names and the proof to a folder."),
+    Option("output", "FILE", take_file, "Write the values of all variables, one `name = p/q` a line."),
+    Option("check", "FILE", take_file, "Solve nothing; check the points of a file that --output wrote."),
+    Option("proof", "DIR", take_file, "Write the program, the map of its names and the proof to a folder."),
     Option("json", "FILE", take_path, "Write what happens as JSON, an event a line; - is standard output, in place of the answer."),
-    Option("log", "FILE", take_path, "Write what the engines print, line by line, with times."),
-    Option("options", "FILE", take_path, "Take options from a file, one key=value a line; the command line goes before it."),
+    Option("log", "FILE", take_file, "Write what the engines print, line by line, with times."),
+    Option("options", "FILE", take_file, "Take options from a file, one key=value a line; the command line goes before it."),
     Option("all-values", "", None, "Show the values that are 0 too."),
     Option("quiet", "", None, "Show the answer alone."),
     Option("zero-exit", "", None, "Exit status 0 for every answer."),
@@ -193,6 +200,7 @@ def parse(arguments: Sequence[str]) -> Options:
     if not options.help and not options.version:
         options.model = one_model(models)
         exclude(options)
+        require_own_files(options)
     return options
 
 
@@ -261,6 +269,24 @@ def exclude(options: Options) -> None:
         raise UsageError("--proof: the search proves nothing; --engine=auto or complete is wanted")
     if options.proof is not None and options.solutions > 1:
         raise UsageError("--proof: it goes with one point or all, not with --solutions=%d" % options.solutions)
+
+
+def require_own_files(options: Options) -> None:
+    """Nothing that is read is written over, nor does one output take another's place."""
+    taken = {"the model": options.model, "--options": options.options, "--check": options.check}
+    for name in ("output", "json", "log"):
+        path = getattr(options, name)
+        for what, other in taken.items():
+            if path is not None and other is not None and is_same_file(path, other):
+                raise UsageError("--%s=%s: that is %s" % (name, path, what if what == "the model" else "the file of " + what))
+        taken["--" + name] = path
+
+
+def is_same_file(a: str, b: str) -> bool:
+    """Devices and standard output take what comes from wherever."""
+    if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
+        return False
+    return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))
 
 
 def usage() -> str:

@@ -549,7 +549,7 @@ class Portfolio:
     def _end(self, status: str) -> End:
         self._stop()
         if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
-            self._notes.append("no proof is written: " + self._why_no_proof(status))
+            self._notes.append(proof.missing(self._why_no_proof(status)))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
         ray = self._ray if status == statuses.UNBOUNDED else None
         if self._grid:
@@ -568,10 +568,10 @@ class Portfolio:
 
     def _why_no_proof(self, status: str) -> str:
         if status == statuses.OPTIMAL and not self.has_objective:
-            return "the point speaks for itself"
+            return proof.SPEAKS
         if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
-            return "nothing had to be searched"
-        return "the complete search has not come to its end"
+            return proof.NOTHING
+        return proof.OPEN
 
     def _answer_points(self) -> list[Point]:
         """Best first, and no more than were asked for."""
