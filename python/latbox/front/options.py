@@ -124,7 +124,7 @@ TABLE = [
                                                     "else its name tells.", FORMATS),
     Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
            "Threads of all engines together; else one for each processor."),
-    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
+    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number from 0 to 2^63 - 1 is wanted"),
            "Put columns and rows in another order for the search."),
     Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
     Option("output", "FILE", take_file, "Write the values of all variables, one `name = p/q` a line."),
