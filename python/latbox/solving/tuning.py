@@ -15,15 +15,18 @@ class Tuning(NamedTuple):
     options: dict[str, int]
 
 
-MARKET_SPLIT, ONE_EQUATION, GENERAL = "market split", "one equation", "general"
+MARKET_SPLIT, ONE_EQUATION, KNAPSACKS, GENERAL = "market split", "one equation", "knapsacks", "general"
 
 # The first row of the kind that the rank lets through, else the last one. Where equations have numbers almost everywhere and columns
 # are 0 or 1, reduction finds the points, and to look at each branch of a block costs less than more iterations do. Beyond these ranks
-# there are designs and sums of powers, whose numbers are small or of a pattern: there the defaults are better.
+# there are designs and sums of powers, whose numbers are small or of a pattern: there the defaults are better. The best points of
+# knapsacks lie in the corners of the box, and the metric that is bent towards the box finds them.
 TABLE = [
     Tuning(MARKET_SPLIT, 40, {"eprune": 0, "beta": 30}),
-    Tuning(MARKET_SPLIT, 60, {"eprune": 0}),
+    Tuning(MARKET_SPLIT, 50, {"eprune": 0}),
+    Tuning(MARKET_SPLIT, 60, {"eprune": 0, "beta": 30}),
     Tuning(ONE_EQUATION, 60, {"eprune": 0}),
+    Tuning(KNAPSACKS, 60, {"scale": 1}),
     Tuning(GENERAL, None, {}),
 ]
 
@@ -44,10 +47,11 @@ def tuning(program: Program) -> Tuning:
 
 def kind_of(program: Program) -> str:
     rows = program.conditions
-    binary = all(column.upper == 1 for column in program.columns)
-    if not rows or program.targets or not binary or not all(row.is_equation() for row in rows):
-        return GENERAL
+    equations = sum(row.is_equation() for row in rows)
     filled = sum(len(row.terms) for row in rows)
-    if filled < LEAST_FILLED * len(rows) * len(program.columns):
+    binary = all(column.upper == 1 for column in program.columns)
+    if not rows or not binary or filled < LEAST_FILLED * len(rows) * len(program.columns):
         return GENERAL
-    return ONE_EQUATION if len(rows) == 1 else MARKET_SPLIT
+    if equations == len(rows) and not program.targets:
+        return ONE_EQUATION if equations == 1 else MARKET_SPLIT
+    return KNAPSACKS if equations == 0 and program.targets else GENERAL
