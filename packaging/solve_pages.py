@@ -25,7 +25,10 @@ def manual_text(text: str) -> str:
 
 def option_paragraph(option: options.Option) -> str:
     name = manual_text("--" + option.name)
-    head = ".BI %s= %s" % (name, option.value) if option.value else ".B %s" % name
+    if option.default is not None:
+        head = ".BI %s[= %s ]" % (name, option.value)
+    else:
+        head = ".BI %s= %s" % (name, option.value) if option.value else ".B %s" % name
     return ".TP\n%s\n%s\n" % (head, manual_text(option.text))
 
 
@@ -34,8 +37,9 @@ def status_paragraph(status: statuses.Status) -> str:
 
 
 def keys(*values: str) -> str:
-    """The options with such a value, with any value if there is none, as a pattern of the shell."""
-    return "|".join("--" + option.name for option in options.TABLE if option.value and (not values or option.value in values))
+    """The options whose value may be the next word, with such a value, or any if none is named, as a pattern of the shell."""
+    return "|".join("--" + option.name for option in options.TABLE
+                    if option.value and option.default is None and (not values or option.value in values))
 
 
 def fill(text: str, version: str) -> str:
@@ -43,7 +47,7 @@ def fill(text: str, version: str) -> str:
         "@VERSION@": version,
         "@OPTIONS_AS_MANUAL@\n": "".join(map(option_paragraph, options.TABLE)),
         "@STATUSES_AS_MANUAL@\n": "".join(map(status_paragraph, statuses.TABLE)),
-        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value)) for option in options.TABLE),
+        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value and option.default is None)) for option in options.TABLE),
         "@OPTION_VALUES@": " ".join("--%s=%s" % (option.name, choice) for option in options.TABLE for choice in option.choices),
         "@FILE_KEYS@": keys("FILE"),
         "@FOLDER_KEYS@": keys("DIR"),

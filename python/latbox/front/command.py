@@ -8,7 +8,7 @@ import sys
 import time
 from collections.abc import Callable, Sequence
 from contextlib import ExitStack
-from typing import IO
+from typing import IO, TYPE_CHECKING
 
 from ..errors import LatboxError, PlacedError, UsageError, naming, os_error_text, place_text
 from ..models import Model, read_model
@@ -17,10 +17,13 @@ from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
 from . import answer, options as table
-from .json_lines import JsonLines
+from .json_lines import KINDS, JsonLines
 from .options import Options
 from .progress import Display
 from .version import version_text
+
+if TYPE_CHECKING:
+    from ..view.link import View
 
 NAME = "latbox-solve"
 STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
@@ -137,8 +140,31 @@ class Command:
         self.is_launched = False
         self.stops = 0
         self.display: Display | None = None
+        self.view: View | None = None
 
     def run(self) -> int:
+        if self.options.view is None:
+            return self._run()
+        from ..view.link import View  # a run without a page begins without it
+
+        self.view = View(self.options.view)
+        try:
+            self._tell_link(self.view.link)
+            return self._run()
+        except LatboxError as error:
+            self.view.fail(str(error), time.monotonic() - self.started)
+            raise
+        finally:
+            self.view.close()
+
+    def _tell_link(self, link: str) -> None:
+        """Who does not read it still gets the answer."""
+        try:
+            print("watch it at " + link, file=sys.stderr, flush=True)
+        except (OSError, ValueError):
+            pass
+
+    def _run(self) -> int:
         for number in STOPS:
             signal.signal(number, self._stop)
         signal.signal(signal.SIGALRM, self._late)
@@ -158,7 +184,7 @@ class Command:
             self._try_files()
             notes = [proof.missing(proof.OPEN)] if self.options.proof is not None else []
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started, notes=notes)
-            self._tell_json(model, end)
+            self._tell_end(model, end)
         return self._tell(model, end)
 
     # ------------------------------------------------------------- signals
@@ -216,7 +242,7 @@ class Command:
     def _settings(self, log: LogFile | None) -> Settings:
         options = self.options
         return Settings(options.engine, options.digits, options.time, options.solutions, options.target, options.gap,
-                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None)
+                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None, self.view)
 
     def _solve(self, model: Model) -> End:
         with ExitStack() as stack:
@@ -241,6 +267,8 @@ class Command:
         tellers: list[Callable[[Event], None]] = []
         if options.json:
             tellers.append(self._json_teller(options.json, model, stack))
+        if self.view is not None:
+            tellers.append(self._view_teller(self.view, model))
         if not options.quiet:
             self.display = Display(sys.stderr, model, shown_name(options.model))
             stack.callback(self.display.clear)
@@ -252,16 +280,22 @@ class Command:
         with naming(name):
             file = open(os.dup(1) if path == "-" else path, "w", encoding="utf-8")
         stack.callback(close_quietly, file)
-        lines = JsonLines(file, model, self.options.model)
+        lines = JsonLines(model, self.options.model)
 
         def tell(event: Event) -> None:
             with naming(name):
-                lines.tell(event)
+                lines.write(event, file)
 
         return tell
 
-    def _tell_json(self, model: Model, end: End) -> None:
+    def _view_teller(self, view: View, model: Model) -> Callable[[Event], None]:
+        lines = JsonLines(model, self.options.model)
+        return lambda event: view.tell(KINDS[type(event)], lambda: lines.line(event))
+
+    def _tell_end(self, model: Model, end: End) -> None:
         """The end alone, where nothing could begin."""
+        if self.view is not None:
+            self._view_teller(self.view, model)(end)
         if self.options.json:
             with ExitStack() as stack:
                 self._json_teller(self.options.json, model, stack)(end)

@@ -104,6 +104,7 @@ class Option:
     take: Callable[[str], Any] | None
     text: str
     choices: tuple[str, ...] = ()  # values that the completion offers
+    default: str | None = None  # the value where the option stands alone; None: it needs one
 
     @property
     def key(self) -> str:
@@ -134,6 +135,8 @@ TABLE = [
     Option("log", "FILE", take_file, "Write what the engines print, line by line, with times."),
     Option("options", "FILE", take_file, "Take options from a file, one key=value a line; the command line goes before it."),
     Option("all-values", "", None, "Show the values that are 0 too."),
+    Option("view", "PORT", take_whole(0, 65535, "a port of this machine is wanted, a number up to 65535"),
+           "Serve a page to watch and steer the run by, on this machine alone, and print its link.", default="0"),
     Option("quiet", "", None, "Show the answer alone."),
     Option("zero-exit", "", None, "Exit status 0 for every answer."),
     Option("help", "", None, "Show this text."),
@@ -163,6 +166,7 @@ class Options:
     json: str | None = None
     log: str | None = None
     options: str | None = None
+    view: int | None = None  # a port, 0: any
     all_values: bool = False
     quiet: bool = False
     zero_exit: bool = False
@@ -190,11 +194,11 @@ def parse(arguments: Sequence[str]) -> Options:
         if name not in BY_NAME:
             raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name or argument[1:].partition("=")[0], "--")))
         option = BY_NAME[name]
-        if option.value and not sign:
+        if option.value and not sign and option.default is None:
             if not rest:
                 raise UsageError("--%s: a value is wanted, --%s %s" % (name, name, option.value))
-            value = rest.pop(0)
-        take(options, option, value if option.value or sign else None, given, "--%s" % name)
+            value, sign = rest.pop(0), "="
+        take(options, option, value if sign else option.default, given, "--%s" % name)
     if options.options is not None:
         read_file(options, options.options, given)
     if not options.help and not options.version:
@@ -243,12 +247,10 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
             raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" %
                              (place, "" if name in BY_NAME else guess(name)))
         option = BY_NAME[name]
-        if option.value and not sign:
+        if option.value and not sign and option.default is None:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
-        if name in before:
-            take(Options(), option, value if sign else None, set(), place)
-        else:
-            take(options, option, value if sign else None, given, place)
+        take(Options() if name in before else options, option, value if sign else option.default, set() if name in before else given,
+             place)
 
 
 def one_model(models: list[str]) -> str:
@@ -262,6 +264,8 @@ def one_model(models: list[str]) -> str:
 def exclude(options: Options) -> None:
     if options.engine == SEARCH and options.solutions == ALL:
         raise UsageError("--solutions=all: the search alone cannot know that it has them all; --engine=auto or complete is wanted")
+    if options.view is not None and options.check is not None:
+        raise UsageError("--view: there is no run to watch with --check")
     for name in ("target", "gap"):
         if getattr(options, name) is not None and options.solutions != 1:
             raise UsageError("--%s: it goes with one point, not with --solutions" % name)
@@ -290,7 +294,14 @@ def is_same_file(a: str, b: str) -> bool:
 
 
 def usage() -> str:
-    forms = [("--%s%s" % (option.name, " " + option.value if option.value else ""), option.text) for option in TABLE]
+    forms = [("--" + option.name + value_text(option), option.text) for option in TABLE]
     width = max(len(form) for form, _ in forms) + 2
     lines = "".join("  %s%s\n" % (form.ljust(width), text) for form, text in forms)
     return "usage: latbox-solve [options] MODEL\n\nSolves an integer model: .opt, LP or MPS, also packed; - is standard input.\n\n" + lines
+
+
+def value_text(option: Option) -> str:
+    """How the value stands behind the name."""
+    if option.default is not None:
+        return "[=%s]" % option.value
+    return " " + option.value if option.value else ""

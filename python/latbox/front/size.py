@@ -17,6 +17,10 @@ SPARSE = 0.1
 
 
 def header(model: Model, name: str, start: Start) -> list[str]:
+    return size(model, name, start) + warnings(model, start)
+
+
+def size(model: Model, name: str, start: Start) -> list[str]:
     lines = ["%s: %s, %s, %s%s" % (name, columns_text(model), counted(len(model.rows), "row"),
                                    counted(nonzeros(model), "nonzero"), sense_text(model))]
     ranges = [text for text in (range_text("coefficients", coefficients(model)), range_text("sides", sides(model)),
@@ -28,7 +32,7 @@ def header(model: Model, name: str, start: Start) -> list[str]:
     if start.threads:
         engines.append("complete search on %s" % counted(start.threads, "thread"))
     lines.append(", ".join(engines))
-    return [line for line in lines if line] + warnings(model, start)
+    return [line for line in lines if line]
 
 
 def columns_text(model: Model) -> str:

@@ -112,6 +112,15 @@ class Process:
         except OSError:
             pass
 
+    def pause(self) -> None:
+        """All its threads stand still until go_on(). Stopping it works as ever; being asked to end it hears behind that."""
+        if self._popen.poll() is None:
+            self._popen.send_signal(signal.SIGSTOP)
+
+    def go_on(self) -> None:
+        if self._popen.poll() is None:
+            self._popen.send_signal(signal.SIGCONT)
+
     def ask_to_end(self) -> None:
         if self._popen.poll() is None:
             self._popen.terminate()
