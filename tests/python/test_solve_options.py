@@ -22,7 +22,7 @@ POINTS = "a number of points, 1 or more, or all is wanted"
 DIGITS = "a number of digits from 0 to 18 is wanted"
 THREADS = "a number of threads from 1 to 1024 is wanted"
 PORT = "a port of this machine is wanted, a number up to 65535"
-WHOLE = "a whole number, 0 or more, is wanted"
+WHOLE = "a whole number from 0 to 2^63 - 1 is wanted"
 FILE = "the name of a file is wanted"
 ENGINE = "auto, search or complete is wanted"
 FORMAT = "opt, lp, mps, fixed-mps or free-mps is wanted"
@@ -108,7 +108,7 @@ class OptionsTest(unittest.TestCase):
 
     def test_what_is_no_option(self) -> None:
         for text, near in (("--tim=3", "time"), ("--rtime=0.5", "time"), ("--solution", "solutions"), ("---time=3", "time"),
-                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("--iters=1e3", "")):
+                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("-quiet", "quiet"), ("-time=3", "time"), ("--iters=1e3", "")):
             guess = "is --%s meant? " % near if near else ""
             self.assertEqual(self.refused(text, "m.lp"), "%s: unknown option; %s--help shows them" % (text, guess))
         self.assertEqual(self.refused("--time=3", "--time", "4", "m.lp"), "--time: it was given before")
@@ -120,6 +120,11 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(options.parse(["-"]).model, "-")
         self.assertEqual(options.parse(["--", "--time"]).model, "--time")
         self.assertEqual(options.parse(["--target", "-3", "m.lp"]).target, -3)
+
+    def test_standard_output_is_for_json_alone(self) -> None:
+        for name in ("output", "check", "proof", "log", "options"):
+            self.assertEqual(self.refused("--%s=-" % name, "m.lp"),
+                             "--%s=-: the name of a file is wanted; - goes with --json alone" % name)
 
     def test_what_excludes_each_other(self) -> None:
         self.assertEqual(self.refused("--engine=search", "--solutions=all", "m"),

@@ -6,13 +6,13 @@ import os
 import signal
 import sys
 import time
-from collections.abc import Callable, Iterator, Sequence
-from contextlib import ExitStack, contextmanager
+from collections.abc import Callable, Sequence
+from contextlib import ExitStack
 from typing import IO, TYPE_CHECKING
 
-from ..errors import LatboxError, PlacedError, UsageError, place_text
+from ..errors import LatboxError, PlacedError, UsageError, naming, os_error_text, place_text
 from ..models import Model, read_model
-from ..models.sources import shown_name, write_file
+from ..models.sources import require_place, shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
@@ -104,20 +104,6 @@ def fail(message: str, status: int) -> int:
     return status
 
 
-def os_error_text(error: OSError) -> str:
-    where = "%s: " % error.filename if error.filename else ""
-    return where + (error.strerror or str(error))
-
-
-@contextmanager
-def naming(what: str) -> Iterator[None]:
-    """An OSError within gets the option that it comes from as its file's name."""
-    try:
-        yield
-    except OSError as error:
-        raise OSError(error.errno, error.strerror or str(error), what) from None
-
-
 class LogFile:
     """Lines with their time. Throws OSError, which names it."""
 
@@ -187,14 +173,17 @@ class Command:
         try:
             model = self._read()
             if self.options.check is not None:
-                return self._check(model)
+                return self._check(model, self.options.check)
+            self._try_files()
             try:
                 end = self._solve(model)
             except PlacedError as error:
                 raise error.in_file(shown_name(self.options.model))
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
-            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
+            self._try_files()
+            notes = [proof.missing(proof.OPEN)] if self.options.proof is not None else []
+            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started, notes=notes)
             self._tell_end(model, end)
         return self._tell(model, end)
 
@@ -209,7 +198,7 @@ class Command:
             if self.portfolio is not None:
                 self.portfolio.abandon()
             os._exit(128 + number)
-        if self.is_launched:
+        if self.portfolio is not None and self.is_launched:
             self.portfolio.interrupt()
         else:
             raise TooLate(statuses.INTERRUPTED)
@@ -230,8 +219,7 @@ class Command:
                 print(place_text(shown_name(self.options.model), note.place) + "note: " + note.message, file=sys.stderr)
         return model
 
-    def _check(self, model: Model) -> int:
-        path = self.options.check
+    def _check(self, model: Model, path: str) -> int:
         try:
             with open(path, encoding="utf-8", errors="surrogateescape") as file:
                 content = file.read()
@@ -240,6 +228,16 @@ class Command:
         text, well = answer.check_text(model, path, answer.read_points(model, content, path))
         say(text)
         return 0 if well else statuses.FAILURE
+
+    def _try_files(self) -> None:
+        """What could not be written in the end is told before the work. Throws OSError, which names the option."""
+        options = self.options
+        if options.output is not None:
+            with naming("--output=" + options.output):
+                require_place(options.output)
+        if options.proof is not None:
+            with naming("--proof=" + options.proof):
+                proof.folder(options.proof)
 
     def _settings(self, log: LogFile | None) -> Settings:
         options = self.options

@@ -8,6 +8,7 @@ from typing import IO, Any
 
 from ..models.model import Model
 from ..models.sources import shown_name
+from ..solving import checking
 from ..solving.events import Action, Bound, End, Event, Found, Point, Progress, Setting, Start
 from ..solving.steering import TABLE
 from .size import size, warnings
@@ -58,9 +59,8 @@ class JsonLines:
 
     def _start(self, event: Start) -> dict[str, Any]:
         model = self._model
-        has_objective = model.objective is not None or model.goals
         return {"time": 0.0, "model": self._name,
-                "sense": ("max" if model.maximise else "min") if has_objective else None,
+                "sense": ("max" if model.maximise else "min") if checking.states_objective(model) else None,
                 "variables": len(model.variables), "rows": len(model.rows), "rank": event.rank, "kind": event.kind,
                 "searches": event.searches, "threads": event.threads, "began": rounded(event.began), "limit": event.limit,
                 "size": size(model, shown_name(self._name), event), "warnings": warnings(model, event),

@@ -6,6 +6,7 @@ and what would be right.
 
 from __future__ import annotations
 
+import os
 import re
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
@@ -15,7 +16,7 @@ from typing import Any
 
 from ..errors import UsageError
 from ..models import FORMATS
-from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap
+from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
 FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)
@@ -25,7 +26,6 @@ MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 SECONDS = {"s": 1, "m": 60, "h": 3600, "d": 86400}
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
 MOST_DIGITS = 18
-MOST_THREADS = 1024
 MOST_SEED = 2**63 - 1
 
 
@@ -91,6 +91,12 @@ def take_path(text: str) -> str:
     return text
 
 
+def take_file(text: str) -> str:
+    if text == "-":
+        raise Wanted("the name of a file is wanted; - goes with --json alone")
+    return take_path(text)
+
+
 @dataclass(frozen=True)
 class Option:
     name: str
@@ -119,15 +125,15 @@ TABLE = [
                                                     "else its name tells.", FORMATS),
     Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
            "Threads of all engines together; else one for each processor."),
-    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
+    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number from 0 to 2^63 - 1 is wanted"),
            "Put columns and rows in another order for the search."),
     Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
-    Option("output", "FILE", take_path, "Write the values of all variables, one `name = p/q` a line."),
-    Option("check", "FILE", take_path, "Solve nothing; check the points of a file that --output wrote."),
-    Option("proof", "DIR", take_path, "Write the program, the map of its names and the proof to a folder."),
+    Option("output", "FILE", take_file, "Write the values of all variables, one `name = p/q` a line."),
+    Option("check", "FILE", take_file, "Solve nothing; check the points of a file that --output wrote."),
+    Option("proof", "DIR", take_file, "Write the program, the map of its names and the proof to a folder."),
     Option("json", "FILE", take_path, "Write what happens as JSON, an event a line; - is standard output, in place of the answer."),
-    Option("log", "FILE", take_path, "Write what the engines print, line by line, with times."),
-    Option("options", "FILE", take_path, "Take options from a file, one key=value a line; the command line goes before it."),
+    Option("log", "FILE", take_file, "Write what the engines print, line by line, with times."),
+    Option("options", "FILE", take_file, "Take options from a file, one key=value a line; the command line goes before it."),
     Option("all-values", "", None, "Show the values that are 0 too."),
     Option("view", "PORT", take_whole(0, 65535, "a port of this machine is wanted, a number up to 65535"),
            "Serve a page to watch and steer the run by, on this machine alone, and print its link.", default="0"),
@@ -186,7 +192,7 @@ def parse(arguments: Sequence[str]) -> Options:
             continue
         name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
         if name not in BY_NAME:
-            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name, "--")))
+            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name or argument[1:].partition("=")[0], "--")))
         option = BY_NAME[name]
         if option.value and not sign and option.default is None:
             if not rest:
@@ -198,12 +204,13 @@ def parse(arguments: Sequence[str]) -> Options:
     if not options.help and not options.version:
         options.model = one_model(models)
         exclude(options)
+        require_own_files(options)
     return options
 
 
 def guess(name: str, dashes: str = "") -> str:
     """What may be meant by a name that is none, in words; "" where nothing is near."""
-    near = get_close_matches(name, BY_NAME, 1) if name not in BY_NAME else []
+    near = get_close_matches(name, BY_NAME, 1)
     return "is %s%s meant? " % (dashes, near[0]) if near else ""
 
 
@@ -237,7 +244,8 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
         name, value = name.strip(), value.strip()
         place = "%s, line %d: %s" % (path, number, name)
         if name not in BY_NAME or name in ("options", "help", "version"):
-            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" % (place, guess(name)))
+            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" %
+                             (place, "" if name in BY_NAME else guess(name)))
         option = BY_NAME[name]
         if option.value and not sign and option.default is None:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
@@ -265,6 +273,24 @@ def exclude(options: Options) -> None:
         raise UsageError("--proof: the search proves nothing; --engine=auto or complete is wanted")
     if options.proof is not None and options.solutions > 1:
         raise UsageError("--proof: it goes with one point or all, not with --solutions=%d" % options.solutions)
+
+
+def require_own_files(options: Options) -> None:
+    """Nothing that is read is written over, nor does one output take another's place."""
+    taken = {"the model": options.model, "--options": options.options, "--check": options.check}
+    for name in ("output", "json", "log"):
+        path = getattr(options, name)
+        for what, other in taken.items():
+            if path is not None and other is not None and is_same_file(path, other):
+                raise UsageError("--%s=%s: that is %s" % (name, path, what if what == "the model" else "the file of " + what))
+        taken["--" + name] = path
+
+
+def is_same_file(a: str, b: str) -> bool:
+    """Devices and standard output take what comes from wherever."""
+    if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
+        return False
+    return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))
 
 
 def usage() -> str:

@@ -35,6 +35,7 @@ from .work_folder import WorkFolder
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
 LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
+MOST_THREADS = 1024
 
 TICK = 0.05
 BETWEEN_PROGRESS = 0.2
@@ -144,7 +145,6 @@ class Portfolio:
             self._program = self._statement.program
             if not self._program.columns:
                 yield from self._take([], "P")
-                self._bound = self._best[0] if self._best else None
                 yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
                 return
             if self._program.cells() > MOST_CELLS:
@@ -242,13 +242,13 @@ class Portfolio:
             task.first = True
             program = unbounded.any_point(program)
         if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
-            program = self._with_proof(task, program)
+            program = self._with_proof(settings.proof, task, program)
         notes = proof.name_map(self._statement) if task.proof else ""
-        self._complete = CompleteEngine(program, task, self._folder.part("complete"), self._memory, settings.log, notes, self.paused())
+        self._complete = CompleteEngine(program, task, self._part("complete"), self._memory, settings.log, notes, self.paused())
 
-    def _with_proof(self, task: Task, program: Program) -> Program:
+    def _with_proof(self, path: str, task: Task, program: Program) -> Program:
         """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
-        task.proof = proof.folder(self.settings.proof)
+        task.proof = proof.folder(path)
         if not task.first:
             return program
         task.first = False
@@ -257,15 +257,20 @@ class Portfolio:
     def _start_rays(self) -> None:
         program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
         if program is not None:
-            self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
+            self._rays = CompleteEngine(program, Task(first=True), self._part("rays"), self._memory, self.settings.log)
 
     def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
         if rewriting is None or not rewriting.program.columns:
             return
         letter = LETTERS[min(number, len(LETTERS) - 1)]
         count = 0 if self._is_optimising() else self.settings.solutions
-        self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
+        self._searches.append(SearchEngine(rewriting, count, letter, self._part("search"), self._memory,
                                            {**self.settings.search_options, **self._set}, self.settings.log))
+
+    def _part(self, name: str) -> str:
+        """A new folder for an engine."""
+        assert self._folder is not None
+        return self._folder.part(name)
 
     def _engines(self) -> list[SearchEngine | CompleteEngine]:
         return [*self._searches, *filter(None, (self._complete, self._rays))]
@@ -309,10 +314,10 @@ class Portfolio:
         try:
             found = engine.news()
         except EngineError as error:
-            if engine is self._complete:
-                self._complete = None
-            else:
+            if isinstance(engine, SearchEngine):
                 self._searches.remove(engine)
+            else:
+                self._complete = None
             engine.stop()
             if not self._has_point() and not self._searches and self._complete is None:
                 raise
@@ -329,9 +334,10 @@ class Portfolio:
 
     def _renew_searches(self) -> None:
         """A search that lags behind the best point begins anew, with a row that asks for better ones."""
-        if self._best is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+        known = self._known()
+        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal:
             return
-        limit = self._statement.norm(self._best[0])
+        limit = self._statement.norm(known)
         lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
         if not lagging:
             return
@@ -359,7 +365,7 @@ class Portfolio:
             self._rays = None
             return
         if steps:
-            self._ray = self._statement.direction(steps[0])
+            self._ray = unbounded.whole(self._statement.direction(steps[0]))
             wrong = checking.ray_fault(self.model, self._ray)
             if wrong:
                 raise InternalError("a ray that was found is none: %s" % wrong)
@@ -439,9 +445,10 @@ class Portfolio:
         wrong = checking.fault(self.model, x)
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
-        objective = checking.objective_of(self.model, x) if self.has_objective else None
-        is_better = self._best is None or (objective is not None and
-                                           checking.is_better(self.model, objective, self._best[0]))
+        objective = self._objective_of(x)
+        known = self._known()
+        is_better = self._best is None or (objective is not None and known is not None and
+                                           checking.is_better(self.model, objective, known))
         if self.settings.solutions != 1:
             key = tuple(x)
             if key in self._points or self._has_enough():
@@ -468,8 +475,15 @@ class Portfolio:
             if not self._grid:
                 yield Bound(value, self.seconds())
 
+    def _objective_of(self, x: Point) -> Fraction | None:
+        return checking.objective_of(self.model, x) if checking.states_objective(self.model) else None
+
     def _has_point(self) -> bool:
         return self._best is not None
+
+    def _known(self) -> Fraction | None:
+        """The objective of the best point; None without one, or without an objective."""
+        return self._best[0] if self._best is not None else None
 
     # ------------------------------------------------------------- verdicts
 
@@ -484,10 +498,10 @@ class Portfolio:
             if status is not None or self._complete.is_over:
                 return status, status is not None or self._are_through()
         if self.settings.solutions == 1 and self._best is not None:
-            objective = self._best[0]
+            objective = self._known()
             if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
-            if self._is_good_enough(objective):
+            if objective is not None and self._is_good_enough(objective):
                 return None, True
         if self._has_enough():
             return statuses.OPTIMAL, True
@@ -512,7 +526,7 @@ class Portfolio:
             return statuses.OPTIMAL
         if word == "optimum":
             objective = self._statement.objective(exact.number(rest.split()[0]))
-            known = self._best[0] if self._best else None
+            known = self._known()
             self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
             self._bound = objective
             return statuses.OPTIMAL
@@ -576,7 +590,7 @@ class Portfolio:
 
     def _progress(self) -> Progress:
         count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
-        progress = Progress(self.seconds(), self._best[0] if self._best else None, None if self._grid else self._bound, count)
+        progress = Progress(self.seconds(), self._known(), None if self._grid else self._bound, count)
         if self._searches:
             progress.iteration = sum(engine.progress.iteration for engine in self._searches)
             known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
@@ -611,23 +625,29 @@ class Portfolio:
     def _end(self, status: str) -> End:
         self._stop()
         if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
-            self._notes.append("no proof is written: " + self._why_no_proof(status))
+            self._notes.append(proof.missing(self._why_no_proof(status)))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
+        ray = self._ray if status == statuses.UNBOUNDED else None
         if self._grid:
             self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" % self._grid)
-            if self.is_proven:
+            if ray is not None:
+                self._notes.append("from the point the ray leads to better and better ones, without end")
+            if self.is_proven or ray is not None:
                 status = self._open_status()
         points = self._answer_points()
-        objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
-        return End(status, points[0] if points else None, objective, None if self._grid else self._bound, points,
-                   len(points), self.seconds(), self._ray if status == statuses.UNBOUNDED else None, self._notes)
+        objective = self._objective_of(points[0]) if points else None
+        if status in (statuses.OPTIMAL, statuses.ALL):
+            self._bound = objective
+        bound = None if self._grid or status == statuses.INFEASIBLE else self._bound
+        return End(status, points[0] if points else None, objective, bound, points,
+                   len(points), self.seconds(), ray, self._notes)
 
     def _why_no_proof(self, status: str) -> str:
         if status == statuses.OPTIMAL and not self.has_objective:
-            return "the point speaks for itself"
+            return proof.SPEAKS
         if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
-            return "nothing had to be searched"
-        return "the complete search has not come to its end"
+            return proof.NOTHING
+        return proof.OPEN
 
     def _answer_points(self) -> list[Point]:
         """Best first, and no more than were asked for."""

@@ -50,7 +50,7 @@ class SearchEngine:
         self.best: Fraction | None = rewriting.limit
         self.is_over = False
         self._rewriting = rewriting
-        self._seen: set[tuple[Fraction, ...]] = set()
+        self._seen: set[int] = set()  # hashes of points: there may be many, and each is long
         self._next_look = time.monotonic() + BETWEEN_LOOKS / 4
         self._looking = False
         self._before = ""  # the line before this one
@@ -81,10 +81,11 @@ class SearchEngine:
         return found
 
     def _points(self) -> list[list[Fraction]]:
-        return [self._rewriting.point(z) for z in self._file.points() if self._is_new(z)]
+        # The whole file comes again with each point that is new.
+        return [self._rewriting.point(points.point(line)) for line in self._file.lines() if self._is_new(line)]
 
-    def _is_new(self, z: list[Fraction]) -> bool:
-        key = tuple(z)
+    def _is_new(self, line: str) -> bool:
+        key = hash(line.partition("]")[0])  # of 64 bits; a point that has another one's is one that was not found
         if key in self._seen:
             return False
         self._seen.add(key)
