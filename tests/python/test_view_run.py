@@ -285,5 +285,26 @@ class LogTest(RunCase):
             self.assertIn(words, found.err)
 
 
+class BenchTest(RunCase):
+    """bench/view measures what the page costs: for a moment each, where it needs no browser."""
+
+    def test_it_measures(self) -> None:
+        self.write("once.py", """
+import importlib.machinery, importlib.util, sys
+sys.dont_write_bytecode = True
+loader = importlib.machinery.SourceFileLoader("bench_view", sys.argv[1])
+bench = importlib.util.module_from_spec(importlib.util.spec_from_loader("bench_view", loader))
+loader.exec_module(bench)
+bench.at_ten_events(1.0)
+bench.under_attack(sys.argv[2], 1.0)
+""")
+        done = subprocess.run([sys.executable, self.path("once.py"), os.path.join(support.ROOT, "bench", "view"), os.path.dirname(harness.Settings.binary)],
+                              env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=3 * harness.LIMIT, check=False)
+        text = done.stdout.decode()
+        self.assertEqual(done.returncode, 0, text)
+        self.assertRegex(text, r"server, \d+ events in 1 s, one window +[\d.]+ %  < 1 % of a processor\n")
+        self.assertRegex(text, r"share of the run, 200 connections at once +[\d.]+ %  > 98 %\n")
+
+
 if __name__ == "__main__":
     harness.main()
