@@ -37,6 +37,14 @@ struct Task {
   unsigned long seed = 0;
   // What others have found, of use where the best point is wanted; or none.
   KnownPoints* known = nullptr;
+  // Where the best point is wanted: rows that are asked for beside the program's, and a point of the program,
+  // which need not keep them, so that only better ones count.
+  std::vector<Row> beside = {};
+  std::optional<Point> start = {};
+  // The target norm of `start` is proven to be the least.
+  bool isLeast = false;
+  // End with the least target norm, whatever the slack norm.
+  bool normAlone = false;
 };
 
 enum class Outcome { COMPLETE, NONE, STOPPED };

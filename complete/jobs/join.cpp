@@ -1,6 +1,7 @@
 #include "complete/jobs/join.h"
 
 #include <cstdio>
+#include <mutex>
 #include <thread>
 
 #include "complete/closing.h"
@@ -33,13 +34,14 @@ class Joiner {
 
   Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
     if (folder_.manifest().entries.empty()) return complete::solve(program, task, finds, journal);
-    const PieceLattice lattice = provenLattice();
+    const PieceLattice lattice = folder_.isListing() ? provenLattice() : folder_.lattice();
     const std::vector<Standing> all = standings(folder_, complain);
     requireAll(all);
-    const PointReader reader(program, lattice);
+    const PointReader reader(program, lattice, folder_.isListing());
     // All are looked at before the first is written.
     each(all, journal.control(),
          [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
+    if (!folder_.isListing()) return solveBest(reader, all, task, finds, journal);
     finds.begin();
     each(all, journal.control(), [&](const Entry& entry, const Result& result) {
       reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
@@ -70,6 +72,37 @@ class Joiner {
     if (missing > MOST) complain("and " + std::to_string(missing - MOST) + " more");
     if (missing > 0)
       throw BadFolder("--jobs=" + options_.jobs + ": " + std::to_string(missing) + " pieces are missing");
+  }
+
+  // The target norm is proven; what is left is done as the undivided run does it.
+  Outcome solveBest(const PointReader& reader, const std::vector<Standing>& all, Task task, Finds& finds,
+                    Journal& journal) const {
+    const Program& program = folder_.program();
+    std::optional<BestPoint> best = bestIn(folder_.pathOf("best"), program);
+    std::mutex mutex;
+    each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+      const auto found = bestOf(reader, entry, result, program);
+      const std::lock_guard lock(mutex);
+      best = betterOf(best, found);
+    });
+    requireBounds(all, best);
+    if (!best) {
+      finds.begin();
+      return Outcome::NONE;
+    }
+    task.start = best->x;
+    task.isLeast = true;
+    return complete::solve(program, task, finds, journal);
+  }
+
+  // Nobody has left out a point that is better than the best.
+  void requireBounds(const std::vector<Standing>& all, const std::optional<BestPoint>& best) const {
+    for (const Standing& standing : all) {
+      if (!standing.result || !standing.result->bound) continue;
+      if (best && parseRational(*standing.result->bound) >= best->norms.target) continue;
+      throw BadFolder("piece " + std::to_string(standing.entry->number) + ": is complete below " +
+                      *standing.result->bound + " alone, and no such point is known");
+    }
   }
 
   template <class Use>
