@@ -16,6 +16,8 @@ class Finds {
   virtual void begin() = 0;
   // One more point of a list. Called by several threads at once.
   virtual void list(const Point& x, const Norms& norms) = 0;
+  // So many more points of a list, of which nobody wants more than their number.
+  virtual void add(unsigned long points) { (void)points; }
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
   virtual void replace(const Point& x, const Norms& norms) = 0;
   // No point has a smaller target norm, by proof.

@@ -8,6 +8,7 @@
 #include "complete/jobs/best.h"
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/folder.h"
+#include "complete/jobs/proof_walk.h"
 #include "complete/jobs/splitting.h"
 #include "complete/jobs/standing.h"
 #include "complete/points_file.h"
@@ -128,6 +129,22 @@ std::vector<Entry> sharesOf(const Entry& entry, unsigned long count, const std::
   return entries;
 }
 
+// The lattice and the cuts of the proof, and shares of its walk behind the pieces.
+std::string proofTextOf(const Program& program, unsigned long count, Manifest& manifest) {
+  SearchControl control;
+  // So many of the walk's own parts that shares can be split again.
+  constexpr std::size_t LEAST = 20'000;
+  constexpr std::size_t EACH = 20;
+  ProofWalk walk{proof::beginningOf(program, control), std::max(LEAST, EACH * count)};
+  if (walk.beginning.lattice) {
+    Entry whole;
+    whole.share = Share();
+    whole.nodes = walk.beginning.lattice->nodes;
+    for (Entry& entry : sharesOf(whole, count, "")) manifest.entries.push_back(std::move(entry));
+  }
+  return textOf(walk);
+}
+
 Wanted wantedOf(const Options& options) {
   return {options.all, options.ties, options.count, options.proof == "1"};
 }
@@ -157,10 +174,17 @@ int begin(const Options& options) {
   auto [lattice, best] = searchedOf(program, options.all || program.targets.empty());
   const std::string latticeText = lattice ? textOf(*lattice) : "";
   Manifest manifest;
+  Manifest shares;
   manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-"};
+  if (lattice && manifest.head.wanted.proof && (options.all || program.targets.empty())) {
+    const std::string proofText = proofTextOf(program, options.split, shares);
+    replaceFile(pathIn(options.jobs, "proof"), proofText, true);
+    manifest.head.proof = digestOf(proofText);
+  }
   if (lattice)
     for (Entry& entry : entriesOf(lattice->box, {{}}, options.split, 0, ""))
       manifest.append(std::move(entry));
+  for (Entry& entry : shares.entries) manifest.append(std::move(entry));
   replaceFile(pathIn(options.jobs, "lattice"), latticeText, true);
   if (best) replaceFile(pathIn(options.jobs, "best"), lineOf(program, best->x, best->norms, 0, ""), true);
   replaceFile(manifestPath, textOf(manifest), true);

@@ -14,6 +14,7 @@
 #include "complete/jobs/best_job.h"
 #include "complete/jobs/folder.h"
 #include "complete/jobs/placing.h"
+#include "complete/jobs/proof_job.h"
 #include "complete/reduction.h"
 #include "complete/run.h"
 #include "complete/verification.h"
@@ -177,6 +178,7 @@ int doJob(const Options& options) {
   if (isDone(folder, entry)) return 0;
   const JobLock lock(folder.pathOf(std::to_string(entry.number) + ".lock"));
   if (isDone(folder, entry)) return 0;
+  if (entry.share) return doShare(options, folder, entry);
   return folder.isListing() ? Job(options, folder, entry).result() : doBestJob(options, folder, entry);
 }
 

@@ -6,6 +6,7 @@
 
 #include "complete/closing.h"
 #include "complete/elimination.h"
+#include "complete/jobs/proof_walk.h"
 #include "complete/jobs/standing.h"
 #include "complete/jobs/taking.h"
 #include "complete/parts.h"
@@ -44,9 +45,27 @@ class Joiner {
     if (!folder_.isListing()) return solveBest(reader, all, task, finds, journal);
     finds.begin();
     each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+      if (entry.share) return;
+      if (folder_.wanted().count) return finds.add(result.points);
       reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
     });
     return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+  // Of the shares of its walk, where the folder has them.
+  std::string proof(const Program& program, const proof::Claim& claim, SearchControl& control) const {
+    if (folder_.manifest().head.proof == "-") return proof::proofOf(program, claim, control);
+    const ProofWalk walk = parseProofWalk(folder_.proofText());
+    if (!walk.beginning.lattice) return proof::proofOf(walk.beginning.text, std::nullopt);
+    proof::WalkCount count;
+    for (const Standing& standing : standings(folder_, complain)) {
+      if (!standing.entry->share || !standing.result || standing.result->isOpenShare) continue;
+      count.nodes += standing.result->nodes;
+      count.points += standing.result->met;
+    }
+    if (count.points != claim.count.value_or(0))
+      throw std::logic_error("the proof does not meet the points that the search has told");
+    return proof::proofOf(walk.beginning.text, count);
   }
 
  private:
@@ -66,6 +85,7 @@ class Joiner {
     for (const Standing& standing : all) {
       const bool isOpen = standing.state == State::OPEN;
       if (!isOpen && standing.state != State::PARTIAL) continue;
+      if (standing.entry->share && options_.proof.empty()) continue;
       const std::string name = "piece " + std::to_string(standing.entry->number);
       if (++missing <= MOST) complain(name + (isOpen ? " has no result" : " is not done to its end"));
     }
@@ -140,6 +160,9 @@ int join(const Options& options) {
   run.count = folder.wanted().count;
   run.resume = false;
   Answers answers = plainAnswers();
+  answers.proof = [&](const Program& program, const proof::Claim& claim, SearchControl& control) {
+    return joiner.proof(program, claim, control);
+  };
   answers.solve = [&](const Program& program, const Task& task, Finds& finds, Journal& journal) {
     return joiner.solve(program, task, finds, journal);
   };

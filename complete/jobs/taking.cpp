@@ -1,5 +1,6 @@
 #include "complete/jobs/taking.h"
 
+#include "complete/jobs/cover.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/standing.h"
 #include "complete/run.h"
@@ -27,7 +28,11 @@ bool stays(const Folder& folder, const Entry& entry, const Result& old, const Re
 }  // namespace
 
 void judge(const Folder& folder, const PointReader& reader, const Entry& entry, const Result& result) {
-  if (folder.wanted().count && folder.isListing()) return;
+  if (entry.share && (!result.open.empty() || result.points > 0)) throw BadWords("it is none of a share");
+  if (!entry.share && result.isOpenShare) throw BadWords("it is one of a share");
+  if (entry.share || (folder.wanted().count && folder.isListing())) return;
+  if (!result.open.empty() && !isWithin(result.open, entry.pieces))
+    throw BadWords("what is left is no part of the piece");
   if (folder.isListing()) {
     reader.read(result, entry, [](const Point&) {});
     return;
