@@ -35,7 +35,7 @@ std::vector<Piece> allOf(const std::vector<Portion>& portions) {
 
 class Splitting : public ::testing::Test {
  protected:
-  IntegerProgram program = marketSplit(2, 16, 3);
+  IntegerProgram program = marketSplit(1, 14, 3);
   BoxLattice lattice = latticeOf(program);
 };
 
@@ -96,7 +96,11 @@ TEST_F(Splitting, RegionsHaveThePointsOfThePiece) {
 
 TEST_F(Splitting, TheLatticeGoesThereAndBack) {
   const std::string text = textOf(withDual(lattice));
-  EXPECT_EQ(textOf(parseLattice(text)), text);
+  PieceLattice read = parseLattice(text);
+  EXPECT_EQ(textOf(read), text);
+  EXPECT_TRUE(isDual(read));
+  read.dual[0][0] += 1;
+  EXPECT_FALSE(isDual(read));
 }
 
 }  // namespace
