@@ -1,6 +1,8 @@
 #include "complete/jobs/point_reader.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
 
 #include "complete/words.h"
 
@@ -8,6 +10,16 @@ namespace latbox::complete::jobs {
 namespace {
 
 constexpr unsigned long MOST_DIGITS = 9;
+
+std::uint64_t sumOf(const IntegerVector& z) {
+  constexpr std::uint64_t PRIME = 0x9e3779b97f4a7c15;
+  std::uint64_t sum = z.size();
+  for (const Integer& value : z) {
+    sum = (sum ^ static_cast<std::uint64_t>(value.get_si())) * PRIME;
+    sum ^= sum >> 29;
+  }
+  return sum;
+}
 
 }  // namespace
 
@@ -49,25 +61,38 @@ IntegerVector PointReader::wholeOf(std::string_view line) const {
   return z;
 }
 
+void PointReader::requireDistinct(std::vector<Line>& all) const {
+  std::sort(all.begin(), all.end(), [](const Line& a, const Line& b) { return a.sum < b.sum; });
+  for (std::size_t first = 0; first < all.size(); ++first)
+    for (std::size_t i = first + 1; i < all.size() && all[i].sum == all[first].sum; ++i)
+      if (wholeOf(all[i].text) == wholeOf(all[first].text))
+        throw BadWords("point " + std::to_string(std::max(all[i].number, all[first].number)) +
+                       ": stands there twice");
+}
+
 void PointReader::read(const Result& result, const Entry& entry,
                        const std::function<void(const Point&)>& take) const {
   Point x;
+  std::vector<Line> all;
   unsigned long number = 0;
   const std::string_view lines = result.lines;
   try {
     for (std::size_t place = 0; place < lines.size();) {
       ++number;
       const std::size_t end = std::min(lines.find('\n', place), lines.size());
-      const IntegerVector z = wholeOf(lines.substr(place, end - place));
+      const std::string_view line = lines.substr(place, end - place);
+      const IntegerVector z = wholeOf(line);
       verification_.takePoint(x, z);
       if (isListing_ && (!coefficients_.isIn(entry.pieces, z) || coefficients_.isIn(result.open, z)))
         throw BadWords("a point of another piece");
+      if (isListing_) all.push_back({sumOf(z), number, line});
       take(x);
       place = end + 1;
     }
   } catch (const std::exception& e) {
     throw BadWords("point " + std::to_string(number) + ": " + e.what());
   }
+  requireDistinct(all);
   if (number != result.points)
     throw BadWords(std::to_string(number) + " points, not " + std::to_string(result.points));
 }

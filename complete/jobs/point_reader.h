@@ -1,7 +1,10 @@
 // The points of a result, none of which is believed.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <string_view>
+#include <vector>
 
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/result.h"
@@ -15,12 +18,20 @@ class PointReader {
   PointReader(const Program& program, const PieceLattice& lattice, bool isListing);
 
   // The points of the lines, as many as the result says, each verified against the program as it was read;
-  // those of a list to belong to the entry, and not to what the result has left. Throws BadWords with the
-  // line.
+  // those of a list to belong to the entry, and not to what the result has left, and each once. Throws
+  // BadWords with the line.
   void read(const Result& result, const Entry& entry, const std::function<void(const Point&)>& take) const;
 
  private:
+  struct Line {
+    // Equal points have equal ones, and others hardly ever.
+    std::uint64_t sum;
+    unsigned long number;
+    std::string_view text;
+  };
+
   IntegerVector wholeOf(std::string_view line) const;
+  void requireDistinct(std::vector<Line>& all) const;
 
   const Program& program_;
   bool isListing_;

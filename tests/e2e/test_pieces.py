@@ -325,6 +325,12 @@ class TakeTest(PiecesCase):
         wrong = re.sub(r"^\[.*\n", lambda match: other, self.result, count=1, flags=re.MULTILINE)
         self.assert_not_taken(self.seal(wrong), "point 1: a point of another piece")
 
+    def test_a_point_twice(self) -> None:
+        first, second = re.findall(r"^\[.*\n", self.result, re.MULTILINE)[:2]
+        # Another writing of the same values is the same point.
+        self.assert_not_taken(self.seal(self.result.replace(second, first)), "point 2: stands there twice")
+        self.assert_not_taken(self.seal(self.result.replace(second, re.sub(r"\[ (\d+)", r"[ 0\1", first))), "twice|point 2: ")
+
     def test_a_point_less(self) -> None:
         wrong = re.sub(r"^\[.*\n", "", self.result, count=1, flags=re.MULTILINE)
         self.assert_not_taken(self.seal(wrong), r"\d+ points, not \d+")
