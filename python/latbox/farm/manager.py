@@ -1,0 +1,212 @@
+"""The farm at work: the search is cut, pieces go out, results come in, what overran is cut again, and all of it is joined.
+
+What stands in the folder is the truth at every moment: a farm that was killed begins by asking latbox-all what is open there.
+Nothing that a worker sends is believed by this code: latbox-all --take does, or does not.
+"""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Callable
+
+from ..errors import EngineError
+from . import pieces
+from .desk import Answer, Desk
+from .engine import Engine, Outcome, Task
+from .folder import Folder
+from .ledger import Ledger
+from .progress import Display, State
+from .trust import MOST_REFUSALS, Trust
+
+# A piece that fails so often would fail for ever.
+MOST_FAILURES = 10
+# What overran is cut into so many pieces, for as many cores.
+PARTS = 8
+# Seconds beyond its own limit, after which the engine gives a task up that hangs.
+GRACE = 300.0
+# Results that may lie here untaken, for each core at work: who sends faster than they are taken waits.
+BACKLOG = 2
+
+
+class Manager:
+    """Requires that the folder is entered. All calls throw EngineError where latbox-all fails."""
+
+    def __init__(self, folder: Folder, engine: Engine, display: Display, job_rtime: float) -> None:
+        self.is_stopped = False  # may be set at any moment: what is at work ends soon
+        self._folder = folder
+        self._engine = engine
+        self._display = display
+        self._job_rtime = job_rtime
+        self._desk = Desk(folder.path)
+        self._ledger = Ledger()
+        self._trust = Trust()
+        self._best: str | None = None
+
+    @property
+    def points(self) -> int:
+        """Those of the results that were taken."""
+        return self._ledger.points
+
+    # ------------------------------------------------------------- before and after
+
+    def cut(self, arguments: list[str]) -> None:
+        """The folder gets its pieces."""
+        self._desk.ask(arguments, lambda answer: self._hear(pieces.number_split(answer)), self._display.note)
+        self._settle()
+
+    def _hear(self, pieces_cut: int) -> None:
+        self._folder.log("cut into %d pieces" % pieces_cut)
+
+    def join(self, arguments: list[str]) -> Answer | None:
+        """What latbox-all makes of all pieces; None if it was stopped."""
+        heard: list[Answer] = []
+        self._desk.ask(arguments, heard.append, self._display.note)
+        self._settle()
+        return heard[0] if heard else None
+
+    def _settle(self) -> None:
+        """Until the desk has done all that it was asked. Workers that dial in meanwhile are let in."""
+        self._desk.work()
+        while self._desk.backlog and not self.is_stopped:
+            if not self._desk.wait(1.0):
+                self._engine.wait(0)
+            self._desk.work()
+
+    def end(self) -> None:
+        """Nothing that this farm has started goes on."""
+        self._desk.stop()
+
+    # ------------------------------------------------------------- the work
+
+    def work(self) -> bool:
+        """Until all pieces are done, or it is stopped; which of both."""
+        self._folder.read_manifest()
+        self._list(self._begin)
+        self._settle()
+        for piece, path in self._folder.left_arrivals():
+            self._take(piece, path, None)
+        self._settle()
+        while not self.is_stopped and not self.is_done:
+            self._display.tell(self._state())
+            self._send()
+            self._desk.work()
+            if self._engine.is_empty and self._desk.backlog:
+                self._desk.wait(1.0)
+            elif outcome := self._engine.wait(1):
+                self._receive(outcome)
+        self._display.tell(self._state(), at_once=True)
+        return self.is_done
+
+    @property
+    def is_done(self) -> bool:
+        return not self._ledger.open and not self._desk.backlog
+
+    def _state(self) -> State:
+        crew, ledger = self._engine.crew(), self._ledger
+        return State(ledger.done, ledger.open, crew.workers, crew.cores, ledger.share, ledger.points, self._best)
+
+    def _list(self, then: Callable[[list[pieces.Standing]], None]) -> None:
+        self._desk.ask(["--pieces=1", "--jobs=" + self._folder.path], lambda answer: then(pieces.listing(answer)))
+
+    def _begin(self, standing: list[pieces.Standing]) -> None:
+        for piece in standing:
+            if piece.state == pieces.PARTIAL:
+                self._ledger.expect(piece.piece, piece.estimate)
+                self._split(piece.piece, piece.points)
+            elif piece.state == pieces.DONE:
+                self._ledger.expect(piece.piece, piece.estimate)
+                self._ledger.finish(piece.piece, piece.points)
+            else:
+                self._ledger.add(piece.piece, piece.estimate)
+
+    # ------------------------------------------------------------- out
+
+    def _send(self) -> None:
+        if self._desk.backlog > BACKLOG * max(1, self._engine.crew().cores):
+            return
+        for _ in range(self._engine.room()):
+            piece = self._ledger.next()
+            if piece is None:
+                return
+            self._engine.submit(self._task(piece))
+
+    def _task(self, piece: int) -> Task:
+        folder = self._folder
+        command = "./latbox-all --job=%d --jobs=jobs --threads=1 --quiet=1 --job-rtime=%g" % (piece, self._job_rtime)
+        texts = {"jobs/manifest": folder.manifest_of(piece)}
+        if best := folder.best():
+            texts["jobs/best"] = best
+        return Task(piece, command, {"latbox-all": self._desk.program, "jobs/program.opt": folder.file("program.opt"),
+                                     "jobs/lattice": folder.file("lattice")}, texts, "jobs/%d.result" % piece,
+                    folder.arrival(piece), self._job_rtime + GRACE)
+
+    # ------------------------------------------------------------- in
+
+    def _receive(self, outcome: Outcome) -> None:
+        if outcome.reason:
+            self._fail(outcome.task.piece, outcome, outcome.reason)
+        else:
+            self._take(outcome.task.piece, outcome.task.arrival, outcome)
+
+    def _take(self, piece: int, path: str, outcome: Outcome | None) -> None:
+        """`outcome` is None where nobody knows any more who has sent it."""
+
+        def then(answer: Answer) -> None:
+            result = pieces.taken(answer)
+            remove(path)
+            if result is None:
+                self._fail(piece, outcome, answer.err)
+            elif self._ledger.is_open(piece):
+                self._enter(piece, result, outcome)
+
+        self._desk.ask(["--take=" + path, "--job=%d" % piece, "--jobs=" + self._folder.path], then)
+
+    def _enter(self, piece: int, result: pieces.Taken, outcome: Outcome | None) -> None:
+        if outcome is not None:
+            self._trust.take(outcome.host)
+        self._best = result.best or self._best
+        if result.unfinished:
+            self._split(piece, result.points)
+        else:
+            self._ledger.finish(piece, result.points)
+
+    def _split(self, piece: int, points: int) -> None:
+        """What its result in place has left open becomes pieces."""
+
+        def then(answer: Answer) -> None:
+            number = pieces.number_split(answer)
+            self._folder.log("piece %d has overrun, %d pieces more" % (piece, number))
+            new = set(self._folder.read_manifest())
+            self._list(lambda standing: self._replace(piece, points, [other for other in standing if other.piece in new]))
+
+        self._desk.ask(["--job=%d" % piece, "--split=%d" % PARTS, "--jobs=" + self._folder.path], then)
+
+    def _replace(self, piece: int, points: int, children: list[pieces.Standing]) -> None:
+        self._ledger.split(piece, points, sum(child.estimate for child in children))
+        for child in children:
+            self._ledger.add(child.piece, child.estimate)
+
+    # ------------------------------------------------------------- what goes wrong
+
+    def _fail(self, piece: int, outcome: Outcome | None, reason: str) -> None:
+        """The piece goes out again, and whose fault it was is told."""
+        if outcome is None:
+            self._folder.log("piece %d, left by a farm that was killed, is not taken: %s" % (piece, reason))
+            return
+        self._tell("piece %d from %s (%s) is not taken: %s" % (piece, outcome.host, outcome.worker, reason))
+        if self._trust.refuse(outcome.host):
+            self._engine.block(outcome.host)
+            self._tell("%s gets no more pieces: %d of its results were refused, and fewer taken" % (outcome.host, MOST_REFUSALS))
+        if self._ledger.fail(piece) >= MOST_FAILURES:
+            raise EngineError("piece %d has failed %d times, the last time: %s" % (piece, MOST_FAILURES, reason))
+
+    def _tell(self, words: str) -> None:
+        self._display.note(words)
+        self._folder.log(words)
+
+
+def remove(path: str) -> None:
+    try:
+        os.remove(path)
+    except FileNotFoundError:
+        pass
