@@ -13,6 +13,7 @@ import time
 import unittest
 
 import documents as documents_reader
+import farm_support
 import harness
 
 
@@ -39,6 +40,11 @@ def has_checker():
 def has_all():
     """The same of latbox-all."""
     return os.path.exists(os.path.join(build(), "packaging", "latbox-all.1"))
+
+
+def has_engine():
+    """Whether latbox-farm can run here."""
+    return has_all() and farm_support.has_engine()
 
 
 def programs():
@@ -86,7 +92,7 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".lp", ".mps", ".json", ".py")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".lp", ".mps", ".json", ".py", ".sh")}
     return found
 
 
@@ -298,8 +304,8 @@ class ManualTest(PrefixCase):
             copy = self.path(os.path.basename(page))
             shutil.copytree(self.installed("share/doc/latbox/examples"), copy)
             for command in commands:
-                proven = command.startswith(("latbox-all ", "latbox-solve ")) and "--check" not in command
-                if command.startswith("latbox-solve ") and not has_all():
+                proven = re.search(r"(^|& )latbox-(all|solve|farm) ", command) and "--check" not in command
+                if (command.startswith("latbox-solve ") and not has_all()) or ("latbox-farm " in command and not has_engine()):
                     continue
                 run("sh", "-c", command, cwd=copy, env=environment(self.prefix), statuses=(10,) if proven else (0,))
 
