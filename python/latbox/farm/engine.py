@@ -36,7 +36,6 @@ class Task:
     texts: dict[str, str]  # name at the worker -> content, for this task alone
     output: str  # name at the worker
     arrival: str  # path here
-    longest: float  # seconds, after which the worker gives it up
 
 
 @dataclass(frozen=True)
@@ -51,6 +50,7 @@ class Outcome:
 class Crew:
     workers: int
     cores: int
+    lost: int  # since the start: gone without having been sent away
 
 
 class Engine:
@@ -89,7 +89,7 @@ class Engine:
 
     def crew(self) -> Crew:
         stats = self._queue.stats
-        return Crew(int(stats.workers_connected), int(stats.total_cores))
+        return Crew(int(stats.workers_connected), int(stats.total_cores), int(stats.workers_removed - stats.workers_released))
 
     def room(self) -> int:
         """So many more tasks are of use now."""
@@ -107,7 +107,6 @@ class Engine:
             sent.specify_buffer(text, name, cache=False)
         sent.specify_output_file(task.arrival, task.output, cache=False)
         sent.specify_cores(1)
-        sent.specify_running_time_max(max(1, round(task.longest)))
         self._open[self._queue.submit(sent)] = task
 
     def wait(self, seconds: int) -> Outcome | None:

@@ -46,10 +46,11 @@ class Folder:
     def enter(self) -> None:
         """Makes what is missing, and keeps every other farm out until this process ends."""
         os.makedirs(self.own("incoming"), exist_ok=True)
-        self._lock = open(self.own("lock"), "a", encoding="ascii")
+        lock = os.open(self.own("lock"), os.O_WRONLY | os.O_CREAT, 0o644)
         try:
-            fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except BlockingIOError:
+            os.close(lock)
             raise LatboxError("%s: another latbox-farm is at work there" % self.path) from None
 
     # ------------------------------------------------------------- the farm's own

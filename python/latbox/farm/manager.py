@@ -15,15 +15,13 @@ from .desk import Answer, Desk
 from .engine import Engine, Outcome, Task
 from .folder import Folder
 from .ledger import Ledger
-from .progress import Display, State
+from .progress import Display, State, counted
 from .trust import MOST_REFUSALS, Trust
 
 # A piece that fails so often would fail for ever.
 MOST_FAILURES = 10
 # What overran is cut into so many pieces, for as many cores.
 PARTS = 8
-# Seconds beyond its own limit, after which the engine gives a task up that hangs.
-GRACE = 300.0
 # Results that may lie here untaken, for each core at work: who sends faster than they are taken waits.
 BACKLOG = 2
 
@@ -41,6 +39,7 @@ class Manager:
         self._ledger = Ledger()
         self._trust = Trust()
         self._best: str | None = None
+        self._lost = 0
 
     @property
     def points(self) -> int:
@@ -88,6 +87,7 @@ class Manager:
         self._settle()
         while not self.is_stopped and not self.is_done:
             self._display.tell(self._state())
+            self._miss()
             self._send()
             self._desk.work()
             if self._engine.is_empty and self._desk.backlog:
@@ -138,7 +138,7 @@ class Manager:
             texts["jobs/best"] = best
         return Task(piece, command, {"latbox-all": self._desk.program, "jobs/program.opt": folder.file("program.opt"),
                                      "jobs/lattice": folder.file("lattice")}, texts, "jobs/%d.result" % piece,
-                    folder.arrival(piece), self._job_rtime + GRACE)
+                    folder.arrival(piece))
 
     # ------------------------------------------------------------- in
 
@@ -187,6 +187,13 @@ class Manager:
             self._ledger.add(child.piece, child.estimate)
 
     # ------------------------------------------------------------- what goes wrong
+
+    def _miss(self) -> None:
+        """Who has gone is told; the engine sends what they had to others."""
+        lost = self._engine.crew().lost
+        if lost > self._lost:
+            self._tell("%s gone; what they had goes to others" % counted(lost - self._lost, "worker"))
+        self._lost = lost
 
     def _fail(self, piece: int, outcome: Outcome | None, reason: str) -> None:
         """The piece goes out again, and whose fault it was is told."""

@@ -91,7 +91,7 @@ class Display:
 
 def parts(state: State, seconds: float, left: float | None) -> list[str]:
     """The more important the earlier."""
-    found = [clock(seconds), "%d pieces done, %d open" % (state.done, state.open),
+    found = [clock(seconds), "%s done, %d open" % (counted(state.done, "piece"), state.open),
              "%s, %s" % (counted(state.workers, "worker"), counted(state.cores, "core")),
              "%.3g %% done" % (100 * state.share), counted(state.points, "point")]
     if state.best is not None:
