@@ -20,7 +20,7 @@ from latbox.farm.ledger import Ledger
 from latbox.farm.progress import Display, State, parts
 from latbox.farm.trust import Trust
 
-MANIFEST = "latbox-pieces 1\ndigest 0f\n1 - 3 100\n2 - 4 200\n"
+MANIFEST = "latbox-all pieces 1\nhead 0f\npiece 1 - 100 3 aa\npiece 2 - 200 4 bb\n"
 
 
 class FolderTest(harness.Case):
@@ -58,15 +58,16 @@ class FolderTest(harness.Case):
     def test_the_manifest_for_one_piece(self) -> None:
         folder = self.entered()
         self.write("jobs/manifest", MANIFEST)
-        self.assertEqual(folder.read_manifest(), [1, 2])
-        self.assertEqual(folder.manifest_of(2), "latbox-pieces 1\ndigest 0f\n2 - 4 200\n")
+        folder.read_manifest()
+        self.assertEqual(folder.manifest_of(2), "latbox-all pieces 1\nhead 0f\npiece 2 - 200 4 bb\n")
         with open(self.path("jobs/manifest"), "a", encoding="ascii") as file:
-            file.write("3 2 4,1 50\n4 2 4,2")
-        self.assertEqual(folder.read_manifest(), [3])
+            file.write("piece 3 2 50 4,1 cc\npiece 4 2 70 4,2")
+        folder.read_manifest()
+        self.assertEqual(folder.manifest_of(3), "latbox-all pieces 1\nhead 0f\npiece 3 2 50 4,1 cc\n")
         with open(self.path("jobs/manifest"), "a", encoding="ascii") as file:
-            file.write(" 70\n")
-        self.assertEqual(folder.read_manifest(), [4])
-        self.assertEqual(folder.manifest_of(4), "latbox-pieces 1\ndigest 0f\n4 2 4,2 70\n")
+            file.write(" dd\n")
+        folder.read_manifest()
+        self.assertEqual(folder.manifest_of(4), "latbox-all pieces 1\nhead 0f\npiece 4 2 70 4,2 dd\n")
 
     def test_who_goes_on_asks_for_the_same(self) -> None:
         folder = self.entered()
@@ -140,9 +141,15 @@ class TrustTest(unittest.TestCase):
 
 class AnswerTest(unittest.TestCase):
     def test_listing(self) -> None:
-        listed = pieces.listing(Answer(0, ["1 open 12.5", "2 done 3e+09 4 77", "3 partial 5 0 9"], ""))
+        listed = pieces.listing(Answer(0, ["1 open 12.5 0 0", "2 done 3e+09 4 77", "3 partial 5 0 9", "4 split 7 0 0"], ""))
         self.assertEqual(listed, [pieces.Standing(1, "open", 12.5, 0, 0), pieces.Standing(2, "done", 3e9, 4, 77),
-                                  pieces.Standing(3, "partial", 5.0, 0, 9)])
+                                  pieces.Standing(3, "partial", 5.0, 0, 9), pieces.Standing(4, "split", 7.0, 0, 0)])
+
+    def test_cut(self) -> None:
+        self.assertEqual(pieces.cut(Answer(0, ["split: 3 pieces, 5 to 7"], "")), range(5, 8))
+        self.assertEqual(len(pieces.cut(Answer(0, ["split: 0 pieces"], ""))), 0)
+        with self.assertRaisesRegex(UsageError, r"\Ap.opt:1:3: a number\Z"):
+            pieces.cut(Answer(2, [], "latbox-all: p.opt:1:3: a number"))
 
     def test_taken(self) -> None:
         for text, taken in (("piece 3: done, 4 points, 77 nodes", (0, 4, 77, None)),
@@ -152,9 +159,9 @@ class AnswerTest(unittest.TestCase):
         self.assertIsNone(pieces.taken(Answer(1, [], "latbox-all: it is torn")))
 
     def test_what_is_no_answer(self) -> None:
-        for read, answer in ((pieces.taken, Answer(0, [], "")), (pieces.taken, Answer(2, [], "x")), (pieces.listing, Answer(1, [], "")),
-                             (pieces.listing, Answer(0, ["1 lost 3"], "")), (pieces.number_split, Answer(0, ["verdict: none"], "")),
-                             (pieces.number_split, Answer(1, [], "disk"))):
+        for read, answer in ((pieces.taken, Answer(0, [], "")), (pieces.taken, Answer(3, [], "x")), (pieces.listing, Answer(1, [], "")),
+                             (pieces.listing, Answer(0, ["1 lost 3 0 0"], "")), (pieces.cut, Answer(0, ["verdict: none"], "")),
+                             (pieces.cut, Answer(1, [], "disk"))):
             with self.assertRaises(EngineError):
                 read(answer)
 

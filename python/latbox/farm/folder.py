@@ -8,7 +8,7 @@
     DIR/farm/log           what was refused, lost or split, with the time
     DIR/farm/incoming/     what workers have sent, until latbox-all --take believes it
 
-The manifest is read as lines: those before the first that begins with a digit are its head, a line `K ...` tells of piece K.
+The manifest is read as lines: those before the first `piece K ...` are its head, and that tells of piece K. It only grows.
 A task needs the head and its own line, so that is what a worker gets: a manifest that grows would have to be sent anew each time.
 """
 
@@ -23,7 +23,7 @@ import time
 from ..errors import LatboxError, UsageError
 from ..models.sources import write_file
 
-PIECE_LINE = re.compile(r"([0-9]+) ")
+PIECE_LINE = re.compile(r"piece ([0-9]+) ")
 PARTIAL_ARRIVAL = re.compile(r"([0-9]+)\.[0-9]+\Z")
 
 
@@ -118,22 +118,19 @@ class Folder:
     def is_cut(self) -> bool:
         return os.path.exists(self.file("manifest"))
 
-    def read_manifest(self) -> list[int]:
-        """The pieces of the lines that are new."""
+    def read_manifest(self) -> None:
+        """The lines that are new."""
         with open(self.file("manifest"), encoding="utf-8") as file:
             file.seek(self._read)
             text = file.read()
         text = text[: text.rfind("\n") + 1]
         self._read += len(text.encode())
-        found = []
         for line in text.splitlines(keepends=True):
             match = PIECE_LINE.match(line)
             if match:
                 self._lines[int(match[1])] = line
-                found.append(int(match[1]))
             elif not self._lines:
                 self._head += line
-        return found
 
     def best(self) -> str:
         """Points to begin with, as lines; "" where none is known. Their reader believes what it has verified."""

@@ -50,7 +50,7 @@ class Manager:
 
     def cut(self, arguments: list[str]) -> None:
         """The folder gets its pieces."""
-        self._desk.ask(arguments, lambda answer: self._hear(pieces.number_split(answer)), self._display.note)
+        self._desk.ask(arguments, lambda answer: self._hear(len(pieces.cut(answer))), self._display.note)
         self._settle()
 
     def _hear(self, pieces_cut: int) -> None:
@@ -110,7 +110,9 @@ class Manager:
 
     def _begin(self, standing: list[pieces.Standing]) -> None:
         for piece in standing:
-            if piece.state == pieces.PARTIAL:
+            if piece.state == pieces.SPLIT:
+                self._ledger.points += piece.points
+            elif piece.state == pieces.PARTIAL:
                 self._ledger.expect(piece.piece, piece.estimate)
                 self._split(piece.piece, piece.points)
             elif piece.state == pieces.DONE:
@@ -174,9 +176,9 @@ class Manager:
         """What its result in place has left open becomes pieces."""
 
         def then(answer: Answer) -> None:
-            number = pieces.number_split(answer)
-            self._folder.log("piece %d has overrun, %d pieces more" % (piece, number))
-            new = set(self._folder.read_manifest())
+            new = pieces.cut(answer)
+            self._folder.log("piece %d has overrun, %d pieces more" % (piece, len(new)))
+            self._folder.read_manifest()
             self._list(lambda standing: self._replace(piece, points, [other for other in standing if other.piece in new]))
 
         self._desk.ask(["--job=%d" % piece, "--split=%d" % PARTS, "--jobs=" + self._folder.path], then)

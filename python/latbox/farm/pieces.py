@@ -5,14 +5,16 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass
 
-from ..errors import EngineError
+from ..errors import EngineError, LatboxError, UsageError
+from ..solving.statuses import USAGE
 from .desk import Answer
 
-SPLIT = re.compile(r"split: ([0-9]+) pieces?\Z")
+CUT = re.compile(r"split: ([0-9]+) pieces?(?:, ([0-9]+) to ([0-9]+))?\Z")
 TAKEN = re.compile(r"piece ([0-9]+): (?:done|open ([0-9]+) prefix(?:es)?), ([0-9]+) points?, ([0-9]+) nodes?(?:,? best (.+))?\Z")
-STANDING = re.compile(r"([0-9]+) (open|partial|done) ([-+.0-9a-z]+)(?: ([0-9]+) ([0-9]+))?\Z")
+STANDING = re.compile(r"([0-9]+) (open|partial|done|split) ([-+.0-9a-z]+) ([0-9]+) ([0-9]+)\Z")
 
-OPEN, PARTIAL, DONE = "open", "partial", "done"
+# Nothing is done of it; something is, and what is left stands in its result; all is; other pieces stand for what is left.
+OPEN, PARTIAL, DONE, SPLIT = "open", "partial", "done", "split"
 
 
 @dataclass(frozen=True)
@@ -20,9 +22,9 @@ class Standing:
     """A piece that counts, as it stands in the folder."""
 
     piece: int
-    state: str  # OPEN, PARTIAL, DONE
+    state: str
     estimate: float  # nodes
-    points: int
+    points: int  # of its result
     nodes: int
 
 
@@ -39,23 +41,24 @@ class Taken:
 def listing(answer: Answer) -> list[Standing]:
     """Of --pieces=1."""
     if answer.status != 0:
-        raise EngineError(answer.err or "latbox-all --pieces=1 failed with status %d" % answer.status)
+        raise failure(answer, "--pieces")
     found = []
     for line in answer.out:
         match = STANDING.match(line)
         if match:
-            found.append(Standing(int(match[1]), match[2], float(match[3]), int(match[4] or 0), int(match[5] or 0)))
+            found.append(Standing(int(match[1]), match[2], float(match[3]), int(match[4]), int(match[5])))
         elif line:
             raise EngineError("latbox-all --pieces=1 says %r" % line)
     return found
 
 
-def number_split(answer: Answer) -> int:
-    """Of --split: the new pieces are the last so many lines of the manifest."""
-    match = SPLIT.match(answer.out[-1]) if answer.out else None
+def cut(answer: Answer) -> range:
+    """Of --split: the new pieces."""
+    match = CUT.match(answer.out[-1]) if answer.out else None
     if answer.status != 0 or not match:
-        raise EngineError(answer.err or "latbox-all --split failed with status %d" % answer.status)
-    return int(match[1])
+        raise failure(answer, "--split")
+    first = int(match[2] or 1)
+    return range(first, first + int(match[1]))
 
 
 def taken(answer: Answer) -> Taken | None:
@@ -64,5 +67,13 @@ def taken(answer: Answer) -> Taken | None:
         return None
     match = TAKEN.match(answer.out[-1]) if answer.out else None
     if answer.status != 0 or not match:
-        raise EngineError(answer.err or "latbox-all --take failed with status %d" % answer.status)
+        raise failure(answer, "--take")
     return Taken(int(match[2] or 0), int(match[3]), int(match[4]), match[5])
+
+
+def failure(answer: Answer, call: str) -> LatboxError:
+    """In the words of latbox-all, if it has any; wrong input is the user's."""
+    words = answer.err.splitlines()[-1].removeprefix("latbox-all: ") if answer.err else ""
+    if answer.status == USAGE:
+        return UsageError(words)
+    return EngineError(words or "latbox-all %s failed with status %d" % (call, answer.status))
