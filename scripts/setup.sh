@@ -33,6 +33,17 @@ complete_packages() {
   has_header fplll.h || echo libfplll-dev
 }
 
+# The engine of latbox-farm: its module, for the Python of the system, and the worker.
+farm_packages() {
+  /usr/bin/python3 -c 'import work_queue' 2>/dev/null || echo python3-workqueue
+  has_command work_queue_worker || echo coop-computing-tools
+}
+
+# What a folder of pieces runs under besides.
+script_packages() {
+  has_command parallel || echo parallel
+}
+
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"

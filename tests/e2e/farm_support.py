@@ -4,7 +4,9 @@ import functools
 import os
 import shutil
 import signal
+import socket
 import subprocess
+from dataclasses import dataclass
 
 import harness
 from test_complete import Case
@@ -46,6 +48,51 @@ def descendants(process):
     for child in children(process):
         found += [child, *descendants(child[0])]
     return found
+
+
+class Ear:
+    """Hears what is sent to its port, as catalogs are told: by a datagram, or over a connection."""
+
+    def __init__(self):
+        self.datagrams = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.connections = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+        self.datagrams.bind(("127.0.0.1", 0))
+        self.port = self.datagrams.getsockname()[1]
+        self.connections.bind(("127.0.0.1", self.port))
+        self.connections.listen()
+        for listening in (self.datagrams, self.connections):
+            listening.setblocking(False)
+
+    def heard(self):
+        """All that has come by now."""
+        found = b""
+        try:
+            while True:
+                found += self.datagrams.recv(1 << 16)
+        except BlockingIOError:
+            pass
+        try:
+            while True:
+                caller, _ = self.connections.accept()
+                with caller:
+                    caller.settimeout(5)
+                    found += caller.recv(1 << 16) or b"a call"
+        except BlockingIOError:
+            return found
+
+    def close(self):
+        self.datagrams.close()
+        self.connections.close()
+
+
+@dataclass
+class Alone:
+    """What latbox-all says by itself."""
+
+    status: int
+    verdict: str
+    points: list
+    proof: bytes
 
 
 class Worker:
@@ -94,6 +141,11 @@ class Worker:
         self.left = []
 
 
+def points_of(text):
+    """The lines of a file of points, sorted, without times and parameters."""
+    return sorted(line.rsplit("|", 2)[0] for line in text.splitlines())
+
+
 class FarmCase(Case):
     def setUp(self):
         super().setUp()
@@ -109,18 +161,45 @@ class FarmCase(Case):
         self.addCleanup(session.close)
         return session
 
-    def hire(self, jobs="jobs"):
+    def read_when(self, name):
+        """A file that is about to be there, as a whole."""
+        harness.wait_until(lambda: self.exists(name), name)
+        return self.read(name)
+
+    def hire(self, jobs="jobs", password=None):
         """A worker for the farm of that folder, which may be about to open."""
-        port = self.path(jobs + "/farm/port")
-        harness.wait_until(lambda: os.path.exists(port), "a port")
+        port = self.read_when(jobs + "/farm/port").strip()
         folder = self.path("worker%d" % len(self.workers))
-        worker = Worker(folder, self.path(jobs + "/farm/password"), self.read(jobs + "/farm/port").strip())
+        worker = Worker(folder, password or self.path(jobs + "/farm/password"), port)
         self.workers.append(worker)
         self.addCleanup(worker.kill)
         return worker
 
+    def alone(self, text, *options):
+        """The same by latbox-all, at another place."""
+        self.write("p.opt", text)
+        os.mkdir(self.path("alone"))
+        self.write("alone/p.opt", text)
+        done = subprocess.run([self.binary, "--quiet=1", "--resume=0", *options, "p.opt"], cwd=self.path("alone"), timeout=harness.LIMIT,
+                              capture_output=True, text=True, check=False)
+        self.assertIn(done.returncode, (10, 20), done.stderr)
+        return Alone(done.returncode, done.stdout, points_of(self.read("alone/p.all")) if self.exists("alone/p.all") else [],
+                     self.read_bytes("alone/p.proof") if self.exists("alone/p.proof") else b"")
+
+    def assert_same(self, alone, result):
+        """Status, output, points and proof of a farm."""
+        self.assertEqual((result.status, result.out), (alone.status, alone.verdict), result.err)
+        self.assertEqual(points_of(self.read("p.all")), alone.points)
+        self.assertEqual(self.read_bytes("p.proof") if self.exists("p.proof") else b"", alone.proof)
+
+    def forget(self):
+        """All that a run has left."""
+        for name in ("alone", "jobs"):
+            shutil.rmtree(self.path(name))
+        os.remove(self.path("p.all"))
+
     def results(self, jobs="jobs"):
-        return [name for name in os.listdir(self.path(jobs)) if name.endswith(".result")]
+        return [name for name in os.listdir(self.path(jobs)) if name.endswith(".result")] if self.exists(jobs) else []
 
     def log(self, jobs="jobs"):
         return self.read(jobs + "/farm/log") if self.exists(jobs + "/farm/log") else ""

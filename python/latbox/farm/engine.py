@@ -125,9 +125,9 @@ class Engine:
             reason += ": " + words[-500:]
         return Outcome(task, str(ended.hostname or "?"), str(ended.host or "?"), reason)
 
-    def block(self, host: str) -> None:
-        """No task goes to workers of this machine any more."""
-        self._queue.block_host(host)
+    def block(self, host: str, seconds: int) -> None:
+        """For so long no task goes to workers of this machine."""
+        self._queue.block_host_with_timeout(host, seconds)
 
     def dismiss(self) -> None:
         """The workers may go: the work is done."""

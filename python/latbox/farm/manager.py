@@ -10,13 +10,14 @@ import os
 from collections.abc import Callable
 
 from ..errors import EngineError
+from ..front.progress import clock
 from . import pieces
 from .desk import Answer, Desk
 from .engine import Engine, Outcome, Task
 from .folder import Folder
 from .ledger import Ledger
 from .progress import Display, State, counted
-from .trust import MOST_REFUSALS, Trust
+from .trust import Trust
 
 # A piece that fails so often would fail for ever.
 MOST_FAILURES = 10
@@ -203,9 +204,9 @@ class Manager:
             self._folder.log("piece %d, left by a farm that was killed, is not taken: %s" % (piece, reason))
             return
         self._tell("piece %d from %s (%s) is not taken: %s" % (piece, outcome.host, outcome.worker, reason))
-        if self._trust.refuse(outcome.host):
-            self._engine.block(outcome.host)
-            self._tell("%s gets no more pieces: %d of its results were refused, and fewer taken" % (outcome.host, MOST_REFUSALS))
+        if seconds := self._trust.refuse(outcome.host):
+            self._engine.block(outcome.host, seconds)
+            self._tell("%s gets no pieces for %s: too many of its results were refused" % (outcome.host, clock(seconds)))
         if self._ledger.fail(piece) >= MOST_FAILURES:
             raise EngineError("piece %d has failed %d times, the last time: %s" % (piece, MOST_FAILURES, reason))
 
