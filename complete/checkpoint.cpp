@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "complete/words.h"
 #include "complete/write_failure.h"
 
 namespace latbox::complete {
@@ -41,43 +42,13 @@ void write(std::ostream& out, const OpenSearch& open) {
   }
 }
 
-// Words, one behind the other.
-class Words {
- public:
-  explicit Words(const std::string& line) : in_(line) {}
-
-  template <class T>
-  T next() {
-    T value{};
-    if (!(in_ >> value)) throw BadCheckpoint("a value is missing or none");
-    return value;
-  }
-
-  std::optional<IntegerVector> point() {
-    const auto word = next<std::string>();
-    if (word == "-") return std::nullopt;
-    const IntegerVector values = all();
-    if (std::to_string(values.size()) != word) throw BadCheckpoint("a point of another number of variables");
-    return values;
-  }
-
-  IntegerVector all() {
-    IntegerVector values;
-    while (!isAtEnd()) values.push_back(next<Integer>());
-    return values;
-  }
-
-  bool isAtEnd() { return (in_ >> std::ws).eof(); }
-
-  std::string rest() {
-    std::string text;
-    std::getline(in_ >> std::ws, text);
-    return text;
-  }
-
- private:
-  std::istringstream in_;
-};
+std::optional<IntegerVector> pointOf(Words& words) {
+  const auto word = words.next<std::string>();
+  if (word == "-") return std::nullopt;
+  const IntegerVector values = words.all<Integer>();
+  if (std::to_string(values.size()) != word) throw BadCheckpoint("a point of another number of variables");
+  return values;
+}
 
 SearchEnd endOf(const std::string& word) {
   if (word == "empty") return SearchEnd::EMPTY;
@@ -139,12 +110,12 @@ void takeLine(const std::string& line, Checkpoint& checkpoint) {
     SearchRecord record;
     record.key = words.next<std::string>();
     record.end = endOf(words.next<std::string>());
-    record.point = words.point();
+    record.point = pointOf(words);
     checkpoint.searches.push_back(std::move(record));
   } else if (name == "open") {
     checkpoint.open = openOf(words);
   } else if (name == "row" && checkpoint.open) {
-    checkpoint.open->basis.push_back(words.all());
+    checkpoint.open->basis.push_back(words.all<Integer>());
   } else if (name == "piece" && checkpoint.open) {
     checkpoint.open->frontier.pieces.push_back(pieceOf(words));
   } else if (name == "verdict") {
@@ -171,21 +142,21 @@ std::string textOf(const Checkpoint& checkpoint) {
   if (checkpoint.open) write(out, *checkpoint.open);
   if (!checkpoint.verdict.empty())
     out << "verdict " << checkpoint.status << ' ' << checkpoint.verdict << '\n';
-  const std::string text = out.str();
-  return text + "end " + digestOf(text) + "\n";
+  return sealed(out.str());
 }
 
 Checkpoint parseCheckpoint(std::string_view text) {
-  const std::size_t last = text.rfind("\nend ");
-  if (last == std::string_view::npos) throw BadCheckpoint("its last line is missing");
-  const std::string_view body = text.substr(0, last + 1);
-  if (text.substr(last + 1) != "end " + digestOf(body) + "\n")
-    throw BadCheckpoint("its digest is another one");
-  std::istringstream lines{std::string(body)};
+  const auto body = unsealed(text);
+  if (!body) throw BadCheckpoint("its last line is missing, or its digest is another one");
+  std::istringstream lines{std::string(*body)};
   std::string line;
   if (!std::getline(lines, line) || line != HEAD) throw BadCheckpoint("its first line is another one");
   Checkpoint checkpoint;
-  while (std::getline(lines, line)) takeLine(line, checkpoint);
+  try {
+    while (std::getline(lines, line)) takeLine(line, checkpoint);
+  } catch (const BadWords& e) {
+    throw BadCheckpoint(e.what());
+  }
   return checkpoint;
 }
 

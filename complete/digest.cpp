@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <utility>
 
 namespace latbox::complete {
 namespace {
@@ -41,6 +42,19 @@ std::string digestOf(std::string_view text) {
   Digest digest;
   digest.add(text);
   return digest.text();
+}
+
+std::string sealed(std::string text) {
+  const std::string digest = digestOf(text);
+  return std::move(text) + "end " + digest + "\n";
+}
+
+std::optional<std::string_view> unsealed(std::string_view text) {
+  const std::size_t last = text.rfind("\nend ");
+  if (last == std::string_view::npos) return std::nullopt;
+  const std::string_view body = text.substr(0, last + 1);
+  if (text.substr(last + 1) != "end " + digestOf(body) + "\n") return std::nullopt;
+  return body;
 }
 
 }  // namespace latbox::complete

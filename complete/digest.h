@@ -28,4 +28,9 @@ class Digest {
 
 std::string digestOf(std::string_view text);
 
+// A text whose last line, "end DIGEST", tells whether it is all there; and back without that line, nothing if
+// it is not.
+std::string sealed(std::string text);
+std::optional<std::string_view> unsealed(std::string_view text);
+
 }  // namespace latbox::complete

@@ -31,6 +31,12 @@ unsigned long countOf(const std::string& key, const std::string& value) {
   return number;
 }
 
+unsigned long numberOf(const std::string& key, const std::string& value) {
+  const unsigned long number = countOf(key, value);
+  if (number == 0) refuseValue(key, value, "a whole number, 1 or more,");
+  return number;
+}
+
 // Digits with at most one point among them.
 double secondsOf(const std::string& key, const std::string& value) {
   const bool digits = !value.empty() && value.find_first_not_of("0123456789.") == std::string::npos &&
@@ -93,6 +99,22 @@ const std::vector<Key>& keys() {
       key({"checkpoint", "SECONDS",
            "Write a checkpoint each so many seconds of the clock; 60 unless given, 0: at the end alone."},
           &Options::checkpoint, secondsOf),
+      key({"jobs", "FOLDER", "A folder of pieces that several machines search."}, &Options::jobs, nonEmpty),
+      key({"split", "N",
+           "Make the folder: about N pieces; with --job=K, of what is left of that piece. With --proof=1 "
+           "also "
+           "of the proof."},
+          &Options::split, numberOf),
+      key({"job", "K", "Do piece K of the folder."}, &Options::job, numberOf),
+      key({"job-rtime", "SECONDS",
+           "After so many seconds of the clock a piece ends with what is left of it; 0: no limit."},
+          &Options::jobRtime, secondsOf),
+      key({"take", "FILE", "Check a result of piece K that was made elsewhere, and put it in its place."},
+          &Options::take, nonEmpty),
+      key({"pieces", "1", "List the pieces: number, state, estimated nodes, points, nodes."},
+          &Options::pieces, switchOf),
+      key({"join", "1", "Check that all is done, and tell the verdict of the undivided run."}, &Options::join,
+          switchOf),
       key({"quiet", "1", "No lines of progress on standard error."}, &Options::quiet, switchOf),
       key({"help", "", "Show this text."}, &Options::help, switchOf),
       key({"version", "", "Show the version."}, &Options::version, switchOf),
@@ -128,6 +150,49 @@ void exclude(bool a, const char* nameA, bool b, const char* nameB) {
   if (a && b) throw BadInput(std::string("--") + nameA + " and --" + nameB + " exclude each other");
 }
 
+// What is done with a folder of pieces, and the options that go with it.
+struct Action {
+  const char* name;
+  bool isWanted;
+  std::set<std::string> others;
+};
+
+// The first that is wanted is done: taking and splitting have the number of a job, too.
+std::vector<Action> actionsOf(const Options& options) {
+  const bool isDivided = options.split > 0 && options.job > 0;
+  return {{"pieces", options.pieces, {}},
+          {"join", options.join, {"out", "proof", "rtime", "threads"}},
+          {"take", !options.take.empty(), {"job"}},
+          {"split", isDivided, {"job"}},
+          {"split", options.split > 0, {"all", "ties", "count", "proof"}},
+          {"job", options.job > 0, {"job-rtime", "threads", "checkpoint"}}};
+}
+
+// Every option of pieces goes with a folder, and with what is done there.
+void checkFolder(const Options& options, const std::set<std::string>& seen) {
+  for (const Action& action : actionsOf(options)) {
+    if (!action.isWanted) continue;
+    if (options.jobs.empty())
+      throw BadInput(std::string("--") + action.name + ": a folder is wanted, --jobs=FOLDER");
+    for (const std::string& name : seen)
+      if (name != action.name && name != "jobs" && name != "quiet" && !action.others.contains(name))
+        exclude(true, action.name, true, name.c_str());
+    if (!options.take.empty() && options.job == 0)
+      throw BadInput("--take: the number of a piece is wanted, --job=K");
+    const bool begins = options.split > 0 && options.job == 0;
+    if (begins && !options.proof.empty() && options.proof != "0" && options.proof != "1")
+      refuseValue("proof", options.proof, "0 or 1, for a folder of pieces,");
+    if (!begins && !options.file.empty()) throw BadInput(options.file + ": the folder has its program");
+    return;
+  }
+  if (!options.jobs.empty()) throw BadInput("--jobs: --split, --job, --take, --pieces or --join is wanted");
+  if (seen.contains("job-rtime")) throw BadInput("--job-rtime: a piece is wanted, --job=K");
+}
+
+bool needsFile(const Options& options) {
+  return options.jobs.empty() || (options.split > 0 && options.job == 0);
+}
+
 void requireOneFile(const Options& options) {
   if (options.file.empty()) throw BadInput("a file is wanted: latbox-all [--key=value ...] FILE.opt");
 }
@@ -156,7 +221,9 @@ Options parseOptions(const std::vector<std::string>& arguments) {
   exclude(options.all, "all", options.ties, "ties");
   if (options.vipr && options.proof.empty())
     throw BadInput("--proof-format=vipr: a proof is wanted, --proof=FILE");
-  if (!options.help && !options.version) requireOneFile(options);
+  if (options.help || options.version) return options;
+  checkFolder(options, seen);
+  if (needsFile(options)) requireOneFile(options);
   return options;
 }
 

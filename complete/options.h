@@ -34,6 +34,17 @@ struct Options {
   double checkpoint = 60;
   unsigned long threads = 0;
   unsigned long seed = 0;
+  // A folder of pieces; empty: none. Then one of the others says what is done with it.
+  std::string jobs;
+  // Pieces, and the number of one; 0: none.
+  unsigned long split = 0;
+  unsigned long job = 0;
+  // Wall seconds; 0: no limit.
+  double jobRtime = 0;
+  // A result from elsewhere; empty: none.
+  std::string take;
+  bool pieces = false;
+  bool join = false;
   // As they were given, for the lines of points; what would end the field there is a blank.
   std::string text;
 };

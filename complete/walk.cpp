@@ -324,13 +324,14 @@ bool Walk<R>::follow(const std::vector<R>& choices) {
 }
 
 template <class R>
-double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
+double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random, const IntegerVector& above) {
   data_.level = k_;
   if (!enterRoot()) return 0;
   double nodes = 0;
   double each = 1;
   std::vector<std::vector<R>> parents(1);
-  for (std::size_t t = k_; t-- > 0 && !parents.empty();) {
+  for (const Integer& coefficient : above) assign(parents[0].emplace_back(), Rational(coefficient));
+  for (std::size_t t = k_ - above.size(); t-- > 0 && !parents.empty();) {
     std::vector<std::vector<R>> children;
     std::size_t looked = 0;
     for (const std::vector<R>& parent : parents) {
@@ -352,6 +353,19 @@ double Walk<R>::sampledNodes(std::size_t most, std::mt19937_64& random) {
     parents = std::move(children);
   }
   return nodes;
+}
+
+template <class R>
+Piece Walk<R>::below(const IntegerVector& above) {
+  for (Level& level : levels_) level.closedUp = level.closedDown = true;
+  data_.level = k_;
+  enterRoot();
+  for (const Integer& coefficient : above) resume(data_.level - 1, {coefficient, 0, 0, true, true}, true);
+  enter(data_, data_.level - 1);
+  data_.level -= 1;
+  Piece piece = rest();
+  data_.level = k_;
+  return piece;
 }
 
 template <class R>

@@ -56,7 +56,10 @@ class Walk {
   // after Knuth, Estimating the efficiency of backtrack programs, 1975, which follows one node alone and is
   // mostly too low). Infinite where levels are so wide that this itself takes long. Leaves nothing to be
   // walked through.
-  double sampledNodes(std::size_t most, std::mt19937_64& random);
+  // The same below the node with these coefficients, from the last level down.
+  double sampledNodes(std::size_t most, std::mt19937_64& random, const IntegerVector& above = {});
+  // All that is below that node, as a piece. Leaves nothing to be walked through. Requires a level below.
+  Piece below(const IntegerVector& above);
   // Candidates since the last call.
   unsigned long takeNodes();
 

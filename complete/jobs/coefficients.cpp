@@ -1,0 +1,78 @@
+#include "complete/jobs/coefficients.h"
+
+#include "complete/elimination.h"
+#include "complete/kernel.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+// The equations of the program alone, in its free variables.
+IntegerMatrix ownEquations(const BoxLattice& lattice) {
+  IntegerMatrix rows(lattice.equations.begin(),
+                     lattice.equations.end() - static_cast<std::ptrdiff_t>(lattice.rows.size()));
+  for (IntegerVector& row : rows) row.resize(lattice.variables.size());
+  return rows;
+}
+
+IntegerMatrix inverseOf(const IntegerMatrix& unimodular) {
+  const std::size_t n = unimodular.size();
+  IntegerMatrix unit(n, IntegerVector(n));
+  for (std::size_t j = 0; j < n; ++j) unit[j][j] = 1;
+  return solveUnimodular(unimodular, unit);
+}
+
+}  // namespace
+
+PieceLattice withDual(BoxLattice lattice) {
+  const std::size_t n = lattice.variables.size();
+  const std::size_t k = lattice.rank();
+  Split split = splitByKernel(ownEquations(lattice), n);
+  IntegerMatrix unimodular = std::move(split.kernel);
+  unimodular.insert(unimodular.end(), split.others.begin(), split.others.end());
+  const IntegerMatrix inverse = inverseOf(unimodular);
+  IntegerMatrix kernelDual(k, IntegerVector(n));
+  for (std::size_t i = 0; i < k; ++i)
+    for (std::size_t j = 0; j < n; ++j) kernelDual[i][j] = inverse[j][i];
+  IntegerMatrix transposed(k, IntegerVector(k));
+  for (std::size_t i = 0; i < k; ++i)
+    for (std::size_t j = 0; j < k; ++j)
+      for (std::size_t c = 0; c < n; ++c) transposed[i][j] += lattice.basis[j][c] * kernelDual[i][c];
+  IntegerMatrix dual = solveUnimodular(std::move(transposed), kernelDual);
+  return {std::move(lattice), std::move(dual)};
+}
+
+Coefficients::Coefficients(const PieceLattice& lattice) : lattice_(lattice) {
+  for (const IntegerVector& row : lattice.dual) {
+    own_.emplace_back(0);
+    for (std::size_t c = 0; c < row.size(); ++c) own_.back() += row[c] * lattice.box.point[c];
+  }
+}
+
+Integer Coefficients::at(std::size_t i, const IntegerVector& z) const {
+  const IntegerVector& row = lattice_.dual[i];
+  Integer sum = -own_[i];
+  for (std::size_t c = 0; c < row.size(); ++c)
+    mpz_addmul(sum.get_mpz_t(), row[c].get_mpz_t(), z[lattice_.box.variables[c]].get_mpz_t());
+  return sum;
+}
+
+bool Coefficients::isIn(const Piece& piece, const IntegerVector& z) const {
+  if (piece.empty()) return true;
+  std::size_t level = lattice_.box.rank();
+  for (std::size_t i = 0; i < piece.size() && level > 0; ++i) {
+    const Choice& choice = piece[i];
+    const Integer coefficient = at(--level, z);
+    if (!choice.closedUp && coefficient >= choice.up) return true;
+    if (!choice.closedDown && coefficient <= choice.down) return true;
+    if (i + 1 == piece.size() || coefficient != choice.chosen) return false;
+  }
+  return false;
+}
+
+bool Coefficients::isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const {
+  for (const Piece& piece : pieces)
+    if (isIn(piece, z)) return true;
+  return false;
+}
+
+}  // namespace latbox::complete::jobs

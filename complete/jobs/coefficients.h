@@ -1,0 +1,34 @@
+// The coefficients of a point in a basis, read from its variables.
+//
+// Kernel rows K and others C that make a unimodular matrix have an inverse whose first columns are whole
+// vectors D with D_i K_j = 1 for i = j and 0 otherwise. With basis = T K the same holds of the inverse of T
+// transposed, times them.
+#pragma once
+
+#include "complete/jobs/lattice_text.h"
+#include "complete/piece.h"
+
+namespace latbox::complete::jobs {
+
+// Throws ReductionFailure.
+PieceLattice withDual(BoxLattice lattice);
+
+// Of points of one lattice. It must outlive this.
+class Coefficients {
+ public:
+  explicit Coefficients(const PieceLattice& lattice);
+
+  // Of whole variables of a point, whether it belongs to one of the pieces. All further levels than they name
+  // are not looked at.
+  bool isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const;
+  Integer at(std::size_t i, const IntegerVector& z) const;
+
+ private:
+  bool isIn(const Piece& piece, const IntegerVector& z) const;
+
+  const PieceLattice& lattice_;
+  // Of the lattice's point.
+  IntegerVector own_;
+};
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,56 @@
+#include "complete/jobs/command.h"
+
+#include <cstdio>
+
+#include "complete/jobs/division.h"
+#include "complete/jobs/job.h"
+#include "complete/jobs/join.h"
+#include "complete/jobs/standing.h"
+#include "complete/jobs/taking.h"
+#include "complete/run.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+const char* nameOf(State state) {
+  switch (state) {
+    case State::OPEN:
+      return "open";
+    case State::DONE:
+      return "done";
+    case State::PARTIAL:
+      return "partial";
+    case State::SPLIT:
+      break;
+  }
+  return "split";
+}
+
+int list(const Options& options) {
+  const Folder folder(options.jobs);
+  const auto complain = [](const std::string& what) {
+    std::fprintf(stderr, "latbox-all: %s\n", what.c_str());
+  };
+  std::string text;
+  for (const Standing& standing : standings(folder, complain)) {
+    char line[128];
+    std::snprintf(line, sizeof line, "%lu %s %.3g %lu %lu\n", standing.entry->number, nameOf(standing.state),
+                  standing.entry->nodes, standing.result ? standing.result->points : 0,
+                  standing.result ? standing.result->nodes : 0);
+    text += line;
+  }
+  print(text);
+  return 0;
+}
+
+}  // namespace
+
+int runJobs(const Options& options) {
+  if (options.pieces) return list(options);
+  if (options.join) return join(options);
+  if (!options.take.empty()) return take(options);
+  if (options.split > 0) return options.job > 0 ? divide(options) : begin(options);
+  return doJob(options);
+}
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,148 @@
+#include "complete/jobs/division.h"
+
+#include <filesystem>
+
+#include "complete/closing.h"
+#include "complete/digest.h"
+#include "complete/jobs/coefficients.h"
+#include "complete/jobs/folder.h"
+#include "complete/jobs/splitting.h"
+#include "complete/jobs/standing.h"
+#include "complete/preparation.h"
+#include "complete/presolve.h"
+#include "complete/run.h"
+#include "complete/words.h"
+#include "complete/write_failure.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+int tell(unsigned long count, unsigned long first) {
+  std::string text = "split: " + std::to_string(count) + " pieces";
+  if (count > 0) text += ", " + std::to_string(first) + " to " + std::to_string(first + count - 1);
+  print(text + "\n");
+  return 0;
+}
+
+int tell(const std::vector<const Entry*>& entries) {
+  return tell(entries.size(), entries.empty() ? 0 : entries.front()->number);
+}
+
+// A folder that holds what nobody knows stays as it is. One that was begun for this program may be begun
+// again.
+void guardFolder(const std::string& path, const std::string& program) {
+  if (std::filesystem::exists(path) && !std::filesystem::is_directory(path))
+    throw BadInput("--jobs=" + path + ": is there and is no folder");
+  if (!std::filesystem::exists(path)) return;
+  const std::string copy = pathIn(path, "program.opt");
+  const bool isOurs = std::filesystem::is_regular_file(copy) && readFile(copy) == program;
+  for (const auto& file : std::filesystem::directory_iterator(path))
+    if (!isOurs && file.path().extension() != BESIDE)
+      throw BadInput("--jobs=" + path + ": is not empty, and no folder of pieces of this program");
+}
+
+// What is searched through; nothing: there is no point.
+std::optional<PieceLattice> latticeOf(const Program& program) {
+  IntegerProgram whole = integerProgramOf(program);
+  if (!tighten(whole) || !closeByRows(whole)) return std::nullopt;
+  requireBounds(whole);
+  auto prepared = preparedLatticeOf(whole);
+  if (!prepared) return std::nullopt;
+  settle(prepared->lattice);
+  return withDual(std::move(prepared->lattice));
+}
+
+std::vector<Entry> entriesOf(BoxLattice& lattice, const std::vector<Piece>& pieces, unsigned long count,
+                             unsigned long parent, const std::string& source) {
+  std::vector<Entry> entries;
+  for (Portion& portion : split(lattice, pieces, count)) {
+    Entry& entry = entries.emplace_back();
+    entry.parent = parent;
+    entry.source = source;
+    entry.nodes = portion.nodes;
+    entry.pieces = std::move(portion.pieces);
+  }
+  return entries;
+}
+
+// A share in so many, dealt out in turn.
+std::vector<Entry> sharesOf(const Entry& entry, unsigned long count, const std::string& source) {
+  std::vector<Entry> entries;
+  for (unsigned long i = 0; i < count; ++i) {
+    Entry& child = entries.emplace_back();
+    child.parent = entry.number;
+    child.source = source;
+    child.nodes = entry.nodes / static_cast<double>(count);
+    child.share = Share{entry.share->rest + i * entry.share->count, entry.share->count * count};
+  }
+  return entries;
+}
+
+Wanted wantedOf(const Options& options) {
+  return {options.all, options.ties, options.count, options.proof == "1"};
+}
+
+void requireSame(const Folder& folder, const Options& options, const std::string& program) {
+  if (folder.manifest().head.program != digestOf(program) || folder.wanted() != wantedOf(options))
+    throw BadInput("--jobs=" + options.jobs + ": holds pieces of another program, or of other options");
+}
+
+}  // namespace
+
+int begin(const Options& options) {
+  const std::string text = readFile(options.file);
+  const Program program = readProgram(text, options.file);
+  const std::string manifestPath = pathIn(options.jobs, "manifest");
+  if (!std::filesystem::exists(manifestPath)) {
+    guardFolder(options.jobs, text);
+    std::filesystem::create_directories(options.jobs);
+  }
+  const FolderLock lock(options.jobs);
+  if (std::filesystem::exists(manifestPath)) {
+    const Folder folder(options.jobs);
+    requireSame(folder, options, text);
+    return tell(folder.manifest().childrenOf(0, ""));
+  }
+  replaceFile(pathIn(options.jobs, "program.opt"), text, true);
+  auto lattice = latticeOf(program);
+  const std::string latticeText = lattice ? textOf(*lattice) : "";
+  Manifest manifest;
+  manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-"};
+  if (lattice)
+    for (Entry& entry : entriesOf(lattice->box, {{}}, options.split, 0, ""))
+      manifest.append(std::move(entry));
+  replaceFile(pathIn(options.jobs, "lattice"), latticeText, true);
+  replaceFile(manifestPath, textOf(manifest), true);
+  return tell(manifest.childrenOf(0, ""));
+}
+
+int divide(const Options& options) {
+  const FolderLock lock(options.jobs);
+  Folder folder(options.jobs);
+  const Entry entry = folder.entry(options.job);
+  std::optional<Result> result;
+  if (folder.hasResult(entry)) {
+    try {
+      result = folder.resultIn(folder.resultPath(entry.number), entry);
+    } catch (const BadWords& e) {
+      throw BadFolder(e.what());
+    }
+    if (result->isDone()) throw BadInput("--job=" + std::to_string(options.job) + ": this piece is done");
+  }
+  // Where all of it was split before, what the result leaves is done by those children.
+  for (const std::string& source : {sourceOf(result ? &*result : nullptr), std::string()})
+    if (const auto children = folder.manifest().childrenOf(entry.number, source); !children.empty())
+      return tell(children);
+  const std::string source = sourceOf(result ? &*result : nullptr);
+  std::vector<Entry> entries;
+  if (entry.share) {
+    entries = sharesOf(entry, options.split, source);
+  } else {
+    BoxLattice box = folder.lattice().box;
+    entries = entriesOf(box, result ? result->open : entry.pieces, options.split, entry.number, source);
+  }
+  folder.append(std::move(entries));
+  return tell(folder.manifest().childrenOf(entry.number, source));
+}
+
+}  // namespace latbox::complete::jobs

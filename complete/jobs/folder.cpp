@@ -1,0 +1,110 @@
+#include "complete/jobs/folder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "complete/digest.h"
+#include "complete/opt_reader.h"
+#include "complete/run.h"
+#include "complete/words.h"
+#include "complete/write_failure.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+// A text of the folder, whose digest the manifest knows.
+std::string partOf(const std::string& path, const std::string& digest) {
+  std::string text;
+  try {
+    text = readFile(path);
+  } catch (const BadInput& e) {
+    throw BadFolder(e.what());
+  }
+  if (digestOf(text) != digest) throw BadFolder(path + ": is not the one that the manifest was written for");
+  return text;
+}
+
+Manifest manifestIn(const std::string& path) {
+  if (!std::filesystem::exists(path)) throw BadInput(path + ": there is no such folder of pieces");
+  try {
+    return parseManifest(readFile(path));
+  } catch (const BadWords& e) {
+    throw BadFolder(path + ": " + e.what());
+  }
+}
+
+}  // namespace
+
+std::string pathIn(const std::string& folder, const std::string& name) {
+  return (std::filesystem::path(folder) / name).string();
+}
+
+Folder::Folder(std::string path)
+    : path_(std::move(path)),
+      manifest_(manifestIn(pathOf("manifest"))),
+      program_(readProgram(partOf(pathOf("program.opt"), manifest_.head.program), pathOf("program.opt"))) {}
+
+std::string Folder::pathOf(const std::string& name) const {
+  return pathIn(path_, name);
+}
+
+const Entry& Folder::entry(unsigned long number) const {
+  const Entry* entry = manifest_.find(number);
+  if (!entry)
+    throw BadInput("--job=" + std::to_string(number) + ": " + pathOf("manifest") + " has no such piece");
+  return *entry;
+}
+
+PieceLattice Folder::lattice() const {
+  const std::string path = pathOf("lattice");
+  try {
+    return parseLattice(partOf(path, manifest_.head.lattice));
+  } catch (const BadWords& e) {
+    throw BadFolder(path + ": " + e.what());
+  }
+}
+
+std::string Folder::proofText() const {
+  return partOf(pathOf("proof"), manifest_.head.proof);
+}
+
+Result Folder::resultIn(const std::string& path, const Entry& entry) const {
+  Result result;
+  try {
+    result = parseResult(readFile(path));
+  } catch (const BadInput& e) {
+    throw BadWords(e.what());
+  } catch (const BadWords& e) {
+    throw BadWords(path + ": " + e.what());
+  }
+  if (result.number != entry.number || result.entry != entry.digest)
+    throw BadWords(path + ": is no result of piece " + std::to_string(entry.number) + " of this manifest");
+  return result;
+}
+
+bool Folder::hasResult(const Entry& entry) const {
+  return std::filesystem::exists(resultPath(entry.number));
+}
+
+void Folder::append(std::vector<Entry> entries) {
+  for (Entry& entry : entries) manifest_.append(std::move(entry));
+  replaceFile(pathOf("manifest"), textOf(manifest_), true);
+}
+
+FolderLock::FolderLock(const std::string& path)
+    : file_(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  if (file_ < 0) throw BadInput("--jobs=" + path + ": " + std::strerror(errno));
+  while (::flock(file_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+FolderLock::~FolderLock() {
+  ::close(file_);
+}
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,187 @@
+#include "complete/jobs/job.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+
+#include "complete/checkpoint.h"
+#include "complete/command.h"
+#include "complete/jobs/folder.h"
+#include "complete/jobs/taking.h"
+#include "complete/reduction.h"
+#include "complete/run.h"
+#include "complete/verification.h"
+#include "complete/watch.h"
+#include "complete/words.h"
+#include "complete/write_failure.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+// One process at a time does a piece.
+class JobLock {
+ public:
+  explicit JobLock(std::string path)
+      : path_(std::move(path)), file_(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    if (file_ < 0) throw WriteFailure(path_ + ": " + std::strerror(errno));
+    if (::flock(file_, LOCK_EX | LOCK_NB) != 0)
+      throw WriteFailure(path_ + ": another process does this piece");
+  }
+  ~JobLock() {
+    ::unlink(path_.c_str());
+    ::close(file_);
+  }
+  JobLock(const JobLock&) = delete;
+  JobLock& operator=(const JobLock&) = delete;
+
+ private:
+  std::string path_;
+  int file_;
+};
+
+class Listing : public Visitor {
+ public:
+  Listing(const Program& program, Finds& finds) : program_(program), verification_(program), finds_(finds) {}
+
+  Next visit(const IntegerVector& z) override {
+    static thread_local Point x;
+    verification_.takePoint(x, z);
+    finds_.list(x, normsOf(program_, x));
+    return Next::GO_ON;
+  }
+
+ private:
+  const Program& program_;
+  Verification verification_;
+  Finds& finds_;
+};
+
+class Job {
+ public:
+  Job(const Options& options, const Folder& folder, const Entry& entry)
+      : options_(options),
+        folder_(folder),
+        entry_(entry),
+        name_(folder.pathOf(std::to_string(entry.number))),
+        lattice_(folder.lattice()),
+        results_(folder.program(), folder.wanted().count ? "" : pointsPath(), options.text) {
+    control_.threads = static_cast<unsigned>(std::clamp(options.threads, 1ul, MOST_THREADS));
+    control_.keepEvery = options.checkpoint;
+    control_.keep = [this](const Frontier& left) { save(left, true); };
+  }
+
+  int result() {
+    std::vector<Piece> pieces = takeUp();
+    Listing listing(folder_.program(), results_);
+    const IntegerVector point = lattice_.box.point;
+    SearchSettings settings;
+    settings.pieces = pieces.empty() ? entry_.pieces : std::move(pieces);
+    bool isComplete = false;
+    {
+      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_, [] { _exit(UNKNOWN); });
+      isComplete = search(lattice_.box, listing, control_, settings);
+    }
+    if (lattice_.box.point != point) throw ReductionFailure("the lattice's point is not where it was left");
+    const bool isOver = options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime;
+    if (!isComplete && !isOver) {
+      save(control_.left, true);
+      return UNKNOWN;
+    }
+    place(isComplete ? std::vector<Piece>() : control_.left.pieces);
+    return 0;
+  }
+
+ private:
+  static constexpr unsigned long MOST_THREADS = 1024;
+
+  std::string pointsPath() const { return name_ + ".points"; }
+  std::string checkpointPath() const { return name_ + ".checkpoint"; }
+
+  // What another process has left of this piece; empty: nothing was begun.
+  std::vector<Piece> takeUp() {
+    const auto past = readCheckpoint(checkpointPath());
+    const bool isOurs =
+        past && past->identity == entry_.digest && past->open &&
+        (folder_.wanted().count || digestOfFile(pointsPath(), past->file.bytes) == past->file.digest);
+    if (!isOurs) {
+      std::filesystem::remove(checkpointPath());
+      std::filesystem::remove(pointsPath());
+      results_.begin();
+      return {};
+    }
+    control_.nodes = past->nodes;
+    results_.resume(past->file, past->seconds, false);
+    results_.goLive();
+    return past->open->frontier.pieces;
+  }
+
+  void save(const Frontier& left, bool surely) {
+    Checkpoint checkpoint;
+    checkpoint.identity = entry_.digest;
+    checkpoint.seconds = results_.allSeconds();
+    checkpoint.nodes = control_.nodes;
+    checkpoint.file = results_.state(surely);
+    checkpoint.open.emplace();
+    checkpoint.open->key = checkpoint.open->lattice = entry_.digest;
+    checkpoint.open->frontier = left;
+    writeCheckpoint(checkpointPath(), checkpoint, surely);
+    control_.lastKeep = std::chrono::steady_clock::now();
+  }
+
+  void place(std::vector<Piece> open) {
+    const FileState state = results_.state();
+    Result result;
+    result.number = entry_.number;
+    result.entry = entry_.digest;
+    result.nodes = control_.nodes;
+    result.open = std::move(open);
+    result.points = state.count;
+    if (!folder_.wanted().count && state.bytes > 0) result.lines = readFile(pointsPath());
+    Digest digest;
+    digest.add(result.lines);
+    if (!folder_.wanted().count && digest != state.digest)
+      throw WriteFailure(pointsPath() + ": is not as it was written");
+    replaceFile(folder_.resultPath(entry_.number), textOf(result), true);
+    std::filesystem::remove(checkpointPath());
+    std::filesystem::remove(pointsPath());
+    print(lineOf(folder_, entry_, result));
+  }
+
+  const Options& options_;
+  const Folder& folder_;
+  const Entry& entry_;
+  std::string name_;
+  PieceLattice lattice_;
+  SearchControl control_;
+  Results results_;
+};
+
+// True: there is a result already, and it was told.
+bool isDone(const Folder& folder, const Entry& entry) {
+  if (!folder.hasResult(entry)) return false;
+  try {
+    print(lineOf(folder, entry, folder.resultIn(folder.resultPath(entry.number), entry)));
+    return true;
+  } catch (const BadWords& e) {
+    std::fprintf(stderr, "latbox-all: %s: the piece is done anew\n", e.what());
+    return false;
+  }
+}
+
+}  // namespace
+
+int doJob(const Options& options) {
+  const Folder folder(options.jobs);
+  const Entry& entry = folder.entry(options.job);
+  if (isDone(folder, entry)) return 0;
+  const JobLock lock(folder.pathOf(std::to_string(entry.number) + ".lock"));
+  if (isDone(folder, entry)) return 0;
+  return Job(options, folder, entry).result();
+}
+
+}  // namespace latbox::complete::jobs

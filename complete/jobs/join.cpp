@@ -1,0 +1,116 @@
+#include "complete/jobs/join.h"
+
+#include <cstdio>
+#include <thread>
+
+#include "complete/closing.h"
+#include "complete/elimination.h"
+#include "complete/jobs/standing.h"
+#include "complete/jobs/taking.h"
+#include "complete/parts.h"
+#include "complete/presolve.h"
+#include "complete/run.h"
+#include "complete/words.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+// Whether the lattice is that of the program: built anew, but for the point and the basis, which are proven
+// to generate the same points.
+bool isLatticeOf(const IntegerProgram& whole, const BoxLattice& lattice) {
+  auto own = unreducedLatticeOf(whole);
+  if (!own || own->fixed != lattice.fixed || own->variables != lattice.variables || own->low != lattice.low ||
+      own->high != lattice.high || own->equations != lattice.equations || own->sides != lattice.sides)
+    return false;
+  for (std::size_t i = 0; i < own->equations.size(); ++i)
+    if (innerProduct(own->equations[i], lattice.point) != own->sides[i]) return false;
+  return takeBasis(*own, lattice.basis);
+}
+
+class Joiner {
+ public:
+  Joiner(const Options& options, const Folder& folder) : options_(options), folder_(folder) {}
+
+  Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
+    if (folder_.manifest().entries.empty()) return complete::solve(program, task, finds, journal);
+    const PieceLattice lattice = provenLattice();
+    const std::vector<Standing> all = standings(folder_, complain);
+    requireAll(all);
+    const PointReader reader(program, lattice);
+    // All are looked at before the first is written.
+    each(all, journal.control(),
+         [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
+    finds.begin();
+    each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+      reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
+    });
+    return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+ private:
+  static void complain(const std::string& what) { std::fprintf(stderr, "latbox-all: %s\n", what.c_str()); }
+
+  PieceLattice provenLattice() const {
+    PieceLattice lattice = folder_.lattice();
+    IntegerProgram whole = integerProgramOf(folder_.program());
+    if (!tighten(whole) || !closeByRows(whole) || !isLatticeOf(whole, lattice.box))
+      throw BadFolder(folder_.pathOf("lattice") + ": is not that of the program");
+    return lattice;
+  }
+
+  void requireAll(const std::vector<Standing>& all) const {
+    constexpr unsigned MOST = 20;
+    unsigned missing = 0;
+    for (const Standing& standing : all) {
+      const bool isOpen = standing.state == State::OPEN;
+      if (!isOpen && standing.state != State::PARTIAL) continue;
+      const std::string name = "piece " + std::to_string(standing.entry->number);
+      if (++missing <= MOST) complain(name + (isOpen ? " has no result" : " is not done to its end"));
+    }
+    if (missing > MOST) complain("and " + std::to_string(missing - MOST) + " more");
+    if (missing > 0)
+      throw BadFolder("--jobs=" + options_.jobs + ": " + std::to_string(missing) + " pieces are missing");
+  }
+
+  template <class Use>
+  void each(const std::vector<Standing>& all, const SearchControl& control, const Use& use) const {
+    Parts parts;
+    parts.end = all.size();
+    parts.make = [&](unsigned long i) {
+      if (!all[i].result) return true;
+      const Entry& entry = *all[i].entry;
+      const std::string path = folder_.resultPath(entry.number);
+      try {
+        use(entry, folder_.resultIn(path, entry));
+      } catch (const BadWords& e) {
+        throw BadFolder("piece " + std::to_string(entry.number) + ": " + e.what());
+      }
+      return true;
+    };
+    parts.tell = [](unsigned long) {};
+    goThrough(parts, control);
+  }
+
+  const Options& options_;
+  const Folder& folder_;
+};
+
+}  // namespace
+
+int join(const Options& options) {
+  const Folder folder(options.jobs);
+  Joiner joiner(options, folder);
+  Options run = options;
+  run.file = folder.pathOf("program.opt");
+  run.all = folder.wanted().all;
+  run.ties = folder.wanted().ties;
+  run.count = folder.wanted().count;
+  run.resume = false;
+  Answers answers = plainAnswers();
+  answers.solve = [&](const Program& program, const Task& task, Finds& finds, Journal& journal) {
+    return joiner.solve(program, task, finds, journal);
+  };
+  return runProgram(run, answers);
+}
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,19 @@
+// A result that was made elsewhere comes into the folder, if it is one.
+#pragma once
+
+#include "complete/jobs/folder.h"
+#include "complete/jobs/point_reader.h"
+#include "complete/options.h"
+
+namespace latbox::complete::jobs {
+
+// Status 0 and the line of what is in place then. Throws BadFolder with the reason why it is not taken.
+int take(const Options& options);
+
+// Throws BadWords unless all that the result claims, and can be looked at, is so.
+void judge(const Folder& folder, const PointReader& reader, const Entry& entry, const Result& result);
+
+// "piece 3: done, 12 points, 3456 nodes".
+std::string lineOf(const Folder& folder, const Entry& entry, const Result& result);
+
+}  // namespace latbox::complete::jobs
