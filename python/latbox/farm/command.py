@@ -19,6 +19,7 @@ from .engine import Engine
 from .folder import Folder
 from .manager import Manager
 from .options import Options
+from .pieces import failure
 from .progress import Display
 
 NAME = "latbox-farm"
@@ -95,12 +96,12 @@ class Command:
     def _work(self, manager: Manager, engine: Engine) -> int:
         options, folder = self._options, self._folder
         if not folder.is_cut:
-            manager.cut(["--split=%d" % options.pieces, "--jobs=" + folder.path, "--threads=%d" % options.threads,
-                         "--quiet=%d" % options.quiet, *self._search(), os.path.abspath(options.program)])
+            manager.cut(["--split=%d" % options.pieces, "--jobs=" + folder.path, "--quiet=%d" % options.quiet, *self._search(),
+                         os.path.abspath(options.program)])
         if not folder.is_cut or not manager.work():
             return self._stopped(manager)
         engine.dismiss()
-        joining = ["--join=1", "--jobs=" + folder.path, "--quiet=%d" % options.quiet]
+        joining = ["--join=1", "--jobs=" + folder.path, "--threads=%d" % options.threads, "--quiet=%d" % options.quiet]
         if not options.count:
             joining.append("--out=" + os.path.abspath(options.out))
         if options.proof is not None:
@@ -110,7 +111,7 @@ class Command:
             return self._stopped(manager)
         self._display.clear()
         if answer.status in (statuses.FAILURE, statuses.USAGE):
-            raise LatboxError(answer.err or "latbox-all --join failed with status %d" % answer.status)
+            raise failure(answer, "--join")
         say("".join(line + "\n" for line in answer.out))
         return answer.status
 

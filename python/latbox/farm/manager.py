@@ -51,16 +51,21 @@ class Manager:
 
     def cut(self, arguments: list[str]) -> None:
         """The folder gets its pieces."""
-        self._desk.ask(arguments, lambda answer: self._hear(len(pieces.cut(answer))), self._display.note)
+        self._desk.ask(arguments, lambda answer: self._hear(len(pieces.cut(answer))), self._echo)
         self._settle()
 
     def _hear(self, pieces_cut: int) -> None:
         self._folder.log("cut into %d pieces" % pieces_cut)
 
+    def _echo(self, line: str) -> None:
+        """What a long call says. What is wrong is told when it has ended."""
+        if not pieces.SAID.match(line):
+            self._display.note(line)
+
     def join(self, arguments: list[str]) -> Answer | None:
         """What latbox-all makes of all pieces; None if it was stopped."""
         heard: list[Answer] = []
-        self._desk.ask(arguments, heard.append, self._display.note)
+        self._desk.ask(arguments, heard.append, self._echo)
         self._settle()
         return heard[0] if heard else None
 

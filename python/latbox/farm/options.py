@@ -61,7 +61,7 @@ TABLE = [
     Option("out", "FILE", take_path, "Where points are written; NAME.all unless given."),
     Option("proof", "FILE", take_path, "Write a proof of the verdict that latbox-check can check."),
     Option("threads", "N", take_whole(0, 1024, "a number of threads from 0 to 1024 is wanted"),
-           "Threads here, where the search is cut; 0, the default: one for each core."),
+           "Threads here, where all is joined; 0, the default: one for each core."),
     Option("quiet", "0|1", take_switch, "No lines of progress, and no command for workers.", SWITCH),
     Option("help", "", None, "Show this text."),
     Option("version", "", None, "Show the version, its commit, and the programs."),

@@ -13,6 +13,9 @@ CUT = re.compile(r"split: ([0-9]+) pieces?(?:, ([0-9]+) to ([0-9]+))?\Z")
 TAKEN = re.compile(r"piece ([0-9]+): (?:done|open ([0-9]+) prefix(?:es)?), ([0-9]+) points?, ([0-9]+) nodes?(?:,? best (.+))?\Z")
 STANDING = re.compile(r"([0-9]+) (open|partial|done|split) ([-+.0-9a-z]+) ([0-9]+) ([0-9]+)\Z")
 
+# What is wrong, on standard error.
+SAID = re.compile(r"^latbox-all: (.*)$", re.MULTILINE)
+
 # Nothing is done of it; something is, and what is left stands in its result; all is; other pieces stand for what is left.
 OPEN, PARTIAL, DONE, SPLIT = "open", "partial", "done", "split"
 
@@ -73,7 +76,7 @@ def taken(answer: Answer) -> Taken | None:
 
 def failure(answer: Answer, call: str) -> LatboxError:
     """In the words of latbox-all, if it has any; wrong input is the user's."""
-    words = answer.err.splitlines()[-1].removeprefix("latbox-all: ") if answer.err else ""
+    words = "\n".join(said.group(1) for said in SAID.finditer(answer.err)) or answer.err
     if answer.status == USAGE:
         return UsageError(words)
     return EngineError(words or "latbox-all %s failed with status %d" % (call, answer.status))
