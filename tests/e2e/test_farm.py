@@ -9,13 +9,18 @@ import stat
 
 import farm_support
 import harness
-from complete_kills import knapsack, market_split, tied_knapsack
-from farm_support import SILENCE, FarmCase
-from programs import opt
-from test_complete import NINE, NOTHING, ONE, SMALLEST
+from complete_kills import TASKS, triples
+from farm_support import FarmCase
+from programs import market_split
+from test_complete import NINE, NOTHING, ONE
 
-# Programs whose search takes a second or some, with the options of the run: all points, none, the best one, all best ones.
+LONG = market_split(6, 50, 1)
+
+# Programs whose search takes about a second, with the options of the run.
 DISTURBED = {
+    "all_points": (TASKS[0].text,),
+    "no_point": (LONG,),
+    "no_design": (triples(11),),
 }
 
 
@@ -23,9 +28,8 @@ class DisturbedTest(FarmCase):
     """Of three workers one is killed in a piece, two stand still for longer than their time-out, and then the manager is killed."""
 
     def disturb(self, text, *options):
-        options = ("--proof=p.proof", *options)
         alone = self.alone(text, *options)
-        farm = self.begin("--pieces=20", *options)
+        farm = self.begin("--pieces=40", *options)
         killed, *stopped = [self.hire() for _ in range(3)]
         harness.wait_until(self.results, "a result")
         killed.stop_in_a_piece()
@@ -38,7 +42,7 @@ class DisturbedTest(FarmCase):
         port = self.read("jobs/farm/port")
         for worker in stopped:
             worker.go_on()
-        farm = self.begin("--pieces=20", *options)
+        farm = self.begin("--pieces=40", *options)
         status = farm.wait()
         self.assertEqual(self.read("jobs/farm/port"), port)
         self.assert_same(alone, harness.Result(status, farm.out, farm.err))
@@ -72,12 +76,12 @@ class PlainTest(FarmCase):
             self.forget()
 
     def test_what_presolve_decides_needs_no_worker(self):
-        alone = self.alone(NOTHING, "--proof=p.proof")
-        self.assert_same(alone, self.farm(NOTHING, "--proof=p.proof", workers=0))
+        alone = self.alone(NOTHING)
+        self.assert_same(alone, self.farm(NOTHING, workers=0))
         self.assertEqual(alone.verdict, "verdict: none")
 
     def test_what_overruns_is_cut_again(self):
-        text = market_split(5, 40, 200)
+        text = LONG
         alone = self.alone(text)
         result = self.farm(text, "--pieces=2", "--job-rtime=0.3", workers=2)
         self.assert_same(alone, result)
@@ -91,7 +95,7 @@ class PlainTest(FarmCase):
 
 class EndTest(FarmCase):
     def test_stopped_and_going_on(self):
-        text = market_split(5, 40, 200)
+        text = LONG
         alone = self.alone(text)
         for number in (signal.SIGINT, signal.SIGTERM):
             farm = self.begin("--pieces=30")
@@ -106,7 +110,7 @@ class EndTest(FarmCase):
         self.assert_same(alone, harness.Result(farm.wait(), farm.out, farm.err))
 
     def test_two_farms_in_one_folder(self):
-        self.write("p.opt", market_split(5, 40, 200))
+        self.write("p.opt", LONG)
         first = self.begin("--pieces=30")
         first.wait_for("a worker is started by", "err")
         second = self.begin()

@@ -64,7 +64,7 @@ class Folder:
         if self._content(self.file("program.opt")) != self._content(program):
             raise UsageError("%s holds the pieces of another program; --jobs=DIR names another folder" % self.path)
         before = self._content(self.own("search")).decode()
-        if before and before != text:
+        if os.path.exists(self.own("search")) and before != text:
             raise UsageError("%s was cut by the options %s; --jobs=DIR names another folder" %
                              (self.path, " ".join(before.split()) or "that are none"))
 
