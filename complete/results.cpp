@@ -46,6 +46,11 @@ void Results::list(const Point& x, const Norms& norms) {
   if (!best_ || norms < *best_) best_ = norms;
 }
 
+void Results::add(unsigned long points) {
+  const std::lock_guard lock(mutex_);
+  count_ += points;
+}
+
 void Results::replace(const Point& x, const Norms& norms) {
   const std::string text = path_.empty() ? "" : line(x, norms);
   std::unique_lock lock(mutex_);

@@ -197,7 +197,7 @@ class Solver {
         journal_(journal),
         control_(journal.control()),
         objective_(program),
-        whole_(integerProgramOf(program)) {}
+        whole_(withRows(integerProgramOf(program), task.beside)) {}
 
   Outcome result() {
     // A program without points is told at once, whatever its bounds.
@@ -290,8 +290,10 @@ class Solver {
 
   Outcome findBest() {
     Improving improving(program_, finds_);
-    if (!findAny(improving)) return control_.stop ? Outcome::STOPPED : Outcome::NONE;
-    if (task_.first || !minimise(improving, objective_, whole_)) return Outcome::STOPPED;
+    if (task_.start) improving.accept(*task_.start);
+    if (!task_.start && !findAny(improving)) return control_.stop ? Outcome::STOPPED : Outcome::NONE;
+    if (task_.first || (!task_.isLeast && !minimise(improving, objective_, whole_))) return Outcome::STOPPED;
+    if (task_.normAlone) return Outcome::COMPLETE;
     const Norms& norms = improving.best()->norms;
     IntegerProgram bests = withValueOf(norms, objective_, whole_);
     if (objective_.needsSlackNorm()) {

@@ -16,6 +16,8 @@ class Finds {
   virtual void begin() = 0;
   // One more point of a list. Called by several threads at once.
   virtual void list(const Point& x, const Norms& norms) = 0;
+  // So many more points of a list, of which nobody wants more than their number.
+  virtual void add(unsigned long points) { (void)points; }
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.
   virtual void replace(const Point& x, const Norms& norms) = 0;
   // No point has a smaller target norm, by proof.
@@ -37,6 +39,14 @@ struct Task {
   unsigned long seed = 0;
   // What others have found, of use where the best point is wanted; or none.
   KnownPoints* known = nullptr;
+  // Where the best point is wanted: rows that are asked for beside the program's, and a point of the program,
+  // which need not keep them, so that only better ones count.
+  std::vector<Row> beside = {};
+  std::optional<Point> start = {};
+  // The target norm of `start` is proven to be the least.
+  bool isLeast = false;
+  // End with the least target norm, whatever the slack norm.
+  bool normAlone = false;
 };
 
 enum class Outcome { COMPLETE, NONE, STOPPED };

@@ -68,6 +68,31 @@ bool Cover::isSame(const Node& a, const Node& b) {
   return true;
 }
 
+// Both are in their one form: a half-line is in another set only where that has one that holds it, or holds
+// the candidates between singly, which that form does not leave.
+bool Cover::isWithin(const Node& a, const Node& b) {
+  if (b.all || a.isEmpty()) return true;
+  if (a.all || (a.up && (!b.up || *a.up < *b.up)) || (a.down && (!b.down || *a.down > *b.down))) return false;
+  for (const auto& [candidate, below] : a.below) {
+    if (b.has(candidate)) continue;
+    const auto found = b.below.find(candidate);
+    if (found == b.below.end() || !isWithin(below, found->second)) return false;
+  }
+  return true;
+}
+
+bool isWithin(Cover& a, Cover& b) {
+  a.root_.normalise();
+  b.root_.normalise();
+  return Cover::isWithin(a.root_, b.root_);
+}
+
+bool isWithin(const std::vector<Piece>& pieces, const std::vector<Piece>& others) {
+  Cover a;
+  Cover b;
+  return a.add(pieces) && b.add(others) && isWithin(a, b);
+}
+
 bool Cover::isWhole() {
   root_.normalise();
   return root_.all;

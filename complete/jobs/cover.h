@@ -24,6 +24,8 @@ class Cover {
   // Requires that nothing is added any more.
   bool isWhole();
   friend bool isSame(Cover& a, Cover& b);
+  // Whether all of it is in the other one.
+  friend bool isWithin(Cover& a, Cover& b);
 
  private:
   // What is there of the sequences that begin alike: all, or those that go on with candidates from `up` on,
@@ -43,9 +45,13 @@ class Cover {
   };
 
   static bool isSame(const Node& a, const Node& b);
+  static bool isWithin(const Node& a, const Node& b);
 
   Node root_;
 };
+
+// Whether these pieces, no part of which is there twice, are a part of those.
+bool isWithin(const std::vector<Piece>& pieces, const std::vector<Piece>& others);
 
 // Whether these pieces are those, each part of them once.
 bool isSame(const std::vector<Piece>& pieces, const std::vector<Piece>& others);

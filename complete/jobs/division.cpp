@@ -1,16 +1,21 @@
 #include "complete/jobs/division.h"
 
 #include <filesystem>
+#include <mutex>
 
 #include "complete/closing.h"
 #include "complete/digest.h"
+#include "complete/jobs/best.h"
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/folder.h"
+#include "complete/jobs/proof_walk.h"
 #include "complete/jobs/splitting.h"
 #include "complete/jobs/standing.h"
+#include "complete/points_file.h"
 #include "complete/preparation.h"
 #include "complete/presolve.h"
 #include "complete/run.h"
+#include "complete/solver.h"
 #include "complete/words.h"
 #include "complete/write_failure.h"
 
@@ -41,15 +46,61 @@ void guardFolder(const std::string& path, const std::string& program) {
       throw BadInput("--jobs=" + path + ": is not empty, and no folder of pieces of this program");
 }
 
-// What is searched through; nothing: there is no point.
-std::optional<PieceLattice> latticeOf(const Program& program) {
+// Keeps the first point, and ends the search with it.
+class FirstPoint : public Finds {
+ public:
+  explicit FirstPoint(SearchControl& control) : control_(control) {}
+
+  void begin() override {}
+  void list(const Point& x, const Norms& norms) override { replace(x, norms); }
+  void replace(const Point& x, const Norms& norms) override {
+    const std::lock_guard lock(mutex_);
+    best = BestPoint{x, norms};
+    control_.stop = true;
+  }
+  unsigned long count() const override { return best ? 1 : 0; }
+
+  std::optional<BestPoint> best;
+
+ private:
+  SearchControl& control_;
+  std::mutex mutex_;
+};
+
+// With a point the rows of its norm make the tree smaller, and may be what gives variables their bounds.
+// Nothing: there is no point.
+std::optional<BestPoint> firstPointOf(const Program& program) {
+  SearchControl control;
+  Journal journal(control);
+  FirstPoint first(control);
+  solve(program, Task(), first, journal);
+  return first.best;
+}
+
+struct Searched {
+  // Nothing: the join does without pieces.
+  std::optional<PieceLattice> lattice;
+  std::optional<BestPoint> best;
+};
+
+Searched searchedOf(const Program& program, bool isListing) {
+  Searched searched;
   IntegerProgram whole = integerProgramOf(program);
-  if (!tighten(whole) || !closeByRows(whole)) return std::nullopt;
+  if (!tighten(whole) || !closeByRows(whole)) return searched;
+  if (!isListing && !openVariables(whole).empty()) {
+    searched.best = firstPointOf(program);
+    if (!searched.best) return searched;
+    const Objective objective(program);
+    for (Row& row : objective.rows(objective.valueOf(searched.best->norms)))
+      whole.rows.push_back(std::move(row));
+    if (!tighten(whole) || !closeByRows(whole) || !openVariables(whole).empty()) return searched;
+  }
   requireBounds(whole);
   auto prepared = preparedLatticeOf(whole);
-  if (!prepared) return std::nullopt;
+  if (!prepared) return searched;
   settle(prepared->lattice);
-  return withDual(std::move(prepared->lattice));
+  searched.lattice = withDual(std::move(prepared->lattice));
+  return searched;
 }
 
 std::vector<Entry> entriesOf(BoxLattice& lattice, const std::vector<Piece>& pieces, unsigned long count,
@@ -78,6 +129,22 @@ std::vector<Entry> sharesOf(const Entry& entry, unsigned long count, const std::
   return entries;
 }
 
+// The lattice and the cuts of the proof, and shares of its walk behind the pieces.
+std::string proofTextOf(const Program& program, unsigned long count, Manifest& manifest) {
+  SearchControl control;
+  // So many of the walk's own parts that shares can be split again.
+  constexpr std::size_t LEAST = 20'000;
+  constexpr std::size_t EACH = 20;
+  ProofWalk walk{proof::beginningOf(program, control), std::max(LEAST, EACH * count)};
+  if (walk.beginning.lattice) {
+    Entry whole;
+    whole.share = Share();
+    whole.nodes = walk.beginning.lattice->nodes;
+    for (Entry& entry : sharesOf(whole, count, "")) manifest.entries.push_back(std::move(entry));
+  }
+  return textOf(walk);
+}
+
 Wanted wantedOf(const Options& options) {
   return {options.all, options.ties, options.count, options.proof == "1"};
 }
@@ -104,14 +171,22 @@ int begin(const Options& options) {
     return tell(folder.manifest().childrenOf(0, ""));
   }
   replaceFile(pathIn(options.jobs, "program.opt"), text, true);
-  auto lattice = latticeOf(program);
+  auto [lattice, best] = searchedOf(program, options.all || program.targets.empty());
   const std::string latticeText = lattice ? textOf(*lattice) : "";
   Manifest manifest;
+  Manifest shares;
   manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-"};
+  if (lattice && manifest.head.wanted.proof && (options.all || program.targets.empty())) {
+    const std::string proofText = proofTextOf(program, options.split, shares);
+    replaceFile(pathIn(options.jobs, "proof"), proofText, true);
+    manifest.head.proof = digestOf(proofText);
+  }
   if (lattice)
     for (Entry& entry : entriesOf(lattice->box, {{}}, options.split, 0, ""))
       manifest.append(std::move(entry));
+  for (Entry& entry : shares.entries) manifest.append(std::move(entry));
   replaceFile(pathIn(options.jobs, "lattice"), latticeText, true);
+  if (best) replaceFile(pathIn(options.jobs, "best"), lineOf(program, best->x, best->norms, 0, ""), true);
   replaceFile(manifestPath, textOf(manifest), true);
   return tell(manifest.childrenOf(0, ""));
 }

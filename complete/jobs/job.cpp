@@ -11,8 +11,10 @@
 
 #include "complete/checkpoint.h"
 #include "complete/command.h"
+#include "complete/jobs/best_job.h"
 #include "complete/jobs/folder.h"
-#include "complete/jobs/taking.h"
+#include "complete/jobs/placing.h"
+#include "complete/jobs/proof_job.h"
 #include "complete/reduction.h"
 #include "complete/run.h"
 #include "complete/verification.h"
@@ -70,7 +72,7 @@ class Job {
         name_(folder.pathOf(std::to_string(entry.number))),
         lattice_(folder.lattice()),
         results_(folder.program(), folder.wanted().count ? "" : pointsPath(), options.text) {
-    control_.threads = static_cast<unsigned>(std::clamp(options.threads, 1ul, MOST_THREADS));
+    control_.threads = threadsOf(options);
     control_.keepEvery = options.checkpoint;
     control_.keep = [this](const Frontier& left) { save(left, true); };
   }
@@ -97,8 +99,6 @@ class Job {
   }
 
  private:
-  static constexpr unsigned long MOST_THREADS = 1024;
-
   std::string pointsPath() const { return name_ + ".points"; }
   std::string checkpointPath() const { return name_ + ".checkpoint"; }
 
@@ -146,10 +146,7 @@ class Job {
     digest.add(result.lines);
     if (!folder_.wanted().count && digest != state.digest)
       throw WriteFailure(pointsPath() + ": is not as it was written");
-    replaceFile(folder_.resultPath(entry_.number), textOf(result), true);
-    std::filesystem::remove(checkpointPath());
-    std::filesystem::remove(pointsPath());
-    print(lineOf(folder_, entry_, result));
+    jobs::place(folder_, entry_, result);
   }
 
   const Options& options_;
@@ -181,7 +178,8 @@ int doJob(const Options& options) {
   if (isDone(folder, entry)) return 0;
   const JobLock lock(folder.pathOf(std::to_string(entry.number) + ".lock"));
   if (isDone(folder, entry)) return 0;
-  return Job(options, folder, entry).result();
+  if (entry.share) return doShare(options, folder, entry);
+  return folder.isListing() ? Job(options, folder, entry).result() : doBestJob(options, folder, entry);
 }
 
 }  // namespace latbox::complete::jobs

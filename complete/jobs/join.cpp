@@ -1,10 +1,12 @@
 #include "complete/jobs/join.h"
 
 #include <cstdio>
+#include <mutex>
 #include <thread>
 
 #include "complete/closing.h"
 #include "complete/elimination.h"
+#include "complete/jobs/proof_walk.h"
 #include "complete/jobs/standing.h"
 #include "complete/jobs/taking.h"
 #include "complete/parts.h"
@@ -33,18 +35,37 @@ class Joiner {
 
   Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
     if (folder_.manifest().entries.empty()) return complete::solve(program, task, finds, journal);
-    const PieceLattice lattice = provenLattice();
+    const PieceLattice lattice = folder_.isListing() ? provenLattice() : folder_.lattice();
     const std::vector<Standing> all = standings(folder_, complain);
     requireAll(all);
-    const PointReader reader(program, lattice);
+    const PointReader reader(program, lattice, folder_.isListing());
     // All are looked at before the first is written.
     each(all, journal.control(),
          [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
+    if (!folder_.isListing()) return solveBest(reader, all, task, finds, journal);
     finds.begin();
     each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+      if (entry.share) return;
+      if (folder_.wanted().count) return finds.add(result.points);
       reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
     });
     return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+  // Of the shares of its walk, where the folder has them.
+  std::string proof(const Program& program, const proof::Claim& claim, SearchControl& control) const {
+    if (folder_.manifest().head.proof == "-") return proof::proofOf(program, claim, control);
+    const ProofWalk walk = parseProofWalk(folder_.proofText());
+    if (!walk.beginning.lattice) return proof::proofOf(walk.beginning.text, std::nullopt);
+    proof::WalkCount count;
+    for (const Standing& standing : standings(folder_, complain)) {
+      if (!standing.entry->share || !standing.result || standing.result->isOpenShare) continue;
+      count.nodes += standing.result->nodes;
+      count.points += standing.result->met;
+    }
+    if (count.points != claim.count.value_or(0))
+      throw std::logic_error("the proof does not meet the points that the search has told");
+    return proof::proofOf(walk.beginning.text, count);
   }
 
  private:
@@ -64,12 +85,44 @@ class Joiner {
     for (const Standing& standing : all) {
       const bool isOpen = standing.state == State::OPEN;
       if (!isOpen && standing.state != State::PARTIAL) continue;
+      if (standing.entry->share && options_.proof.empty()) continue;
       const std::string name = "piece " + std::to_string(standing.entry->number);
       if (++missing <= MOST) complain(name + (isOpen ? " has no result" : " is not done to its end"));
     }
     if (missing > MOST) complain("and " + std::to_string(missing - MOST) + " more");
     if (missing > 0)
       throw BadFolder("--jobs=" + options_.jobs + ": " + std::to_string(missing) + " pieces are missing");
+  }
+
+  // The target norm is proven; what is left is done as the undivided run does it.
+  Outcome solveBest(const PointReader& reader, const std::vector<Standing>& all, Task task, Finds& finds,
+                    Journal& journal) const {
+    const Program& program = folder_.program();
+    std::optional<BestPoint> best = bestIn(folder_.pathOf("best"), program);
+    std::mutex mutex;
+    each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+      const auto found = bestOf(reader, entry, result, program);
+      const std::lock_guard lock(mutex);
+      best = betterOf(best, found);
+    });
+    requireBounds(all, best);
+    if (!best) {
+      finds.begin();
+      return Outcome::NONE;
+    }
+    task.start = best->x;
+    task.isLeast = true;
+    return complete::solve(program, task, finds, journal);
+  }
+
+  // Nobody has left out a point that is better than the best.
+  void requireBounds(const std::vector<Standing>& all, const std::optional<BestPoint>& best) const {
+    for (const Standing& standing : all) {
+      if (!standing.result || !standing.result->bound) continue;
+      if (best && parseRational(*standing.result->bound) >= best->norms.target) continue;
+      throw BadFolder("piece " + std::to_string(standing.entry->number) + ": is complete below " +
+                      *standing.result->bound + " alone, and no such point is known");
+    }
   }
 
   template <class Use>
@@ -107,6 +160,9 @@ int join(const Options& options) {
   run.count = folder.wanted().count;
   run.resume = false;
   Answers answers = plainAnswers();
+  answers.proof = [&](const Program& program, const proof::Claim& claim, SearchControl& control) {
+    return joiner.proof(program, claim, control);
+  };
   answers.solve = [&](const Program& program, const Task& task, Finds& finds, Journal& journal) {
     return joiner.solve(program, task, finds, journal);
   };

@@ -11,8 +11,8 @@ constexpr unsigned long MOST_DIGITS = 9;
 
 }  // namespace
 
-PointReader::PointReader(const Program& program, const PieceLattice& lattice)
-    : program_(program), verification_(program), coefficients_(lattice) {
+PointReader::PointReader(const Program& program, const PieceLattice& lattice, bool isListing)
+    : program_(program), isListing_(isListing), verification_(program), coefficients_(lattice) {
   for (const unsigned long digits : program.digits)
     steps_.push_back(digits <= MOST_DIGITS ? powerOfTen(digits).get_si() : 0);
 }
@@ -60,7 +60,7 @@ void PointReader::read(const Result& result, const Entry& entry,
       const std::size_t end = std::min(lines.find('\n', place), lines.size());
       const IntegerVector z = wholeOf(lines.substr(place, end - place));
       verification_.takePoint(x, z);
-      if (!coefficients_.isIn(entry.pieces, z) || coefficients_.isIn(result.open, z))
+      if (isListing_ && (!coefficients_.isIn(entry.pieces, z) || coefficients_.isIn(result.open, z)))
         throw BadWords("a point of another piece");
       take(x);
       place = end + 1;

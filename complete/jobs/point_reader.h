@@ -11,17 +11,19 @@ namespace latbox::complete::jobs {
 
 class PointReader {
  public:
-  // Both must outlive this.
-  PointReader(const Program& program, const PieceLattice& lattice);
+  // Of lists of points, or of better and better ones. Both must outlive this.
+  PointReader(const Program& program, const PieceLattice& lattice, bool isListing);
 
-  // The points of the lines, each verified against the program as it was read, to belong to the entry and not
-  // to what the result has left, and as many as the result says. Throws BadWords with the line.
+  // The points of the lines, as many as the result says, each verified against the program as it was read;
+  // those of a list to belong to the entry, and not to what the result has left. Throws BadWords with the
+  // line.
   void read(const Result& result, const Entry& entry, const std::function<void(const Point&)>& take) const;
 
  private:
   IntegerVector wholeOf(std::string_view line) const;
 
   const Program& program_;
+  bool isListing_;
   Verification verification_;
   Coefficients coefficients_;
   std::vector<long> steps_;

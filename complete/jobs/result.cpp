@@ -18,6 +18,8 @@ void takeLine(const std::string& name, Words& words, Result& result) {
     result.entry = words.next<std::string>();
   } else if (name == "nodes") {
     result.nodes = words.next<unsigned long>();
+  } else if (name == "met") {
+    result.met = words.next<unsigned long>();
   } else if (name == "open") {
     const auto word = words.next<std::string>();
     if (word == "share")
@@ -41,6 +43,7 @@ std::string textOf(const Result& result) {
                      "\nnodes " + std::to_string(result.nodes) + "\n";
   for (const Piece& piece : result.open) text += "open " + textOf(piece) + "\n";
   if (result.isOpenShare) text += "open share\n";
+  if (result.met > 0) text += "met " + std::to_string(result.met) + "\n";
   if (result.bound) text += "bound " + *result.bound + "\n";
   text += std::string(LAST) + " " + std::to_string(result.points) + "\n";
   text += result.lines;

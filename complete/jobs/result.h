@@ -21,6 +21,8 @@ struct Result {
   // What is not done; empty: all is.
   std::vector<Piece> open;
   bool isOpenShare = false;
+  // Of a share of a proof: the points that its walk has met.
+  unsigned long met = 0;
   // With an objective: no point of what is done has a smaller target norm. Nothing: it has no point at all.
   std::optional<std::string> bound;
   // Points, listed or counted, and the lines of those that are listed.

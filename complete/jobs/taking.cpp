@@ -1,5 +1,7 @@
 #include "complete/jobs/taking.h"
 
+#include "complete/jobs/cover.h"
+#include "complete/jobs/placing.h"
 #include "complete/jobs/standing.h"
 #include "complete/run.h"
 #include "complete/words.h"
@@ -26,8 +28,34 @@ bool stays(const Folder& folder, const Entry& entry, const Result& old, const Re
 }  // namespace
 
 void judge(const Folder& folder, const PointReader& reader, const Entry& entry, const Result& result) {
-  if (folder.wanted().count && folder.isListing()) return;
-  reader.read(result, entry, [](const Point&) {});
+  if (entry.share && (!result.open.empty() || result.points > 0)) throw BadWords("it is none of a share");
+  if (!entry.share && result.isOpenShare) throw BadWords("it is one of a share");
+  if (entry.share || (folder.wanted().count && folder.isListing())) return;
+  if (!result.open.empty() && !isWithin(result.open, entry.pieces))
+    throw BadWords("what is left is no part of the piece");
+  if (folder.isListing()) {
+    reader.read(result, entry, [](const Point&) {});
+    return;
+  }
+  const auto found = bestOf(reader, entry, result, folder.program());
+  const auto known = betterOf(bestIn(folder.pathOf("best"), folder.program()), found);
+  if (!result.bound) {
+    if (found) throw BadWords("a point without a bound");
+    return;
+  }
+  const Rational bound = parseRational(*result.bound);
+  if (found && found->norms.target != bound) throw BadWords("its bound is not that of its point");
+  if (!known || bound < known->norms.target)
+    throw BadWords("it is complete below " + *result.bound + " alone");
+}
+
+std::optional<BestPoint> bestOf(const PointReader& reader, const Entry& entry, const Result& result,
+                                const Program& program) {
+  std::optional<BestPoint> best;
+  reader.read(result, entry, [&](const Point& x) {
+    best = betterOf(best, BestPoint{x, normsOf(program, x)});
+  });
+  return best;
 }
 
 int take(const Options& options) {
@@ -39,7 +67,11 @@ int take(const Options& options) {
     Result result = folder.resultIn(options.take, entry);
     if (!old || !stays(folder, entry, *old, result)) {
       const PieceLattice lattice = folder.lattice();
-      judge(folder, PointReader(folder.program(), lattice), entry, result);
+      judge(folder, PointReader(folder.program(), lattice, folder.isListing()), entry, result);
+      if (!folder.isListing()) {
+        const PointReader reader(folder.program(), lattice, folder.isListing());
+        offerLocked(folder, bestOf(reader, entry, result, folder.program()));
+      }
       replaceFile(folder.resultPath(entry.number), textOf(result), true);
       print(lineOf(folder, entry, result));
       return 0;
@@ -49,13 +81,6 @@ int take(const Options& options) {
   }
   print(lineOf(folder, entry, *old));
   return 0;
-}
-
-std::string lineOf(const Folder&, const Entry& entry, const Result& result) {
-  const std::size_t open = result.open.size() + (result.isOpenShare ? 1 : 0);
-  return "piece " + std::to_string(entry.number) + ": " +
-         (open == 0 ? "done" : "open " + std::to_string(open) + " prefixes") + ", " +
-         std::to_string(result.points) + " points, " + std::to_string(result.nodes) + " nodes\n";
 }
 
 }  // namespace latbox::complete::jobs

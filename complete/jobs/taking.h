@@ -1,7 +1,7 @@
 // A result that was made elsewhere comes into the folder, if it is one.
 #pragma once
 
-#include "complete/jobs/folder.h"
+#include "complete/jobs/best.h"
 #include "complete/jobs/point_reader.h"
 #include "complete/options.h"
 
@@ -13,7 +13,8 @@ int take(const Options& options);
 // Throws BadWords unless all that the result claims, and can be looked at, is so.
 void judge(const Folder& folder, const PointReader& reader, const Entry& entry, const Result& result);
 
-// "piece 3: done, 12 points, 3456 nodes".
-std::string lineOf(const Folder& folder, const Entry& entry, const Result& result);
+// Of a result that was judged: the point that it brings.
+std::optional<BestPoint> bestOf(const PointReader& reader, const Entry& entry, const Result& result,
+                                const Program& program);
 
 }  // namespace latbox::complete::jobs

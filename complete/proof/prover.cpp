@@ -9,18 +9,21 @@
 namespace latbox::complete::proof {
 namespace {
 
+constexpr const char* HEAD = "latbox-proof 1\nverdict ";
+constexpr const char* END = "end\n";
+
 class Prover {
  public:
   Prover(const Program& program, const Claim& claim, SearchControl& control)
       : program_(program), claim_(claim), control_(control) {}
 
   std::string result() {
-    std::string text = "latbox-proof 1\nverdict " + verdict() + "\n";
-    if (!claim_.best) return text + search(Goal::POINTS, claim_.count.value_or(0)) + "end\n";
+    std::string text = HEAD + verdict() + "\n";
+    if (!claim_.best) return text + search(Goal::POINTS, claim_.count.value_or(0)) + END;
     text += textOf(bestPointOf(program_, *claim_.best, control_)) + search(Goal::BETTER, 0);
     if (needsSlack(program_, *claim_.best)) text += search(Goal::SLACK, 0);
     if (claim_.count) text += search(Goal::EQUAL, *claim_.count);
-    return text + "end\n";
+    return text + END;
   }
 
  private:
@@ -67,6 +70,28 @@ class Prover {
 };
 
 }  // namespace
+
+Beginning beginningOf(const Program& program, SearchControl& control) {
+  Beginning beginning;
+  Derivation derivation(systemOf(program, Goal::POINTS, Norms()));
+  if (!derivation.isContradiction()) beginning.lattice = latticeOf(derivation);
+  if (!beginning.lattice) {
+    beginning.text = textOf(Goal::POINTS, derivation, nullptr);
+    return beginning;
+  }
+  beginning.cuts = cutVectorsOf(*beginning.lattice);
+  addSideVectors(*beginning.lattice, beginning.cuts, control.stop);
+  const Tree tree{*beginning.lattice, beginning.cuts, {}};
+  const std::string text = textOf(Goal::POINTS, derivation, &tree);
+  beginning.text = text.substr(0, text.size() - textOf(WalkCount()).size());
+  return beginning;
+}
+
+std::string proofOf(const std::string& beginning, const std::optional<WalkCount>& count) {
+  const std::string verdict =
+      count && count->points > 0 ? "all " + std::to_string(count->points) : std::string("none");
+  return HEAD + verdict + "\n" + beginning + (count ? textOf(*count) : "") + END;
+}
 
 std::string proofOf(const Program& program, const Claim& claim, SearchControl& control) {
   return Prover(program, claim, control).result();

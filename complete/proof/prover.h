@@ -5,7 +5,7 @@
 #include <string>
 
 #include "complete/program.h"
-#include "complete/proof/lattice.h"
+#include "complete/proof/walk.h"
 #include "complete/search.h"
 
 namespace latbox::complete::proof {
@@ -21,5 +21,19 @@ struct Claim {
 // stands in a reduction. Throws NoProof where no proof can be made, ReductionFailure, std::logic_error if the
 // claim turns out to be wrong.
 std::string proofOf(const Program& program, const Claim& claim, SearchControl& control);
+
+// A proof about all points, as far as it is known from the program alone: what comes before the verdict's
+// search has been walked through. Without a lattice that is all of it, and there is no point.
+struct Beginning {
+  // From the line of the search on.
+  std::string text;
+  std::optional<ProofLattice> lattice;
+  CutVectors cuts;
+};
+
+// Throws as proofOf.
+Beginning beginningOf(const Program& program, SearchControl& control);
+// The text of proofOf, from a beginning's and its walk's count.
+std::string proofOf(const std::string& beginning, const std::optional<WalkCount>& count);
 
 }  // namespace latbox::complete::proof

@@ -90,6 +90,10 @@ std::string textOf(const Point& point) {
   return text + "\n";
 }
 
+std::string textOf(const WalkCount& count) {
+  return "walk nodes " + std::to_string(count.nodes) + " points " + std::to_string(count.points) + "\n";
+}
+
 std::string textOf(Goal goal, const Derivation& derivation, const Tree* tree) {
   std::string text =
       "search " + nameOf(goal) + "\nobjective " + std::to_string(derivation.objective().size()) + "\n";
@@ -98,8 +102,7 @@ std::string textOf(Goal goal, const Derivation& derivation, const Tree* tree) {
   text += "derive " + std::to_string(steps.size()) + "\n";
   for (const Step& step : steps) text += textOf(step);
   if (!tree) return text + "contradiction\n";
-  return text + textOf(tree->lattice) + textOf(tree->cuts) + "walk nodes " +
-         std::to_string(tree->count.nodes) + " points " + std::to_string(tree->count.points) + "\n";
+  return text + textOf(tree->lattice) + textOf(tree->cuts) + textOf(tree->count);
 }
 
 }  // namespace latbox::complete::proof

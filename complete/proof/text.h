@@ -17,6 +17,7 @@ struct Tree {
 };
 
 std::string textOf(const Point& point);
+std::string textOf(const WalkCount& count);
 std::string textOf(Goal goal, const Derivation& derivation, const Tree* tree);
 
 }  // namespace latbox::complete::proof

@@ -471,9 +471,11 @@ void walkIn(const ProofLattice& lattice, const Data& data, const Judge& judge, S
   using Above = std::vector<Scalar>;
   const Tables<Kind> tables(data);
   std::vector<Above> open = {{}};
+  const WalkShare& share = shared.settings.share;
+  const std::size_t wanted = share.count > 1 ? share.parts : shared.settings.threads > 1 ? MANY : 0;
   // Level by level while the tree is narrow; then each thread takes one node after the other.
   std::size_t level = lattice.rank();
-  while (shared.settings.threads > 1 && level > 1 && open.size() < MANY && !open.empty() && !shared.isOver) {
+  while (level > 1 && open.size() < wanted && !open.empty() && !shared.isOver) {
     --level;
     std::vector<Above> next;
     Walker<Kind> walker(lattice, tables, judge, shared);
@@ -481,10 +483,12 @@ void walkIn(const ProofLattice& lattice, const Data& data, const Judge& judge, S
       walker.run(above, level, [&next](const Above& node) { next.push_back(node); });
     open = std::move(next);
   }
-  std::atomic<std::size_t> taken = 0;
+  if (share.rest > 0) shared.nodes = 0;
+  const std::size_t step = share.count;
+  std::atomic<std::size_t> taken = share.rest;
   const auto work = [&] {
     Walker<Kind> walker(lattice, tables, judge, shared);
-    for (std::size_t i = taken++; i < open.size() && !shared.isOver; i = taken++)
+    for (std::size_t i = taken.fetch_add(step); i < open.size() && !shared.isOver; i = taken.fetch_add(step))
       walker.run(open[i], 0, nullptr);
   };
   std::vector<std::thread> threads;

@@ -20,12 +20,22 @@ struct WalkCount {
 // Whether the walk with these cuts fits doubles.
 bool fitsDouble(const ProofLattice& lattice, const CutVectors& cuts);
 
+// A part of a walk. The nodes of the highest level that has `parts` of them are numbered, and those below
+// each are walked whose number leaves `rest` when it is divided by `count`; the nodes down to that level
+// belong to the rest 0. The same parts for all shares of a walk.
+struct WalkShare {
+  unsigned long rest = 0;
+  unsigned long count = 1;
+  std::size_t parts = 0;
+};
+
 struct WalkSettings {
   unsigned threads = 1;
   // Set from outside: the walk ends soon.
   const std::atomic<bool>* stop = nullptr;
   // Ends after so many nodes; 0: no limit.
   unsigned long most = 0;
+  WalkShare share = {};
 };
 
 // All variables z of a leaf that keeps the ranges of all columns; whether it counts. Called by several

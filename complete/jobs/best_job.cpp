@@ -1,0 +1,167 @@
+#include "complete/jobs/best_job.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <mutex>
+
+#include "complete/command.h"
+#include "complete/jobs/best.h"
+#include "complete/jobs/placing.h"
+#include "complete/jobs/regions.h"
+#include "complete/points_file.h"
+#include "complete/run.h"
+#include "complete/solver.h"
+#include "complete/watch.h"
+#include "complete/write_failure.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+// Keeps the best point.
+class Kept : public Finds {
+ public:
+  explicit Kept(Results& results) : results_(results) {}
+
+  void begin() override { results_.begin(); }
+  void list(const Point& x, const Norms& norms) override { replace(x, norms); }
+  void replace(const Point& x, const Norms& norms) override {
+    results_.replace(x, norms);
+    const std::lock_guard lock(mutex_);
+    best_ = BestPoint{x, norms};
+  }
+  unsigned long count() const override { return results_.count(); }
+  std::optional<BestPoint> best() const {
+    const std::lock_guard lock(mutex_);
+    return best_;
+  }
+
+ private:
+  Results& results_;
+  mutable std::mutex mutex_;
+  std::optional<BestPoint> best_;
+};
+
+class BestJob {
+ public:
+  BestJob(const Options& options, const Folder& folder, const Entry& entry)
+      : options_(options),
+        folder_(folder),
+        entry_(entry),
+        name_(folder.pathOf(std::to_string(entry.number))),
+        results_(folder.program(), "", options.text),
+        kept_(results_) {
+    control_.threads = threadsOf(options);
+    control_.keepEvery = options.checkpoint;
+  }
+
+  int result() {
+    const PieceLattice lattice = folder_.lattice();
+    const auto past = takeUp();
+    Journal journal(control_, keeping(), past.value_or(Checkpoint()));
+    {
+      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_, [this] { endNow(); });
+      while (done_ < entry_.pieces.size() && solvePiece(regionsOf(lattice, entry_.pieces[done_]), journal))
+        ++done_;
+    }
+    const bool isComplete = done_ == entry_.pieces.size();
+    if (!isComplete && !isOver()) {
+      journal.save();
+      return UNKNOWN;
+    }
+    place();
+    return 0;
+  }
+
+ private:
+  std::string startPath() const { return name_ + ".start"; }
+  std::string checkpointPath() const { return name_ + ".checkpoint"; }
+  bool isOver() const { return options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime; }
+
+  // A run that goes on must begin with the point that the first one began with, to come to the same searches.
+  std::optional<Checkpoint> takeUp() {
+    auto past = readCheckpoint(checkpointPath());
+    if (past && (past->identity != entry_.digest || !std::filesystem::exists(startPath()))) past.reset();
+    if (!past) {
+      std::filesystem::remove(checkpointPath());
+      start_ = bestIn(folder_.pathOf("best"), folder_.program());
+      replaceFile(startPath(), start_ ? lineOf(folder_.program(), start_->x, start_->norms, 0, "") : "",
+                  true);
+    }
+    start_ = bestIn(startPath(), folder_.program());
+    if (past) control_.nodes = past->nodes;
+    if (past) results_.resume({}, past->seconds, true);
+    return past;
+  }
+
+  Journal::Keeping keeping() {
+    return {[this](Checkpoint checkpoint) {
+              checkpoint.identity = entry_.digest;
+              checkpoint.seconds = results_.allSeconds();
+              checkpoint.nodes = control_.nodes;
+              writeCheckpoint(checkpointPath(), checkpoint, false);
+            },
+            [] { return FileState(); }, [](const FileState&) {}, [this] { results_.goLive(); }};
+  }
+
+  bool solvePiece(const std::vector<std::vector<Row>>& regions, Journal& journal) {
+    for (const std::vector<Row>& region : regions) {
+      Task task;
+      task.beside = region;
+      task.normAlone = true;
+      if (const auto best = betterOf(start_, kept_.best())) task.start = best->x;
+      if (solve(folder_.program(), task, kept_, journal) == Outcome::STOPPED) return false;
+    }
+    return !control_.stop;
+  }
+
+  void place() {
+    Result result;
+    result.number = entry_.number;
+    result.entry = entry_.digest;
+    result.nodes = control_.nodes;
+    result.open.assign(entry_.pieces.begin() + static_cast<std::ptrdiff_t>(done_), entry_.pieces.end());
+    const auto best = betterOf(start_, kept_.best());
+    if (best) result.bound = toText(best->norms.target);
+    if (best && (!start_ || best->norms < start_->norms)) {
+      result.points = 1;
+      result.lines = lineOf(folder_.program(), best->x, best->norms, static_cast<long>(results_.allSeconds()),
+                            options_.text);
+      offer(folder_, best);
+    }
+    jobs::place(folder_, entry_, result);
+    std::filesystem::remove(startPath());
+  }
+
+  // On the watch's thread: a reduction does not answer.
+  void endNow() {
+    if (!isOver()) _exit(UNKNOWN);
+    try {
+      place();
+      _exit(0);
+    } catch (const std::exception& e) {
+      std::fprintf(stderr, "latbox-all: %s\n", e.what());
+      _exit(FAILURE);
+    }
+  }
+
+  const Options& options_;
+  const Folder& folder_;
+  const Entry& entry_;
+  std::string name_;
+  SearchControl control_;
+  Results results_;
+  Kept kept_;
+  std::optional<BestPoint> start_;
+  // Pieces of the entry.
+  std::atomic<std::size_t> done_ = 0;
+};
+
+}  // namespace
+
+int doBestJob(const Options& options, const Folder& folder, const Entry& entry) {
+  return BestJob(options, folder, entry).result();
+}
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,50 @@
+#include "complete/jobs/proof_job.h"
+
+#include <unistd.h>
+
+#include "complete/command.h"
+#include "complete/jobs/placing.h"
+#include "complete/jobs/proof_walk.h"
+#include "complete/watch.h"
+#include "complete/words.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+ProofWalk proofWalkOf(const Folder& folder) {
+  try {
+    return parseProofWalk(folder.proofText());
+  } catch (const BadWords& e) {
+    throw BadFolder(folder.pathOf("proof") + ": " + e.what());
+  }
+}
+
+}  // namespace
+
+int doShare(const Options& options, const Folder& folder, const Entry& entry) {
+  const ProofWalk walk = proofWalkOf(folder);
+  SearchControl control;
+  Results results(folder.program(), "", options.text);
+  proof::WalkSettings settings;
+  settings.threads = threadsOf(options);
+  settings.stop = &control.stop;
+  settings.share = {entry.share->rest, entry.share->count, walk.parts};
+  // Every point of the lattice in its ranges is one of the program.
+  const proof::Judge judge = [](const IntegerVector&) { return true; };
+  std::optional<proof::WalkCount> count;
+  {
+    const Watch watch({options.jobRtime, true}, results, control, [] { _exit(UNKNOWN); });
+    count = proof::walk(*walk.beginning.lattice, walk.beginning.cuts, judge, settings);
+  }
+  if (!count && !(options.jobRtime > 0 && results.seconds() >= options.jobRtime)) return UNKNOWN;
+  Result result;
+  result.number = entry.number;
+  result.entry = entry.digest;
+  result.isOpenShare = !count;
+  if (count) result.nodes = count->nodes;
+  if (count) result.met = count->points;
+  place(folder, entry, result);
+  return 0;
+}
+
+}  // namespace latbox::complete::jobs

@@ -1,0 +1,97 @@
+#include "complete/jobs/proof_walk.h"
+
+#include <map>
+
+#include "complete/digest.h"
+#include "complete/words.h"
+
+namespace latbox::complete::jobs {
+namespace {
+
+constexpr const char* HEAD = "latbox-all proof 1";
+constexpr const char* TEXT = "text";
+
+template <class T>
+void write(std::ostream& out, const std::string& name, const std::vector<T>& values) {
+  out << name;
+  for (const T& value : values) out << ' ' << value;
+  out << '\n';
+}
+
+void write(std::ostream& out, const proof::Beginning& beginning) {
+  const BoxLattice& box = beginning.lattice->box;
+  write(out, "fixed", box.fixed);
+  write(out, "variables", box.variables);
+  write(out, "low", box.low);
+  write(out, "high", box.high);
+  write(out, "point", box.point);
+  for (const IntegerVector& row : box.basis) write(out, "basis", row);
+  for (const IntegerVector& row : beginning.lattice->dual) write(out, "dual", row);
+  write(out, "constant", beginning.cuts.constant);
+  for (const proof::Level& level : beginning.cuts.levels) {
+    write(out, "level " + level.divisor.get_str(), level.main);
+    for (const IntegerVector& side : level.sides) write(out, "side", side);
+  }
+}
+
+void takeLine(const std::string& name, Words& words, ProofWalk& walk) {
+  proof::Beginning& beginning = walk.beginning;
+  if (name == "parts") {
+    walk.parts = words.next<std::size_t>();
+    return;
+  }
+  if (!beginning.lattice) beginning.lattice.emplace();
+  BoxLattice& box = beginning.lattice->box;
+  const std::map<std::string, IntegerVector*> vectors = {{"fixed", &box.fixed},
+                                                         {"low", &box.low},
+                                                         {"high", &box.high},
+                                                         {"point", &box.point},
+                                                         {"constant", &beginning.cuts.constant}};
+  if (const auto vector = vectors.find(name); vector != vectors.end()) {
+    *vector->second = words.all<Integer>();
+  } else if (name == "variables") {
+    box.variables = words.all<std::size_t>();
+  } else if (name == "basis") {
+    box.basis.push_back(words.all<Integer>());
+  } else if (name == "dual") {
+    beginning.lattice->dual.push_back(words.all<Integer>());
+  } else if (name == "level") {
+    proof::Level level;
+    level.divisor = words.next<Integer>();
+    level.main = words.all<Integer>();
+    beginning.cuts.levels.push_back(std::move(level));
+  } else if (name == "side" && !beginning.cuts.levels.empty()) {
+    beginning.cuts.levels.back().sides.push_back(words.all<Integer>());
+  } else {
+    throw BadWords("a line that begins with '" + name + "'");
+  }
+}
+
+}  // namespace
+
+std::string textOf(const ProofWalk& walk) {
+  std::ostringstream out;
+  out << HEAD << "\nparts " << walk.parts << '\n';
+  if (walk.beginning.lattice) write(out, walk.beginning);
+  out << TEXT << '\n' << walk.beginning.text;
+  return sealed(out.str());
+}
+
+ProofWalk parseProofWalk(const std::string& text) {
+  const auto body = unsealed(text);
+  if (!body) throw BadWords("its end is missing, or it was changed");
+  std::istringstream lines{std::string(*body)};
+  std::string line;
+  if (!std::getline(lines, line) || line != HEAD) throw BadWords("its first line is another one");
+  ProofWalk walk;
+  while (std::getline(lines, line) && line != TEXT) {
+    Words words(line);
+    takeLine(words.next<std::string>(), words, walk);
+  }
+  std::ostringstream rest;
+  if (lines.peek() != std::istringstream::traits_type::eof()) rest << lines.rdbuf();
+  walk.beginning.text = rest.str();
+  return walk;
+}
+
+}  // namespace latbox::complete::jobs
