@@ -62,7 +62,7 @@ class Command:
         folder.enter()
         folder.hold_to(self._search(), options.program)
         engine = self._engine()
-        self._manager = Manager(folder, engine, self._display, options.job_rtime)
+        self._manager = Manager(folder, engine, self._display, options.job_rtime, options.verify)
         for number in STOPS:
             signal.signal(number, self._stop)
         try:

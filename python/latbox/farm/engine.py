@@ -36,6 +36,7 @@ class Task:
     texts: dict[str, str]  # name at the worker -> content, for this task alone
     output: str  # name at the worker
     arrival: str  # path here
+    is_second: bool = False  # done once more, to be compared
 
 
 @dataclass(frozen=True)
@@ -91,9 +92,9 @@ class Engine:
         stats = self._queue.stats
         return Crew(int(stats.workers_connected), int(stats.total_cores), int(stats.workers_removed - stats.workers_released))
 
-    def room(self) -> int:
-        """So many more tasks are of use now."""
-        return max(0, self.crew().cores + WAITING - len(self._open))
+    def room(self, crew: Crew) -> int:
+        """So many more tasks are of use to these."""
+        return max(0, crew.cores + WAITING - len(self._open))
 
     @property
     def is_empty(self) -> bool:

@@ -136,6 +136,21 @@ class Folder:
         """Points to begin with, as lines; "" where none is known. Their reader believes what it has verified."""
         return self._content(self.file("best")).decode("ascii", "replace")
 
+    def result(self, piece: int) -> str:
+        return self.file("%d.result" % piece)
+
+    def drop_result(self, piece: int) -> None:
+        """It is not believed any more, and stands aside."""
+        os.replace(self.result(piece), self.own("%d.disputed" % piece))
+
+    def is_comparable(self, piece: int) -> bool:
+        """Two results of it must be the same: not so where a search is for better points than are known."""
+        return " proof:" in self._lines[piece] or not os.path.exists(self.file("best"))
+
+    def files(self) -> dict[str, str]:
+        """What every worker needs, by its name in a folder of pieces."""
+        return {name: self.file(name) for name in ("program.opt", "lattice", "proof") if os.path.exists(self.file(name))}
+
     def manifest_of(self, piece: int) -> str:
         """All that a worker need know of it."""
         return self._head + self._lines[piece]

@@ -16,7 +16,7 @@ class Ledger:
         self._failures: dict[int, int] = {}
         self._done_estimate = 0.0
         self._open_estimate = 0.0
-        self._finished: set[int] = set()
+        self._finished: dict[int, int] = {}  # piece -> its points
         self.points = 0
 
     # ------------------------------------------------------------- its pieces
@@ -42,15 +42,21 @@ class Ledger:
         heapq.heappush(self._waiting, (-self._estimates[piece], piece))
 
     def fail(self, piece: int) -> int:
-        """What was out goes out again; how often that has happened to it."""
+        """It goes out again; how often that has happened to it."""
         self._failures[piece] = self._failures.get(piece, 0) + 1
         self._give_back(piece)
         return self._failures[piece]
 
     def finish(self, piece: int, points: int) -> None:
-        self._finished.add(piece)
+        self._finished[piece] = points
         self.points += points
         self._close(self._estimates[piece])
+
+    def reopen(self, piece: int) -> None:
+        """It was done, and was not believed after all."""
+        self.points -= self._finished.pop(piece)
+        self._done_estimate -= self._estimates[piece]
+        self._open_estimate += self._estimates[piece]
 
     def split(self, piece: int, points: int, left: float) -> None:
         """It has brought these points, and so many nodes are left of it for pieces that take its place."""

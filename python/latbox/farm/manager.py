@@ -8,16 +8,18 @@ from __future__ import annotations
 
 import os
 from collections.abc import Callable
+from fractions import Fraction
 
 from ..errors import EngineError
 from ..front.progress import clock
 from . import pieces
 from .desk import Answer, Desk
-from .engine import Engine, Outcome, Task
+from .engine import Crew, Engine, Outcome, Task
 from .folder import Folder
 from .ledger import Ledger
 from .progress import Display, State, counted
 from .trust import Trust
+from .verifying import Verifying, claims
 
 # A piece that fails so often would fail for ever.
 MOST_FAILURES = 10
@@ -30,7 +32,7 @@ BACKLOG = 2
 class Manager:
     """Requires that the folder is entered. All calls throw EngineError where latbox-all fails."""
 
-    def __init__(self, folder: Folder, engine: Engine, display: Display, job_rtime: float) -> None:
+    def __init__(self, folder: Folder, engine: Engine, display: Display, job_rtime: float, verify: Fraction) -> None:
         self.is_stopped = False  # may be set at any moment: what is at work ends soon
         self._folder = folder
         self._engine = engine
@@ -39,6 +41,7 @@ class Manager:
         self._desk = Desk(folder.path)
         self._ledger = Ledger()
         self._trust = Trust()
+        self._verifying = Verifying(verify)
         self._best: str | None = None
         self._lost = 0
 
@@ -92,23 +95,24 @@ class Manager:
             self._take(piece, path, None)
         self._settle()
         while not self.is_stopped and not self.is_done:
-            self._display.tell(self._state())
-            self._miss()
-            self._send()
+            crew = self._engine.crew()
+            self._display.tell(self._state(crew))
+            self._miss(crew)
+            self._send(crew)
             self._desk.work()
             if self._engine.is_empty and self._desk.backlog:
                 self._desk.wait(1.0)
             elif outcome := self._engine.wait(1):
                 self._receive(outcome)
-        self._display.tell(self._state(), at_once=True)
+        self._display.tell(self._state(self._engine.crew()), at_once=True)
         return self.is_done
 
     @property
     def is_done(self) -> bool:
-        return not self._ledger.open and not self._desk.backlog
+        return not self._ledger.open and not self._desk.backlog and not self._verifying.open
 
-    def _state(self) -> State:
-        crew, ledger = self._engine.crew(), self._ledger
+    def _state(self, crew: Crew) -> State:
+        ledger = self._ledger
         return State(ledger.done, ledger.open, crew.workers, crew.cores, ledger.share, ledger.points, self._best)
 
     def _list(self, then: Callable[[list[pieces.Standing]], None]) -> None:
@@ -129,29 +133,33 @@ class Manager:
 
     # ------------------------------------------------------------- out
 
-    def _send(self) -> None:
-        if self._desk.backlog > BACKLOG * max(1, self._engine.crew().cores):
+    def _send(self, crew: Crew) -> None:
+        if self._desk.backlog > BACKLOG * max(1, crew.cores):
             return
-        for _ in range(self._engine.room()):
+        for _ in range(self._engine.room(crew)):
             piece = self._ledger.next()
             if piece is None:
                 return
             self._engine.submit(self._task(piece))
 
-    def _task(self, piece: int) -> Task:
+    def _task(self, piece: int, is_second: bool = False) -> Task:
         folder = self._folder
-        command = "./latbox-all --job=%d --jobs=jobs --threads=1 --quiet=1 --job-rtime=%g" % (piece, self._job_rtime)
+        command = "./latbox-all --job=%d --jobs=jobs --threads=1 --quiet=1" % piece
+        if not is_second:
+            command += " --job-rtime=%g" % self._job_rtime
+        files = {"jobs/" + name: path for name, path in folder.files().items()}
         texts = {"jobs/manifest": folder.manifest_of(piece)}
         if best := folder.best():
             texts["jobs/best"] = best
-        return Task(piece, command, {"latbox-all": self._desk.program, "jobs/program.opt": folder.file("program.opt"),
-                                     "jobs/lattice": folder.file("lattice")}, texts, "jobs/%d.result" % piece,
-                    folder.arrival(piece))
+        return Task(piece, command, {"latbox-all": self._desk.program, **files}, texts, "jobs/%d.result" % piece, folder.arrival(piece),
+                    is_second)
 
     # ------------------------------------------------------------- in
 
     def _receive(self, outcome: Outcome) -> None:
-        if outcome.reason:
+        if outcome.task.is_second:
+            self._compare(outcome)
+        elif outcome.reason:
             self._fail(outcome.task.piece, outcome, outcome.reason)
         else:
             self._take(outcome.task.piece, outcome.task.arrival, outcome)
@@ -177,6 +185,9 @@ class Manager:
             self._split(piece, result.points)
         else:
             self._ledger.finish(piece, result.points)
+            if outcome is not None and self._verifying.wants(piece) and self._folder.is_comparable(piece):
+                self._verifying.begin(piece, outcome.worker)
+                self._engine.submit(self._task(piece, True))
 
     def _split(self, piece: int, points: int) -> None:
         """What its result in place has left open becomes pieces."""
@@ -194,14 +205,35 @@ class Manager:
         for child in children:
             self._ledger.add(child.piece, child.estimate)
 
+    # ------------------------------------------------------------- once more
+
+    def _compare(self, outcome: Outcome) -> None:
+        """A second result of a piece, with the one in place. It must be another worker's, where there is another one."""
+        piece, path = outcome.task.piece, outcome.task.arrival
+        first = self._verifying.first_worker(piece)
+        if outcome.reason or (outcome.worker == first and self._engine.crew().workers > 1):
+            remove(path)
+            self._engine.submit(self._task(piece, True))
+            return
+        with open(path, encoding="utf-8", errors="replace") as mine, open(self._folder.result(piece), encoding="utf-8") as other:
+            agree = claims(mine.read()) == claims(other.read())
+        remove(path)
+        if agree:
+            self._verifying.agree(piece)
+            return
+        self._verifying.disagree(piece)
+        self._tell("piece %d: %s and %s (%s) disagree about it; it is done anew" % (piece, first, outcome.worker, outcome.host))
+        self._folder.drop_result(piece)
+        self._ledger.reopen(piece)
+        self._again(piece, "two workers disagree")
+
     # ------------------------------------------------------------- what goes wrong
 
-    def _miss(self) -> None:
+    def _miss(self, crew: Crew) -> None:
         """Who has gone is told; the engine sends what they had to others."""
-        lost = self._engine.crew().lost
-        if lost > self._lost:
-            self._tell("%s gone; what they had goes to others" % counted(lost - self._lost, "worker"))
-        self._lost = lost
+        if crew.lost > self._lost:
+            self._tell("%s gone; what they had goes to others" % counted(crew.lost - self._lost, "worker"))
+        self._lost = crew.lost
 
     def _fail(self, piece: int, outcome: Outcome | None, reason: str) -> None:
         """The piece goes out again, and whose fault it was is told."""
@@ -212,6 +244,9 @@ class Manager:
         if seconds := self._trust.refuse(outcome.host):
             self._engine.block(outcome.host, seconds)
             self._tell("%s gets no pieces for %s: too many of its results were refused" % (outcome.host, clock(seconds)))
+        self._again(piece, reason)
+
+    def _again(self, piece: int, reason: str) -> None:
         if self._ledger.fail(piece) >= MOST_FAILURES:
             raise EngineError("piece %d has failed %d times, the last time: %s" % (piece, MOST_FAILURES, reason))
 
