@@ -14,9 +14,11 @@ namespace {
 constexpr const char* FIRST = "latbox-all pieces 1";
 constexpr const char* PROOF = "proof:";
 
+// What is not known is written as a number, too.
 std::string estimateOf(double nodes) {
+  constexpr double MOST = 1e100;
   char text[32];
-  std::snprintf(text, sizeof text, "%.3g", nodes);
+  std::snprintf(text, sizeof text, "%.3g", nodes < MOST ? nodes : MOST);
   return text;
 }
 
