@@ -81,7 +81,7 @@ def spoil(worker, real, kind, times):
 
     def programs():
         return [os.path.join(folder, name) for folder, _, names in os.walk(worker.folder) for name in names
-                if name.endswith("latbox-all") and os.path.basename(folder) == "cache"]
+                if name.endswith(("latbox-all", "latbox-job")) and os.path.basename(folder) == "cache"]
 
     harness.wait_until(programs, "the program in the worker's store")
     left = worker.folder + ".lies"

@@ -98,7 +98,12 @@ def documents():
 
 def programs_and_pages():
     return ({"bin/" + name for name in programs()} | {"share/man/man1/%s.1" % name for name in programs()} |
-            {"share/bash-completion/completions/" + name for name in programs()} | package_files())
+            {"share/bash-completion/completions/" + name for name in programs()} | jobs() | package_files())
+
+
+def jobs():
+    """The program that workers of a farm get, where the archives of its libraries were there."""
+    return {"libexec/latbox/latbox-job"} if os.path.exists(os.path.join(build(), "latbox-job")) else set()
 
 
 def environment(prefix, **more):

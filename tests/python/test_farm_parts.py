@@ -8,6 +8,7 @@ import stat
 import subprocess
 import sys
 import unittest
+from fractions import Fraction
 
 import support
 import harness
@@ -19,6 +20,7 @@ from latbox.farm.folder import Folder
 from latbox.farm.ledger import Ledger
 from latbox.farm.progress import Display, State, parts
 from latbox.farm.trust import Trust
+from latbox.farm.verifying import Verifying, claims
 
 MANIFEST = "latbox-all pieces 1\nhead 0f\npiece 1 - 100 3 aa\npiece 2 - 200 4 bb\n"
 
@@ -121,6 +123,17 @@ class LedgerTest(unittest.TestCase):
             self.assertEqual(ledger.next(), 1)
             self.assertEqual(ledger.fail(1), times)
 
+    def test_what_is_not_believed_after_all_is_open_again(self) -> None:
+        ledger = Ledger()
+        ledger.add(1, 10.0)
+        ledger.add(2, 10.0)
+        ledger.next()
+        ledger.finish(1, 4)
+        ledger.reopen(1)
+        ledger.fail(1)
+        self.assertEqual((ledger.points, ledger.share, ledger.open), (0, 0.0, 2))
+        self.assertEqual({ledger.next(), ledger.next()}, {1, 2})
+
     def test_what_is_done_meanwhile_does_not_go_out(self) -> None:
         ledger = Ledger()
         ledger.add(1, 10.0)
@@ -136,6 +149,31 @@ class TrustTest(unittest.TestCase):
         for _ in range(3):
             trust.take("b")
         self.assertEqual([trust.refuse("b") for _ in range(4)], [0, 0, 0, 60])
+
+
+class VerifyingTest(unittest.TestCase):
+    def test_shares(self) -> None:
+        for share, least, most in ((Fraction(0), 0, 0), (Fraction(1), 1000, 1000), (Fraction(1, 2), 300, 700)):
+            verifying = Verifying(share)
+            self.assertTrue(least <= sum(verifying.wants(piece) for piece in range(1000)) <= most)
+
+    def test_what_two_disagree_about_is_verified_again(self) -> None:
+        verifying = Verifying(Fraction(0))
+        verifying.begin(3, "a")
+        self.assertEqual((verifying.open, verifying.first_worker(3), verifying.wants(3)), (1, "a", False))
+        verifying.disagree(3)
+        self.assertEqual((verifying.open, verifying.wants(3), verifying.wants(4)), (0, True, False))
+        verifying.begin(3, "b")
+        verifying.agree(3)
+        self.assertEqual((verifying.open, verifying.wants(3)), (0, False))
+
+    def test_claims(self) -> None:
+        """Times, options and order make no difference; points and nodes do."""
+        result = "nodes 3\npoints 2\n[ 1 ] | 0 | [ ] | 0 | 7 | --a\n[ 2 ] | 0 | [ ] | 0 | 7 | --a\nend 12\n"
+        other = "nodes 3\npoints 2\n[ 2 ] | 0 | [ ] | 0 | 9 | --b\n[ 1 ] | 0 | [ ] | 0 | 8 | --b\nend 34\n"
+        self.assertEqual(claims(result), claims(other))
+        for change in (("nodes 3", "nodes 4"), ("[ 1 ]", "[ 3 ]"), ("points 2", "points 1")):
+            self.assertNotEqual(claims(result), claims(result.replace(*change)))
 
 
 class AnswerTest(unittest.TestCase):

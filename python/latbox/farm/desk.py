@@ -32,7 +32,7 @@ class _Call:
 
 class Desk:
     def __init__(self, folder: str) -> None:
-        self.program = binaries.find(binaries.COMPLETE)
+        self._program = binaries.find(binaries.COMPLETE)
         self._folder = folder
         self._calls: deque[_Call] = deque()
         self._process: Process | None = None
@@ -50,7 +50,7 @@ class Desk:
         while self._calls:
             call = self._calls[0]
             if self._process is None:
-                self._process = Process([self.program, *call.arguments], self._folder)
+                self._process = Process([self._program, *call.arguments], self._folder)
             status = self._process.status()
             out, err = self._process.read()
             call.out += filter(None, out)

@@ -12,6 +12,7 @@ from fractions import Fraction
 
 from ..errors import EngineError
 from ..front.progress import clock
+from ..solving import binaries
 from . import pieces
 from .desk import Answer, Desk
 from .engine import Crew, Engine, Outcome, Task
@@ -39,6 +40,7 @@ class Manager:
         self._display = display
         self._job_rtime = job_rtime
         self._desk = Desk(folder.path)
+        self._job_program = binaries.job_program()
         self._ledger = Ledger()
         self._trust = Trust()
         self._verifying = Verifying(verify)
@@ -113,7 +115,8 @@ class Manager:
 
     def _state(self, crew: Crew) -> State:
         ledger = self._ledger
-        return State(ledger.done, ledger.open, crew.workers, crew.cores, ledger.share, ledger.points, self._best)
+        return State(ledger.done, ledger.open, crew.workers, crew.cores, ledger.share, ledger.points, self._best,
+                     self._verifying.open)
 
     def _list(self, then: Callable[[list[pieces.Standing]], None]) -> None:
         self._desk.ask(["--pieces=1", "--jobs=" + self._folder.path], lambda answer: then(pieces.listing(answer)))
@@ -151,7 +154,7 @@ class Manager:
         texts = {"jobs/manifest": folder.manifest_of(piece)}
         if best := folder.best():
             texts["jobs/best"] = best
-        return Task(piece, command, {"latbox-all": self._desk.program, **files}, texts, "jobs/%d.result" % piece, folder.arrival(piece),
+        return Task(piece, command, {"latbox-all": self._job_program, **files}, texts, "jobs/%d.result" % piece, folder.arrival(piece),
                     is_second)
 
     # ------------------------------------------------------------- in
@@ -211,6 +214,8 @@ class Manager:
         """A second result of a piece, with the one in place. It must be another worker's, where there is another one."""
         piece, path = outcome.task.piece, outcome.task.arrival
         first = self._verifying.first_worker(piece)
+        if outcome.reason and self._verifying.fail(piece) >= MOST_FAILURES:
+            raise EngineError("piece %d, done once more, has failed %d times, the last time: %s" % (piece, MOST_FAILURES, outcome.reason))
         if outcome.reason or (outcome.worker == first and self._engine.crew().workers > 1):
             remove(path)
             self._engine.submit(self._task(piece, True))

@@ -24,6 +24,7 @@ class State:
     share: float  # of the estimated nodes, 0 to 1
     points: int
     best: str | None = None
+    compared: int = 0  # second results that are not there yet
 
 
 class Display:
@@ -96,6 +97,8 @@ def parts(state: State, seconds: float, left: float | None) -> list[str]:
              "%.3g %% done" % (100 * state.share), counted(state.points, "point")]
     if state.best is not None:
         found.append("best " + state.best)
+    if state.compared:
+        found.append("%d to be compared" % state.compared)
     if left is not None and state.open:
         found.append("about %s left" % clock(left))
     return found

@@ -10,6 +10,7 @@ Nobody outside knows which pieces are drawn. A farm that is started again draws 
 from __future__ import annotations
 
 import random
+from collections import Counter
 from fractions import Fraction
 
 
@@ -19,7 +20,7 @@ class Verifying:
         self._draw = random.SystemRandom()
         self._suspects: set[int] = set()
         self._first: dict[int, str] = {}  # piece -> the worker whose result is in place
-        self.agreed = 0
+        self._failures: Counter[int] = Counter()
 
     @property
     def open(self) -> int:
@@ -32,17 +33,17 @@ class Verifying:
     def begin(self, piece: int, worker: str) -> None:
         self._first[piece] = worker
 
-    def is_compared(self, piece: int) -> bool:
-        """Whether a second result of it is looked for."""
-        return piece in self._first
-
     def first_worker(self, piece: int) -> str:
         return self._first[piece]
+
+    def fail(self, piece: int) -> int:
+        """How often no second result has come."""
+        self._failures[piece] += 1
+        return self._failures[piece]
 
     def agree(self, piece: int) -> None:
         del self._first[piece]
         self._suspects.discard(piece)
-        self.agreed += 1
 
     def disagree(self, piece: int) -> None:
         """It is verified whoever does it next."""
