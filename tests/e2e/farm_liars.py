@@ -3,8 +3,6 @@
 import os
 import sys
 
-import harness
-
 SUMS = (0xCBF29CE484222325, 0x84222325CBF29CE4)
 
 
@@ -77,13 +75,13 @@ def lie(arguments, kind, left):
 
 
 def spoil(worker, real, kind, times):
-    """From now on this worker lies so many times. Requires that it has had a job."""
+    """From its second piece on this worker lies so many times. It stands still meanwhile, so that it has no time for more."""
+    worker.stop_in_a_piece()
 
     def programs():
         return [os.path.join(folder, name) for folder, _, names in os.walk(worker.folder) for name in names
                 if name.endswith(("latbox-all", "latbox-job")) and os.path.basename(folder) == "cache"]
 
-    harness.wait_until(programs, "the program in the worker's store")
     left = worker.folder + ".lies"
     with open(left, "w", encoding="ascii") as file:
         file.write(str(times))
@@ -92,6 +90,7 @@ def spoil(worker, real, kind, times):
         file.write(WRAPPER % {"python": sys.executable, "real": real, "here": os.path.dirname(os.path.abspath(__file__)),
                               "kind": kind, "left": left})
     os.chmod(script, 0o755)
-    for path in programs():
-        os.replace(script, path)
+    (path,) = programs()
+    os.replace(script, path)
+    worker.go_on()
     return left

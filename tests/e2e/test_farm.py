@@ -9,18 +9,20 @@ import stat
 
 import farm_support
 import harness
-from complete_kills import TASKS, triples
+from complete_kills import TASKS, knapsack, tied_knapsack
 from farm_support import FarmCase
 from programs import market_split
 from test_complete import NINE, NOTHING, ONE
 
 LONG = market_split(6, 50, 1)
 
-# Programs whose search takes about a second, with the options of the run.
+# Programs whose search takes a second or some, with the options of the run.
 DISTURBED = {
     "all_points": (TASKS[0].text,),
+    "many_points": (market_split(3, 38, 7),),
     "no_point": (LONG,),
-    "no_design": (triples(11),),
+    "the_best_point": (knapsack(30, 2),),
+    "all_best_points": (tied_knapsack(22, 1), "--ties=1"),
 }
 
 
@@ -28,8 +30,9 @@ class DisturbedTest(FarmCase):
     """Of three workers one is killed in a piece, two stand still for longer than their time-out, and then the manager is killed."""
 
     def disturb(self, text, *options):
+        options = ("--proof=p.proof", *options)
         alone = self.alone(text, *options)
-        farm = self.begin("--pieces=40", *options)
+        farm = self.begin("--pieces=12", *options)
         killed, *stopped = [self.hire() for _ in range(3)]
         harness.wait_until(self.results, "a result")
         killed.stop_in_a_piece()
@@ -42,7 +45,7 @@ class DisturbedTest(FarmCase):
         port = self.read("jobs/farm/port")
         for worker in stopped:
             worker.go_on()
-        farm = self.begin("--pieces=40", *options)
+        farm = self.begin("--pieces=12", *options)
         status = farm.wait()
         self.assertEqual(self.read("jobs/farm/port"), port)
         self.assert_same(alone, harness.Result(status, farm.out, farm.err))
@@ -76,8 +79,8 @@ class PlainTest(FarmCase):
             self.forget()
 
     def test_what_presolve_decides_needs_no_worker(self):
-        alone = self.alone(NOTHING)
-        self.assert_same(alone, self.farm(NOTHING, workers=0))
+        alone = self.alone(NOTHING, "--proof=p.proof")
+        self.assert_same(alone, self.farm(NOTHING, "--proof=p.proof", workers=0))
         self.assertEqual(alone.verdict, "verdict: none")
 
     def test_what_overruns_is_cut_again(self):
