@@ -74,7 +74,7 @@ class Joiner {
   PieceLattice provenLattice() const {
     PieceLattice lattice = folder_.lattice();
     IntegerProgram whole = integerProgramOf(folder_.program());
-    if (!tighten(whole) || !closeByRows(whole) || !isLatticeOf(whole, lattice.box))
+    if (!tighten(whole) || !closeByRows(whole) || !isLatticeOf(whole, lattice.box) || !isDual(lattice))
       throw BadFolder(folder_.pathOf("lattice") + ": is not that of the program");
     return lattice;
   }

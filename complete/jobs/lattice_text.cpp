@@ -1,10 +1,8 @@
 #include "complete/jobs/lattice_text.h"
 
-#include <functional>
 #include <map>
 
 #include "complete/digest.h"
-#include "complete/elimination.h"
 #include "complete/words.h"
 
 namespace latbox::complete::jobs {
@@ -78,12 +76,6 @@ void requireShape(const PieceLattice& lattice) {
   requireLengths(lattice.dual, box.variables.size());
   for (const std::size_t j : box.variables) require(j < box.fixed.size());
   for (const Row& row : box.rows) require(row.a.size() == box.fixed.size());
-  for (std::size_t i = 0; i < box.rank(); ++i)
-    for (std::size_t j = 0; j < box.rank(); ++j) {
-      Integer sum = 0;
-      for (std::size_t c = 0; c < box.variables.size(); ++c) sum += lattice.dual[i][c] * box.basis[j][c];
-      require(sum == (i == j ? 1 : 0));
-    }
 }
 
 }  // namespace
@@ -119,6 +111,18 @@ PieceLattice parseLattice(std::string_view text) {
   }
   requireShape(lattice);
   return lattice;
+}
+
+bool isDual(const PieceLattice& lattice) {
+  const BoxLattice& box = lattice.box;
+  for (std::size_t i = 0; i < box.rank(); ++i)
+    for (std::size_t j = 0; j < box.rank(); ++j) {
+      Integer sum = 0;
+      for (std::size_t c = 0; c < box.variables.size(); ++c)
+        mpz_addmul(sum.get_mpz_t(), lattice.dual[i][c].get_mpz_t(), box.basis[j][c].get_mpz_t());
+      if (sum != (i == j ? 1 : 0)) return false;
+    }
+  return true;
 }
 
 }  // namespace latbox::complete::jobs

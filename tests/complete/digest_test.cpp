@@ -36,5 +36,17 @@ TEST(Digest, RefusesATextThatIsNone) {
     EXPECT_FALSE(Digest::parse(text)) << text;
 }
 
+TEST(Sealed, TellsWhetherAllIsThere) {
+  const std::string text = sealed("one\ntwo\n");
+  ASSERT_TRUE(unsealed(text));
+  EXPECT_EQ(*unsealed(text), "one\ntwo\n");
+  for (std::size_t size = 0; size < text.size(); ++size) EXPECT_FALSE(unsealed(text.substr(0, size))) << size;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::string other = text;
+    other[i] ^= 1;
+    EXPECT_FALSE(unsealed(other)) << i;
+  }
+}
+
 }  // namespace
 }  // namespace latbox::complete

@@ -52,5 +52,36 @@ TEST(ParseOptions, RefusesWhatExcludesEachOther) {
   EXPECT_EQ(testing::refusal([] { parseOptions({"--first=1", "--limit=0", "--ties=0", "p.opt"}); }), "");
 }
 
+TEST(ParseOptions, TakesWhatIsDoneWithPieces) {
+  const Options begin = parseOptions({"--split=20", "--jobs=d", "--proof=1", "--ties=1", "p.opt"});
+  EXPECT_EQ(begin.split, 20u);
+  EXPECT_EQ(begin.jobs, "d");
+  const Options job = parseOptions({"--job=3", "--jobs=d", "--job-rtime=2.5", "--threads=2"});
+  EXPECT_EQ(job.job, 3u);
+  EXPECT_EQ(job.jobRtime, 2.5);
+  EXPECT_EQ(parseOptions({"--take=r", "--job=3", "--jobs=d"}).take, "r");
+  EXPECT_TRUE(parseOptions({"--join=1", "--jobs=d", "--out=o", "--proof=q"}).join);
+  EXPECT_TRUE(parseOptions({"--pieces=1", "--jobs=d"}).pieces);
+}
+
+TEST(ParseOptions, RefusesWhatIsNotDoneWithPieces) {
+  const std::vector<std::string> lists[] = {{"--split=2", "p.opt"},
+                                            {"--job=1"},
+                                            {"--join=1"},
+                                            {"--pieces=1"},
+                                            {"--jobs=d"},
+                                            {"--jobs=d", "p.opt"},
+                                            {"--job-rtime=1", "p.opt"},
+                                            {"--take=r", "--jobs=d"},
+                                            {"--split=2", "--jobs=d"},
+                                            {"--split=2", "--job=1", "--jobs=d", "p.opt"},
+                                            {"--split=2", "--jobs=d", "--proof=q", "p.opt"},
+                                            {"--job=1", "--jobs=d", "--first=1"},
+                                            {"--join=1", "--jobs=d", "--ties=1"},
+                                            {"--job=0", "--jobs=d"}};
+  for (const std::vector<std::string>& list : lists)
+    EXPECT_NE(testing::refusal([&] { parseOptions(list); }), "") << list.front() << " and " << list.back();
+}
+
 }  // namespace
 }  // namespace latbox::complete
