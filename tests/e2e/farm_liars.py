@@ -47,14 +47,10 @@ def empty(lines):
 
 LIES = {"torn": torn, "damaged": damaged, "wrong": wrong, "empty": empty}
 
-# The count of lies is kept beside the worker's store: after so many it is honest.
-WRAPPER = """#!%(python)s
-import os, subprocess, sys
-status = subprocess.run([%(real)r] + sys.argv[1:]).returncode
-sys.path.insert(0, %(here)r)
-import farm_liars
-farm_liars.lie(sys.argv[1:], %(kind)r, %(left)r)
-sys.exit(status)
+# The count of lies is kept beside the worker's store: after so many it is honest, and as fast as any.
+WRAPPER = """#!/bin/sh
+[ "$(cat '%(left)s')" != 0 ] || exec '%(real)s' "$@"
+'%(real)s' "$@" && exec '%(python)s' '%(here)s/farm_liars.py' %(kind)s '%(left)s' "$@"
 """
 
 
@@ -94,3 +90,7 @@ def spoil(worker, real, kind, times):
     os.replace(script, path)
     worker.go_on()
     return left
+
+
+if __name__ == "__main__":
+    lie(sys.argv[3:], sys.argv[1], sys.argv[2])

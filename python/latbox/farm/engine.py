@@ -11,6 +11,7 @@ that can run at once, and a few more.
 from __future__ import annotations
 
 import os
+import time
 from dataclasses import dataclass
 from typing import Any
 
@@ -77,6 +78,7 @@ class Engine:
         self._queue.specify_keepalive_interval(half)
         self._queue.specify_keepalive_timeout(half)
         self._open: dict[int, Task] = {}
+        self._blocked: dict[str, float] = {}  # until when
 
     @property
     def port(self) -> int:
@@ -93,8 +95,8 @@ class Engine:
         return Crew(int(stats.workers_connected), int(stats.total_cores), int(stats.workers_removed - stats.workers_released))
 
     def room(self, crew: Crew) -> int:
-        """So many more tasks are of use to these."""
-        return max(0, crew.cores + WAITING - len(self._open))
+        """So many more tasks are of use to these, beside those that are done once more."""
+        return max(0, crew.cores + WAITING - sum(not task.is_second for task in self._open.values()))
 
     @property
     def is_empty(self) -> bool:
@@ -108,10 +110,14 @@ class Engine:
             sent.specify_buffer(text, name, cache=False)
         sent.specify_output_file(task.arrival, task.output, cache=False)
         sent.specify_cores(1)
+        if task.is_second:
+            # Else the worker that has just brought the first result, and is idle, gets it for ever.
+            sent.specify_algorithm(self._api.WORK_QUEUE_SCHEDULE_RAND)
         self._open[self._queue.submit(sent)] = task
 
     def wait(self, seconds: int) -> Outcome | None:
         """The next that has ended, if any has within this time; also what is no success."""
+        self._forgive()
         ended = self._queue.wait(seconds)
         return self._outcome(ended) if ended else None
 
@@ -127,8 +133,15 @@ class Engine:
         return Outcome(task, str(ended.hostname or "?"), str(ended.host or "?"), reason)
 
     def block(self, host: str, seconds: int) -> None:
-        """For so long no task goes to workers of this machine."""
-        self._queue.block_host_with_timeout(host, seconds)
+        """For so long no task goes to workers of this machine. The engine's own way to say how long takes no number from Python."""
+        self._queue.block_host(host)
+        self._blocked[host] = time.monotonic() + seconds
+
+    def _forgive(self) -> None:
+        now = time.monotonic()
+        for host in [host for host, end in self._blocked.items() if end <= now]:
+            del self._blocked[host]
+            self._queue.unblock_host(host)
 
     def dismiss(self) -> None:
         """The workers may go: the work is done."""

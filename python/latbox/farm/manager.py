@@ -174,7 +174,7 @@ class Manager:
             result = pieces.taken(answer)
             remove(path)
             if result is None:
-                self._fail(piece, outcome, answer.err)
+                self._fail(piece, outcome, pieces.said(answer))
             elif self._ledger.is_open(piece):
                 self._enter(piece, result, outcome)
 

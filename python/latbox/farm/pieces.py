@@ -76,7 +76,12 @@ def taken(answer: Answer) -> Taken | None:
 
 def failure(answer: Answer, call: str) -> LatboxError:
     """In the words of latbox-all, if it has any; wrong input is the user's."""
-    words = "\n".join(said.group(1) for said in SAID.finditer(answer.err)) or answer.err
+    words = said(answer)
     if answer.status == USAGE:
         return UsageError(words)
     return EngineError(words or "latbox-all %s failed with status %d" % (call, answer.status))
+
+
+def said(answer: Answer) -> str:
+    """What is wrong, without the name of who says so."""
+    return "\n".join(match[1] for match in SAID.finditer(answer.err)) or answer.err
