@@ -167,6 +167,15 @@ class VerifyingTest(unittest.TestCase):
         verifying.agree(3)
         self.assertEqual((verifying.open, verifying.wants(3)), (0, False))
 
+    def test_second_results_wait_for_another_worker(self) -> None:
+        verifying = Verifying(Fraction(0))
+        verifying.begin(3, "a")
+        verifying.begin(4, "b")
+        self.assertEqual(verifying.release("a"), [4])
+        self.assertEqual(verifying.release("a"), [])
+        verifying.hold(4)
+        self.assertEqual(verifying.release(None), [3, 4])
+
     def test_claims(self) -> None:
         """Times, options and order make no difference; points and nodes do."""
         result = "nodes 3\npoints 2\n[ 1 ] | 0 | [ ] | 0 | 7 | --a\n[ 2 ] | 0 | [ ] | 0 | 7 | --a\nend 12\n"

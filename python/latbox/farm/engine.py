@@ -111,7 +111,8 @@ class Engine:
         sent.specify_output_file(task.arrival, task.output, cache=False)
         sent.specify_cores(1)
         if task.is_second:
-            # Else the worker that has just brought the first result, and is idle, gets it for ever.
+            # Before all others, for it was sent when the right worker was idle; and where several are, not to the same one each time.
+            sent.specify_priority(1)
             sent.specify_algorithm(self._api.WORK_QUEUE_SCHEDULE_RAND)
         self._open[self._queue.submit(sent)] = task
 

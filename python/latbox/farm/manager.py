@@ -102,6 +102,8 @@ class Manager:
             self._miss(crew)
             self._send(crew)
             self._desk.work()
+            if self._engine.is_empty:
+                self._send_again(None)
             if self._engine.is_empty and self._desk.backlog:
                 self._desk.wait(1.0)
             elif outcome := self._engine.wait(1):
@@ -166,6 +168,11 @@ class Manager:
             self._fail(outcome.task.piece, outcome, outcome.reason)
         else:
             self._take(outcome.task.piece, outcome.task.arrival, outcome)
+        self._send_again(outcome.worker)
+
+    def _send_again(self, idle: str | None) -> None:
+        for piece in self._verifying.release(idle):
+            self._engine.submit(self._task(piece, True))
 
     def _take(self, piece: int, path: str, outcome: Outcome | None) -> None:
         """`outcome` is None where nobody knows any more who has sent it."""
@@ -190,7 +197,6 @@ class Manager:
             self._ledger.finish(piece, result.points)
             if outcome is not None and self._verifying.wants(piece) and self._folder.is_comparable(piece):
                 self._verifying.begin(piece, outcome.worker)
-                self._engine.submit(self._task(piece, True))
 
     def _split(self, piece: int, points: int) -> None:
         """What its result in place has left open becomes pieces."""
@@ -218,7 +224,7 @@ class Manager:
             raise EngineError("piece %d, done once more, has failed %d times, the last time: %s" % (piece, MOST_FAILURES, outcome.reason))
         if outcome.reason or (outcome.worker == first and self._engine.crew().workers > 1):
             remove(path)
-            self._engine.submit(self._task(piece, True))
+            self._verifying.hold(piece)
             return
         with open(path, encoding="utf-8", errors="replace") as mine, open(self._folder.result(piece), encoding="utf-8") as other:
             agree = claims(mine.read()) == claims(other.read())

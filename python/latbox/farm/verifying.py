@@ -21,6 +21,7 @@ class Verifying:
         self._suspects: set[int] = set()
         self._first: dict[int, str] = {}  # piece -> the worker whose result is in place
         self._failures: Counter[int] = Counter()
+        self._held: list[int] = []
 
     @property
     def open(self) -> int:
@@ -32,6 +33,17 @@ class Verifying:
 
     def begin(self, piece: int, worker: str) -> None:
         self._first[piece] = worker
+        self.hold(piece)
+
+    def hold(self, piece: int) -> None:
+        """It waits for a worker other than the first, which is idle just now and would get it at once."""
+        self._held.append(piece)
+
+    def release(self, idle: str | None) -> list[int]:
+        """What this idle worker can do; all that waits where nobody has anything to do."""
+        found = [piece for piece in self._held if self._first[piece] != idle]
+        self._held = [piece for piece in self._held if self._first[piece] == idle]
+        return found
 
     def first_worker(self, piece: int) -> str:
         return self._first[piece]
