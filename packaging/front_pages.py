@@ -30,7 +30,10 @@ def manual_text(text: str) -> str:
 
 def option_paragraph(option: Option) -> str:
     name = manual_text("--" + option.name)
-    head = ".BI %s= %s" % (name, option.value) if option.value else ".B %s" % name
+    if option.default is not None:
+        head = ".BI %s[= %s ]" % (name, option.value)
+    else:
+        head = ".BI %s= %s" % (name, option.value) if option.value else ".B %s" % name
     return ".TP\n%s\n%s\n" % (head, manual_text(option.text))
 
 
@@ -39,8 +42,9 @@ def status_paragraph(status: statuses.Status) -> str:
 
 
 def keys(table: list[Option], *values: str) -> str:
-    """The options with such a value, with any value if there is none, as a pattern of the shell."""
-    return "|".join("--" + option.name for option in table if option.value and (not values or option.value in values))
+    """The options whose value may be the next word, with such a value, or any if none is named, as a pattern of the shell."""
+    return "|".join("--" + option.name for option in table
+                    if option.value and option.default is None and (not values or option.value in values))
 
 
 def fill(text: str, name: str, version: str) -> str:
@@ -52,7 +56,7 @@ def fill(text: str, name: str, version: str) -> str:
         "@MODELS@": models,
         "@OPTIONS_AS_MANUAL@\n": "".join(map(option_paragraph, table)),
         "@STATUSES_AS_MANUAL@\n": "".join(map(status_paragraph, statuses.TABLE)),
-        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value)) for option in table),
+        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value and option.default is None)) for option in table),
         "@OPTION_VALUES@": " ".join("--%s=%s" % (option.name, choice) for option in table for choice in option.choices),
         "@FILE_KEYS@": keys(table, "FILE"),
         "@FOLDER_KEYS@": keys(table, "DIR"),

@@ -37,7 +37,7 @@ _latbox_names() {
 }
 
 _latbox_plot() {
-  _latbox_tool "$2" '--help --version --x=' '--x=time --x=iteration' log jsonl json txt
+  _latbox_tool "$2" '--help --version --view --x=' '--x=time --x=iteration' log jsonl json txt
 }
 
 complete -F _latbox_convert latbox-convert

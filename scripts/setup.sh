@@ -27,6 +27,15 @@ test_packages() {
   has_command python3 || echo python3
 }
 
+# What some tests look at where it is there: Debian's PuLP, which one of the Pythons in PATH may have.
+wanted_packages() {
+  local python
+  for python in $(type -ap python3); do
+    "$python" -c 'import pulp' >/dev/null 2>&1 && return
+  done
+  echo python3-pulp
+}
+
 # What latbox-all needs beyond that; its compiler is there by then.
 complete_packages() {
   has_header gmpxx.h || echo libgmp-dev
@@ -72,6 +81,13 @@ install_packages() {
   # An update that fails (one dead mirror among several) is no reason to stop: the install decides.
   quietly apt-update as_root apt-get update || true
   quietly apt-install as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "$@"
+}
+
+# Tried once: a machine that cannot have them goes on, and the tests that miss them are skipped.
+install_wanted() {
+  [ $# -gt 0 ] && [ ! -e "$root/build/.wanted" ] || return 0
+  : >"$root/build/.wanted"
+  install_packages "$@" || note "going on without $*: the tests that need it are skipped"
 }
 
 configure() {

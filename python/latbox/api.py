@@ -23,17 +23,18 @@ from __future__ import annotations
 import math
 import os
 from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager
 from dataclasses import dataclass, field
 from decimal import Decimal
 from fractions import Fraction
 from typing import Any, Union
 
 from . import models
-from .errors import EngineError, UsageError
+from .errors import EngineError, PlacedError, UsageError, counted
 from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
-from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap, Portfolio, Settings
+from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap, Portfolio, Settings
 
 Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
@@ -45,7 +46,7 @@ class Point(tuple[Number, ...]):
     names: tuple[str, ...]
 
     def __new__(cls, values: Sequence[Fraction], names: tuple[str, ...]) -> Point:
-        point = super().__new__(cls, [plain(value) for value in values])
+        point = tuple.__new__(cls, [plain(value) for value in values])
         point.names = names
         return point
 
@@ -74,8 +75,9 @@ class Result:
 
     status: "optimal" (proven; without an objective: a point), "all" (all points, proven), "infeasible" (proven), "feasible",
     "unknown", "interrupted", "unbounded". x and objective belong to the best point, None if no point is known; bound is what no
-    point can surpass, proven; points holds all that were asked for, best first. With status "unbounded" the points
-    x + k * ray, k = 0, 1, ... have better and better objectives. x, points and ray hold numpy arrays if the model came as one.
+    point can surpass, proven; points holds all that were asked for, best first. With status "unbounded", and with "feasible" where
+    continuous variables were taken on a grid, ray may be there: the points x + k * ray, k = 0, 1, ... have better and better
+    objectives. x, points and ray hold numpy arrays if the model came as one.
     """
 
     status: str
@@ -91,8 +93,10 @@ class Result:
 class Model:
     """A model that has been read, or made of matrices."""
 
-    def __init__(self, model: models.Model, wrap: Callable[[Point], Any] | None = None) -> None:
+    def __init__(self, model: models.Model, wrap: Callable[[Point], Any] | None = None, file: str | None = None) -> None:
+        """`file`: what errors of the model name as its place."""
         self.model = model
+        self._file = file
         self._wrap = wrap or (lambda point: point)
         self._names = tuple(variable.name for variable in model.variables)
 
@@ -107,7 +111,8 @@ class Model:
         return [note.message for note in self.model.notes]
 
     def __repr__(self) -> str:
-        return "<latbox.Model %s: %d variables, %d rows>" % (self.model.name, len(self._names), len(self.model.rows))
+        name = " " + self.model.name if self.model.name else ""
+        return "<latbox.Model%s: %s, %s>" % (name, counted(len(self._names), "variable"), counted(len(self.model.rows), "row"))
 
     def solve(self, time: float | None = None, solutions: int | str = 1, target: Exact | None = None,
               gap: Exact | str | None = None, engine: str = AUTO, digits: int | None = None, threads: int = 0, seed: int = 0,
@@ -125,12 +130,13 @@ class Model:
         Raises UsageError, ModelError (a continuous variable without digits), EngineError. Ctrl-C ends it with the best so far.
         """
         settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), optional(target),
-                            gap_of(gap), whole_of("seed", seed), whole_of("threads", threads), memory_of(memory))
+                            gap_of(gap), whole_of("seed", seed), threads_of(threads), memory_of(memory))
         if settings.engine == SEARCH and settings.solutions == ALL:
             raise UsageError("solutions='all': the search alone cannot know that it has them all")
         if settings.solutions != 1 and (target is not None or gap is not None):
             raise UsageError("%s: it goes with one point, not with solutions" % ("gap" if target is None else "target"))
-        return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
+        with self._placed():
+            return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
 
     def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Iterator[Any]:
         """All points, each once, in no order, as they are found. Leaving the loop ends the engine.
@@ -138,21 +144,32 @@ class Model:
         With a time it may end before all are there. Where it cannot come to an end by itself, for nothing bounds a variable or the
         engine breaks, EngineError is raised behind the points that are known. Raises as solve() otherwise; Ctrl-C as it is.
         """
-        settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=whole_of("threads", threads))
+        settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=threads_of(threads))
         portfolio = Portfolio(self.model, settings)
         events = portfolio.events()
         try:
-            for event in events:
+            while True:
+                with self._placed():
+                    event = next(events)
                 if isinstance(event, Found):
                     yield self._wrap(Point(event.x, self._names))
                 elif isinstance(event, End):
                     require_all(event, portfolio)
+                    return
         finally:
             events.close()
 
     def fault(self, x: Sequence[Exact]) -> str | None:
         """What is wrong with a point, in words; None if it is a point of the model. Exact."""
         return checking.fault(self.model, [exact("x", value) for value in listed("x", x)])
+
+    @contextmanager
+    def _placed(self) -> Iterator[None]:
+        """An error that has a place in the model gets its file."""
+        try:
+            yield
+        except PlacedError as error:
+            raise error.in_file(self._file) if self._file else error
 
     def _result(self, end: End) -> Result:
         points = [self._wrap(Point(x, self._names)) for x in end.points]
@@ -167,7 +184,8 @@ def read(path: str | os.PathLike[str], format: str | None = None) -> Model:
     format: "opt", "lp", "mps", "fixed-mps", "free-mps" where the name does not tell. Raises ReadError (with file, line, column),
     UsageError, OSError.
     """
-    return Model(models.read_model(os.fspath(path), format))
+    path = os.fspath(path)
+    return Model(models.read_model(path, format), file=models.sources.shown_name(path))
 
 
 def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
@@ -200,9 +218,9 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
         raise UsageError("A has no columns")
     for i, row in enumerate(rows):
         if len(row) != n:
-            raise UsageError("A: row %d has %d entries, and the first one has %d" % (i + 1, len(row), n))
+            raise UsageError("A: row %d has %s, and the first one has %d" % (i + 1, entries(len(row)), n))
     if len(sides) != len(rows):
-        raise UsageError("A has %d rows, and b has %d entries" % (len(rows), len(sides)))
+        raise UsageError("A has %s, and b has %s" % (counted(len(rows), "row"), entries(len(sides))))
     model = models.Model()
     grids = spread("digits", digits, n)
     for j, (low, high, grid) in enumerate(zip(spread("lower", lower, n), spread("upper", upper, n), grids)):
@@ -217,10 +235,10 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
             raise UsageError("b: entry %d is None" % (i + 1))
         model.rows.append(Row("r%d" % (i + 1), None, end_of("b", least, -INF), end_of("b", greatest, INF), sparse("A", row)))
     if objective is not None:
-        entries = listed("objective", objective)
-        if len(entries) != n:
-            raise UsageError("A has %d columns, and objective has %d entries" % (n, len(entries)))
-        model.objective = Row("objective", None, coefficients=sparse("objective", entries))
+        costs = listed("objective", objective)
+        if len(costs) != n:
+            raise UsageError("A has %s, and objective has %s" % (counted(n, "column"), entries(len(costs))))
+        model.objective = Row("objective", None, coefficients=sparse("objective", costs))
         model.maximise = sense == "max"
     return Model(model, as_array if is_array(A) else None)
 
@@ -299,14 +317,18 @@ def spread(name: str, value: Any, n: int) -> list[Any]:
     """One entry for each variable."""
     if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
         return [value] * n
-    entries = list(value)
-    if len(entries) != n:
-        raise UsageError("A has %d columns, and %s has %d entries" % (n, name, len(entries)))
-    return entries
+    found = list(value)
+    if len(found) != n:
+        raise UsageError("A has %s, and %s has %s" % (counted(n, "column"), name, entries(len(found))))
+    return found
 
 
-def sparse(name: str, entries: Sequence[Any]) -> dict[int, Fraction]:
-    values = ((j, exact(name, value)) for j, value in enumerate(entries))
+def entries(number: int) -> str:
+    return counted(number, "entry", "entries")
+
+
+def sparse(name: str, row: Sequence[Any]) -> dict[int, Fraction]:
+    values = ((j, exact(name, value)) for j, value in enumerate(row))
     return {j: value for j, value in values if value}
 
 
@@ -316,7 +338,7 @@ def is_array(value: Any) -> bool:
 
 def as_array(point: Point) -> Any:
     """int64 where all values fit, objects else."""
-    import numpy  # type: ignore[import]
+    import numpy
 
     fits = all(isinstance(value, int) and abs(value) < 2**63 for value in point)
     return numpy.array(list(point), dtype=numpy.int64 if fits else object)
@@ -374,6 +396,12 @@ def memory_of(memory: Any) -> int | None:
     if not hasattr(memory, "__index__") or isinstance(memory, bool) or int(memory) < LEAST_MEMORY:
         raise UsageError("memory=%r: a number of bytes, %d or more, is wanted" % (memory, LEAST_MEMORY))
     return int(memory)
+
+
+def threads_of(threads: Any) -> int:
+    if whole_of("threads", threads) > MOST_THREADS:
+        raise UsageError("threads=%r: %d or less are wanted" % (threads, MOST_THREADS))
+    return int(threads)
 
 
 def whole_of(name: str, value: Any) -> int:

@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import argparse
 import os
+import re
 import sys
 from fractions import Fraction
 
@@ -37,10 +38,9 @@ def parser() -> Parser:
 
 
 def _digits(text: str) -> int:
-    value = int(text)
-    if not 0 <= value <= 18:
-        raise argparse.ArgumentTypeError("0 to 18 digits")
-    return value
+    if not re.fullmatch("[0-9]{1,2}", text, re.ASCII) or int(text) > 18:
+        raise argparse.ArgumentTypeError("%r: a number of digits from 0 to 18 is wanted" % text)
+    return int(text)
 
 
 def convert(options: argparse.Namespace) -> None:

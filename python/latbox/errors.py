@@ -11,6 +11,8 @@
 
 from __future__ import annotations
 
+from collections.abc import Iterator
+from contextlib import contextmanager
 from typing import NamedTuple
 
 
@@ -61,6 +63,26 @@ class EngineError(LatboxError):
 
 class InternalError(EngineError):
     """A point that is none, or a verdict that another one contradicts. Please report it, with the model."""
+
+
+def os_error_text(error: OSError) -> str:
+    """`m.lp: No such file or directory`."""
+    where = "%s: " % error.filename if error.filename else ""
+    return where + (error.strerror or str(error))
+
+
+@contextmanager
+def naming(what: str) -> Iterator[None]:
+    """An OSError within gets this as its file's name: the option that it comes from, say."""
+    try:
+        yield
+    except OSError as error:
+        raise OSError(error.errno, error.strerror or str(error), what) from None
+
+
+def counted(number: int, word: str, many: str = "") -> str:
+    """1 point, 2 points; `many` where that is not the word with an s."""
+    return "%d %s" % (number, word if number == 1 else many or word + "s")
 
 
 def place_text(file: str | None, place: Place | None) -> str:

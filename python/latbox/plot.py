@@ -1,9 +1,10 @@
 """latbox-plot: a picture of a run, from the log of the solver or from the JSON lines of latbox-solve, as SVG.
 
     latbox-plot [--x=time|iteration] LOG [PICTURE.svg]
+    latbox-plot --view[=PORT] LOG
 
 LOG is the standard output of latbox with --verb=1 or, for all panels, --verb=2, or what latbox-solve --json wrote. A log may
-be cut anywhere and hold anything between its lines.
+be cut anywhere and hold anything between its lines. --view serves a page of it instead, which follows it while it grows.
 """
 
 from __future__ import annotations
@@ -15,7 +16,7 @@ import sys
 from typing import Callable
 
 from . import json_log, run_log
-from .errors import LatboxError
+from .errors import LatboxError, UsageError
 from .models import sources
 from .picture import (EVENT_HEIGHT, GAP, HEAD, LEFT, PANEL, RIGHT, TAIL, WIDTH, Drawing, Mark, Panel, Point, document,
                       tick_text, ticks, xml_text)
@@ -159,6 +160,13 @@ def read(text: str) -> Log:
 
 
 def plot(options: argparse.Namespace) -> None:
+    if options.view is not None:
+        if options.picture is not None:
+            raise UsageError("--view: it draws no file, and %s was given" % options.picture)
+        from .view import follow  # a picture is drawn without it
+
+        follow.serve(options.log, options.view)
+        return
     run = read(sources.read(options.log))
     if run.empty():
         raise LatboxError("%s: no report of a run in it; run latbox with --verb=2, or latbox-solve with --json=FILE" %
@@ -174,12 +182,22 @@ def parser() -> Parser:
                        "latbox-solve; - for standard input")
     found.add_argument("picture", nargs="?", metavar="PICTURE.svg", help="the picture's file; standard output if it is left out")
     found.add_argument("--x", choices=("time", "iteration"), default="time", help="the shared axis; default time")
+    found.add_argument("--view", metavar="PORT", type=port, nargs="?", const=0, help="serve a page of the log on this machine alone, print its link, and follow "
+                       "the log until Ctrl-C; --view alone takes any port")
     return found
+
+
+def port(text: str) -> int:
+    if not text.isdecimal() or not 0 <= int(text) <= 65535:
+        raise argparse.ArgumentTypeError("a port of this machine is wanted, a number up to 65535")
+    return int(text)
 
 
 def main(arguments: list[str] | None = None) -> int:
     """The command; its exit status is 0, 1 for a log that tells nothing, 2 for a wrong command line."""
-    return run_tool(parser(), plot, arguments)
+    given = sys.argv[1:] if arguments is None else arguments
+    # The value is optional, and never the next word: that is the log.
+    return run_tool(parser(), plot, ["--view=0" if word == "--view" else word for word in given])
 
 
 if __name__ == "__main__":

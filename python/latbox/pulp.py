@@ -24,7 +24,7 @@ from .solving.events import Event
 from .solving.portfolio import AUTO
 
 try:
-    import pulp  # type: ignore[import]
+    import pulp
 except ImportError as missing:
     raise ImportError("latbox.pulp needs PuLP, which this Python does not find (Debian: python3-pulp)", name="pulp") from missing
 

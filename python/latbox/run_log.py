@@ -13,25 +13,15 @@ import bisect
 import math
 import re
 
-TARGET = re.compile(r"T\(bestTarget\) = (\S+), S\(bestTarget\) = (\S+?)(?: -- \{ (.*) \})?\s*\Z")
-DEVIATION = re.compile(r"\[len,f,fs,fm,fc,tn\] = (\S+) [01] \S+ \S+ (\S+) \S+ \}")
-SIEVEABLE = re.compile(r"Sieveable in/homogenous vectors: \(([0-9]{1,18}), ([0-9]{1,18})\)\s*\Z")
-COUNTS = {
-    "pairwise": re.compile(r"Pairwise collections: ([0-9]{1,18})\s*\Z"),
-    "sampling": re.compile(r"Sampling collections: ([0-9]{1,18})\s*\Z"),
-    "solutions": re.compile(r"Solutions found: ([0-9]{1,18})\s*\Z"),
-}
-ITERATIONS = re.compile(r"Total iterations: ([0-9]{1,18})\s*\Z")
-RUNNING_TIME = re.compile(r"Total running time: (.*?)(?: -- Program end)?\s*\Z")
-SECONDS = re.compile(r"([0-9]{1,18}) sec\(s\)\Z|[0-9:]+ (?:hour\(s\):)?min\(s\):sec\(s\) == ([0-9]{1,18}) secs\Z")
+from .solving.report import (BANNER, COUNTS, DEVIATION, FIRST_OF_BASIS, ITERATIONS, RUNNING_TIME, SIEVEABLE, TARGET, length, number,
+                             seconds)
+
 EVENTS = {
     "regenerated": re.compile(r"\|-> Lattice was regenerated ==> Re-Looping \.\.\."),
     "extended": re.compile(r"\|-> Switching to extended precision"),
     "shuffled": re.compile(r"\|-> Shuffling base vectors"),
 }
 RESULT_FILE = re.compile(r"\t(.*)\.sol\s*\Z")
-BANNER = re.compile(r"<< \S+ v\S+ \+\+\+ PID: [0-9]+ >>")
-MIXED = re.compile(r"(-?)(?:([0-9]+):)?([0-9]+)/([0-9]+)\Z")
 
 
 # (line of the log, value); the lines may be read as any quantity that grows with the log.
@@ -92,40 +82,6 @@ class Run:
     def empty(self) -> bool:
         return not (self.target or self.first_length or self.counts["pairwise"] or self.counts["solutions"]
                     or self.last_iteration)
-
-
-def number(text: str) -> float | None:
-    """A number of a report as a float, or None if it is infinite or none."""
-    match = MIXED.match(text)
-    try:
-        if match:
-            sign, whole, part, below = match.groups()
-            value = int(whole or 0) + int(part) / int(below)
-            value = -value if sign else value
-        else:
-            value = float(text)
-    except (ValueError, OverflowError, ZeroDivisionError):
-        return None
-    # Beyond this the differences of a scale overflow.
-    return value if abs(value) < 1e300 else None
-
-
-def length(text: str) -> float | None:
-    """The Euclidean length of a vector `[ 1 2 3 ]`, or None."""
-    words = text.split()
-    if len(words) < 3 or words[0] != "[" or words[-1] != "]":
-        return None
-    values = [number(word) for word in words[1:-1]]
-    finite = [value for value in values if value is not None]
-    if len(finite) < len(values):
-        return None
-    size = math.hypot(*finite)
-    return size if 0 < size < math.inf else None
-
-
-def seconds(text: str) -> int | None:
-    match = SECONDS.match(text)
-    return int(match.group(1) or match.group(2)) if match else None
 
 
 def read_run(text: str) -> Run:
@@ -214,7 +170,7 @@ def _take_report(run: Run, i: int, line: str, before: str) -> None:
         squared, broken = number(match.group(1)), number(match.group(2))
         _append(run.best_length, i, math.sqrt(squared) if squared and squared > 0 else None)
         _append(run.broken, i, broken if broken is not None and broken >= 0 else None)
-    if before.startswith("B[1]:"):
+    if before.startswith(FIRST_OF_BASIS):
         _append(run.first_length, i, length(line))
 
 

@@ -11,7 +11,7 @@ import os
 import sys
 from typing import Any, Callable
 
-from .errors import LatboxError, UsageError
+from .errors import LatboxError, UsageError, os_error_text
 from .version import version_line
 
 
@@ -37,7 +37,7 @@ def run_tool(parser: Parser, work: Callable[[argparse.Namespace], Any], argument
         return 1
     except OSError as error:
         _forget_output()
-        return _fail(str(error))
+        return _fail(os_error_text(error))
     except KeyboardInterrupt:
         return 130
     return 0

@@ -7,7 +7,6 @@ installed is known to importlib.
 from __future__ import annotations
 
 import importlib
-import importlib.metadata
 import os
 import re
 import subprocess
@@ -27,9 +26,12 @@ def version() -> str:
         match = None
     if match:
         return match[1]
+    # Here, for it takes longer to import than the rest of the package, and few need it.
+    from importlib import metadata
+
     try:
-        return importlib.metadata.version("latbox")
-    except importlib.metadata.PackageNotFoundError:
+        return metadata.version("latbox")
+    except metadata.PackageNotFoundError:
         return "unknown"
 
 

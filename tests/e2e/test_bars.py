@@ -271,6 +271,9 @@ class WholeRuns(Case):
         again = self.measure("--row=complete", "--row=first")
         self.assertNotRegex(again.stdout, "ms_[58]x")
         self.assertEqual(json.loads(self.read("cells.json"))["cells"], json.loads(kept)["cells"])
+        anew = self.measure("--row=complete", "--fresh")
+        self.assertIn("complete: ms_5x40_s1: all 1", anew.stdout)
+        self.assertEqual(json.loads(self.read("cells.json"))["cells"].keys(), json.loads(kept)["cells"].keys())
 
     def test_a_reference_that_is_wrong_is_called_so(self) -> None:
         self.write("reference/boxenum.cpp", SHOWS % (SOLUTION.replace("0110", "1110") + "RES %s sols 1 complete\\n"))

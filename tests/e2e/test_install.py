@@ -59,7 +59,7 @@ def tools():
 def package_files():
     """Those of the Python package, as the tree has them, and the one that is written at installation."""
     folder = os.path.join(root(), "python", "latbox")
-    found = {name for name in files_below(folder) if name.endswith(".py") or name == "py.typed"}
+    found = {name for name in files_below(folder) if os.path.splitext(name)[1] in (".py", ".html", ".css", ".js", ".svg") or name == "py.typed"}
     return {"lib/python3/dist-packages/latbox/" + name for name in found | {"build_info.py"}}
 
 
@@ -92,7 +92,7 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".opt", ".lp", ".mps", ".json", ".py", ".sh")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".png", ".opt", ".lp", ".mps", ".json", ".py", ".sh")}
     return found
 
 
@@ -266,8 +266,8 @@ class ManualTest(PrefixCase):
     def test_options_of_latbox_solve_are_those_of_its_usage(self):
         usage = run("latbox-solve", "--help", env=environment(self.prefix))
         page = self.installed_text("share/man/man1/latbox-solve.1").replace("\\-", "-")
-        told = re.findall(r"^\.TP\n\.BI? (--[a-z-]+)(?:= (\S+))?\n(.*)$", page, re.MULTILINE)
-        shown = re.findall(r"^  (--[a-z-]+)(?: (\S+))? +(\S.*)$", usage, re.MULTILINE)
+        told = re.findall(r"^\.TP\n\.BI? (--[a-z-]+)(?:\[?= (\S+))?(?: \])?\n(.*)$", page, re.MULTILINE)
+        shown = re.findall(r"^  (--[a-z-]+)(?:(?: |\[=)([^\s\]]+)\]?)? +(\S.*)$", usage, re.MULTILINE)
         self.assertEqual([(key, value, re.sub(r"\\f[BR]", "`", text)) for key, value, text in told], shown)
         self.assertGreater(len(shown), 15)
 
@@ -431,7 +431,7 @@ class CompletionTest(PrefixCase):
 
     def test_every_option_of_latbox_solve(self):
         usage = run("latbox-solve", "--help", env=environment(self.prefix))
-        keys = [key + "=" * bool(value) for key, value in re.findall(r"^  (--[a-z-]+)( \S+)?  ", usage, re.MULTILINE)]
+        keys = [key + "=" * bool(value) for key, value in re.findall(r"^  (--[a-z-]+)(?:\[=\w+\])?( \S+)?  ", usage, re.MULTILINE)]
         self.assertIn("--zero-exit", keys)
         self.assertEqual(self.complete_solve("latbox-solve --"), keys)
         self.assertEqual(self.complete_solve("latbox-solve -"), keys)
@@ -454,6 +454,16 @@ class CompletionTest(PrefixCase):
         self.assertEqual(self.complete_solve("latbox-solve "), ["more.d", "m.lp", "m.mps.gz", "prog one.opt"])
         self.assertEqual(self.complete_solve("latbox-solve --time 20 m"), ["more.d", "m.lp", "m.mps.gz"])
         self.assertEqual(self.complete_solve("latbox-solve --quiet --time=20 m.l"), ["m.lp"])
+
+    def test_options_values_and_files_of_latbox_farm(self):
+        script = self.installed("share/bash-completion/completions/latbox-farm")
+        usage = run("latbox-farm", "--help", env=environment(self.prefix))
+        keys = [key + "=" * bool(value) for key, value in re.findall(r"^  (--[a-z-]+)( \S+)?  ", usage, re.MULTILINE)]
+        self.assertIn("--pieces=", keys)
+        self.assertEqual(self.complete("latbox-farm --", script=script), keys)
+        for line, offered in (("--ties=", ["0", "1"]), ("--jobs=", ["more.d"]), ("--pieces=", []), ("--password no", ["notes.txt"]),
+                              ("", ["more.d", "prog one.opt"])):
+            self.assertEqual(self.complete("latbox-farm " + line, script=script), offered)
 
     def complete_all(self, line, **keywords):
         if not has_all():
@@ -513,6 +523,7 @@ class PackageTest(harness.Case):
                             ("Priority", "optional"), ("Maintainer", "latbox developers <latbox@localhost>")):
             self.assertEqual(self.field(name), value)
         self.assertEqual(self.field("Provides"), "python3-latbox")
+        self.assertEqual(self.field("Recommends"), "coop-computing-tools, python3-workqueue")
         self.assertTrue(self.field("Description").startswith("solver for small, hard integer programs"))
 
     def test_bytecode_comes_and_goes_with_it(self):

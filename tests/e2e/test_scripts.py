@@ -125,5 +125,52 @@ class BuildingTest(harness.Case):
         self.assertIn("\nlatbox: failed: ninja -C %s/build/release latbox\n" % os.path.realpath(self.folder), result.err)
 
 
+TOOLS = ("bash", "cat", "chmod", "dirname", "env", "flock", "id", "mkdir", "nproc", "printf", "readlink", "seq", "sh", "tee")
+
+
+class WantedTest(harness.Case):
+    """What test.sh would like to have for some tests: it is tried once, and nothing depends on it."""
+
+    def setUp(self) -> None:
+        super().setUp()
+        os.mkdir(self.path("tools"))
+        stand_ins = {**STAND_INS, "ctest": "echo tested\n", "python3": '[ -z "$PULP" ]\n', "sudo": '"$@"\n',
+                     "apt-get": '[ "$1" != install ] || { echo "$*" >> "$CALLS"; exit "$FAILS"; }\n'}
+        for name, text in stand_ins.items():
+            self.write("tools/" + name, "#!/bin/sh\n" + text)
+            os.chmod(self.path("tools/" + name), 0o755)
+        for name in TOOLS:
+            os.symlink(str(shutil.which(name)), self.path("tools/" + name))
+        folder = os.path.dirname(script())
+        shutil.copy(os.path.join(folder, "test.sh"), self.folder)
+        shutil.copytree(os.path.join(folder, "scripts"), self.path("scripts"))
+
+    def start(self, missing: bool, fails: bool) -> harness.Result:
+        variables = {"PATH": self.path("tools"), "PULP": "missing" * missing, "CALLS": self.path("calls"), "FAILS": str(int(fails)),
+                     "STEPS": "0"}
+        done = subprocess.run([self.path("tools/bash"), self.path("test.sh")], env=variables, stdin=subprocess.DEVNULL,
+                              timeout=harness.LIMIT, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def calls(self) -> list[str]:
+        return self.read("calls").splitlines() if os.path.exists(self.path("calls")) else []
+
+    def test_what_is_there_is_not_installed(self) -> None:
+        result = self.start(missing=False, fails=True)
+        self.assertEqual((result.status, result.out, self.calls()), (0, "tested\n", []), result.err)
+
+    def test_it_is_tried_once_and_the_tests_run(self) -> None:
+        result = self.start(missing=True, fails=True)
+        self.assertEqual((result.status, result.out), (0, "tested\n"), result.err)
+        self.assertIn("latbox: going on without python3-pulp: the tests that need it are skipped\n", result.err)
+        self.assertEqual(self.start(missing=True, fails=True).out, "tested\n")
+        self.assertEqual(self.calls(), ["install -y --no-install-recommends python3-pulp"])
+
+    def test_it_is_installed(self) -> None:
+        result = self.start(missing=True, fails=False)
+        self.assertEqual((result.status, result.out, len(self.calls())), (0, "tested\n", 1), result.err)
+        self.assertNotIn("going on without", result.err)
+
+
 if __name__ == "__main__":
     harness.main()

@@ -68,6 +68,13 @@ class SolveTest(ApiCase):
         self.assertEqual(latbox.solve([[2]], [5], 0, 9, digits=2).x, (Fraction(5, 2),))
         self.assertEqual(latbox.solve([[3]], [1], 0, 9, digits=2).status, "unknown")
 
+    def test_digits_are_never_unbounded(self) -> None:
+        result = latbox.solve([[1, -2]], [(None, 3.5)], 2, None, objective=[1, 1], sense="max", digits=[1, 0])
+        self.assertEqual((result.status, result.bound), ("feasible", None))
+        further = [x + 10**6 * step for x, step in zip(result.x, result.ray)]
+        self.assertLessEqual(further[0] - 2 * further[1], Fraction(7, 2))
+        self.assertGreater(sum(further), result.objective)
+
     def test_types_of_numbers(self) -> None:
         result = latbox.solve([[2]], [5], 0, 9, digits=1, objective=[2])
         self.assertEqual((type(result.x[0]), type(result.objective)), (Fraction, int))
@@ -93,16 +100,16 @@ class SolveTest(ApiCase):
     def test_wrong_arguments(self) -> None:
         one = ([[1, 2]], [3], 0, 1)
         for arguments, settings, message in (
-                (([[1, 2], [3]], [1, 2], 0, 1), {}, "A: row 2 has 1 entries, and the first one has 2"),
-                (([[1, 2]], [1, 2], 0, 1), {}, "A has 1 rows, and b has 2 entries"),
-                (([[1, 2]], [1], 0, [1]), {}, "A has 2 columns, and upper has 1 entries"),
+                (([[1, 2], [3]], [1, 2], 0, 1), {}, "A: row 2 has 1 entry, and the first one has 2"),
+                (([[1, 2]], [1, 2], 0, 1), {}, "A has 1 row, and b has 2 entries"),
+                (([[1, 2]], [1], 0, [1]), {}, "A has 2 columns, and upper has 1 entry"),
                 (([[1, 2]], [1], [0] * 3, 1), {}, "A has 2 columns, and lower has 3 entries"),
                 (([[1, "a"]], [1], 0, 1), {}, "A: 'a' is not a number"),
                 (([[1, float("nan")]], [1], 0, 1), {}, "A: nan is not a number"),
                 (([[1, 2]], [None], 0, 1), {}, "b: entry 1 is None"),
                 (([], [], 0, 1), {}, "A has no columns"),
                 ((5, [1], 0, 1), {}, "A: a sequence is wanted"),
-                (one, {"objective": [1]}, "A has 2 columns, and objective has 1 entries"),
+                (one, {"objective": [1]}, "A has 2 columns, and objective has 1 entry"),
                 (one, {"sense": "maximise"}, "sense='maximise': 'min' or 'max' is wanted"),
                 (one, {"digits": 19}, "digits=19: a number of digits from 0 to 18 is wanted"),
                 (one, {"digits": 1.5}, "digits=1.5: a number of digits from 0 to 18 is wanted"),
@@ -113,6 +120,7 @@ class SolveTest(ApiCase):
                 (one, {"gap": -1}, "gap=-1: a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"gap": "x"}, "gap='x': a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"threads": -1}, "threads=-1: a whole number, 0 or more, is wanted"),
+                (one, {"threads": 10**6}, "threads=1000000: 1024 or less are wanted"),
                 (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
                 (([1, 2], [1], 0, 1), {}, "A: row 1: a sequence is wanted"),
                 (one, {"memory": "4G"}, "memory='4G': a number of bytes, 67108864 or more, is wanted"),
@@ -215,8 +223,11 @@ class ModelTest(ApiCase):
             latbox.read(self.path("m.lp"))
         self.assertIsInstance(caught.exception, latbox.LatboxError)
         self.assertEqual(caught.exception.file, self.path("m.lp"))
-        with self.assertRaises(latbox.ModelError):
-            self.model("c.lp", "min\n obj: x\nst\n c: x >= 0.5\nend\n").solve()
+        model = self.model("c.lp", "min\n obj: x\nst\n c: x >= 0.5\nend\n")
+        for solve in (model.solve, lambda: list(model.solutions())):
+            with self.assertRaises(latbox.ModelError) as caught:
+                solve()
+            self.assertTrue(str(caught.exception).startswith(self.path("c.lp") + ", line 2, column 7: variable x is continuous"))
 
 
 class InterruptTest(ApiCase):

@@ -122,6 +122,19 @@ class LpDialectTest(ToolsCase):
             text = "min\nst\n c: -5 <= x <= 5\nbounds\n %s\ngeneral\n x\nend\n" % lines
             self.assertEqual(set(self.points(text)), {(k,) for k in range(low, high + 1)}, lines)
 
+    def test_long_numbers_that_are_written_out_are_numbers(self):
+        """An equation between numbers of thirty digits was refused as one with an infinity, and an inequation left out."""
+        long = 98765432109876543210987654321
+        for row, lower, upper in (("= %d" % long, long, long), ("<= %d" % long, -INF, long), (">= -%d.25" % long, -long - Fraction(1, 4), INF)):
+            model = read_text("min\n x\nst\n c: %d x %s\ngeneral\n x\nend\n" % (long, row), "lp")
+            self.assertEqual([(r.lower, r.upper) for r in model.rows], [(lower, upper)])
+            self.assertEqual([note.message for note in model.notes],
+                             ["a side or bound of 1e20 or more that is written out is the number that it says, where other readers take "
+                              "it for none"])
+        model = read_text("min\n x\nst\n c: x <= 1%s\n d: x <= 1e25\nbounds\n x <= %s\ngeneral\n x\nend\n" %
+                          ("0" * 20, int(1e30)), "lp")
+        self.assertEqual((model.rows, model.variables[0].upper, model.notes), ([], INF, []))
+
     def test_binary_keeps_a_fixed_variable(self):
         text = "min\nst\n c: x + y <= 5\nbounds\n x = 1\n y <= 9\nbinary\n x y\nend\n"
         self.assertEqual(set(self.points(text)), {(1, 0), (1, 1)})

@@ -4,6 +4,7 @@ import os
 import re
 import shutil
 import subprocess
+import sys
 import unittest
 from fractions import Fraction
 
@@ -356,6 +357,21 @@ class FieldDialectTest(ToolsCase):
         with self.assertRaises(ReadError) as caught:
             read_text(MPS.replace(" L R1", " E R1").replace("RHS R1 4", "RHS R1 1e20"), "mps")
         self.assertEqual(str(caught.exception), "line 4, column 4: row R1 equals an infinity")
+
+    def test_long_numbers_that_are_written_out_are_numbers(self) -> None:
+        """A row with a side of thirty digits was left out, and the point then broke it."""
+        long = 123456789012345678901234567890
+        for kind, right, width, sides in (
+                ("L", str(long), None, (-INF, long)), ("E", str(long), None, (long, long)), ("G", "-%d.5" % long, None, (-long - Fraction(1, 2), INF)),
+                ("E", "5", str(-long), (5 - long, 5)), ("L", "9" * 400, None, (-INF, int("9" * 400))),
+                ("L", "1" + "0" * 20, None, None), ("L", "1000000000000000019884624838656", None, None), ("G", "-1" + "0" * 30 + ".000", None, None),
+                ("L", str(int(sys.float_info.max)), None, None), ("L", "1" + "0" * 29 + "1", None, (-INF, 10**30 + 1))):
+            text = MPS.replace(" L R1", " %s R1" % kind).replace("RHS R1 4", "RHS R1 " + right)
+            if width:
+                text = text.replace("BOUNDS\n", "RANGES\n RNG R1 %s\nBOUNDS\n" % width)
+            model = read_text(text, "mps")
+            self.assertEqual([(row.lower, row.upper) for row in model.rows if row.name == "R1"], [sides] if sides else [], text)
+            self.assertEqual(len(model.notes), int(sides is not None), text)
 
     def test_the_name_may_say_free(self) -> None:
         for head, name in (("NAME T FREE", "T"), ("NAME FREE", ""), ("NAME T U", "T U"), ("NAME FREEDOM", "FREEDOM")):

@@ -434,7 +434,7 @@ class CommandTest(support.ToolsCase):
             self.assertEqual(result.err, name + ": no report of a run in it; run latbox with --verb=2, or "
                              "latbox-solve with --json=FILE\n")
             self.assertEqual(result.out, "")
-        self.assertIn("No such file", self.plot("none.log", status=1).err)
+        self.assertEqual(self.plot("none.log", status=1).err, "none.log: No such file or directory\n")
 
     def test_json_lines_and_files(self):
         self.write("run.jsonl", JSON)

@@ -18,10 +18,10 @@ import model_texts
 from latbox.errors import ModelError
 from latbox.models import INF, read_text
 from latbox.solving import checking
-from latbox.solving.program import Program
+from latbox.solving.program import Column, Condition, Program
 from latbox.solving.rewriting import Rewriting
 from latbox.solving.statement import Infeasible, Statement, grid_text
-from latbox.solving.tuning import MARKET_SPLIT, OTHER, tuning
+from latbox.solving.tuning import GENERAL, KNAPSACKS, MARKET_SPLIT, ONE_EQUATION, kind_of, tuning
 
 BOUNDS = "min\n obj: 2 x - 3 y + z\nst\n r: x + y + z >= 2\n s: 2 x + 4 y <= 9\nbounds\n -2 <= x <= 3\n 1 <= y <= 4\n z = 2\n" \
          "general\n x y z\nend\n"
@@ -179,9 +179,20 @@ class RewritingTest(unittest.TestCase):
 
     def test_tuning(self) -> None:
         split = "min\n obj:\nst\n c: 31 x + 17 y + 5 z = 36\n d: 7 x + 19 y + 23 z = 30\nbinary\n x y z\nend\n"
-        self.assertIs(tuning(statement(split).program), MARKET_SPLIT)
-        self.assertIs(tuning(statement(split.replace("= 36", "<= 36")).program), OTHER)
-        self.assertIs(tuning(statement(split.replace("obj:", "obj: x")).program), OTHER)
+        for text, kind in ((split, MARKET_SPLIT), (split.replace("= 36", "<= 36"), GENERAL), (split.replace("obj:", "obj: x"), GENERAL),
+                           (split.replace("binary", "general"), GENERAL), (split.replace("7 x + 19 y + 23 z = 30", "x <= 1"), GENERAL),
+                           (split.replace(" d: 7 x + 19 y + 23 z = 30\n", ""), ONE_EQUATION),
+                           (split.replace("obj:", "obj: x").replace("=", "<="), KNAPSACKS), (split.replace("=", "<="), GENERAL)):
+            self.assertEqual(kind_of(statement(text).program), kind, text)
+
+    def test_options_depend_on_the_rank(self) -> None:
+        def row(count: int, n: int) -> tuple:
+            conditions = [Condition({j: 3 * j + 7 + i for j in range(n)}, 90, 90) for i in range(count)]
+            return tuning(Program([Column(0, 1) for _ in range(n)], conditions))[:2]
+
+        self.assertEqual([row(5, n) for n in (40, 45, 46, 65)], [(MARKET_SPLIT, 40)] * 2 + [(MARKET_SPLIT, 50), (MARKET_SPLIT, 60)])
+        self.assertEqual([row(1, n) for n in (20, 61)], [(ONE_EQUATION, 60)] * 2)
+        self.assertEqual([row(5, 66), row(1, 62), row(0, 9)], [(GENERAL, None)] * 3)
 
 
 class CheckingTest(unittest.TestCase):

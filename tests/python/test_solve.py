@@ -37,6 +37,11 @@ class AnswerTest(SolveCase):
         result = self.solve("--all-values", "m.lp")
         self.assertTrue(result.out.endswith("\n\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\nx5 = 3\n"), result.out)
 
+    def test_where_all_is_0_nothing_follows(self) -> None:
+        """The answer ended with a blank line."""
+        self.write("z.lp", "minimize\n obj: x\nsubject to\n c: x <= 3\ngeneral\n x\nend\n")
+        self.assertRegex(self.solve("z.lp").out, r"\Astatus: optimal\nobjective: 0\nbound: 0\npoints: 1\ntime: [0-9.]+ s\n\Z")
+
     def test_quiet_is_the_answer_alone(self) -> None:
         self.assertEqual(self.solve("--quiet", "m.lp").err, "")
 
@@ -77,6 +82,15 @@ class AnswerTest(SolveCase):
         self.assert_answer(result, 13, status="unbounded", points=1)
         self.assertRegex(result.out, r"\n\nx = [0-9]+\ny = [0-9]+\n\nray:\n")
 
+    def test_a_ray_is_whole(self) -> None:
+        """It went in tenths where the columns do."""
+        self.write("u.opt", "[ inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -20 ] ] [ -inf ] [ 3 ] [ 1 1 ] [ 0 0 ] [ inf 9/2 ]\n")
+        self.assert_answer(self.solve("u.opt"), 10, status="optimal")
+        self.write("u.opt", "[ inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 10 -3 ] ] [ -inf ] [ 3 ] [ 1 1 ] [ 0 0 ] [ inf inf ]\n")
+        result = self.solve("--all-values", "u.opt")
+        self.assert_answer(result, 13, status="unbounded")
+        self.assertRegex(result.out, r"\nray:\nx1 = [0-9]+\nx2 = [1-9][0-9]*\n\Z")
+
     def test_without_a_point_nothing_is_unbounded(self) -> None:
         self.write("u.lp", UNBOUNDED.replace("x - 2 y <= 3", "2 x - 2 y = 3"))
         self.assert_answer(self.solve("u.lp"), 20, status="infeasible")
@@ -85,7 +99,7 @@ class AnswerTest(SolveCase):
         self.write("h.opt", hard())
         self.assert_answer(self.solve("--time", "1", "h.opt"), 12, status="unknown", points=0)
         self.write("o.opt", hard_objective())
-        self.assert_answer(self.solve("--time=1.5", "--engine=search", "o.opt"), 11, status="feasible", points=1)
+        self.assert_answer(self.solve("--time=4", "--engine=search", "o.opt"), 11, status="feasible", points=1)
 
     def test_no_time_at_all(self) -> None:
         self.assert_answer(self.solve("--time=0.001", "m.lp"), 12, status="unknown", points=0)
@@ -111,6 +125,17 @@ class AnswerTest(SolveCase):
         self.assertEqual(self.solve("n.lp").status, 2)
         self.write("c.lp", CONTINUOUS.replace("<= 7.5", "<= -1"))
         self.assert_answer(self.solve("--digits=2", "c.lp"), 12, status="unknown", points=0)
+
+    def test_a_grid_is_not_unbounded(self) -> None:
+        """`feasible` is the most that can be said with continuous columns; the ray is shown and told of."""
+        self.write("u.lp", UNBOUNDED.replace("general\n x y", "general\n y"))
+        for digits in (0, 2):
+            result = self.solve("--digits=%d" % digits, "--json=j.txt", "u.lp")
+            self.assert_answer(result, 11, status="feasible", points=1)
+            self.assertRegex(result.out, r"\n\nray:\n")
+            self.assertIn("note: from the point the ray leads to better and better ones, without end\n", result.err)
+            end = json.loads(self.read("j.txt").splitlines()[-1])
+            self.assertEqual((end["status"], set(end["ray"])), ("feasible", {"x", "y"}))
 
     def test_what_is_proven_on_a_grid_is_no_bound(self) -> None:
         self.write("c.lp", CONTINUOUS)
@@ -147,8 +172,31 @@ class AnswerTest(SolveCase):
         self.assertEqual(result.err.count("nothing bounds"), 1, result.err)
 
     def test_an_objective_that_says_nothing(self) -> None:
-        self.write("c.lp", "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n")
-        self.assert_answer(self.solve("c.lp"), 10, status="optimal")
+        text = "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n"
+        self.write("c.lp", text)
+        self.assert_answer(self.solve("--output=o.txt", "c.lp"), 10, status="optimal", objective=7, bound=7)
+        self.assertIn("# objective: 7\n", self.read("o.txt"))
+        self.assertIn("point 1: ok, objective 7\n", self.solve("--check=o.txt", "c.lp").out)
+        result = self.solve("--solutions=all", "c.lp")
+        self.assert_answer(result, 10, status="all", objective=7, bound=7, points=3)
+        self.assertEqual(result.err.count(" s: objective 7\n"), 1, result.err)
+        self.write("c.lp", text.replace("7", "0 x"))
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=0, bound=0)
+        self.write("c.lp", text.replace("7", ""))
+        self.assert_answer(self.solve("c.lp"), 10, status="optimal", objective=None, bound=None)
+        self.write("c.lp", text.replace("x + y = 2", "2 x + 2 y = 5"))
+        self.assert_answer(self.solve("c.lp"), 20, status="infeasible", objective=None, bound=None)
+
+    def test_a_line_for_each_better_point_and_no_other(self) -> None:
+        """All points were told, one by one, where all were wanted."""
+        result = self.solve("--solutions=all", "m.lp")
+        values = [int(line.partition(": objective ")[2]) for line in result.err.splitlines() if ": objective " in line]
+        self.assertEqual(values, sorted(set(values)))
+        self.assertLess(len(values), int(self.answer(result)["points"]))
+
+    def test_what_is_proven_to_be_best_is_the_bound(self) -> None:
+        for settings in (["--solutions=3"], ["--solutions=all"]):
+            self.assert_answer(self.solve(*settings, "m.lp"), 10, objective=90, bound=90)
 
     def test_all_columns_are_fixed(self) -> None:
         self.write("c.lp", "maximize\n obj: x + 2\nsubject to\n c: x + y <= 7\nbounds\n x = 3\n y = 4\ngeneral\n x y\nend\n")
@@ -189,7 +237,7 @@ class FilesTest(SolveCase):
         self.assertEqual(self.read("o.txt"), "# status: optimal\n# objective: 90\n# point 1\nx1 = 0\nx2 = 0\nx3 = 0\nx4 = -1\n"
                                              "x5 = 3\n")
         result = self.solve("--check", "o.txt", "m.lp")
-        self.assertEqual((result.status, result.out), (0, "point 1: ok, objective 90\no.txt: 1 points, all well\n"))
+        self.assertEqual((result.status, result.out), (0, "point 1: ok, objective 90\no.txt: 1 point, all well\n"))
         self.assertEqual(sorted(os.listdir(self.folder)), ["m.lp", "o.txt", "work"])
 
     def test_what_check_finds(self) -> None:
@@ -210,7 +258,7 @@ class FilesTest(SolveCase):
         first = good[good.index("# point 1"):good.index("# point 2")]
         self.write("o.txt", first + first.replace("point 1", "point 2"))
         result = self.solve("--check=o.txt", "m.lp")
-        self.assertEqual((result.status, result.out.splitlines()[2]), (1, "1 points stand twice"))
+        self.assertEqual((result.status, result.out.splitlines()[2]), (1, "1 point stands twice"))
         self.write("o.txt", "")
         self.assertEqual(self.solve("--check=o.txt", "m.lp").err, "latbox-solve: o.txt: there is no point in it\n")
         self.assertEqual(self.solve("--check=none", "m.lp").err, "latbox-solve: --check=none: No such file or directory\n")
@@ -251,6 +299,13 @@ class FilesTest(SolveCase):
         self.assertIn("no proof is written: the complete search has not come to its end", result.err)
         self.assertNotIn("program.proof", os.listdir(self.path("p")))
 
+    def test_no_time_leaves_no_old_proof(self) -> None:
+        os.makedirs(self.path("p"))
+        self.write("p/program.proof", "old")
+        result = self.solve("--proof=p", "--time=0.001", "m.lp")
+        self.assertEqual((result.status, result.err), (12, "note: no proof is written: the complete search has not come to its end\n"))
+        self.assertEqual(os.listdir(self.path("p")), [])
+
     def test_no_proof_is_told(self) -> None:
         """A proof that an earlier run has left is gone, and it is said why there is none."""
         point, fixed = "the point speaks for itself", "nothing had to be searched"
@@ -277,6 +332,20 @@ class FilesTest(SolveCase):
 
         engine = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
         return subprocess.run([engine, "--help"], stdout=subprocess.PIPE, check=True, text=True).stdout
+
+    def test_no_output_takes_the_place_of_another_file(self) -> None:
+        """--output=m.lp left a list of values where the model had been."""
+        os.link(self.path("m.lp"), self.path("link.lp"))
+        self.write("o.conf", "quiet\n")
+        for arguments, message in ((["--output=m.lp"], "--output=m.lp: that is the model"),
+                                   (["--json=work/../m.lp"], "--json=work/../m.lp: that is the model"),
+                                   (["--log=link.lp"], "--log=link.lp: that is the model"),
+                                   (["--options=o.conf", "--log=o.conf"], "--log=o.conf: that is the file of --options"),
+                                   (["--output=a", "--json=./a"], "--json=./a: that is the file of --output")):
+            result = self.solve(*arguments, "m.lp")
+            self.assertEqual((result.status, result.err), (2, "latbox-solve: %s\n" % message))
+        self.assertEqual((self.read("m.lp"), self.read("o.conf")), (KNAPSACK, "quiet\n"))
+        self.assertEqual(self.solve("--output=/dev/null", "--log=/dev/null", "--json=-", "m.lp").status, 10)
 
     def test_json_in_place_of_the_answer(self) -> None:
         result = self.solve("--json=-", "--quiet", "m.lp")

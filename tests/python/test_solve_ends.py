@@ -111,6 +111,14 @@ class DiskTest(SolveCase):
     def test_the_answer_is_shown_before_its_file_fails(self) -> None:
         self.assertTrue(self.solve("--quiet", "--output=/dev/full", "m.lp").out.startswith("status: optimal\n"))
 
+    def test_a_place_that_is_none_is_told_before_the_work(self) -> None:
+        self.write("h.opt", hard())
+        self.write("file", "")
+        for option, reason in (("--output=none/o", "No such file or directory"), ("--output=work", "Is a directory"),
+                               ("--output=file/o", "Not a directory"), ("--proof=file", "File exists"), ("--proof=file/p", "Not a directory")):
+            result = self.solve(option, "h.opt")
+            self.assertEqual((result.status, result.out, result.err), (1, "", "latbox-solve: %s: %s\n" % (option, reason)))
+
     def test_standard_output_is_full(self) -> None:
         result = self.solve("--quiet", "m.lp", prepare=lambda: os.dup2(os.open("/dev/full", os.O_WRONLY), 1))
         self.assertEqual((result.status, result.err), (1, "latbox-solve: standard output: No space left on device\n"))
@@ -198,7 +206,7 @@ exit 10
         self.assertEqual((result.status, result.err), (1, "latbox-solve: latbox failed with status 3: out of memory\n"))
         os.symlink(os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all"), self.path("paper/latbox-all"))
         self.write("h.opt", hard_objective())
-        result = self.solve_on_paper("--time=2", "h.opt")
+        result = self.solve_on_paper("--time=5", "h.opt")
         self.assertEqual(result.status, 11)
         self.assertIn("note: latbox failed with status 3: out of memory", result.err)
 

@@ -21,7 +21,8 @@ GAP = "a number of 0 or more is wanted, as 5 or 0.1%"
 POINTS = "a number of points, 1 or more, or all is wanted"
 DIGITS = "a number of digits from 0 to 18 is wanted"
 THREADS = "a number of threads from 1 to 1024 is wanted"
-WHOLE = "a whole number, 0 or more, is wanted"
+PORT = "a port of this machine is wanted, a number up to 65535"
+WHOLE = "a whole number from 0 to 2^63 - 1 is wanted"
 FILE = "the name of a file is wanted"
 ENGINE = "auto, search or complete is wanted"
 FORMAT = "opt, lp, mps, fixed-mps or free-mps is wanted"
@@ -39,7 +40,7 @@ GOOD = {
     "seed": {"0": 0, "9223372036854775807": 2**63 - 1},
     "memory": {"4G": 4 << 30, "500M": 500 << 20, "1.5GB": 3 << 29, "65536K": 64 << 20, "1T": 1 << 40},
     "output": {"o.txt": "o.txt"}, "check": {"o.txt": "o.txt"}, "proof": {"dir": "dir"}, "json": {"-": "-", "f": "f"},
-    "log": {"l": "l"},
+    "log": {"l": "l"}, "view": {"0": 0, "8080": 8080, "65535": 65535},
 }
 BAD = {
     "time": (TIME, ["0", "-1", "x", "", "1e3", "2x", "1h30m", "inf", "nan", "0.0", "2 m", "\u0663", "1_0"]),
@@ -53,7 +54,10 @@ BAD = {
     "seed": (WHOLE, ["-1", "", "x", "1.5", "9223372036854775808"]),
     "memory": (MEMORY, ["4", "4g", "", "63M", "-1G", "G", "4 G", "9999999T"]),
     "output": (FILE, [""]), "check": (FILE, [""]), "proof": (FILE, [""]), "json": (FILE, [""]), "log": (FILE, [""]),
+    "view": (PORT, ["", "-1", "65536", "x", "80 80"]),
 }
+# Their value stands behind "=" alone, or is left out.
+OPTIONAL = {"view": 0}
 SWITCHES = {"all-values", "quiet", "zero-exit", "help", "version"}
 
 
@@ -75,7 +79,7 @@ class OptionsTest(unittest.TestCase):
     def test_good_values_in_both_forms(self) -> None:
         for name, values in GOOD.items():
             for text, value in values.items():
-                for arguments in ([f"--{name}={text}", "m.lp"], ["m.lp", f"--{name}", text]):
+                for arguments in ([f"--{name}={text}", "m.lp"], ["m.lp", f"--{name}", text])[: 1 if name in OPTIONAL else 2]:
                     parsed = options.parse(arguments)
                     self.assertEqual(getattr(parsed, name.replace("-", "_")), value, arguments)
                     self.assertEqual(parsed.model, "m.lp")
@@ -83,8 +87,18 @@ class OptionsTest(unittest.TestCase):
     def test_bad_values(self) -> None:
         for name, (wanted, texts) in BAD.items():
             for text in texts:
-                for arguments in ([f"--{name}={text}", "m.lp"], ["m.lp", f"--{name}", text]):
+                for arguments in ([f"--{name}={text}", "m.lp"], ["m.lp", f"--{name}", text])[: 1 if name in OPTIONAL else 2]:
                     self.assertEqual(self.refused(*arguments), f"--{name}={text}: {wanted}")
+
+    def test_values_that_may_be_left_out(self) -> None:
+        for name, value in OPTIONAL.items():
+            for arguments in (["--" + name, "m.lp"], ["m.lp", "--" + name]):
+                parsed = options.parse(arguments)
+                self.assertEqual((getattr(parsed, name), parsed.model), (value, "m.lp"))
+            self.assertIn("\n  --%s[=" % name, options.usage())
+        self.assertEqual({option.name for option in options.TABLE if option.default is not None}, set(OPTIONAL))
+        self.assertIsNone(options.parse(["m.lp"]).view)
+        self.assertEqual(self.refused("--view", "--check=p", "m"), "--view: there is no run to watch with --check")
 
     def test_switches(self) -> None:
         for name in SWITCHES:
@@ -94,7 +108,7 @@ class OptionsTest(unittest.TestCase):
 
     def test_what_is_no_option(self) -> None:
         for text, near in (("--tim=3", "time"), ("--rtime=0.5", "time"), ("--solution", "solutions"), ("---time=3", "time"),
-                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("--iters=1e3", "")):
+                           ("--Time=3", "time"), ("--no-quiet", "quiet"), ("-t", ""), ("-quiet", "quiet"), ("-time=3", "time"), ("--iters=1e3", "")):
             guess = "is --%s meant? " % near if near else ""
             self.assertEqual(self.refused(text, "m.lp"), "%s: unknown option; %s--help shows them" % (text, guess))
         self.assertEqual(self.refused("--time=3", "--time", "4", "m.lp"), "--time: it was given before")
@@ -106,6 +120,11 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(options.parse(["-"]).model, "-")
         self.assertEqual(options.parse(["--", "--time"]).model, "--time")
         self.assertEqual(options.parse(["--target", "-3", "m.lp"]).target, -3)
+
+    def test_standard_output_is_for_json_alone(self) -> None:
+        for name in ("output", "check", "proof", "log", "options"):
+            self.assertEqual(self.refused("--%s=-" % name, "m.lp"),
+                             "--%s=-: the name of a file is wanted; - goes with --json alone" % name)
 
     def test_what_excludes_each_other(self) -> None:
         self.assertEqual(self.refused("--engine=search", "--solutions=all", "m"),
@@ -137,6 +156,7 @@ class OptionsFileTest(unittest.TestCase):
     def test_lines(self) -> None:
         parsed = self.parse("# a comment\n\n time = 2m \nquiet\nsolutions=all\n")
         self.assertEqual((parsed.time, parsed.quiet, parsed.solutions), (120, True, 0))
+        self.assertEqual((self.parse("view\n").view, self.parse("view = 8080\n").view), (0, 8080))
 
     def test_the_command_line_goes_before(self) -> None:
         self.assertEqual(self.parse("time=5\nseed=7\n", "--time=3").time, 3)

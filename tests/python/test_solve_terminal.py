@@ -131,8 +131,9 @@ class HeaderTest(SolveCase):
         self.assertEqual(lines[1], "coefficients -7 .. 3, sides 9 .. 9, bounds 0 .. 5, lattice of rank 2")
 
     def test_open_columns(self) -> None:
-        """The finite bounds alone would look like those of a box."""
-        for bounds, told in (("x <= 4", "bounds 0 .. 4 and 1 open column"), ("x free\n y free", "2 open columns"), ("x <= 4\n y <= 1", "bounds 0 .. 4")):
+        """Bounds of 0 .. 0 were told of columns from 0 on."""
+        for bounds, told in (("x <= 4", "bounds 0 .. inf (1 column open)"), ("x free\n y free", "bounds -inf .. inf (2 columns open)"),
+                             ("x <= 4\n y <= 1", "bounds 0 .. 4")):
             lines = self.header("max\n obj: x\nst\n c: 2 x + 3 y <= 9\nbounds\n %s\ngeneral\n x y\nend\n" % bounds)
             self.assertEqual(lines[1], "coefficients 2 .. 3, sides 9 .. 9, %s, lattice of rank 2" % told)
 

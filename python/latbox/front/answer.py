@@ -5,8 +5,7 @@ from __future__ import annotations
 import re
 from fractions import Fraction
 
-from ..errors import ReadError
-from ..errors import Place
+from ..errors import Place, ReadError, counted
 from ..models.model import Model
 from ..solving import checking
 from ..solving.events import End, Point
@@ -24,10 +23,9 @@ def text(model: Model, end: End, all_values: bool = False) -> str:
         lines.append("bound: %s" % end.bound)
     lines += ["points: %d" % end.count, "time: %.2f s" % end.seconds]
     for number, x in enumerate(end.points, 1):
-        lines.append("")
-        if end.count > 1:
-            lines.append(heading(model, number, x))
-        lines += values(model, x, all_values)
+        block = [heading(model, number, x)] if end.count > 1 else []
+        block += values(model, x, all_values)
+        lines += ["", *block] if block else []
     if end.ray is not None:
         lines += ["", "ray:"] + values(model, end.ray, all_values)
     return "".join(line + "\n" for line in lines)
@@ -35,7 +33,7 @@ def text(model: Model, end: End, all_values: bool = False) -> str:
 
 def heading(model: Model, number: int, x: Point) -> str:
     words = "point %d" % number
-    return words + (", objective %s:" % checking.objective_of(model, x) if checking.has_objective(model) else ":")
+    return words + (", objective %s:" % checking.objective_of(model, x) if checking.states_objective(model) else ":")
 
 
 def values(model: Model, x: Point, all_values: bool) -> list[str]:
@@ -93,13 +91,13 @@ def check_text(model: Model, path: str, points: list[Point]) -> tuple[str, bool]
         wrong += fault is not None
         if fault:
             lines.append("point %d: wrong: %s" % (number, fault))
-        elif checking.has_objective(model):
+        elif checking.states_objective(model):
             lines.append("point %d: ok, objective %s" % (number, checking.objective_of(model, x)))
         else:
             lines.append("point %d: ok" % number)
     twice = len(points) - len({tuple(x) for x in points})
     if twice:
-        lines.append("%d points stand twice" % twice)
+        lines.append("%s twice" % counted(twice, "point stands", "points stand"))
     well = not wrong and not twice
-    lines.append("%s: %d points, %s" % (path, len(points), "all well" if well else "%d wrong" % wrong))
+    lines.append("%s: %s, %s" % (path, counted(len(points), "point"), "all well" if well else "%d wrong" % wrong))
     return "".join(line + "\n" for line in lines), well

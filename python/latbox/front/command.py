@@ -6,21 +6,24 @@ import os
 import signal
 import sys
 import time
-from collections.abc import Callable, Iterator, Sequence
-from contextlib import ExitStack, contextmanager
-from typing import IO
+from collections.abc import Callable, Sequence
+from contextlib import ExitStack
+from typing import IO, TYPE_CHECKING
 
-from ..errors import LatboxError, PlacedError, UsageError, place_text
+from ..errors import LatboxError, PlacedError, UsageError, naming, os_error_text, place_text
 from ..models import Model, read_model
-from ..models.sources import shown_name, write_file
+from ..models.sources import require_place, shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
 from ..solving.portfolio import Portfolio, Settings
 from . import answer, options as table
-from .json_lines import JsonLines
+from .json_lines import KINDS, JsonLines
 from .options import Options
 from .progress import Display
 from .version import version_text
+
+if TYPE_CHECKING:
+    from ..view.link import View
 
 NAME = "latbox-solve"
 STOPS = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
@@ -101,20 +104,6 @@ def fail(message: str, status: int, name: str = NAME) -> int:
     return status
 
 
-def os_error_text(error: OSError) -> str:
-    where = "%s: " % error.filename if error.filename else ""
-    return where + (error.strerror or str(error))
-
-
-@contextmanager
-def naming(what: str) -> Iterator[None]:
-    """An OSError within gets the option that it comes from as its file's name."""
-    try:
-        yield
-    except OSError as error:
-        raise OSError(error.errno, error.strerror or str(error), what) from None
-
-
 class LogFile:
     """Lines with their time. Throws OSError, which names it."""
 
@@ -151,8 +140,31 @@ class Command:
         self.is_launched = False
         self.stops = 0
         self.display: Display | None = None
+        self.view: View | None = None
 
     def run(self) -> int:
+        if self.options.view is None:
+            return self._run()
+        from ..view.link import View  # a run without a page begins without it
+
+        self.view = View(self.options.view)
+        try:
+            self._tell_link(self.view.link)
+            return self._run()
+        except LatboxError as error:
+            self.view.fail(str(error), time.monotonic() - self.started)
+            raise
+        finally:
+            self.view.close()
+
+    def _tell_link(self, link: str) -> None:
+        """Who does not read it still gets the answer."""
+        try:
+            print("watch it at " + link, file=sys.stderr, flush=True)
+        except (OSError, ValueError):
+            pass
+
+    def _run(self) -> int:
         for number in STOPS:
             signal.signal(number, self._stop)
         signal.signal(signal.SIGALRM, self._late)
@@ -161,15 +173,18 @@ class Command:
         try:
             model = self._read()
             if self.options.check is not None:
-                return self._check(model)
+                return self._check(model, self.options.check)
+            self._try_files()
             try:
                 end = self._solve(model)
             except PlacedError as error:
                 raise error.in_file(shown_name(self.options.model))
         except TooLate as late:
             signal.setitimer(signal.ITIMER_REAL, 0)
-            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started)
-            self._tell_json(model, end)
+            self._try_files()
+            notes = [proof.missing(proof.OPEN)] if self.options.proof is not None else []
+            model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started, notes=notes)
+            self._tell_end(model, end)
         return self._tell(model, end)
 
     # ------------------------------------------------------------- signals
@@ -183,7 +198,7 @@ class Command:
             if self.portfolio is not None:
                 self.portfolio.abandon()
             os._exit(128 + number)
-        if self.is_launched:
+        if self.portfolio is not None and self.is_launched:
             self.portfolio.interrupt()
         else:
             raise TooLate(statuses.INTERRUPTED)
@@ -204,8 +219,7 @@ class Command:
                 print(place_text(shown_name(self.options.model), note.place) + "note: " + note.message, file=sys.stderr)
         return model
 
-    def _check(self, model: Model) -> int:
-        path = self.options.check
+    def _check(self, model: Model, path: str) -> int:
         try:
             with open(path, encoding="utf-8", errors="surrogateescape") as file:
                 content = file.read()
@@ -215,10 +229,20 @@ class Command:
         say(text)
         return 0 if well else statuses.FAILURE
 
+    def _try_files(self) -> None:
+        """What could not be written in the end is told before the work. Throws OSError, which names the option."""
+        options = self.options
+        if options.output is not None:
+            with naming("--output=" + options.output):
+                require_place(options.output)
+        if options.proof is not None:
+            with naming("--proof=" + options.proof):
+                proof.folder(options.proof)
+
     def _settings(self, log: LogFile | None) -> Settings:
         options = self.options
         return Settings(options.engine, options.digits, options.time, options.solutions, options.target, options.gap,
-                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None)
+                        options.seed, options.threads, options.memory, {}, options.proof, log.write if log else None, self.view)
 
     def _solve(self, model: Model) -> End:
         with ExitStack() as stack:
@@ -243,6 +267,8 @@ class Command:
         tellers: list[Callable[[Event], None]] = []
         if options.json:
             tellers.append(self._json_teller(options.json, model, stack))
+        if self.view is not None:
+            tellers.append(self._view_teller(self.view, model))
         if not options.quiet:
             self.display = Display(sys.stderr, model, shown_name(options.model))
             stack.callback(self.display.clear)
@@ -254,16 +280,22 @@ class Command:
         with naming(name):
             file = open(os.dup(1) if path == "-" else path, "w", encoding="utf-8")
         stack.callback(close_quietly, file)
-        lines = JsonLines(file, model, self.options.model)
+        lines = JsonLines(model, self.options.model)
 
         def tell(event: Event) -> None:
             with naming(name):
-                lines.tell(event)
+                lines.write(event, file)
 
         return tell
 
-    def _tell_json(self, model: Model, end: End) -> None:
+    def _view_teller(self, view: View, model: Model) -> Callable[[Event], None]:
+        lines = JsonLines(model, self.options.model)
+        return lambda event: view.tell(KINDS[type(event)], lambda: lines.line(event))
+
+    def _tell_end(self, model: Model, end: End) -> None:
         """The end alone, where nothing could begin."""
+        if self.view is not None:
+            self._view_teller(self.view, model)(end)
         if self.options.json:
             with ExitStack() as stack:
                 self._json_teller(self.options.json, model, stack)(end)

@@ -6,6 +6,7 @@ and what would be right.
 
 from __future__ import annotations
 
+import os
 import re
 from collections.abc import Sequence
 from dataclasses import dataclass
@@ -13,7 +14,7 @@ from fractions import Fraction
 
 from ..errors import UsageError
 from ..models import FORMATS
-from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, SEARCH, Gap
+from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
 from .parsing import Option, Parser, Wanted, take_choice, take_path, take_time, take_whole
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
@@ -22,7 +23,6 @@ MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
 MOST_DIGITS = 18
-MOST_THREADS = 1024
 MOST_SEED = 2**63 - 1
 
 
@@ -53,6 +53,12 @@ def take_solutions(text: str) -> int:
     return take_whole(1, 10**15, "a number of points, 1 or more, or all is wanted")(text)
 
 
+def take_file(text: str) -> str:
+    if text == "-":
+        raise Wanted("the name of a file is wanted; - goes with --json alone")
+    return take_path(text)
+
+
 ENGINES = (AUTO, SEARCH, COMPLETE)
 
 TABLE = [
@@ -67,16 +73,18 @@ TABLE = [
                                                     "else its name tells.", FORMATS),
     Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
            "Threads of all engines together; else one for each processor."),
-    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number, 0 or more, is wanted"),
+    Option("seed", "N", take_whole(0, MOST_SEED, "a whole number from 0 to 2^63 - 1 is wanted"),
            "Put columns and rows in another order for the search."),
     Option("memory", "SIZE", take_memory, "Memory of all engines together, as 4G or 500M."),
-    Option("output", "FILE", take_path, "Write the values of all variables, one `name = p/q` a line."),
-    Option("check", "FILE", take_path, "Solve nothing; check the points of a file that --output wrote."),
-    Option("proof", "DIR", take_path, "Write the program, the map of its names and the proof to a folder."),
+    Option("output", "FILE", take_file, "Write the values of all variables, one `name = p/q` a line."),
+    Option("check", "FILE", take_file, "Solve nothing; check the points of a file that --output wrote."),
+    Option("proof", "DIR", take_file, "Write the program, the map of its names and the proof to a folder."),
     Option("json", "FILE", take_path, "Write what happens as JSON, an event a line; - is standard output, in place of the answer."),
-    Option("log", "FILE", take_path, "Write what the engines print, line by line, with times."),
-    Option("options", "FILE", take_path, "Take options from a file, one key=value a line; the command line goes before it."),
+    Option("log", "FILE", take_file, "Write what the engines print, line by line, with times."),
+    Option("options", "FILE", take_file, "Take options from a file, one key=value a line; the command line goes before it."),
     Option("all-values", "", None, "Show the values that are 0 too."),
+    Option("view", "PORT", take_whole(0, 65535, "a port of this machine is wanted, a number up to 65535"),
+           "Serve a page to watch and steer the run by, on this machine alone, and print its link.", default="0"),
     Option("quiet", "", None, "Show the answer alone."),
     Option("zero-exit", "", None, "Exit status 0 for every answer."),
     Option("help", "", None, "Show this text."),
@@ -106,6 +114,7 @@ class Options:
     json: str | None = None
     log: str | None = None
     options: str | None = None
+    view: int | None = None  # a port, 0: any
     all_values: bool = False
     quiet: bool = False
     zero_exit: bool = False
@@ -122,6 +131,7 @@ def parse(arguments: Sequence[str]) -> Options:
     if not options.help and not options.version:
         options.model = one_model(models)
         exclude(options)
+        require_own_files(options)
     return options
 
 
@@ -140,14 +150,13 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
         name, value = name.strip(), value.strip()
         place = "%s, line %d: %s" % (path, number, name)
         if name not in PARSER.by_name or name in ("options", "help", "version"):
-            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" % (place, PARSER.guess(name)))
+            raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" %
+                             (place, "" if name in PARSER.by_name else PARSER.guess(name)))
         option = PARSER.by_name[name]
-        if option.value and not sign:
+        if option.value and not sign and option.default is None:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
-        if name in before:
-            PARSER.take(Options(), option, value if sign else None, set(), place)
-        else:
-            PARSER.take(options, option, value if sign else None, given, place)
+        PARSER.take(Options() if name in before else options, option, value if sign else option.default, set() if name in before else given,
+             place)
 
 
 def one_model(models: list[str]) -> str:
@@ -161,6 +170,8 @@ def one_model(models: list[str]) -> str:
 def exclude(options: Options) -> None:
     if options.engine == SEARCH and options.solutions == ALL:
         raise UsageError("--solutions=all: the search alone cannot know that it has them all; --engine=auto or complete is wanted")
+    if options.view is not None and options.check is not None:
+        raise UsageError("--view: there is no run to watch with --check")
     for name in ("target", "gap"):
         if getattr(options, name) is not None and options.solutions != 1:
             raise UsageError("--%s: it goes with one point, not with --solutions" % name)
@@ -168,6 +179,24 @@ def exclude(options: Options) -> None:
         raise UsageError("--proof: the search proves nothing; --engine=auto or complete is wanted")
     if options.proof is not None and options.solutions > 1:
         raise UsageError("--proof: it goes with one point or all, not with --solutions=%d" % options.solutions)
+
+
+def require_own_files(options: Options) -> None:
+    """Nothing that is read is written over, nor does one output take another's place."""
+    taken = {"the model": options.model, "--options": options.options, "--check": options.check}
+    for name in ("output", "json", "log"):
+        path = getattr(options, name)
+        for what, other in taken.items():
+            if path is not None and other is not None and is_same_file(path, other):
+                raise UsageError("--%s=%s: that is %s" % (name, path, what if what == "the model" else "the file of " + what))
+        taken["--" + name] = path
+
+
+def is_same_file(a: str, b: str) -> bool:
+    """Devices and standard output take what comes from wherever."""
+    if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
+        return False
+    return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))
 
 
 def usage() -> str:

@@ -58,6 +58,14 @@ class Option:
     take: Callable[[str], Any] | None
     text: str
     choices: tuple[str, ...] = ()  # values that the completion offers
+    default: str | None = None  # the value where the option stands alone; None: it needs one
+
+    @property
+    def value_text(self) -> str:
+        """How the value stands behind the name."""
+        if self.default is not None:
+            return "[=%s]" % self.value
+        return " " + self.value if self.value else ""
 
     @property
     def key(self) -> str:
@@ -88,18 +96,18 @@ class Parser:
                 continue
             name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
             if name not in self.by_name:
-                raise UsageError("%s: unknown option; %s--help shows them" % (argument, self.guess(name, "--")))
+                raise UsageError("%s: unknown option; %s--help shows them" % (argument, self.guess(name or argument[1:].partition("=")[0], "--")))
             option = self.by_name[name]
-            if option.value and not sign:
+            if option.value and not sign and option.default is None:
                 if not rest:
                     raise UsageError("--%s: a value is wanted, --%s %s" % (name, name, option.value))
-                value = rest.pop(0)
-            self.take(options, option, value if option.value or sign else None, given, "--%s" % name)
+                value, sign = rest.pop(0), "="
+            self.take(options, option, value if sign else option.default, given, "--%s" % name)
         return others, given
 
     def guess(self, name: str, dashes: str = "") -> str:
         """What may be meant by a name that is none, in words; "" where nothing is near."""
-        near = get_close_matches(name, self.by_name, 1) if name not in self.by_name else []
+        near = get_close_matches(name, self.by_name, 1)
         return "is %s%s meant? " % (dashes, near[0]) if near else ""
 
     def take(self, options: object, option: Option, value: str | None, given: set[str], place: str) -> None:
@@ -118,6 +126,6 @@ class Parser:
 
     def usage(self) -> str:
         """A line for each option."""
-        forms = [("--%s%s" % (option.name, " " + option.value if option.value else ""), option.text) for option in self.table]
+        forms = [("--" + option.name + option.value_text, option.text) for option in self.table]
         width = max(len(form) for form, _ in forms) + 2
         return "".join("  %s%s\n" % (form.ljust(width), text) for form, text in forms)

@@ -9,9 +9,10 @@ import os
 from fractions import Fraction
 from typing import IO
 
+from ..errors import counted
 from ..models.model import Model
-from ..solving import exact
-from ..solving.events import Bound, End, Event, Found, Progress, Start
+from ..solving import checking, exact
+from ..solving.events import Action, Bound, End, Event, Found, Progress, Start
 from .size import header
 
 BETWEEN_LINES = 10.0
@@ -30,6 +31,7 @@ class Display:
         self._shown = False
         self._next = BETWEEN_LINES
         self._last = Progress(0.0)
+        self._best: Fraction | None = None
 
     def tell(self, event: Event) -> None:
         if isinstance(event, Start):
@@ -38,6 +40,8 @@ class Display:
             self._take_find(event)
         elif isinstance(event, Progress):
             self._take_progress(event)
+        elif isinstance(event, Action):
+            self._take_action(event)
         elif isinstance(event, End):
             self.clear()
 
@@ -50,12 +54,22 @@ class Display:
     # ------------------------------------------------------------- its parts
 
     def _take_find(self, event: Found) -> None:
-        if event.objective is None and self._last.points:
+        if self._last.points and not self._is_better(event.objective):
             return
+        self._best = event.objective
         self.clear()
         self._write("%s %s: %s\n" % (event.letter, clock(event.seconds),
                                      "a point" if event.objective is None else "objective %s" % short(event.objective)))
         self._last.points = max(1, self._last.points)
+
+    def _take_action(self, event: Action) -> None:
+        """Who looks at the terminal must know why nothing moves."""
+        self.clear()
+        what = event.action if event.key is None else "%s %s=%s" % (event.action, event.key, event.value)
+        self._write("page %s: %s\n" % (clock(event.seconds), what))
+
+    def _is_better(self, objective: Fraction | None) -> bool:
+        return objective is not None and self._best is not None and checking.is_better(self._model, objective, self._best)
 
     def _take_progress(self, event: Progress) -> None:
         self._last = event
@@ -95,7 +109,7 @@ def parts(event: Progress) -> list[str]:
     if event.objective is not None:
         found.append("best " + short(event.objective))
     elif event.points:
-        found.append("%d points" % event.points if event.points > 1 else "1 point")
+        found.append(counted(event.points, "point"))
     if event.bound is not None:
         found.append("bound " + short(event.bound))
     if event.violated is not None and not event.points:

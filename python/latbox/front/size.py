@@ -5,8 +5,9 @@ from __future__ import annotations
 from collections.abc import Iterable
 from fractions import Fraction
 
+from ..errors import counted
 from ..models.model import INF, Bound, Model
-from ..solving import exact
+from ..solving import checking, exact
 from ..solving.events import Start
 
 # A lattice of this rank is beyond a complete search but for the easiest programs, and beyond reduction.
@@ -16,6 +17,10 @@ SPARSE = 0.1
 
 
 def header(model: Model, name: str, start: Start) -> list[str]:
+    return size(model, name, start) + warnings(model, start)
+
+
+def size(model: Model, name: str, start: Start) -> list[str]:
     lines = ["%s: %s, %s, %s%s" % (name, columns_text(model), counted(len(model.rows), "row"),
                                    counted(nonzeros(model), "nonzero"), sense_text(model))]
     ranges = [text for text in (range_text("coefficients", coefficients(model)), range_text("sides", sides(model)),
@@ -27,7 +32,7 @@ def header(model: Model, name: str, start: Start) -> list[str]:
     if start.threads:
         engines.append("complete search on %s" % counted(start.threads, "thread"))
     lines.append(", ".join(engines))
-    return [line for line in lines if line] + warnings(model, start)
+    return [line for line in lines if line]
 
 
 def columns_text(model: Model) -> str:
@@ -40,13 +45,9 @@ def columns_text(model: Model) -> str:
 
 
 def sense_text(model: Model) -> str:
-    if model.objective is None and not model.goals:
+    if not checking.states_objective(model):
         return ", no objective"
     return ", maximise" if model.maximise else ", minimise"
-
-
-def counted(number: int, word: str) -> str:
-    return "%d %s" % (number, word if number == 1 else word + "s")
 
 
 def nonzeros(model: Model) -> int:
@@ -62,7 +63,7 @@ def sides(model: Model) -> Iterable[Bound]:
 
 
 def bounds(model: Model) -> Iterable[Bound]:
-    return (end for variable in model.variables for end in (variable.lower, variable.upper) if abs(end) != INF)
+    return (end for variable in model.variables for end in (variable.lower, variable.upper))
 
 
 def range_text(word: str, values: Iterable[Bound]) -> str:
@@ -71,13 +72,15 @@ def range_text(word: str, values: Iterable[Bound]) -> str:
 
 
 def bounds_text(model: Model) -> str:
-    """Open columns are told apart: a range of the finite bounds alone would look like that of a box."""
+    """Open columns are counted: a range to infinity would not tell whether one is open or all are."""
     text = range_text("bounds", bounds(model))
     is_open = sum(variable.lower == -INF or variable.upper == INF for variable in model.variables)
-    return text + (" and " if text else "") + counted(is_open, "open column") if is_open else text
+    return "%s (%s open)" % (text, counted(is_open, "column")) if is_open else text
 
 
 def plain(value: Bound) -> str:
+    if abs(value) == INF:
+        return str(value)
     digits = exact.text(Fraction(value))
     if len(digits) <= 12:
         return digits

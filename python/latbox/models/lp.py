@@ -112,7 +112,9 @@ class _Reader:
             section.at += 1
             return sign * INF
         place = section.place()
-        return sign * bound(section.take("number", "a number"), place)
+        value = sign * bound(section.take("number", "a number"), place)
+        self.model.note_long(value, place)
+        return value
 
     # ------------------------------------------------------------- objective and rows
 

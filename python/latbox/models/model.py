@@ -7,6 +7,7 @@ calculated with. A model says what its text says, nothing is rounded, implied or
 from __future__ import annotations
 
 import re
+import sys
 from dataclasses import dataclass, field
 from fractions import Fraction
 from typing import KeysView, Union
@@ -16,8 +17,9 @@ from ..errors import Place, ReadError
 INF = float("inf")
 Bound = Union[Fraction, float]  # a Fraction, INF or -INF
 
-# What the modelling formats take for "no bound".
+# What the modelling formats take for "no bound", if it is written as such: see limited().
 INFINITE_FROM = Fraction(10) ** 20
+POWER_OF_TEN = re.compile(r"-?1e\+([0-9]+)\Z")
 # 1e999999999 is a number of the formats and nothing that anybody means; as a fraction it would fill the memory.
 GREATEST_EXPONENT = 4000
 # As in the programs of the solver.
@@ -120,6 +122,13 @@ class Model:
     def note(self, message: str, place: Place | None = None) -> None:
         self.notes.append(Note(message, place))
 
+    def note_long(self, value: Bound, place: Place | None = None) -> None:
+        """Tells, once, that a side or bound is a number here, and none for readers that calculate in floats."""
+        message = "a side or bound of 1e20 or more that is written out is the number that it says, where other readers take it for none"
+        is_long = abs(value) != INF and abs(finite(value)) >= INFINITE_FROM
+        if is_long and all(note.message != message for note in self.notes):
+            self.note(message, place)
+
 
 def number(text: str, place: Place | None = None) -> Fraction:
     """The exact value of a finite decimal number."""
@@ -153,18 +162,31 @@ def int_of_digits(text: str) -> int:
 
 
 def bound(text: str, place: Place | None = None) -> Bound:
-    """A number, or an infinity in words or as a number from 1e20 on."""
+    """A number, or an infinity in words or as limited() knows it."""
     match = INFINITE.match(text)
     if match:
         return -INF if match[1] == "-" else INF
-    return limited(number(text, place))
+    return limited(number(text, place), text)
 
 
-def limited(value: Fraction) -> Bound:
-    """A side or bound as the formats mean it: from 1e20 on it is none."""
-    if abs(value) < INFINITE_FROM:
+def limited(value: Fraction, text: str) -> Bound:
+    """A side or bound as the formats mean it: from 1e20 on it is none, if it has an exponent or is what a writer of floats makes
+    of one: a power of ten, or the double next to it. Any other number of so many digits is nobody's infinity, but an exact number
+    of a model for lattices."""
+    if abs(value) < INFINITE_FROM or not (set(text) & set("eEdD") or _is_round(value)):
         return value
     return INF if value > 0 else -INF
+
+
+def _is_round(value: Fraction) -> bool:
+    try:
+        double = float(value)
+    except OverflowError:
+        return False
+    match = POWER_OF_TEN.match(repr(double))
+    if match is None:
+        return abs(double) == sys.float_info.max and Fraction(double) == value
+    return abs(value) in (10 ** int(match[1]), Fraction(abs(double)))
 
 
 def shown(text: str) -> str:

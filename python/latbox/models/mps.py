@@ -17,7 +17,7 @@ from fractions import Fraction
 from typing import Container
 
 from ..errors import Place, ReadError
-from .model import INF, Bound, Model, Row, bound, limited, number
+from .model import INF, Bound, Model, Row, bound, finite, limited, number
 from .mps_lines import Line, fixed_line, free_line
 
 SECTIONS = ("NAME", "OBJSENSE", "OBJSENS", "OBJNAME", "ROWS", "COLUMNS", "RHS", "RANGES", "BOUNDS", "ENDATA")
@@ -79,8 +79,8 @@ class _Reader:
         self.column_name = ""
         self.marker: Place | None = None  # the INTORG that is open
         self.sets: dict[str, str] = {}
-        self.right_sides: dict[str, Fraction] = {}
-        self.ranges: dict[str, Fraction] = {}
+        self.right_sides: dict[str, str] = {}  # as they are written; their numbers are in `values`
+        self.ranges: dict[str, str] = {}
         self.bounded: dict[int, set[str]] = {}  # position -> kinds of bounds seen
         self.values: dict[str, Fraction] = {}  # numbers of the text repeat, and making a Fraction is dear
 
@@ -242,7 +242,8 @@ class _Reader:
         for row, k in self.pairs(line):
             if row.name in self.right_sides:
                 raise line.error("row %s has two right-hand sides" % row.name, k - 1)
-            self.right_sides[row.name] = self.number(line, k)
+            self.number(line, k)
+            self.right_sides[row.name] = line.fields[k]
 
     def take_ranges(self, line: Line) -> None:
         for row, k in self.pairs(line):
@@ -250,7 +251,8 @@ class _Reader:
                 raise line.error("row %s has two ranges" % row.name, k - 1)
             if self.kinds[row.name] == "N":
                 raise line.error("row %s is free and cannot have a range" % row.name, k - 1)
-            self.ranges[row.name] = self.number(line, k)
+            self.number(line, k)
+            self.ranges[row.name] = line.fields[k]
 
     # ------------------------------------------------------------- bounds
 
@@ -277,7 +279,9 @@ class _Reader:
         if k is None:
             return INF
         try:
-            return bound(line.fields[k])
+            value = bound(line.fields[k])
+            self.model.note_long(value, line.place(k))
+            return value
         except ReadError as error:
             raise line.error(error.message, k) from None
 
@@ -341,7 +345,7 @@ class _Reader:
         for name, row in self.rows.items():
             if name == objective:
                 self.model.objective = row
-                self.model.constant = -self.right_sides.get(name, Fraction(0))
+                self.model.constant = -self.values[self.right_sides[name]] if name in self.right_sides else Fraction(0)
             elif self.kinds[name] == "N":
                 self.model.left_out.append(name)
             else:
@@ -382,19 +386,28 @@ class _Reader:
                             (len(bare), bare[0].name, self.dialect.marker_bound), bare[0].place)
 
     def sides(self, row: Row) -> None:
-        right = limited(self.right_sides.get(row.name, Fraction(0)))
+        right = self.side(self.right_sides, row)
         kind = self.kinds[row.name]
         if kind == "E" and abs(right) == INF:
             raise ReadError("row %s equals an infinity" % row.name, row.place)
         row.lower = -INF if kind == "L" else right
         row.upper = INF if kind == "G" else right
-        width = limited(abs(self.ranges.get(row.name, Fraction(0))))
         if row.name not in self.ranges or abs(right) == INF:
             return
-        if kind == "L" or kind == "E" and self.ranges[row.name] < 0:
-            row.lower = -INF if width == INF else right - width
+        width = self.side(self.ranges, row)
+        if kind == "L" or kind == "E" and width < 0:
+            row.lower = -INF if abs(width) == INF else finite(right) - abs(finite(width))
         else:
-            row.upper = INF if width == INF else right + width
+            row.upper = INF if abs(width) == INF else finite(right) + abs(finite(width))
+
+    def side(self, texts: dict[str, str], row: Row) -> Bound:
+        """Of a right-hand side or a range; 0 where there is none."""
+        text = texts.get(row.name)
+        if text is None:
+            return Fraction(0)
+        side = limited(self.values[text], text)
+        self.model.note_long(side, row.place)
+        return side
 
 
 def _at(text: str, part: str, line: int) -> Place:

@@ -16,7 +16,7 @@ import re
 from fractions import Fraction
 from typing import NamedTuple
 
-from ..errors import Place, ReadError
+from ..errors import Place, ReadError, counted
 from .model import INF, LONGEST_NUMBER, Bound, Goal, Model, Row, finite, int_of_digits, shown
 
 # A slash directly behind a digit belongs to the number.
@@ -138,7 +138,7 @@ class _Reader:
             row = self.entries(False)
             found.rows.append(row)
             if len(row) != found.columns:
-                raise self.error("%s: this row has %d entries, the first has %d" % (item, len(row), found.columns), row.at)
+                raise self.error("%s: this row has %s, the first has %d" % (item, counted(len(row), "entry", "entries"), found.columns), row.at)
         self.take("]", "a row, [ ... ], or ]")
         return found
 
@@ -193,22 +193,22 @@ class _Reader:
                      ru: Vector, bounds: tuple[Vector, Vector, Vector]) -> None:
         """In the order of the items, each against those before it."""
         if kt is not None and len(kt) != len(dt):
-            raise self.error("kt: it has %d entries, and dt has %d" % (len(kt), len(dt)), kt.at)
+            raise self.error("kt: it has %s, and dt has %d" % (counted(len(kt), "entry", "entries"), len(dt)), kt.at)
         columns = next((matrix.columns for matrix in (at, au, ag) if matrix.rows), 0)
         for name, matrix, side, vector in (("At", at, "dt", dt), ("Ag", ag, "bg", bg), ("Au", au, "lu", lu),
                                            ("Au", au, "ru", ru)):
             if len(matrix) != len(vector):
-                raise self.error("%s: it has %d rows, and %s has %d entries" % (name, len(matrix), side, len(vector)),
-                                 matrix.at)
+                raise self.error("%s: it has %s, and %s has %s" % (name, counted(len(matrix), "row"), side,
+                                                                  counted(len(vector), "entry", "entries")), matrix.at)
             if matrix.rows and matrix.columns != columns:
-                raise self.error("%s: it has %d columns, and there are %d variables" % (name, matrix.columns, columns),
-                                 matrix.at)
+                raise self.error("%s: it has %s, and the program %s" % (name, counted(matrix.columns, "column"),
+                                                                    counted(columns, "variable")), matrix.at)
         if columns == 0:
             raise self.error("there is no row that tells the number of variables", bounds[0].at)
         for name, vector in zip(("dx", "lx", "rx"), bounds):
             if len(vector) != columns:
-                raise self.error("%s: it has %d entries, and there are %d variables" % (name, len(vector), columns),
-                                 vector.at)
+                raise self.error("%s: it has %s, and the program %s" % (name, counted(len(vector), "entry", "entries"),
+                                                                    counted(columns, "variable")), vector.at)
 
     def variable(self, model: Model, j: int, dx: Vector, lx: Vector, rx: Vector) -> None:
         digits, low, high = dx.values[j], lx.values[j], rx.values[j]

@@ -7,6 +7,7 @@ with a wrong name is refused. All of it is held in memory: the readers are made 
 from __future__ import annotations
 
 import bz2
+import errno
 import gzip
 import lzma
 import os
@@ -14,7 +15,7 @@ import sys
 import zlib
 from typing import Callable
 
-from ..errors import ReadError, UsageError
+from ..errors import ReadError, UsageError, naming
 
 # Format: what `--format` and the ends of names say. "mps" is fixed or free, whichever reads.
 FORMATS = ("opt", "lp", "mps", "fixed-mps", "free-mps")
@@ -78,10 +79,12 @@ def decoded(data: bytes) -> str:
 def write(path: str | None, text: str) -> None:
     """The way out: a file, or standard output where there is no path or it is "-"."""
     if path is None or path == "-":
-        sys.stdout.buffer.write(encoded(text))
-        sys.stdout.buffer.flush()
+        with naming("standard output"):
+            sys.stdout.buffer.write(encoded(text))
+            sys.stdout.buffer.flush()
     else:
-        write_file(path, text)
+        with naming(path):
+            write_file(path, text)
 
 
 def write_file(path: str, text: str) -> None:
@@ -91,6 +94,18 @@ def write_file(path: str, text: str) -> None:
             file.write(encoded(text))
     else:
         _replace(os.path.realpath(path), encoded(text))
+
+
+def require_place(path: str) -> None:
+    """That write_file() has a folder to write to. Throws OSError."""
+    path = os.path.realpath(path)
+    if os.path.isdir(path):
+        raise IsADirectoryError(errno.EISDIR, os.strerror(errno.EISDIR), path)
+    if not os.path.exists(path):
+        folder = os.path.dirname(path)
+        os.stat(os.path.join(folder, os.curdir))  # Throws where it is no folder, too.
+        if not os.access(folder, os.W_OK):
+            raise PermissionError(errno.EACCES, os.strerror(errno.EACCES), folder)
 
 
 def encoded(text: str) -> bytes:

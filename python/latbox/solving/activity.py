@@ -92,19 +92,29 @@ class Box:
         found = False
         for j in missing or terms:
             a = sign * terms[j]
-            end = 0 if missing else self.low[j] if a > 0 else self.high[j]
-            # a (z - end) <= rest
+            low, high = self.low[j], self.high[j]
+            # a (z - end) <= rest, where a missing end counts as 0
             if a > 0:
-                most = end + rest // a
-                if self.high[j] is None or most < self.high[j]:
+                most = (low or 0) + rest // a
+                if high is None or most < high:
                     self.high[j], found = most, True
+                    high = most
             else:
-                least = end - rest // -a
-                if self.low[j] is None or least > self.low[j]:
+                least = (high or 0) - rest // -a
+                if low is None or least > low:
                     self.low[j], found = least, True
-            if self.low[j] is not None and self.high[j] is not None and self.low[j] > self.high[j]:
+                    low = least
+            if low is not None and high is not None and low > high:
                 raise Infeasible("row %s leaves a column no value" % name)
         return found
+
+    def closed(self) -> tuple[list[int], list[int]]:
+        """The ends of all columns. Requires that none is missing."""
+        low = [end for end in self.low if end is not None]
+        high = [end for end in self.high if end is not None]
+        assert len(low) == len(self.low) and len(high) == len(self.high)
+        return low, high
+
 
 def narrowed(model: Model, statement: Statement) -> Model:
     """The model with the bounds that its rows imply for its integer variables: the same points, and variables that are fixed now.

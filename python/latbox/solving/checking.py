@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from fractions import Fraction
 
+from ..errors import counted
 from ..models.model import INF, Bound, Model, Row
 from . import exact
 
@@ -13,7 +14,7 @@ Point = list[Fraction]
 def fault(model: Model, x: Point) -> str | None:
     """What is wrong with the point, in words; None for a point of the model."""
     if len(x) != len(model.variables):
-        return "it has %d values for %d variables" % (len(x), len(model.variables))
+        return "it has %s for %s" % (counted(len(x), "value"), counted(len(model.variables), "variable"))
     for variable, value in zip(model.variables, x):
         if variable.semi and value == 0:
             continue
@@ -49,6 +50,11 @@ def has_objective(model: Model) -> bool:
     """Whether two points can differ in it."""
     rows = [model.objective] if model.objective is not None else []
     return any(any(row.coefficients.values()) for row in rows + [goal.row for goal in model.goals])
+
+
+def states_objective(model: Model) -> bool:
+    """Whether its text has one, be it the same for all points."""
+    return model.objective is not None or bool(model.goals)
 
 
 def is_better(model: Model, a: Fraction, b: Fraction) -> bool:

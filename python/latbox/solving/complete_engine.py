@@ -8,6 +8,7 @@ from __future__ import annotations
 
 import os
 import re
+import time
 from collections.abc import Callable
 from dataclasses import dataclass
 from fractions import Fraction
@@ -20,6 +21,8 @@ from .program import Program
 VERDICT = re.compile(r"verdict: (all|optimum|none|found|unknown) ?(.*)\Z")
 PROGRESS = re.compile(r"(?:(?P<share>[-+.0-9e]+) % done, )?(?P<nodes>[-+.0-9e]+) nodes, .*? points?"
                       r"(?:, best (?P<best>\S+))?(?:, none below (?P<least>[^\s,]+))?(?:, about (?P<left>.*) left)?\Z")
+# Below it the share tells nothing of the time.
+LEAST_SHARE = 0.001
 OPEN = "these variables need finite bounds: "
 
 
@@ -51,7 +54,8 @@ class CompleteEngine:
     letter = "C"
 
     def __init__(self, program: Program, task: Task, folder: str, memory: int | None = None, log: Callable[[str], None] | None = None,
-                 notes: str = "") -> None:
+                 notes: str = "", paused: float = 0.0) -> None:
+        """`paused`: seconds for which the run stood still before."""
         self.progress = Progress()
         self.least: Fraction | None = None  # no target norm is below it: proven
         self.verdict: tuple[str, str] | None = None  # (word, rest), None while it works
@@ -67,6 +71,8 @@ class CompleteEngine:
         out = os.path.join(folder, "points.all")
         self._file = points.Follower(out)
         self.process = Process(self._arguments(task, out), folder, memory, log)
+        self._started = time.monotonic()
+        self._paused_before = paused
 
     def _arguments(self, task: Task, out: str) -> list[str]:
         options: dict[str, object] = {"out": out, "threads": task.threads, "seed": task.seed, "resume": 0, "checkpoint": 0}
@@ -104,6 +110,14 @@ class CompleteEngine:
             self.progress = Progress(float(share) / 100 if share else None, float(match["nodes"]), match["left"])
             if match["least"]:
                 self.least = exact.number(match["least"])
+
+    def seconds_left(self, paused: float) -> float | None:
+        """As it estimates the time left itself, by the share that is done, but of the time of work: the run was paused for so long."""
+        share = self.progress.share
+        if share is None or not LEAST_SHARE <= share < 1:
+            return None
+        worked = time.monotonic() - self._started - (paused - self._paused_before)
+        return max(0.0, worked) * (1 - share) / share
 
     def _take_end(self, status: int) -> None:
         words = self.process.words.strip()

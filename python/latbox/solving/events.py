@@ -1,4 +1,5 @@
-"""What happens while a model is solved, in the order in which it happens: one Start, then points, bounds and progress, one End."""
+"""What happens while a model is solved, in the order in which it happens: one Start, then points, bounds, progress and what was
+asked of the run meanwhile, one End. Times are those of work: they stand still while the run is paused."""
 
 from __future__ import annotations
 
@@ -17,6 +18,9 @@ class Start:
     kind: str  # of program, as the table of the search's options names it
     searches: int  # processes of the search
     threads: int  # of the complete engine; 0: it does not run
+    limit: float | None = None  # seconds that it may take
+    began: float = 0.0  # when, in seconds since 1970
+    options: dict[str, int] = field(default_factory=dict)  # of the search, as it begins: those that can be set
 
 
 @dataclass
@@ -50,6 +54,31 @@ class Progress:
     nodes: float | None = None
     share: float | None = None
     left: str | None = None
+    left_seconds: float | None = None  # the same as a number, whatever the run was paused
+    rate: float | None = None  # nodes a second, of late
+    basis: float | None = None  # length of the shortest first vector of the bases
+    collected: int | None = None  # vectors, since the start of the search
+    idle: int | None = None  # iterations without a nearer point
+    paused: float = 0.0  # seconds so far, which are not in `seconds`
+
+
+@dataclass
+class Action:
+    """Somebody asked this of the run, and it is done: an action of steering.py, key and value with SET."""
+
+    action: str
+    seconds: float
+    key: str | None = None
+    value: int | None = None
+
+
+@dataclass
+class Setting:
+    """The search has taken a value: told by its console."""
+
+    key: str
+    value: str
+    seconds: float
 
 
 @dataclass
@@ -67,4 +96,4 @@ class End:
     notes: list[str] = field(default_factory=list)
 
 
-Event = Union[Start, Found, Bound, Progress, End]
+Event = Union[Start, Found, Bound, Progress, Action, Setting, End]

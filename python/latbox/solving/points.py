@@ -27,27 +27,30 @@ class Follower:
         self._offset = 0
 
     def points(self) -> list[list[Fraction]]:
-        """The points of lines that have come since the last call; of a file that took another's place, all."""
-        if not self._is_current():
-            self.close()
-            try:
-                self._file = open(self.path, "rb")
-            except FileNotFoundError:
-                return []
-            self._offset = 0
-        self._file.seek(self._offset)
-        data = self._file.read()
+        """Those of lines()."""
+        return [point(line) for line in self.lines()]
+
+    def lines(self) -> list[str]:
+        """Those that have come since the last call; of a file that took another's place, all."""
+        file = self._current()
+        if file is None:
+            return []
+        file.seek(self._offset)
+        data = file.read()
         whole = data[: data.rfind(b"\n") + 1]
         self._offset += len(whole)
-        return [point(line) for line in whole.decode().splitlines()]
+        return whole.decode().splitlines()
 
-    def _is_current(self) -> bool:
-        if self._file is None:
-            return False
+    def _current(self) -> BinaryIO | None:
+        """The file that has the name now, or had it last; None if there was none yet."""
         try:
-            return os.path.samestat(os.stat(self.path), os.fstat(self._file.fileno()))
+            if self._file is None or not os.path.samestat(os.stat(self.path), os.fstat(self._file.fileno())):
+                self.close()
+                self._file = open(self.path, "rb")
+                self._offset = 0
         except FileNotFoundError:
-            return True
+            pass
+        return self._file
 
     def close(self) -> None:
         if self._file is not None:

@@ -5,7 +5,8 @@ proven comes from the complete engine, or from a best point that meets its bound
 the model before anybody else sees them. What the search has found the complete engine is told, which verifies it and then looks
 for better ones only. Two statements that contradict each other end it as an internal error.
 
-Nothing here runs in a thread: one loop waits for the pipes of all engines, a twentieth of a second at most.
+Nothing here runs in a thread: one loop waits for the pipes of all engines, and for orders to steer them (steering.py), a twentieth
+of a second at most. A pause stops the engines' processes and the clock of the run; nothing else moves meanwhile.
 """
 
 from __future__ import annotations
@@ -20,10 +21,10 @@ from fractions import Fraction
 
 from ..errors import EngineError, InternalError
 from ..models.model import INF, Model
-from . import checking, exact, levels, proof, statuses, unbounded
+from . import checking, exact, levels, pace, proof, statuses, steering, unbounded
 from .activity import narrowed
 from .complete_engine import CompleteEngine, Task
-from .events import Bound, End, Event, Found, Point, Progress, Start
+from .events import Action, Bound, End, Event, Found, Point, Progress, Setting, Start
 from .program import MANY_CELLS, MOST_CELLS, Program, Target
 from .rewriting import Rewriting
 from .search_engine import SearchEngine
@@ -34,6 +35,7 @@ from .work_folder import WorkFolder
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
 LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
+MOST_THREADS = 1024
 
 TICK = 0.05
 BETWEEN_PROGRESS = 0.2
@@ -82,6 +84,7 @@ class Settings:
     search_options: dict[str, object] = field(default_factory=dict)
     proof: str | None = None  # a folder
     log: Callable[[str], None] | None = None
+    steering: steering.Steering | None = None
 
 
 class Portfolio:
@@ -94,6 +97,11 @@ class Portfolio:
         self.has_objective = checking.has_objective(model)
         self._started = time.monotonic() if started is None else started
         self._interrupted = False
+        self._paused = 0.0  # seconds of pauses that are over
+        self._pause_began: float | None = None  # of the clock time.monotonic()
+        self._pace = pace.Pace()
+        # Options of the search that were set while it went: those of a search that begins anew, too.
+        self._set: dict[str, object] = {}
         self._folder: WorkFolder | None = None
         self._complete: CompleteEngine | None = None
         self._rays: CompleteEngine | None = None
@@ -137,7 +145,6 @@ class Portfolio:
             self._program = self._statement.program
             if not self._program.columns:
                 yield from self._take([], "P")
-                self._bound = self._best[0] if self._best else None
                 yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
                 return
             if self._program.cells() > MOST_CELLS:
@@ -156,6 +163,7 @@ class Portfolio:
             status = yield from self._race()
         except KeyboardInterrupt:
             status = statuses.INTERRUPTED
+        self._end_pause()
         if status in (None, statuses.INTERRUPTED):
             yield from self._last_points()
         yield self._end(status or self._open_status())
@@ -184,7 +192,9 @@ class Portfolio:
         for number in range(searches):
             self._start_search(number, rewritten if number == 0 else self._rewritten(number))
         program = rewritten.program if rewritten else self._program
-        return Start(rank(program), tuning(program).kind, searches, self._threads)
+        kind = tuning(program)
+        options = steering.present({**kind.options, **settings.search_options}) if searches else {}
+        return Start(rank(program), kind.kind, searches, self._threads, settings.time, time.time() - self.seconds(), options)
 
     def _is_optimising(self) -> bool:
         """Two points of the program can differ in the objective."""
@@ -232,13 +242,13 @@ class Portfolio:
             task.first = True
             program = unbounded.any_point(program)
         if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
-            program = self._with_proof(task, program)
+            program = self._with_proof(settings.proof, task, program)
         notes = proof.name_map(self._statement) if task.proof else ""
-        self._complete = CompleteEngine(program, task, self._folder.part("complete"), self._memory, settings.log, notes)
+        self._complete = CompleteEngine(program, task, self._part("complete"), self._memory, settings.log, notes, self.paused())
 
-    def _with_proof(self, task: Task, program: Program) -> Program:
+    def _with_proof(self, path: str, task: Task, program: Program) -> Program:
         """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
-        task.proof = proof.folder(self.settings.proof)
+        task.proof = proof.folder(path)
         if not task.first:
             return program
         task.first = False
@@ -247,15 +257,20 @@ class Portfolio:
     def _start_rays(self) -> None:
         program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
         if program is not None:
-            self._rays = CompleteEngine(program, Task(first=True), self._folder.part("rays"), self._memory, self.settings.log)
+            self._rays = CompleteEngine(program, Task(first=True), self._part("rays"), self._memory, self.settings.log)
 
     def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
         if rewriting is None or not rewriting.program.columns:
             return
         letter = LETTERS[min(number, len(LETTERS) - 1)]
         count = 0 if self._is_optimising() else self.settings.solutions
-        self._searches.append(SearchEngine(rewriting, count, letter, self._folder.part("search"), self._memory,
-                                           self.settings.search_options, self.settings.log))
+        self._searches.append(SearchEngine(rewriting, count, letter, self._part("search"), self._memory,
+                                           {**self.settings.search_options, **self._set}, self.settings.log))
+
+    def _part(self, name: str) -> str:
+        """A new folder for an engine."""
+        assert self._folder is not None
+        return self._folder.part(name)
 
     def _engines(self) -> list[SearchEngine | CompleteEngine]:
         return [*self._searches, *filter(None, (self._complete, self._rays))]
@@ -270,12 +285,17 @@ class Portfolio:
         """Returns the status, None for a stop without a proof."""
         next_progress = 0.0
         while True:
+            yield from self._obey()
+            if self._pause_began is not None and not self._interrupted:
+                self._wait()
+                continue
             for engine in [*self._searches, self._complete]:
                 if engine is not None:
                     yield from self._hear(engine)
             self._hear_of_rays()
             yield from self._take_bound()
             self._renew_searches()
+            yield from self._settings_taken()
             status, is_over = self._verdict()
             if is_over:
                 return status
@@ -294,10 +314,10 @@ class Portfolio:
         try:
             found = engine.news()
         except EngineError as error:
-            if engine is self._complete:
-                self._complete = None
-            else:
+            if isinstance(engine, SearchEngine):
                 self._searches.remove(engine)
+            else:
+                self._complete = None
             engine.stop()
             if not self._has_point() and not self._searches and self._complete is None:
                 raise
@@ -314,9 +334,10 @@ class Portfolio:
 
     def _renew_searches(self) -> None:
         """A search that lags behind the best point begins anew, with a row that asks for better ones."""
-        if self._best is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+        known = self._known()
+        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal:
             return
-        limit = self._statement.norm(self._best[0])
+        limit = self._statement.norm(known)
         lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
         if not lagging:
             return
@@ -344,7 +365,7 @@ class Portfolio:
             self._rays = None
             return
         if steps:
-            self._ray = self._statement.direction(steps[0])
+            self._ray = unbounded.whole(self._statement.direction(steps[0]))
             wrong = checking.ray_fault(self.model, self._ray)
             if wrong:
                 raise InternalError("a ray that was found is none: %s" % wrong)
@@ -357,16 +378,64 @@ class Portfolio:
     def _wait(self) -> None:
         """For a word of an engine, a tick at most."""
         tick = TICK
-        if self.settings.time is not None:
+        if self.settings.time is not None and self._pause_began is None:
             tick = max(0.0, min(tick, self.settings.time - self.seconds()))
         with selectors.DefaultSelector() as selector:
-            for engine in self._engines():
+            is_paused = self._pause_began is not None
+            for engine in [] if is_paused else self._engines():
                 for pipe in engine.process.pipes():
                     selector.register(pipe, selectors.EVENT_READ)
+            if self.settings.steering is not None and self.settings.steering.fileno() >= 0:
+                selector.register(self.settings.steering, selectors.EVENT_READ)
             if selector.get_map():
                 selector.select(tick)
             else:
                 time.sleep(tick)
+
+    # ------------------------------------------------------------- orders
+
+    def _obey(self) -> Iterator[Event]:
+        """Each order that changes something is an event."""
+        if self.settings.steering is None:
+            return
+        for order in self.settings.steering.orders():
+            if self._follows(order):
+                is_set = order.action == steering.SET
+                yield Action(order.action, self.seconds(), order.key if is_set else None, order.value if is_set else None)
+                if order.action in (steering.PAUSE, steering.GO_ON):
+                    yield self._progress()
+
+    def _follows(self, order: steering.Order) -> bool:
+        """Whether there was something to do."""
+        if order.action == steering.PAUSE and self._pause_began is None:
+            self._pause_began = time.monotonic()
+            for engine in self._engines():
+                engine.process.pause()
+        elif order.action == steering.GO_ON and self._pause_began is not None:
+            self._end_pause()
+        elif order.action == steering.STOP and not self._interrupted:
+            self.interrupt()
+        elif order.action == steering.SET and order.key in steering.BY_KEY and steering.BY_KEY[order.key].takes(order.value):
+            self._set[order.key] = order.value
+            for search in self._searches:
+                search.set(order.key, order.value)
+        else:
+            return False
+        return True
+
+    def _end_pause(self) -> None:
+        if self._pause_began is not None:
+            self._paused += time.monotonic() - self._pause_began
+            self._pause_began = None
+            for engine in self._engines():
+                engine.process.go_on()
+
+    def _settings_taken(self) -> Iterator[Event]:
+        """Once for all processes of the search: that of the first one."""
+        for number, search in enumerate(self._searches):
+            for key, value in search.settings():
+                if number == 0:
+                    yield Setting(key, value, self.seconds())
 
     # ------------------------------------------------------------- points and bounds
 
@@ -376,9 +445,10 @@ class Portfolio:
         wrong = checking.fault(self.model, x)
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
-        objective = checking.objective_of(self.model, x) if self.has_objective else None
-        is_better = self._best is None or (objective is not None and
-                                           checking.is_better(self.model, objective, self._best[0]))
+        objective = self._objective_of(x)
+        known = self._known()
+        is_better = self._best is None or (objective is not None and known is not None and
+                                           checking.is_better(self.model, objective, known))
         if self.settings.solutions != 1:
             key = tuple(x)
             if key in self._points or self._has_enough():
@@ -405,8 +475,15 @@ class Portfolio:
             if not self._grid:
                 yield Bound(value, self.seconds())
 
+    def _objective_of(self, x: Point) -> Fraction | None:
+        return checking.objective_of(self.model, x) if checking.states_objective(self.model) else None
+
     def _has_point(self) -> bool:
         return self._best is not None
+
+    def _known(self) -> Fraction | None:
+        """The objective of the best point; None without one, or without an objective."""
+        return self._best[0] if self._best is not None else None
 
     # ------------------------------------------------------------- verdicts
 
@@ -421,10 +498,10 @@ class Portfolio:
             if status is not None or self._complete.is_over:
                 return status, status is not None or self._are_through()
         if self.settings.solutions == 1 and self._best is not None:
-            objective = self._best[0]
+            objective = self._known()
             if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
-            if self._is_good_enough(objective):
+            if objective is not None and self._is_good_enough(objective):
                 return None, True
         if self._has_enough():
             return statuses.OPTIMAL, True
@@ -449,7 +526,7 @@ class Portfolio:
             return statuses.OPTIMAL
         if word == "optimum":
             objective = self._statement.objective(exact.number(rest.split()[0]))
-            known = self._best[0] if self._best else None
+            known = self._known()
             self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
             self._bound = objective
             return statuses.OPTIMAL
@@ -504,19 +581,32 @@ class Portfolio:
     # ------------------------------------------------------------- progress and the end
 
     def seconds(self) -> float:
-        return time.monotonic() - self._started
+        """Of work: pauses do not count."""
+        now = time.monotonic() if self._pause_began is None else self._pause_began
+        return now - self._started - self._paused
+
+    def paused(self) -> float:
+        return self._paused + (time.monotonic() - self._pause_began if self._pause_began is not None else 0.0)
 
     def _progress(self) -> Progress:
         count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
-        progress = Progress(self.seconds(), self._best[0] if self._best else None, None if self._grid else self._bound, count)
+        progress = Progress(self.seconds(), self._known(), None if self._grid else self._bound, count)
         if self._searches:
             progress.iteration = sum(engine.progress.iteration for engine in self._searches)
             known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
             progress.violated = min(known) if known else None
+            progress.basis = min((e.progress.basis for e in self._searches if e.progress.basis is not None), default=None)
+            progress.collected = sum(e.progress.pairwise + e.progress.sampling for e in self._searches)
+            progress.idle = min(e.progress.idle for e in self._searches)
         if self._complete is not None:
-            progress.nodes = self._complete.progress.nodes
-            progress.share = self._complete.progress.share
-            progress.left = self._complete.progress.left
+            known_of_it = self._complete.progress
+            progress.nodes = known_of_it.nodes
+            progress.share = known_of_it.share
+            progress.rate = self._pace.of(progress.seconds, known_of_it.nodes)
+            progress.left_seconds = self._complete.seconds_left(self.paused())
+            # Its own estimate takes a pause for work.
+            progress.left = known_of_it.left if not self.paused() else pace.duration(progress.left_seconds)
+        progress.paused = self.paused()
         return progress
 
     def _last_points(self) -> Iterator[Event]:
@@ -535,23 +625,29 @@ class Portfolio:
     def _end(self, status: str) -> End:
         self._stop()
         if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
-            self._notes.append("no proof is written: " + self._why_no_proof(status))
+            self._notes.append(proof.missing(self._why_no_proof(status)))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
+        ray = self._ray if status == statuses.UNBOUNDED else None
         if self._grid:
             self._notes.append("continuous columns were taken on a grid of %s: nothing is proven of what lies between" % self._grid)
-            if self.is_proven:
+            if ray is not None:
+                self._notes.append("from the point the ray leads to better and better ones, without end")
+            if self.is_proven or ray is not None:
                 status = self._open_status()
         points = self._answer_points()
-        objective = checking.objective_of(self.model, points[0]) if points and self.has_objective else None
-        return End(status, points[0] if points else None, objective, None if self._grid else self._bound, points,
-                   len(points), self.seconds(), self._ray if status == statuses.UNBOUNDED else None, self._notes)
+        objective = self._objective_of(points[0]) if points else None
+        if status in (statuses.OPTIMAL, statuses.ALL):
+            self._bound = objective
+        bound = None if self._grid or status == statuses.INFEASIBLE else self._bound
+        return End(status, points[0] if points else None, objective, bound, points,
+                   len(points), self.seconds(), ray, self._notes)
 
     def _why_no_proof(self, status: str) -> str:
         if status == statuses.OPTIMAL and not self.has_objective:
-            return "the point speaks for itself"
+            return proof.SPEAKS
         if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
-            return "nothing had to be searched"
-        return "the complete search has not come to its end"
+            return proof.NOTHING
+        return proof.OPEN
 
     def _answer_points(self) -> list[Point]:
         """Best first, and no more than were asked for."""

@@ -44,17 +44,17 @@ class Process:
         self.name = os.path.basename(arguments[0])
         self.words = ""
         self._log = log
-        self._rests = {}
         try:
             # In it SIGINT is as it was before Python took it, and nothing that this process ignores is ignored.
             self._popen = subprocess.Popen(arguments, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                            stderr=subprocess.PIPE, preexec_fn=prepare, process_group=0)
         except (OSError, subprocess.SubprocessError) as error:
             raise EngineError("%s cannot be started: %s" % (arguments[0], error)) from None
-        for pipe in (self._popen.stdout, self._popen.stderr):
+        assert self._popen.stdin and self._popen.stdout and self._popen.stderr  # they are pipes
+        self._in, self._out, self._err = self._popen.stdin, self._popen.stdout, self._popen.stderr
+        for pipe in (self._in, self._out, self._err):
             os.set_blocking(pipe.fileno(), False)
-            self._rests[pipe] = b""
-        os.set_blocking(self._popen.stdin.fileno(), False)
+        self._rests = {self._out: b"", self._err: b""}
 
     # ------------------------------------------------------------- reading
 
@@ -62,13 +62,9 @@ class Process:
         """What to wait for; those that have ended are left out."""
         return list(self._rests)
 
-    @property
-    def stdout(self) -> IO[bytes] | None:
-        return self._popen.stdout
-
     def read(self) -> tuple[list[str], list[str]]:
         """The lines that have come on standard output and standard error; all of them once status() is known."""
-        return self._lines(self._popen.stdout), self._lines(self._popen.stderr)
+        return self._lines(self._out), self._lines(self._err)
 
     def _lines(self, pipe: IO[bytes]) -> list[str]:
         if pipe not in self._rests:
@@ -95,7 +91,7 @@ class Process:
         for line in lines:
             if self._log is not None and line:
                 self._log("%s[%d]: %s" % (self.name, self._popen.pid, line))
-        if pipe is self._popen.stderr and text:
+        if pipe is self._err and text:
             self.words = (self.words + text + "\n")[-LAST_WORDS:]
         return lines
 
@@ -112,9 +108,18 @@ class Process:
     def write(self, text: str) -> None:
         """To its console. What it does not take at once is lost: nothing here depends on it."""
         try:
-            os.write(self._popen.stdin.fileno(), text.encode())
+            os.write(self._in.fileno(), text.encode())
         except OSError:
             pass
+
+    def pause(self) -> None:
+        """All its threads stand still until go_on(). Stopping it works as ever; being asked to end it hears behind that."""
+        if self._popen.poll() is None:
+            self._popen.send_signal(signal.SIGSTOP)
+
+    def go_on(self) -> None:
+        if self._popen.poll() is None:
+            self._popen.send_signal(signal.SIGCONT)
 
     def ask_to_end(self) -> None:
         if self._popen.poll() is None:
@@ -134,7 +139,7 @@ class Process:
         if self._popen.poll() is None:
             self._popen.kill()
         self._popen.wait()
-        for pipe in (self._popen.stdin, self._popen.stdout, self._popen.stderr):
+        for pipe in (self._in, self._out, self._err):
             try:
                 pipe.close()
             except OSError:

@@ -13,6 +13,8 @@ from .program import comment
 from .statement import Statement
 
 PROGRAM, PROOF = "program.opt", "program.proof"
+# Why there may be none.
+SPEAKS, NOTHING, OPEN = "the point speaks for itself", "nothing had to be searched", "the complete search has not come to its end"
 
 
 def folder(path: str) -> str:
@@ -23,6 +25,10 @@ def folder(path: str) -> str:
         with suppress(FileNotFoundError):
             os.remove(os.path.join(path, name))
     return os.path.abspath(os.path.join(path, PROOF))
+
+
+def missing(reason: str) -> str:
+    return "no proof is written: " + reason
 
 
 def note(path: str) -> str:

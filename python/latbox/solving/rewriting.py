@@ -37,6 +37,9 @@ class Rewriting:
         """With a `limit`, points with a target norm below it are wanted. Throws Infeasible: proven only if is_exact."""
         self.is_exact = True
         self._source = program
+        self._low: list[int] = []  # the ends of the source's columns, in steps
+        self._high: list[int] = []
+        self._kept: list[int] = []  # those that are left, in the order of the program's columns
         self.limit = limit
         distances = FAR[:]
         while True:
@@ -53,9 +56,9 @@ class Rewriting:
 
     def point(self, z: list[Fraction]) -> list[Fraction]:
         """The values of the source's columns."""
-        whole = self._fixed[:]
+        whole = self._low[:]
         for value, j in zip(z, self._kept):
-            whole[j] = self._low[j] + int(value)
+            whole[j] += int(value)
         return [Fraction(whole[j], 10**column.digits) for j, column in enumerate(self._source.columns)]
 
     # ------------------------------------------------------------- the steps
@@ -65,8 +68,8 @@ class Rewriting:
         self._take_targets()
         self._box.propagate(self._rows, ROUNDS)
         self._close_columns(far)
-        self._fixed = [low if low == high else None for low, high in zip(self._low, self._high)]
-        self._kept = [j for j, value in enumerate(self._fixed) if value is None]
+        self._low, self._high = self._box.closed()
+        self._kept = [j for j, (low, high) in enumerate(zip(self._low, self._high)) if low != high]
         draw = random.Random(seed)
         if seed:
             draw.shuffle(self._kept)
@@ -80,7 +83,6 @@ class Rewriting:
 
     def _count_steps(self) -> None:
         self._box = Box(self._source)
-        self._low, self._high = self._box.low, self._box.high
         self._rows = self._box.whole_rows(self._source)
 
     def _take_targets(self) -> None:
@@ -106,9 +108,9 @@ class Rewriting:
         least, greatest = self._box.activity(terms)
         for sign, most in ((-1, None if greatest is None else max(0, greatest - value)),
                            (1, None if least is None else max(0, value - least))):
-            j = len(self._low)
-            self._low.append(0)
-            self._high.append(most)
+            j = len(self._box.low)
+            self._box.low.append(0)
+            self._box.high.append(most)
             terms[j] = sign
             self._objective[j] = Fraction(1, scale)
         self._rows.append(WholeRow(terms, value, value, "a value to be reached"))
@@ -116,20 +118,21 @@ class Rewriting:
     # ------------------------------------------------------------- bounds
 
     def _close_columns(self, far: int) -> None:
-        if not any(end is None for end in self._low + self._high):
+        box = self._box
+        if not any(end is None for end in box.low + box.high):
             return
         self.is_exact = False
-        for j, (low, high) in enumerate(zip(self._low, self._high)):
+        for j, (low, high) in enumerate(zip(box.low, box.high)):
             if low is None:
-                self._low[j] = -far if high is None else high - far
+                box.low[j] = -far if high is None else high - far
             if high is None:
-                self._high[j] = far if low is None else low + far
-        self._box.propagate(self._rows, ROUNDS)
+                box.high[j] = far if low is None else low + far
+        box.propagate(self._rows, ROUNDS)
 
     # ------------------------------------------------------------- what is written
 
     def _condition(self, row: WholeRow) -> Condition | None:
-        least, greatest = self._box.activity(row.terms)
+        least, greatest = self._reach(row.terms)
         low = least if row.low is None else max(row.low, least)
         high = greatest if row.high is None else min(row.high, greatest)
         if low <= least and high >= greatest:
@@ -143,6 +146,11 @@ class Rewriting:
         if low > high:
             raise Infeasible("row %s cannot hold" % row.name)
         return Condition({j: a // factor for j, a in terms.items()}, low, high, row.name)
+
+    def _reach(self, terms: dict[int, int]) -> tuple[int, int]:
+        """The least and the greatest value between the ends of all columns."""
+        ends = [(a * self._low[j], a * self._high[j]) for j, a in terms.items()]
+        return sum(min(pair) for pair in ends), sum(max(pair) for pair in ends)
 
     def _target(self) -> Terms:
         terms = {self._place[j]: a for j, a in self._objective.items() if a and j in self._place}

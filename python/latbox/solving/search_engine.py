@@ -1,7 +1,7 @@
 """latbox at work on a rewritten program: the points of its .sol file, and how near it is.
 
 Its standard input is its console. By default it prints what changes; once in a while it is asked to tell its statistics for one
-iteration, which holds the number of iterations and how the nearest point breaks its bounds.
+iteration, which holds the number of iterations, how the nearest point breaks its bounds, and how far basis and collections are.
 """
 
 from __future__ import annotations
@@ -14,13 +14,16 @@ from dataclasses import dataclass
 from fractions import Fraction
 
 from ..errors import EngineError
-from . import binaries, points
+from . import binaries, points, report
 from .process import Process
 from .rewriting import Rewriting
 from .tuning import tuning
 
-ITERATIONS = re.compile(r"Total iterations: ([0-9]+)")
+IDLE = re.compile(r"No primary improvement since ([0-9]+) consecutive")
 NEAREST = re.compile(r"\[len,f,fs,fm,fc,tn\] = \S+ \S+ \S+ \S+ ([0-9]+) ")
+NUMBERS = ((report.ITERATIONS, "iteration"), (NEAREST, "violated"), (report.COUNTS["pairwise"], "pairwise"),
+           (report.COUNTS["sampling"], "sampling"))
+VERB = "verb"  # what it prints: of it only this file speaks
 # Seconds between looks at the statistics.
 BETWEEN_LOOKS = 1.0
 
@@ -29,6 +32,10 @@ BETWEEN_LOOKS = 1.0
 class Progress:
     iteration: int = 0
     violated: int | None = None  # bounds that the nearest point breaks
+    basis: float | None = None  # length of the first vector of the basis
+    pairwise: int = 0  # vectors collected by recombination since the start, and
+    sampling: int = 0  # by drawing
+    idle: int = 0  # iterations without a nearer point
 
 
 class SearchEngine:
@@ -43,9 +50,12 @@ class SearchEngine:
         self.best: Fraction | None = rewriting.limit
         self.is_over = False
         self._rewriting = rewriting
-        self._seen: set[tuple[Fraction, ...]] = set()
+        self._seen: set[int] = set()  # hashes of points: there may be many, and each is long
         self._next_look = time.monotonic() + BETWEEN_LOOKS / 4
         self._looking = False
+        self._before = ""  # the line before this one
+        self._idle = 0
+        self._settings: list[tuple[str, str]] = []
         path = os.path.join(folder, "program.opt")
         with open(path, "w", encoding="utf-8", errors="surrogateescape") as file:
             file.write(rewriting.program.text())
@@ -71,30 +81,55 @@ class SearchEngine:
         return found
 
     def _points(self) -> list[list[Fraction]]:
-        return [self._rewriting.point(z) for z in self._file.points() if self._is_new(z)]
+        # The whole file comes again with each point that is new.
+        return [self._rewriting.point(points.point(line)) for line in self._file.lines() if self._is_new(line)]
 
-    def _is_new(self, z: list[Fraction]) -> bool:
-        key = tuple(z)
+    def _is_new(self, line: str) -> bool:
+        key = hash(line.partition("]")[0])  # of 64 bits; a point that has another one's is one that was not found
         if key in self._seen:
             return False
         self._seen.add(key)
         return True
 
     def _take(self, line: str) -> None:
-        for pattern, key in ((ITERATIONS, "iteration"), (NEAREST, "violated")):
+        for pattern, key in NUMBERS:
             match = pattern.search(line)
             if match:
                 setattr(self.progress, key, int(match[1]))
-                if key == "iteration" and self._looking:
-                    # The nearest point stands behind it in the same block.
-                    self._looking = False
-                    self.process.write("SET verb=0\n")
-                    self._next_look = time.monotonic() + BETWEEN_LOOKS
+                if key == "iteration":
+                    # It is told behind this line, unless it is 0: what is known is that of the block before.
+                    self.progress.idle, self._idle = self._idle, 0
+                    self._end_look()
+        if self._before.startswith(report.FIRST_OF_BASIS):
+            self.progress.basis = report.length(line) or self.progress.basis
+        match = IDLE.match(line)
+        if match:
+            self._idle = int(match[1])
+        match = report.SETTING.match(line)
+        if match and match[1] != VERB:
+            self._settings.append((match[1], match[2]))
+        self._before = line
+
+    def _end_look(self) -> None:
+        """What else is looked for stands behind the iterations in the same block."""
+        if self._looking:
+            self._looking = False
+            self.process.write("SET %s=0\n" % VERB)
+            self._next_look = time.monotonic() + BETWEEN_LOOKS
 
     def _look(self) -> None:
         if not self._looking and time.monotonic() >= self._next_look:
             self._looking = True
-            self.process.write("SET verb=2\n")
+            self.process.write("SET %s=2\n" % VERB)
+
+    def set(self, key: str, value: int) -> None:
+        """Asks for another value of an option of steering.py; settings() tells when it is taken."""
+        self.process.write("SET %s=%d\n" % (key, value))
+
+    def settings(self) -> list[tuple[str, str]]:
+        """(key, value) of what its console has answered since the last call."""
+        found, self._settings = self._settings, []
+        return found
 
     def end(self) -> list[list[Fraction]]:
         """Ends it, with what it has written."""

@@ -8,10 +8,11 @@ checked.
 
 from __future__ import annotations
 
+import math
 from fractions import Fraction
 
 from ..models.model import INF, Bound
-from .program import Column, Condition, Program, Target
+from .program import Column, Condition, Program, Target, Terms
 
 
 def is_open(program: Program) -> bool:
@@ -28,7 +29,7 @@ def ray_program(program: Program) -> Program | None:
     conditions = [Condition(row.terms, growth(row.lower, -INF), growth(row.upper, INF), row.name) for row in program.conditions]
     # A distance that grows along the ray would have to be weighed against the rest: rays along which none does are enough.
     conditions += [Condition(target.terms, Fraction(0), Fraction(0)) for target in program.targets if target not in linear]
-    gain: dict[int, Fraction] = {}
+    gain: Terms = {}
     for target in linear:
         for j, a in target.terms.items():
             gain[j] = gain.get(j, Fraction(0)) + (-a if target.wanted == INF else a)
@@ -47,6 +48,12 @@ def any_point(program: Program) -> Program:
         return program
     j = next(j for j, column in enumerate(program.columns) if column.lower == -INF or column.upper == INF)
     return Program(program.columns, program.conditions, [Target({j: Fraction(1)}, -INF)])
+
+
+def whole(ray: list[Fraction]) -> list[Fraction]:
+    """The same ray in whole numbers, where its columns take decimals."""
+    scale = math.lcm(*(step.denominator for step in ray))
+    return [step * scale for step in ray]
 
 
 def growth(end: Bound, infinity: float) -> Bound:
