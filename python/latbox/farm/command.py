@@ -10,8 +10,8 @@ import sys
 from collections.abc import Sequence
 
 from .. import version
-from ..errors import LatboxError, UsageError
-from ..front.command import STOPS, fail, open_standard_streams, os_error_text, say
+from ..errors import LatboxError, UsageError, os_error_text
+from ..front.command import STOPS, fail, open_standard_streams, say
 from ..front.version import engine_line
 from ..solving import binaries, statuses
 from . import options as table
