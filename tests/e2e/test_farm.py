@@ -81,12 +81,12 @@ class PlainTest(FarmCase):
     def test_what_presolve_decides_needs_no_worker(self):
         alone = self.alone(NOTHING, "--proof=p.proof")
         self.assert_same(alone, self.farm(NOTHING, "--proof=p.proof", workers=0))
-        self.assertEqual(alone.verdict, "verdict: none")
+        self.assertEqual(alone.verdict, "verdict: none\n")
 
     def test_what_overruns_is_cut_again(self):
-        text = LONG
+        text = TASKS[0].text
         alone = self.alone(text)
-        result = self.farm(text, "--pieces=2", "--job-rtime=0.3", workers=2)
+        result = self.farm(text, "--pieces=1", "--job-rtime=0.1", workers=2)
         self.assert_same(alone, result)
         self.assertRegex(self.log(), r"piece \d+ has overrun, \d+ pieces more")
 
