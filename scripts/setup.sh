@@ -29,11 +29,15 @@ test_packages() {
 
 # What some tests look at where it is there: Debian's PuLP, which one of the Pythons in PATH may have.
 wanted_packages() {
+  python_has pulp || echo python3-pulp
+}
+
+python_has() {
   local python
   for python in $(type -ap python3); do
-    "$python" -c 'import pulp' >/dev/null 2>&1 && return
+    "$python" -c "import $1" >/dev/null 2>&1 && return
   done
-  echo python3-pulp
+  return 1
 }
 
 # What latbox-all needs beyond that; its compiler is there by then.
@@ -42,9 +46,9 @@ complete_packages() {
   has_header fplll.h || echo libfplll-dev
 }
 
-# The engine of latbox-farm: its module, for the Python of the system, and the worker.
+# The engine of latbox-farm: its module, for a Python that is there, and the worker.
 farm_packages() {
-  /usr/bin/python3 -c 'import work_queue' 2>/dev/null || echo python3-workqueue
+  python_has work_queue || echo python3-workqueue
   has_command work_queue_worker || echo coop-computing-tools
 }
 
