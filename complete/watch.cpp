@@ -31,6 +31,11 @@ void Watch::takeSignals() {
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
+void Watch::leaveSignals() {
+  const sigset_t signals = ownSignals();
+  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
 Watch::Watch(Settings settings, Results& results, SearchControl& control, std::function<void()> late)
     : settings_(settings), results_(results), control_(control), late_(std::move(late)) {
   thread_ = std::thread([this] { run(); });

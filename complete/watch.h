@@ -22,6 +22,8 @@ class Watch {
 
   // From here on SIGINT, SIGTERM and SIGUSR1 wait for a watch. Requires that no other thread runs yet.
   static void takeSignals();
+  // They end the process again, as they did before.
+  static void leaveSignals();
 
   // Requires that the signals were taken. `late` is called
   // when the search has not ended within a second of being asked to, a reduction, say, which nothing

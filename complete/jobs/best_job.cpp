@@ -116,7 +116,10 @@ class BestJob {
     return !control_.stop;
   }
 
+  // By the watch, or when the search has ended: whoever comes first. The other one waits for the end.
   void place() {
+    if (isPlacing_.exchange(true))
+      while (true) pause();
     Result result;
     result.number = entry_.number;
     result.entry = entry_.digest;
@@ -156,6 +159,7 @@ class BestJob {
   std::optional<BestPoint> start_;
   // Pieces of the entry.
   std::atomic<std::size_t> done_ = 0;
+  std::atomic<bool> isPlacing_ = false;
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "complete/jobs/coefficients.h"
 
+#include <algorithm>
+
 #include "complete/elimination.h"
 #include "complete/kernel.h"
 
@@ -46,32 +48,69 @@ Coefficients::Coefficients(const PieceLattice& lattice) : lattice_(lattice) {
     own_.emplace_back(0);
     for (std::size_t c = 0; c < row.size(); ++c) own_.back() += row[c] * lattice.box.point[c];
   }
+  listShort();
+}
+
+// Points are in the box; whatever is not is left to GMP.
+void Coefficients::listShort() {
+  constexpr unsigned DIGITS = 62;
+  const BoxLattice& box = lattice_.box;
+  for (const IntegerVector& row : lattice_.dual) {
+    Integer most = 0;
+    for (std::size_t c = 0; c < row.size(); ++c)
+      most += abs(row[c]) * std::max<Integer>(abs(box.low[c]), abs(box.high[c]));
+    if (mpz_sizeinbase(most.get_mpz_t(), 2) > DIGITS) {
+      words_.clear();
+      return;
+    }
+    std::vector<long>& words = words_.emplace_back();
+    for (const Integer& value : row) {
+      if (!value.fits_slong_p()) {
+        words_.clear();
+        return;
+      }
+      words.push_back(value.get_si());
+    }
+  }
 }
 
 Integer Coefficients::at(std::size_t i, const IntegerVector& z) const {
+  const BoxLattice& box = lattice_.box;
+  const auto isInBox = [&](std::size_t c) {
+    const Integer& value = z[box.variables[c]];
+    return value >= box.low[c] && value <= box.high[c] && value.fits_slong_p();
+  };
+  if (!words_.empty()) {
+    long sum = 0;
+    std::size_t c = 0;
+    for (; c < box.variables.size() && isInBox(c); ++c) sum += words_[i][c] * z[box.variables[c]].get_si();
+    if (c == box.variables.size()) return sum - own_[i];
+  }
   const IntegerVector& row = lattice_.dual[i];
   Integer sum = -own_[i];
   for (std::size_t c = 0; c < row.size(); ++c)
-    mpz_addmul(sum.get_mpz_t(), row[c].get_mpz_t(), z[lattice_.box.variables[c]].get_mpz_t());
+    mpz_addmul(sum.get_mpz_t(), row[c].get_mpz_t(), z[box.variables[c]].get_mpz_t());
   return sum;
 }
 
-bool Coefficients::isIn(const Piece& piece, const IntegerVector& z) const {
+bool Coefficients::isIn(const Piece& piece, const IntegerVector& z, Known& known) const {
   if (piece.empty()) return true;
   std::size_t level = lattice_.box.rank();
   for (std::size_t i = 0; i < piece.size() && level > 0; ++i) {
     const Choice& choice = piece[i];
-    const Integer coefficient = at(--level, z);
-    if (!choice.closedUp && coefficient >= choice.up) return true;
-    if (!choice.closedDown && coefficient <= choice.down) return true;
-    if (i + 1 == piece.size() || coefficient != choice.chosen) return false;
+    std::optional<Integer>& coefficient = known[--level];
+    if (!coefficient) coefficient = at(level, z);
+    if (!choice.closedUp && *coefficient >= choice.up) return true;
+    if (!choice.closedDown && *coefficient <= choice.down) return true;
+    if (i + 1 == piece.size() || *coefficient != choice.chosen) return false;
   }
   return false;
 }
 
 bool Coefficients::isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const {
+  Known known(lattice_.box.rank());
   for (const Piece& piece : pieces)
-    if (isIn(piece, z)) return true;
+    if (isIn(piece, z, known)) return true;
   return false;
 }
 

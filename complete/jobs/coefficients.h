@@ -24,11 +24,17 @@ class Coefficients {
   Integer at(std::size_t i, const IntegerVector& z) const;
 
  private:
-  bool isIn(const Piece& piece, const IntegerVector& z) const;
+  // Those of a point that were asked for.
+  using Known = std::vector<std::optional<Integer>>;
+
+  bool isIn(const Piece& piece, const IntegerVector& z, Known& known) const;
+  void listShort();
 
   const PieceLattice& lattice_;
   // Of the lattice's point.
   IntegerVector own_;
+  // The dual where words hold every sum over the box; else empty.
+  std::vector<std::vector<long>> words_;
 };
 
 }  // namespace latbox::complete::jobs

@@ -8,6 +8,7 @@
 #include "complete/jobs/standing.h"
 #include "complete/jobs/taking.h"
 #include "complete/run.h"
+#include "complete/watch.h"
 
 namespace latbox::complete::jobs {
 namespace {
@@ -46,11 +47,14 @@ int list(const Options& options) {
 }  // namespace
 
 int runJobs(const Options& options) {
-  if (options.pieces) return list(options);
   if (options.join) return join(options);
+  const bool isJob = options.job > 0 && options.split == 0 && options.take.empty();
+  if (isJob && !options.pieces) return doJob(options);
+  // Whatever these have not put in its place by a rename is as if it had not been begun.
+  Watch::leaveSignals();
+  if (options.pieces) return list(options);
   if (!options.take.empty()) return take(options);
-  if (options.split > 0) return options.job > 0 ? divide(options) : begin(options);
-  return doJob(options);
+  return options.job > 0 ? divide(options) : begin(options);
 }
 
 }  // namespace latbox::complete::jobs

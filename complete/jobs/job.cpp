@@ -85,12 +85,13 @@ class Job {
     settings.pieces = pieces.empty() ? entry_.pieces : std::move(pieces);
     bool isComplete = false;
     {
-      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_, [] { _exit(UNKNOWN); });
+      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_, [this] {
+        if (!isOver()) _exit(UNKNOWN);
+      });
       isComplete = search(lattice_.box, listing, control_, settings);
     }
     if (lattice_.box.point != point) throw ReductionFailure("the lattice's point is not where it was left");
-    const bool isOver = options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime;
-    if (!isComplete && !isOver) {
+    if (!isComplete && !isOver()) {
       save(control_.left, true);
       return UNKNOWN;
     }
@@ -99,6 +100,7 @@ class Job {
   }
 
  private:
+  bool isOver() const { return options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime; }
   std::string pointsPath() const { return name_ + ".points"; }
   std::string checkpointPath() const { return name_ + ".checkpoint"; }
 

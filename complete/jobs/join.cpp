@@ -44,11 +44,12 @@ class Joiner {
          [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
     if (!folder_.isListing()) return solveBest(reader, all, task, finds, journal);
     finds.begin();
-    each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+    const bool isListed = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
       if (entry.share) return;
       if (folder_.wanted().count) return finds.add(result.points);
       reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
     });
+    if (!isListed) return Outcome::STOPPED;
     return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
@@ -100,11 +101,12 @@ class Joiner {
     const Program& program = folder_.program();
     std::optional<BestPoint> best = bestIn(folder_.pathOf("best"), program);
     std::mutex mutex;
-    each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+    const bool isRead = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
       const auto found = bestOf(reader, entry, result, program);
       const std::lock_guard lock(mutex);
       best = betterOf(best, found);
     });
+    if (!isRead) throw BadFolder("--jobs=" + options_.jobs + ": the join was stopped");
     requireBounds(all, best);
     if (!best) {
       finds.begin();
@@ -125,8 +127,9 @@ class Joiner {
     }
   }
 
+  // False: it was stopped.
   template <class Use>
-  void each(const std::vector<Standing>& all, const SearchControl& control, const Use& use) const {
+  bool each(const std::vector<Standing>& all, const SearchControl& control, const Use& use) const {
     Parts parts;
     parts.end = all.size();
     parts.make = [&](unsigned long i) {
@@ -141,7 +144,7 @@ class Joiner {
       return true;
     };
     parts.tell = [](unsigned long) {};
-    goThrough(parts, control);
+    return goThrough(parts, control);
   }
 
   const Options& options_;

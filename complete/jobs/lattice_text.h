@@ -17,8 +17,8 @@ struct PieceLattice {
 };
 
 std::string textOf(const PieceLattice& lattice);
-// Throws BadWords. All vectors have the lengths that belong together; whether this is the lattice of a program
-// is another matter.
+// Throws BadWords. All vectors have the lengths that belong together; whether this is the lattice of a
+// program is another matter.
 PieceLattice parseLattice(std::string_view text);
 
 // Whether the dual is one of the basis.

@@ -31,12 +31,15 @@ int doShare(const Options& options, const Folder& folder, const Entry& entry) {
   settings.share = {entry.share->rest, entry.share->count, walk.parts};
   // Every point of the lattice in its ranges is one of the program.
   const proof::Judge judge = [](const IntegerVector&) { return true; };
+  const auto isOver = [&] { return options.jobRtime > 0 && results.seconds() >= options.jobRtime; };
   std::optional<proof::WalkCount> count;
   {
-    const Watch watch({options.jobRtime, true}, results, control, [] { _exit(UNKNOWN); });
+    const Watch watch({options.jobRtime, true}, results, control, [&] {
+      if (!isOver()) _exit(UNKNOWN);
+    });
     count = proof::walk(*walk.beginning.lattice, walk.beginning.cuts, judge, settings);
   }
-  if (!count && !(options.jobRtime > 0 && results.seconds() >= options.jobRtime)) return UNKNOWN;
+  if (!count && !isOver()) return UNKNOWN;
   Result result;
   result.number = entry.number;
   result.entry = entry.digest;
