@@ -9,7 +9,7 @@ prepare() {
   # The headers can be looked for only now that there is a compiler.
   install_packages $(test_packages) || return 1
   install_packages $(complete_packages) || return 1
-  install_wanted $(wanted_packages)
+  install_wanted $(wanted_packages) $(farm_packages) $(script_packages)
   configure -DLATBOX_TESTS=ON -DLATBOX_REQUIRE_GTEST=ON || return 1
   compile
 }

@@ -29,17 +29,32 @@ test_packages() {
 
 # What some tests look at where it is there: Debian's PuLP, which one of the Pythons in PATH may have.
 wanted_packages() {
+  python_has pulp || echo python3-pulp
+}
+
+python_has() {
   local python
   for python in $(type -ap python3); do
-    "$python" -c 'import pulp' >/dev/null 2>&1 && return
+    "$python" -c "import $1" >/dev/null 2>&1 && return
   done
-  echo python3-pulp
+  return 1
 }
 
 # What latbox-all needs beyond that; its compiler is there by then.
 complete_packages() {
   has_header gmpxx.h || echo libgmp-dev
   has_header fplll.h || echo libfplll-dev
+}
+
+# The engine of latbox-farm: its module, for a Python that is there, and the worker.
+farm_packages() {
+  python_has work_queue || echo python3-workqueue
+  has_command work_queue_worker || echo coop-computing-tools
+}
+
+# What a folder of pieces runs under besides.
+script_packages() {
+  has_command parallel || echo parallel
 }
 
 as_root() {

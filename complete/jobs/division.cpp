@@ -34,7 +34,7 @@ int tell(const std::vector<const Entry*>& entries) {
 }
 
 // A folder that holds what nobody knows stays as it is. One that was begun for this program may be begun
-// again.
+// again, and who manages the pieces may have begun with notes of his own.
 void guardFolder(const std::string& path, const std::string& program) {
   if (std::filesystem::exists(path) && !std::filesystem::is_directory(path))
     throw BadInput("--jobs=" + path + ": is there and is no folder");
@@ -42,7 +42,7 @@ void guardFolder(const std::string& path, const std::string& program) {
   const std::string copy = pathIn(path, "program.opt");
   const bool isOurs = std::filesystem::is_regular_file(copy) && readFile(copy) == program;
   for (const auto& file : std::filesystem::directory_iterator(path))
-    if (!isOurs && file.path().extension() != BESIDE)
+    if (!isOurs && file.path().extension() != BESIDE && file.path().filename() != "farm")
       throw BadInput("--jobs=" + path + ": is not empty, and no folder of pieces of this program");
 }
 

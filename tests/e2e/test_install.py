@@ -13,6 +13,7 @@ import time
 import unittest
 
 import documents as documents_reader
+import farm_support
 import harness
 
 
@@ -39,6 +40,11 @@ def has_checker():
 def has_all():
     """The same of latbox-all."""
     return os.path.exists(os.path.join(build(), "packaging", "latbox-all.1"))
+
+
+def has_engine():
+    """Whether latbox-farm can run here."""
+    return has_all() and farm_support.has_engine()
 
 
 def programs():
@@ -86,13 +92,18 @@ def documents():
              if os.path.exists(os.path.join(root(), name))}
     for folder in ("docs", "examples"):
         found |= {os.path.join(folder, name) for name in files_below(os.path.join(root(), folder))
-                  if os.path.splitext(name)[1] in (".md", ".svg", ".png", ".opt", ".lp", ".mps", ".json", ".py")}
+                  if os.path.splitext(name)[1] in (".md", ".svg", ".png", ".opt", ".lp", ".mps", ".json", ".py", ".sh")}
     return found
 
 
 def programs_and_pages():
     return ({"bin/" + name for name in programs()} | {"share/man/man1/%s.1" % name for name in programs()} |
-            {"share/bash-completion/completions/" + name for name in programs()} | package_files())
+            {"share/bash-completion/completions/" + name for name in programs()} | jobs() | package_files())
+
+
+def jobs():
+    """The program that workers of a farm get, where the archives of its libraries were there."""
+    return {"libexec/latbox/latbox-job"} if os.path.exists(os.path.join(build(), "latbox-job")) else set()
 
 
 def environment(prefix, **more):
@@ -298,8 +309,8 @@ class ManualTest(PrefixCase):
             copy = self.path(os.path.basename(page))
             shutil.copytree(self.installed("share/doc/latbox/examples"), copy)
             for command in commands:
-                proven = command.startswith(("latbox-all ", "latbox-solve ")) and "--check" not in command
-                if command.startswith("latbox-solve ") and not has_all():
+                proven = re.search(r"(^|& )latbox-(all|solve|farm) ", command) and "--check" not in command
+                if (command.startswith("latbox-solve ") and not has_all()) or ("latbox-farm " in command and not has_engine()):
                     continue
                 run("sh", "-c", command, cwd=copy, env=environment(self.prefix), statuses=(10,) if proven else (0,))
 
@@ -444,6 +455,16 @@ class CompletionTest(PrefixCase):
         self.assertEqual(self.complete_solve("latbox-solve --time 20 m"), ["more.d", "m.lp", "m.mps.gz"])
         self.assertEqual(self.complete_solve("latbox-solve --quiet --time=20 m.l"), ["m.lp"])
 
+    def test_options_values_and_files_of_latbox_farm(self):
+        script = self.installed("share/bash-completion/completions/latbox-farm")
+        usage = run("latbox-farm", "--help", env=environment(self.prefix))
+        keys = [key + "=" * bool(value) for key, value in re.findall(r"^  (--[a-z-]+)( \S+)?  ", usage, re.MULTILINE)]
+        self.assertIn("--pieces=", keys)
+        self.assertEqual(self.complete("latbox-farm --", script=script), keys)
+        for line, offered in (("--ties=", ["0", "1"]), ("--jobs=", ["more.d"]), ("--pieces=", []), ("--password no", ["notes.txt"]),
+                              ("", ["more.d", "prog one.opt"])):
+            self.assertEqual(self.complete("latbox-farm " + line, script=script), offered)
+
     def complete_all(self, line, **keywords):
         if not has_all():
             self.skipTest("this build has no latbox-all")
@@ -502,6 +523,7 @@ class PackageTest(harness.Case):
                             ("Priority", "optional"), ("Maintainer", "latbox developers <latbox@localhost>")):
             self.assertEqual(self.field(name), value)
         self.assertEqual(self.field("Provides"), "python3-latbox")
+        self.assertEqual(self.field("Recommends"), "coop-computing-tools, python3-workqueue")
         self.assertTrue(self.field("Description").startswith("solver for small, hard integer programs"))
 
     def test_bytecode_comes_and_goes_with_it(self):

@@ -135,6 +135,7 @@ class WantedTest(harness.Case):
         super().setUp()
         os.mkdir(self.path("tools"))
         stand_ins = {**STAND_INS, "ctest": "echo tested\n", "python3": '[ -z "$PULP" ]\n', "sudo": '"$@"\n',
+                     "work_queue_worker": "", "parallel": "",
                      "apt-get": '[ "$1" != install ] || { echo "$*" >> "$CALLS"; exit "$FAILS"; }\n'}
         for name, text in stand_ins.items():
             self.write("tools/" + name, "#!/bin/sh\n" + text)
@@ -162,9 +163,9 @@ class WantedTest(harness.Case):
     def test_it_is_tried_once_and_the_tests_run(self) -> None:
         result = self.start(missing=True, fails=True)
         self.assertEqual((result.status, result.out), (0, "tested\n"), result.err)
-        self.assertIn("latbox: going on without python3-pulp: the tests that need it are skipped\n", result.err)
+        self.assertIn("latbox: going on without python3-pulp python3-workqueue: the tests that need it are skipped\n", result.err)
         self.assertEqual(self.start(missing=True, fails=True).out, "tested\n")
-        self.assertEqual(self.calls(), ["install -y --no-install-recommends python3-pulp"])
+        self.assertEqual(self.calls(), ["install -y --no-install-recommends python3-pulp python3-workqueue"])
 
     def test_it_is_installed(self) -> None:
         result = self.start(missing=True, fails=False)

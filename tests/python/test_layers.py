@@ -13,7 +13,7 @@ import harness
 FOLDER = os.path.join(support.PACKAGE, "latbox")
 # From the bottom: a module imports from its own layer and those before it. Modules of the package itself that are not
 # named here are commands or the public face, and may import all.
-LAYERS = (("errors", "version", "tool"), ("models",), ("solving",), ("view",), ("front",))
+LAYERS = (("errors", "version", "tool"), ("models",), ("solving",), ("view",), ("front",), ("farm",))
 
 
 def layer(module: str) -> int:

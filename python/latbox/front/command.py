@@ -95,9 +95,9 @@ def say(text: str) -> int:
     return 0
 
 
-def fail(message: str, status: int) -> int:
+def fail(message: str, status: int, name: str = NAME) -> int:
     try:
-        sys.stderr.write("%s: %s\n" % (NAME, message.encode("utf-8", "surrogateescape").decode("utf-8", "replace")))
+        sys.stderr.write("%s: %s\n" % (name, message.encode("utf-8", "surrogateescape").decode("utf-8", "replace")))
         sys.stderr.flush()
     except (OSError, ValueError):
         pass

@@ -8,36 +8,22 @@ from __future__ import annotations
 
 import os
 import re
-from collections.abc import Callable, Sequence
+from collections.abc import Sequence
 from dataclasses import dataclass
-from difflib import get_close_matches
 from fractions import Fraction
-from typing import Any
 
 from ..errors import UsageError
 from ..models import FORMATS
 from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
+from .parsing import Option, Parser, Wanted, take_choice, take_path, take_time, take_whole
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
 FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)
-TIME = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)(s|m|h|d)?\Z", re.ASCII)
 MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 
-SECONDS = {"s": 1, "m": 60, "h": 3600, "d": 86400}
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
 MOST_DIGITS = 18
 MOST_SEED = 2**63 - 1
-
-
-class Wanted(Exception):
-    """A value is malformed: what would be right."""
-
-
-def take_time(text: str) -> float:
-    match = TIME.match(text)
-    if not match or not 0 < (value := float(match[1]) * SECONDS[match[2] or "s"]) < 1e10:
-        raise Wanted("a time above 0 is wanted, as 20, 0.5 or 2m (s, m, h, d)")
-    return value
 
 
 def take_memory(text: str) -> int:
@@ -67,48 +53,10 @@ def take_solutions(text: str) -> int:
     return take_whole(1, 10**15, "a number of points, 1 or more, or all is wanted")(text)
 
 
-def take_whole(least: int, most: int, wanted: str) -> Callable[[str], int]:
-    def take(text: str) -> int:
-        if not re.fullmatch("[0-9]{1,19}", text, re.ASCII) or not least <= int(text) <= most:
-            raise Wanted(wanted)
-        return int(text)
-
-    return take
-
-
-def take_choice(*choices: str) -> Callable[[str], str]:
-    def take(text: str) -> str:
-        if text not in choices:
-            raise Wanted("%s or %s is wanted" % (", ".join(choices[:-1]), choices[-1]))
-        return text
-
-    return take
-
-
-def take_path(text: str) -> str:
-    if not text:
-        raise Wanted("the name of a file is wanted")
-    return text
-
-
 def take_file(text: str) -> str:
     if text == "-":
         raise Wanted("the name of a file is wanted; - goes with --json alone")
     return take_path(text)
-
-
-@dataclass(frozen=True)
-class Option:
-    name: str
-    value: str  # what stands for the value in the usage; "" for a switch
-    take: Callable[[str], Any] | None
-    text: str
-    choices: tuple[str, ...] = ()  # values that the completion offers
-    default: str | None = None  # the value where the option stands alone; None: it needs one
-
-    @property
-    def key(self) -> str:
-        return self.name.replace("-", "_")
 
 
 ENGINES = (AUTO, SEARCH, COMPLETE)
@@ -142,7 +90,7 @@ TABLE = [
     Option("help", "", None, "Show this text."),
     Option("version", "", None, "Show the version, its commit, and the engines."),
 ]
-BY_NAME = {option.name: option for option in TABLE}
+PARSER = Parser(TABLE)
 
 
 @dataclass
@@ -177,28 +125,7 @@ class Options:
 def parse(arguments: Sequence[str]) -> Options:
     """Throws UsageError."""
     options = Options()
-    given: set[str] = set()
-    models: list[str] = []
-    rest = list(arguments)
-    while rest:
-        argument = rest.pop(0)
-        if argument == "--":
-            models += rest
-            break
-        if argument == "-h":
-            argument = "--help"
-        if argument == "-" or not argument.startswith("-"):
-            models.append(argument)
-            continue
-        name, sign, value = argument[2:].partition("=") if argument.startswith("--") else ("", "", "")
-        if name not in BY_NAME:
-            raise UsageError("%s: unknown option; %s--help shows them" % (argument, guess(name or argument[1:].partition("=")[0], "--")))
-        option = BY_NAME[name]
-        if option.value and not sign and option.default is None:
-            if not rest:
-                raise UsageError("--%s: a value is wanted, --%s %s" % (name, name, option.value))
-            value, sign = rest.pop(0), "="
-        take(options, option, value if sign else option.default, given, "--%s" % name)
+    models, given = PARSER.parse(arguments, options)
     if options.options is not None:
         read_file(options, options.options, given)
     if not options.help and not options.version:
@@ -206,27 +133,6 @@ def parse(arguments: Sequence[str]) -> Options:
         exclude(options)
         require_own_files(options)
     return options
-
-
-def guess(name: str, dashes: str = "") -> str:
-    """What may be meant by a name that is none, in words; "" where nothing is near."""
-    near = get_close_matches(name, BY_NAME, 1)
-    return "is %s%s meant? " % (dashes, near[0]) if near else ""
-
-
-def take(options: Options, option: Option, value: str | None, given: set[str], place: str) -> None:
-    if option.name in given:
-        raise UsageError("%s: it was given before" % place)
-    given.add(option.name)
-    if option.take is None:
-        if value is not None:
-            raise UsageError("%s=%s: it stands without a value" % (place, value))
-        setattr(options, option.key, True)
-        return
-    try:
-        setattr(options, option.key, option.take(value or ""))
-    except Wanted as wanted:
-        raise UsageError("%s=%s: %s" % (place, value, wanted)) from None
 
 
 def read_file(options: Options, path: str, given: set[str]) -> None:
@@ -243,13 +149,13 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
         name, sign, value = line.partition("=")
         name, value = name.strip(), value.strip()
         place = "%s, line %d: %s" % (path, number, name)
-        if name not in BY_NAME or name in ("options", "help", "version"):
+        if name not in PARSER.by_name or name in ("options", "help", "version"):
             raise UsageError("%s: unknown option; %skey=value is wanted, the keys are those of --help" %
-                             (place, "" if name in BY_NAME else guess(name)))
-        option = BY_NAME[name]
+                             (place, "" if name in PARSER.by_name else PARSER.guess(name)))
+        option = PARSER.by_name[name]
         if option.value and not sign and option.default is None:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
-        take(Options() if name in before else options, option, value if sign else option.default, set() if name in before else given,
+        PARSER.take(Options() if name in before else options, option, value if sign else option.default, set() if name in before else given,
              place)
 
 
@@ -294,14 +200,5 @@ def is_same_file(a: str, b: str) -> bool:
 
 
 def usage() -> str:
-    forms = [("--" + option.name + value_text(option), option.text) for option in TABLE]
-    width = max(len(form) for form, _ in forms) + 2
-    lines = "".join("  %s%s\n" % (form.ljust(width), text) for form, text in forms)
-    return "usage: latbox-solve [options] MODEL\n\nSolves an integer model: .opt, LP or MPS, also packed; - is standard input.\n\n" + lines
-
-
-def value_text(option: Option) -> str:
-    """How the value stands behind the name."""
-    if option.default is not None:
-        return "[=%s]" % option.value
-    return " " + option.value if option.value else ""
+    return ("usage: latbox-solve [options] MODEL\n\nSolves an integer model: .opt, LP or MPS, also packed; - is standard input.\n\n" +
+            PARSER.usage())

@@ -10,6 +10,9 @@ from ..errors import EngineError
 
 BIN_DIR = "LATBOX_BIN_DIR"
 SEARCH, COMPLETE = "latbox", "latbox-all"
+# The complete search for machines that have nothing of ours, and where an installation keeps it.
+JOB = "latbox-job"
+JOB_FOLDERS = ("", os.path.join(os.pardir, "libexec", "latbox"))
 
 
 def find(name: str) -> str:
@@ -28,6 +31,14 @@ def find(name: str) -> str:
         return os.path.abspath(found)
     raise EngineError("%s is not found, neither beside this package nor in PATH: build or install it, or name its folder in %s" %
                       (name, BIN_DIR))
+
+
+def job_program() -> str:
+    """What a worker gets: the static program that was built with latbox-all; where there is none, that itself, which needs its
+    libraries there. Throws EngineError."""
+    complete = find(COMPLETE)
+    beside = [os.path.join(os.path.dirname(complete), folder, JOB) for folder in JOB_FOLDERS]
+    return next((os.path.normpath(path) for path in beside if is_program(path)), complete)
 
 
 def candidates(name: str) -> Iterator[str]:

@@ -1,7 +1,7 @@
-"""solve_pages.py TEMPLATE PAGE VERSION: the manual page and the completion of latbox-solve, from the tables of options and statuses
-that the program itself has. Marks:
+"""front_pages.py TEMPLATE PAGE VERSION: the manual page and the completion of latbox-solve and of latbox-farm, from the tables of
+options and statuses that the program itself has. The name of the page tells which. Marks:
 
-@VERSION@, @OPTIONS_AS_MANUAL@, @STATUSES_AS_MANUAL@, @OPTION_KEYS@, @OPTION_VALUES@, @FILE_KEYS@, @FOLDER_KEYS@, @VALUE_KEYS@.
+@VERSION@, @NAME@, @FUNCTION@, @MODELS@, @OPTIONS_AS_MANUAL@, @STATUSES_AS_MANUAL@, @OPTION_KEYS@, @OPTION_VALUES@, @FILE_KEYS@, @FOLDER_KEYS@, @VALUE_KEYS@.
 """
 
 from __future__ import annotations
@@ -13,8 +13,13 @@ import sys
 sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "python"))
 
-from latbox.front import options  # noqa: E402
+from latbox.farm import options as farm  # noqa: E402
+from latbox.front import options as solve  # noqa: E402
+from latbox.front.parsing import Option  # noqa: E402
 from latbox.solving import statuses  # noqa: E402
+
+# The options of a program, and how the names of the files end that it takes, as a pattern of the shell.
+PROGRAMS = {"latbox-solve": (solve.TABLE, "{lp,mps,opt}{,.gz,.bz2,.xz}"), "latbox-farm": (farm.TABLE, "opt")}
 
 
 def manual_text(text: str) -> str:
@@ -23,7 +28,7 @@ def manual_text(text: str) -> str:
     return re.sub("`([^`]*)`", r"\\fB\1\\fR", escaped)
 
 
-def option_paragraph(option: options.Option) -> str:
+def option_paragraph(option: Option) -> str:
     name = manual_text("--" + option.name)
     if option.default is not None:
         head = ".BI %s[= %s ]" % (name, option.value)
@@ -36,22 +41,26 @@ def status_paragraph(status: statuses.Status) -> str:
     return '.TP\n.B "status: %s"\nExit status %d: %s.\n' % (status.name, status.exit_status, manual_text(status.meaning))
 
 
-def keys(*values: str) -> str:
+def keys(table: list[Option], *values: str) -> str:
     """The options whose value may be the next word, with such a value, or any if none is named, as a pattern of the shell."""
-    return "|".join("--" + option.name for option in options.TABLE
+    return "|".join("--" + option.name for option in table
                     if option.value and option.default is None and (not values or option.value in values))
 
 
-def fill(text: str, version: str) -> str:
+def fill(text: str, name: str, version: str) -> str:
+    table, models = PROGRAMS[name]
     marks = {
         "@VERSION@": version,
-        "@OPTIONS_AS_MANUAL@\n": "".join(map(option_paragraph, options.TABLE)),
+        "@NAME@": name,
+        "@FUNCTION@": "_" + name.replace("-", "_"),
+        "@MODELS@": models,
+        "@OPTIONS_AS_MANUAL@\n": "".join(map(option_paragraph, table)),
         "@STATUSES_AS_MANUAL@\n": "".join(map(status_paragraph, statuses.TABLE)),
-        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value and option.default is None)) for option in options.TABLE),
-        "@OPTION_VALUES@": " ".join("--%s=%s" % (option.name, choice) for option in options.TABLE for choice in option.choices),
-        "@FILE_KEYS@": keys("FILE"),
-        "@FOLDER_KEYS@": keys("DIR"),
-        "@VALUE_KEYS@": keys(),
+        "@OPTION_KEYS@": " ".join("--%s%s" % (option.name, "=" * bool(option.value and option.default is None)) for option in table),
+        "@OPTION_VALUES@": " ".join("--%s=%s" % (option.name, choice) for option in table for choice in option.choices),
+        "@FILE_KEYS@": keys(table, "FILE"),
+        "@FOLDER_KEYS@": keys(table, "DIR"),
+        "@VALUE_KEYS@": keys(table),
     }
     for mark, replacement in marks.items():
         text = text.replace(mark, replacement)
@@ -63,7 +72,7 @@ def fill(text: str, version: str) -> str:
 
 def main(template: str, page: str, version: str) -> None:
     with open(template, encoding="utf-8") as file:
-        text = fill(file.read(), version)
+        text = fill(file.read(), os.path.basename(page).rpartition(".")[0], version)
     with open(page, "w", encoding="utf-8") as file:
         file.write(text)
 
