@@ -10,6 +10,7 @@ from farm_support import FarmCase
 from programs import market_split
 
 LONG = market_split(6, 50, 1)
+
 # Programs whose search takes a second or some, with the options of the run.
 DISTURBED = {
     "all_points": (TASKS[0].text,),
@@ -40,6 +41,8 @@ class DisturbedTest(FarmCase):
         for worker in stopped:
             worker.go_on()
         farm = self.begin("--pieces=12", *options)
+        # Those that stood still take some seconds to find it again.
+        self.hire()
         status = farm.wait()
         self.assertEqual(self.read("jobs/farm/port"), port)
         self.assert_same(alone, harness.Result(status, farm.out, farm.err))

@@ -55,6 +55,7 @@ class Command:
         self._folder = Folder(options.jobs)
         self._manager: Manager | None = None
         self._stops = 0
+        self._signal = "nobody"
 
     def run(self) -> int:
         options, folder = self._options, self._folder
@@ -116,7 +117,7 @@ class Command:
         return answer.status
 
     def _stopped(self, manager: Manager) -> int:
-        self._display.note("stopped; %s is whole, and the same command goes on from it" % self._folder.path)
+        self._display.note("stopped by %s; %s is whole, and the same command goes on from it" % (self._signal, self._folder.path))
         say("verdict: found %d\n" % manager.points if manager.points else "verdict: unknown\n")
         return FOUND if manager.points else UNKNOWN
 
@@ -127,6 +128,7 @@ class Command:
             if self._manager is not None:
                 self._manager.end()
             os._exit(128 + number)
+        self._signal = signal.Signals(number).name
         self._manager.is_stopped = True
 
 
