@@ -46,6 +46,14 @@ void Results::list(const Point& x, const Norms& norms) {
   if (!best_ || norms < *best_) best_ = norms;
 }
 
+void Results::listLines(const std::string& lines, unsigned long points) {
+  std::unique_lock lock(mutex_);
+  waitForEnd(lock);
+  if (known_) return;
+  if (file_) file_->append(lines);
+  count_ += points;
+}
+
 void Results::add(unsigned long points) {
   const std::lock_guard lock(mutex_);
   count_ += points;

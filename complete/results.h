@@ -22,6 +22,7 @@ class Results : public Finds {
   void begin() override;
   bool hasBegun() const { return begun_; }
   void list(const Point& x, const Norms& norms) override;
+  void listLines(const std::string& lines, unsigned long points) override;
   void add(unsigned long points) override;
   void replace(const Point& x, const Norms& norms) override;
   void prove(const Rational& least) override;

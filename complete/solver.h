@@ -1,6 +1,8 @@
 // From a program to its verdict: all points, a first one, or the best.
 #pragma once
 
+#include <string>
+
 #include "complete/integer_program.h"
 #include "complete/journal.h"
 #include "complete/known_points.h"
@@ -16,6 +18,11 @@ class Finds {
   virtual void begin() = 0;
   // One more point of a list. Called by several threads at once.
   virtual void list(const Point& x, const Norms& norms) = 0;
+  // So many more points of a list, as lines of the file.
+  virtual void listLines(const std::string& lines, unsigned long points) {
+    (void)lines;
+    add(points);
+  }
   // So many more points of a list, of which nobody wants more than their number.
   virtual void add(unsigned long points) { (void)points; }
   // The best point so far; it takes the place of the one before. Equally good ones may be listed behind it.

@@ -1,6 +1,7 @@
 #include "complete/jobs/coefficients.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "complete/elimination.h"
 #include "complete/kernel.h"
@@ -74,22 +75,31 @@ void Coefficients::listShort() {
   }
 }
 
-Integer Coefficients::at(std::size_t i, const IntegerVector& z) const {
+std::vector<long> Coefficients::wordsOf(const IntegerVector& z) const {
   const BoxLattice& box = lattice_.box;
-  const auto isInBox = [&](std::size_t c) {
+  if (words_.empty()) return {};
+  std::vector<long> words(box.variables.size());
+  for (std::size_t c = 0; c < words.size(); ++c) {
     const Integer& value = z[box.variables[c]];
-    return value >= box.low[c] && value <= box.high[c] && value.fits_slong_p();
-  };
-  if (!words_.empty()) {
-    long sum = 0;
-    std::size_t c = 0;
-    for (; c < box.variables.size() && isInBox(c); ++c) sum += words_[i][c] * z[box.variables[c]].get_si();
-    if (c == box.variables.size()) return sum - own_[i];
+    if (value < box.low[c] || value > box.high[c] || !value.fits_slong_p()) return {};
+    words[c] = value.get_si();
+  }
+  return words;
+}
+
+Integer Coefficients::at(std::size_t i, const IntegerVector& z) const {
+  return at(i, z, wordsOf(z));
+}
+
+Integer Coefficients::at(std::size_t i, const IntegerVector& z, const std::vector<long>& words) const {
+  if (!words.empty()) {
+    const std::vector<long>& row = words_[i];
+    return std::inner_product(row.begin(), row.end(), words.begin(), 0l) - own_[i];
   }
   const IntegerVector& row = lattice_.dual[i];
   Integer sum = -own_[i];
   for (std::size_t c = 0; c < row.size(); ++c)
-    mpz_addmul(sum.get_mpz_t(), row[c].get_mpz_t(), z[box.variables[c]].get_mpz_t());
+    mpz_addmul(sum.get_mpz_t(), row[c].get_mpz_t(), z[lattice_.box.variables[c]].get_mpz_t());
   return sum;
 }
 
@@ -98,8 +108,8 @@ bool Coefficients::isIn(const Piece& piece, const IntegerVector& z, Known& known
   std::size_t level = lattice_.box.rank();
   for (std::size_t i = 0; i < piece.size() && level > 0; ++i) {
     const Choice& choice = piece[i];
-    std::optional<Integer>& coefficient = known[--level];
-    if (!coefficient) coefficient = at(level, z);
+    std::optional<Integer>& coefficient = known.coefficients[--level];
+    if (!coefficient) coefficient = at(level, z, known.words);
     if (!choice.closedUp && *coefficient >= choice.up) return true;
     if (!choice.closedDown && *coefficient <= choice.down) return true;
     if (i + 1 == piece.size() || *coefficient != choice.chosen) return false;
@@ -108,7 +118,8 @@ bool Coefficients::isIn(const Piece& piece, const IntegerVector& z, Known& known
 }
 
 bool Coefficients::isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const {
-  Known known(lattice_.box.rank());
+  if (pieces.empty()) return false;
+  Known known{std::vector<std::optional<Integer>>(lattice_.box.rank()), wordsOf(z)};
   for (const Piece& piece : pieces)
     if (isIn(piece, z, known)) return true;
   return false;

@@ -24,9 +24,16 @@ class Coefficients {
   Integer at(std::size_t i, const IntegerVector& z) const;
 
  private:
-  // Those of a point that were asked for.
-  using Known = std::vector<std::optional<Integer>>;
+  // What is known of a point.
+  struct Known {
+    // Those of its coefficients that were asked for.
+    std::vector<std::optional<Integer>> coefficients;
+    // Its free variables; empty: words do not hold them, or sums of them.
+    std::vector<long> words;
+  };
 
+  std::vector<long> wordsOf(const IntegerVector& z) const;
+  Integer at(std::size_t i, const IntegerVector& z, const std::vector<long>& words) const;
   bool isIn(const Piece& piece, const IntegerVector& z, Known& known) const;
   void listShort();
 

@@ -47,7 +47,7 @@ class Joiner {
     const bool isListed = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
       if (entry.share) return;
       if (folder_.wanted().count) return finds.add(result.points);
-      reader.read(result, entry, [&](const Point& x) { finds.list(x, normsOf(program, x)); });
+      finds.listLines(result.lines, result.points);
     });
     if (!isListed) return Outcome::STOPPED;
     return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 
+#include "complete/points_file.h"
 #include "complete/words.h"
 
 namespace latbox::complete::jobs {
@@ -21,17 +22,53 @@ std::uint64_t sumOf(const IntegerVector& z) {
   return sum;
 }
 
+// Of a line of the time 0 without parameters.
+std::string untilTime(std::string line) {
+  constexpr std::string_view REST = "0 | \n";
+  line.resize(line.size() - REST.size());
+  return line;
+}
+
 }  // namespace
 
 PointReader::PointReader(const Program& program, const PieceLattice& lattice, bool isListing)
     : program_(program), isListing_(isListing), verification_(program), coefficients_(lattice) {
   for (const unsigned long digits : program.digits)
     steps_.push_back(digits <= MOST_DIGITS ? powerOfTen(digits).get_si() : 0);
+  if (program.targets.empty() && std::all_of(steps_.begin(), steps_.end(), [](long s) { return s == 1; })) {
+    const std::string line = untilTime(lineOf(program, Point(program.variables()), {}, 0, ""));
+    middle_ = line.substr(line.find(']'));
+  }
+}
+
+// Points of a program without targets have equal norms. Time and parameters, "7 | --seed=1", are the job's
+// own.
+bool PointReader::isLineOf(std::string_view line, const IntegerVector& z, const Point& x) const {
+  std::string text;
+  if (!middle_.empty() && std::all_of(z.begin(), z.end(), [](const Integer& v) { return v.fits_slong_p(); }))
+    append(text, z);
+  else
+    text = untilTime(lineOf(program_, x, normsOf(program_, x), 0, ""));
+  if (!line.starts_with(text)) return false;
+  line.remove_prefix(text.size());
+  const std::size_t digits = line.find_first_not_of("0123456789");
+  return digits > 0 && digits != std::string_view::npos && line.substr(digits).starts_with(" | ") &&
+         line.find('|', digits + 2) == std::string_view::npos;
+}
+
+void PointReader::append(std::string& text, const IntegerVector& z) const {
+  constexpr std::size_t LONGEST = 24;
+  char word[LONGEST];
+  text = "[ ";
+  for (const Integer& value : z) {
+    text.append(word, std::to_chars(word, word + LONGEST, value.get_si()).ptr);
+    text += ' ';
+  }
+  text += middle_;
 }
 
 // A line begins with "[ x1 ... xn ]".
-IntegerVector PointReader::wholeOf(std::string_view line) const {
-  IntegerVector z(program_.variables());
+void PointReader::takeWhole(std::string_view line, IntegerVector& z) const {
   std::size_t place = 0;
   const auto next = [&] {
     while (place < line.size() && line[place] == ' ') ++place;
@@ -58,6 +95,11 @@ IntegerVector PointReader::wholeOf(std::string_view line) const {
     }
   }
   if (next() != "]") throw BadWords("a point of another number of variables");
+}
+
+IntegerVector PointReader::wholeOf(std::string_view line) const {
+  IntegerVector z(program_.variables());
+  takeWhole(line, z);
   return z;
 }
 
@@ -73,6 +115,7 @@ void PointReader::requireDistinct(std::vector<Line>& all) const {
 void PointReader::read(const Result& result, const Entry& entry,
                        const std::function<void(const Point&)>& take) const {
   Point x;
+  IntegerVector z(program_.variables());
   std::vector<Line> all;
   unsigned long number = 0;
   const std::string_view lines = result.lines;
@@ -81,10 +124,11 @@ void PointReader::read(const Result& result, const Entry& entry,
       ++number;
       const std::size_t end = std::min(lines.find('\n', place), lines.size());
       const std::string_view line = lines.substr(place, end - place);
-      const IntegerVector z = wholeOf(line);
+      takeWhole(line, z);
       verification_.takePoint(x, z);
       if (isListing_ && (!coefficients_.isIn(entry.pieces, z) || coefficients_.isIn(result.open, z)))
         throw BadWords("a point of another piece");
+      if (isListing_ && !isLineOf(line, z, x)) throw BadWords("another line than that of its point");
       if (isListing_) all.push_back({sumOf(z), number, line});
       take(x);
       place = end + 1;

@@ -325,6 +325,13 @@ class TakeTest(PiecesCase):
         wrong = re.sub(r"^\[.*\n", lambda match: other, self.result, count=1, flags=re.MULTILINE)
         self.assert_not_taken(self.seal(wrong), "point 1: a point of another piece")
 
+    def test_a_line_that_is_not_that_of_its_point(self) -> None:
+        for old, new in ((r"\] \| 0 \| \[ \] \| 0 \|", "] | 1 | [ ] | 0 |"), (r"\| (\d+) \| --", r"| x | --"), (r"^\[ ", "[  "),
+                         (r"\| --(.*)", r"| --\1 | 5")):
+            wrong = re.sub(old, new, self.result, count=1, flags=re.MULTILINE)
+            self.assertNotEqual(wrong, self.result)
+            self.assert_not_taken(self.seal(wrong), "point 1: another line than that of its point")
+
     def test_a_point_twice(self) -> None:
         first, second = re.findall(r"^\[.*\n", self.result, re.MULTILINE)[:2]
         # Another writing of the same values is the same point.
