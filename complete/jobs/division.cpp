@@ -42,7 +42,7 @@ void guardFolder(const std::string& path, const std::string& program) {
   const std::string copy = pathIn(path, "program.opt");
   const bool isOurs = std::filesystem::is_regular_file(copy) && readFile(copy) == program;
   for (const auto& file : std::filesystem::directory_iterator(path))
-    if (!isOurs && file.path().extension() != BESIDE && file.path().filename() != "farm")
+    if (!isOurs && file.path().extension() != BESIDE && file.path().filename() != "manager")
       throw BadInput("--jobs=" + path + ": is not empty, and no folder of pieces of this program");
 }
 

@@ -168,9 +168,9 @@ class FarmCase(Case):
 
     def hire(self, jobs="jobs", password=None):
         """A worker for the farm of that folder, which may be about to open."""
-        port = self.read_when(jobs + "/farm/port").strip()
+        port = self.read_when(jobs + "/manager/port").strip()
         folder = self.path("worker%d" % len(self.workers))
-        worker = Worker(folder, password or self.path(jobs + "/farm/password"), port)
+        worker = Worker(folder, password or self.path(jobs + "/manager/password"), port)
         self.workers.append(worker)
         self.addCleanup(worker.kill)
         return worker
@@ -202,4 +202,4 @@ class FarmCase(Case):
         return [name for name in os.listdir(self.path(jobs)) if name.endswith(".result")] if self.exists(jobs) else []
 
     def log(self, jobs="jobs"):
-        return self.read(jobs + "/farm/log") if self.exists(jobs + "/farm/log") else ""
+        return self.read(jobs + "/manager/log") if self.exists(jobs + "/manager/log") else ""

@@ -37,14 +37,14 @@ class DisturbedTest(FarmCase):
         harness.wait_until(lambda: self.gone() == 3, "three that are gone")
         farm.kill()
         farm.wait()
-        port = self.read("jobs/farm/port")
+        port = self.read("jobs/manager/port")
         for worker in stopped:
             worker.go_on()
         farm = self.begin("--pieces=12", *options)
         # Those that stood still take some seconds to find it again.
         self.hire()
         status = farm.wait()
-        self.assertEqual(self.read("jobs/farm/port"), port)
+        self.assertEqual(self.read("jobs/manager/port"), port)
         self.assert_same(alone, harness.Result(status, farm.out, farm.err))
 
     def gone(self):

@@ -91,8 +91,8 @@ class EndTest(FarmCase):
     def test_a_port_that_is_taken(self):
         self.write("p.opt", NINE)
         first = self.begin()
-        harness.wait_until(lambda: self.exists("jobs/farm/port"), "a port")
-        port = self.read("jobs/farm/port").strip()
+        harness.wait_until(lambda: self.exists("jobs/manager/port"), "a port")
+        port = self.read("jobs/manager/port").strip()
         second = self.begin("--port=" + port, jobs="other")
         self.assertEqual(second.wait(), 1)
         self.assertIn("latbox-farm: port %s is taken; --port=P takes another one\n" % port, second.err)
@@ -120,9 +120,9 @@ class PasswordTest(FarmCase):
         self.write("p.opt", NINE)
         farm = self.begin()
         farm.wait_for(r"a worker is started by: work_queue_worker --password=%s \S+ %s\n" %
-                      (re.escape(self.path("jobs/farm/password")), self.read_when("jobs/farm/port").strip()), "err")
-        self.assertEqual(stat.S_IMODE(os.stat(self.path("jobs/farm/password")).st_mode), 0o600)
-        self.assertNotIn(self.read("jobs/farm/password").strip(), farm.err)
+                      (re.escape(self.path("jobs/manager/password")), self.read_when("jobs/manager/port").strip()), "err")
+        self.assertEqual(stat.S_IMODE(os.stat(self.path("jobs/manager/password")).st_mode), 0o600)
+        self.assertNotIn(self.read("jobs/manager/password").strip(), farm.err)
 
     def test_the_user_s_own(self):
         self.write("p.opt", NINE)
@@ -135,7 +135,7 @@ class PasswordTest(FarmCase):
         self.hire(password=self.path("word"))
         self.assertEqual(farm.wait(), 10)
         self.assertIn("word: others may read this password\n", farm.err)
-        self.assertFalse(self.exists("jobs/farm/password"))
+        self.assertFalse(self.exists("jobs/manager/password"))
 
     def test_no_name_goes_out(self):
         """Whatever the environment says; who listens where a catalog would be hears nothing."""

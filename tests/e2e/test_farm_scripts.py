@@ -22,7 +22,7 @@ exec %s "$@"
 
 
 def script(name):
-    return os.path.join(harness.Settings.examples, "farm", name)
+    return os.path.join(harness.Settings.examples, "machines", name)
 
 
 class ScriptsTest(Case):

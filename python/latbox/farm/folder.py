@@ -1,12 +1,12 @@
 """What stands in the folder of the pieces: the manifest, and what the farm itself keeps there.
 
     DIR/manifest, program.opt, lattice, best, K.result    written by latbox-all alone
-    DIR/farm/lock          held while a farm is at work here
-    DIR/farm/search        the options by which the search was cut
-    DIR/farm/port          where the farm listens, also when it is started again
-    DIR/farm/password      drawn where none is given; nobody else may read it
-    DIR/farm/log           what was refused, lost or split, with the time
-    DIR/farm/incoming/     what workers have sent, until latbox-all --take believes it
+    DIR/manager/lock          held while a farm is at work here
+    DIR/manager/search        the options by which the search was cut
+    DIR/manager/port          where the farm listens, also when it is started again
+    DIR/manager/password      drawn where none is given; nobody else may read it
+    DIR/manager/log           what was refused, lost or split, with the time
+    DIR/manager/incoming/     what workers have sent, until latbox-all --take believes it
 
 The manifest is read as lines: those before the first `piece K ...` are its head, and that tells of piece K. It only grows.
 A task needs the head and its own line, so that is what a worker gets: a manifest that grows would have to be sent anew each time.
@@ -38,7 +38,7 @@ class Folder:
         self._arrivals = 0
 
     def own(self, name: str) -> str:
-        return os.path.join(self.path, "farm", name)
+        return os.path.join(self.path, "manager", name)
 
     def file(self, name: str) -> str:
         return os.path.join(self.path, name)
