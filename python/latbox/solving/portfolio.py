@@ -399,9 +399,12 @@ class Portfolio:
         if self.settings.steering is None:
             return
         for order in self.settings.steering.orders():
+            before = self.seconds()
             if self._follows(order):
                 is_set = order.action == steering.SET
-                yield Action(order.action, self.seconds(), order.key if is_set else None, order.value if is_set else None)
+                # A pause takes no time of work: it ends when it began, however long the engines take to be woken.
+                when = before if order.action == steering.GO_ON else self.seconds()
+                yield Action(order.action, when, order.key if is_set else None, order.value if is_set else None)
                 if order.action in (steering.PAUSE, steering.GO_ON):
                     yield self._progress()
 
