@@ -67,11 +67,9 @@ int take(const Options& options) {
     Result result = folder.resultIn(options.take, entry);
     if (!old || !stays(folder, entry, *old, result)) {
       const PieceLattice lattice = folder.lattice();
-      judge(folder, PointReader(folder.program(), lattice, folder.isListing()), entry, result);
-      if (!folder.isListing()) {
-        const PointReader reader(folder.program(), lattice, folder.isListing());
-        offerLocked(folder, bestOf(reader, entry, result, folder.program()));
-      }
+      const PointReader reader(folder.program(), lattice, folder.isListing());
+      judge(folder, reader, entry, result);
+      if (!folder.isListing()) offerLocked(folder, bestOf(reader, entry, result, folder.program()));
       replaceFile(folder.resultPath(entry.number), textOf(result), true);
       print(lineOf(folder, entry, result));
       return 0;

@@ -17,7 +17,7 @@ import support  # noqa: F401
 import harness
 from solve_support import COMMAND, KNAPSACK, SolveCase, hard, hard_objective
 
-from latbox.front import progress
+from latbox.front import progress, terminal
 from latbox.solving.events import Progress
 
 
@@ -107,8 +107,8 @@ class LineTest(unittest.TestCase):
     def test_the_more_important_words_stay(self) -> None:
         words = progress.parts(Progress(75.0, 44, 46, 1, 12, 3, 1.5e6, 0.25, "3 min"))
         self.assertEqual(words, ["1:15", "best 44", "bound 46", "25 % done", "3 min left", "1.5e+06 nodes", "iteration 12"])
-        self.assertEqual(progress.fitted(words, 26), "1:15  best 44  bound 46")
-        self.assertEqual(progress.fitted(words, 3), "")
+        self.assertEqual(terminal.fitted(words, 26), "1:15  best 44  bound 46")
+        self.assertEqual(terminal.fitted(words, 3), "")
 
     def test_long_numbers(self) -> None:
         self.assertEqual(progress.short(10**30 + 7), "~1e+30")

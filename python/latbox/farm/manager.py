@@ -10,7 +10,7 @@ import os
 from collections.abc import Callable
 from fractions import Fraction
 
-from ..errors import EngineError
+from ..errors import EngineError, counted
 from ..front.progress import clock
 from ..solving import binaries
 from . import pieces
@@ -18,7 +18,7 @@ from .desk import Answer, Desk
 from .engine import Crew, Engine, Outcome, Task
 from .folder import Folder
 from .ledger import Ledger
-from .progress import Display, State, counted
+from .progress import Display, State
 from .trust import Trust
 from .verifying import Verifying, claims
 

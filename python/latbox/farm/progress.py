@@ -5,12 +5,13 @@ On a terminal the line is written in place, as wide as that is; elsewhere one co
 
 from __future__ import annotations
 
-import os
 import time
 from dataclasses import dataclass
 from typing import IO
 
-from ..front.progress import BETWEEN_LINES, CLEAR, LEAST_WIDTH, clock, fitted, is_terminal
+from ..errors import counted
+from ..front.progress import BETWEEN_LINES, clock
+from ..front.terminal import StatusLine
 
 IN_PLACE = 1.0
 
@@ -31,10 +32,8 @@ class Display:
     """Lines of text, and the line of progress between them."""
 
     def __init__(self, stream: IO[str], quiet: bool) -> None:
-        self._stream = stream
+        self._line = StatusLine(stream)
         self._quiet = quiet
-        self._in_place = not quiet and is_terminal(stream)
-        self._shown = False
         self._started = time.monotonic()
         self._next = self._started
         self._first_share: float | None = None
@@ -47,7 +46,7 @@ class Display:
     def say(self, words: str) -> None:
         """A line of its own."""
         self.clear()
-        self._write(words + "\n")
+        self._line.write(words + "\n")
 
     def tell(self, state: State, at_once: bool = False) -> None:
         """The line of progress, when it is time for one."""
@@ -56,38 +55,16 @@ class Display:
             self._first_share = state.share
         if self._quiet or (now < self._next and not at_once):
             return
-        self._next = now + (IN_PLACE if self._in_place else BETWEEN_LINES)
-        words = parts(state, now - self._started, self._left(state, now))
-        if self._in_place:
-            self._write(CLEAR + fitted(words, self._width() - 1))
-            self._shown = True
-        else:
-            self._write("  ".join(words) + "\n")
+        self._next = now + (IN_PLACE if self._line.is_in_place else BETWEEN_LINES)
+        self._line.show(parts(state, now - self._started, self._left(state, now)))
 
     def clear(self) -> None:
-        if self._shown:
-            self._write(CLEAR)
-            self._shown = False
+        self._line.clear()
 
     def _left(self, state: State, now: float) -> float | None:
         """Seconds, as long as all goes on as since the start."""
         gained = state.share - (self._first_share or 0.0)
         return (now - self._started) * (1 - state.share) / gained if gained > 0 else None
-
-    def _width(self) -> int:
-        try:
-            columns = os.get_terminal_size(self._stream.fileno()).columns
-        except OSError:
-            columns = 80
-        return max(LEAST_WIDTH, columns or 80)
-
-    def _write(self, text: str) -> None:
-        try:
-            self._stream.write(text)
-            self._stream.flush()
-        except (OSError, ValueError):
-            # Who closed the terminal still gets files and exit status.
-            pass
 
 
 def parts(state: State, seconds: float, left: float | None) -> list[str]:
@@ -102,7 +79,3 @@ def parts(state: State, seconds: float, left: float | None) -> list[str]:
     if left is not None and state.open:
         found.append("about %s left" % clock(left))
     return found
-
-
-def counted(number: int, noun: str) -> str:
-    return "%d %s" % (number, noun if number == 1 else noun + "s")

@@ -5,7 +5,6 @@ On a terminal the last line is written in place, as wide as the terminal allows;
 
 from __future__ import annotations
 
-import os
 from fractions import Fraction
 from typing import IO
 
@@ -14,28 +13,25 @@ from ..models.model import Model
 from ..solving import checking, exact
 from ..solving.events import Action, Bound, End, Event, Found, Progress, Start
 from .size import header
+from .terminal import StatusLine
 
 BETWEEN_LINES = 10.0
-CLEAR = "\r\x1b[K"
-LEAST_WIDTH = 20
 
 
 class Display:
     """Requires that only this writes to the stream while it is in use."""
 
     def __init__(self, stream: IO[str], model: Model, name: str) -> None:
-        self._stream = stream
+        self._line = StatusLine(stream)
         self._model = model
         self._name = name
-        self._in_place = is_terminal(stream)
-        self._shown = False
         self._next = BETWEEN_LINES
         self._last = Progress(0.0)
         self._best: Fraction | None = None
 
     def tell(self, event: Event) -> None:
         if isinstance(event, Start):
-            self._write("".join(line + "\n" for line in header(self._model, self._name, event)))
+            self._line.write("".join(line + "\n" for line in header(self._model, self._name, event)))
         elif isinstance(event, Found):
             self._take_find(event)
         elif isinstance(event, Progress):
@@ -47,9 +43,7 @@ class Display:
 
     def clear(self) -> None:
         """Nothing is left of the line in place."""
-        if self._shown:
-            self._write(CLEAR)
-            self._shown = False
+        self._line.clear()
 
     # ------------------------------------------------------------- its parts
 
@@ -58,49 +52,26 @@ class Display:
             return
         self._best = event.objective
         self.clear()
-        self._write("%s %s: %s\n" % (event.letter, clock(event.seconds),
-                                     "a point" if event.objective is None else "objective %s" % short(event.objective)))
+        self._line.write("%s %s: %s\n" % (event.letter, clock(event.seconds),
+                                          "a point" if event.objective is None else "objective %s" % short(event.objective)))
         self._last.points = max(1, self._last.points)
 
     def _take_action(self, event: Action) -> None:
         """Who looks at the terminal must know why nothing moves."""
         self.clear()
         what = event.action if event.key is None else "%s %s=%s" % (event.action, event.key, event.value)
-        self._write("page %s: %s\n" % (clock(event.seconds), what))
+        self._line.write("page %s: %s\n" % (clock(event.seconds), what))
 
     def _is_better(self, objective: Fraction | None) -> bool:
         return objective is not None and self._best is not None and checking.is_better(self._model, objective, self._best)
 
     def _take_progress(self, event: Progress) -> None:
         self._last = event
-        if self._in_place:
-            self._write(CLEAR + fitted(parts(event), self._width() - 1))
-            self._shown = True
+        if self._line.is_in_place:
+            self._line.show(parts(event))
         elif event.seconds >= self._next:
             self._next = event.seconds - event.seconds % BETWEEN_LINES + BETWEEN_LINES
-            self._write("  ".join(parts(event)) + "\n")
-
-    def _width(self) -> int:
-        try:
-            columns = os.get_terminal_size(self._stream.fileno()).columns
-        except OSError:
-            columns = 80
-        return max(LEAST_WIDTH, columns or 80)
-
-    def _write(self, text: str) -> None:
-        try:
-            self._stream.write(text)
-            self._stream.flush()
-        except (OSError, ValueError):
-            # Who closed the terminal still gets files and exit status.
-            pass
-
-
-def is_terminal(stream: IO[str]) -> bool:
-    try:
-        return stream.isatty() and os.environ.get("TERM") != "dumb"
-    except ValueError:
-        return False
+            self._line.show(parts(event))
 
 
 def parts(event: Progress) -> list[str]:
@@ -124,14 +95,6 @@ def parts(event: Progress) -> list[str]:
         found.append("iteration %d" % event.iteration)
     return found
 
-
-def fitted(words: list[str], width: int) -> str:
-    line = ""
-    for word in words:
-        longer = line + "  " + word if line else word
-        if len(longer) <= width:
-            line = longer
-    return line[:width]
 
 
 def clock(seconds: float) -> str:
