@@ -119,8 +119,10 @@ void PointsFile::replace(const std::string& line) {
   digest_.add(line);
 }
 
-void PointsFile::require(bool well) const {
-  if (!well) throw WriteFailure(path_ + ": " + (errno != 0 ? std::strerror(errno) : "cannot be written"));
+void PointsFile::require(bool well) {
+  if (well) return;
+  if (error_ == 0) error_ = errno;
+  throw WriteFailure(path_ + ": " + (error_ != 0 ? std::strerror(error_) : "cannot be written"));
 }
 
 }  // namespace latbox::complete

@@ -43,10 +43,12 @@ class PointsFile {
 
  private:
   void open(bool append);
-  void require(bool well) const;
+  void require(bool well);
 
   std::string path_;
   std::ofstream file_;
+  // Why it cannot be written any more: whichever thread comes second tells the reason of the first.
+  int error_ = 0;
   unsigned long bytes_ = 0;
   Digest digest_;
 };

@@ -60,10 +60,20 @@ void Watch::run() {
     if (now >= nextLine || hasFound()) {
       nextLine = now + BETWEEN_LINES;
       if (!settings_.quiet) tell();
-      results_.flush();
+      flush();
     }
     if (control_.stop && asked < 0) asked = now;
     if (asked >= 0 && now - asked > PATIENCE && !ended_) late_();
+  }
+}
+
+// A thread that nobody waits for has nobody to throw to: the search ends, and who writes or closes the file
+// next tells why it cannot be written.
+void Watch::flush() {
+  try {
+    results_.flush();
+  } catch (const WriteFailure&) {
+    control_.stop = true;
   }
 }
 

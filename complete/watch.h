@@ -36,6 +36,7 @@ class Watch {
  private:
   void run();
   void heed(int signal);
+  void flush();
   bool hasFound();
   void tell() const;
 

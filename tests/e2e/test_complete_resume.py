@@ -378,6 +378,15 @@ class DiskTest(ResumeCase):
         self.assert_verdict(result, "all %d" % len(truth), 10)
         self.assertEqual(self.points(), truth)
 
+    def test_a_full_disk_noticed_between_the_points(self) -> None:
+        """By the thread beside the search, which empties the buffer behind the first point."""
+        self.write("p.opt", LONG)
+        for threads in ("1", "2"):
+            result = self.run_on("--quiet=1", "--checkpoint=0", "--resume=0", "--threads=" + threads,
+                                 prepare=no_longer_than(10))
+            self.assertEqual((result.status, result.out), (1, ""))
+            self.assertRegex(result.err, r"^latbox-all: p\.all[a-z.]*: File too large\n$")
+
     def test_a_full_disk_for_the_checkpoint_alone(self) -> None:
         """It fills up during the search, whose two threads the failure must end too."""
         self.write("p.opt", ENDLESS)
