@@ -115,6 +115,11 @@ class LpDialectTest(ToolsCase):
         self.assertEqual([row.name for row in model.rows], ["R2", "R3", "R4", "R5"])
         self.assertEqual(set(self.points(text)), {(1, 0), (2, 0), (1, 1), (2, 1)})
 
+    def test_a_label_that_comes_later_is_not_taken(self):
+        """A row without a label was called R1, and then `R1:` stood twice."""
+        model = read_text("min x + y\nst\n x <= 2\n y <= 1\n R1: x + y >= 1\n R3: x - y >= 0\n x + 2 y <= 3\nend\n", "lp")
+        self.assertEqual([row.name for row in model.rows], ["R2", "R4", "R1", "R3", "R5"])
+
     def test_bounds(self):
         for lines, low, high in (("x <= 2", 0, 2), ("-2 <= x <= 2", -2, 2), ("2 >= x >= -2", -2, 2), ("x = 1", 1, 1),
                                  ("x free\n x <= 1", -5, 1), ("x >= -3\n x <= -1", -3, -1), ("-inf <= x <= 1", -5, 1),

@@ -173,7 +173,8 @@ class MpsDialectTest(ToolsCase):
         self.write("m.mps", MPS.replace(" UP BND X 3\n", ""))
         for option, high in (("--marker-bounds=1", 1), ("--marker-bounds=inf", 3)):
             result = self.tool("latbox-convert", option, "m.mps")
-            self.assertIn("1 integer column(s) without a bound, the first is X", result.err)
+            self.assertIn("1 integer column(s) without a bound, the first is X: taken as 0 to %s; a line in BOUNDS says otherwise, "
+                          "PL for no upper one\n" % option.rpartition("=")[2], result.err)
             self.assertEqual(self.ranges(program_points(result.out))[0], (0, high))
 
     def test_ranges(self):

@@ -168,8 +168,41 @@ class AnswerTest(SolveCase):
 
     def test_open_columns_are_told_once(self) -> None:
         self.write("o.lp", "minimize\n obj:\nsubject to\n c: 3 x + 5 y = 1\nbounds\n x free\n y free\ngeneral\n x y\nend\n")
-        result = self.solve("--solutions=2000", "--time=2", "o.lp")
+        result = self.solve("--solutions=all", "o.lp")
+        self.assert_answer(result, 11, status="feasible", points=1)
         self.assertEqual(result.err.count("nothing bounds"), 1, result.err)
+
+    def test_more_than_one_point_of_an_unbounded_model(self) -> None:
+        """`unknown` was the answer, where `unbounded` can be proven."""
+        self.write("u.lp", UNBOUNDED)
+        for count in ("2", "all"):
+            result = self.solve("--all-values", "--solutions", count, "u.lp")
+            self.assert_answer(result, 13, status="unbounded", points=1)
+            self.assertRegex(result.out, r"\n\nx = [0-9]+\ny = [0-9]+\n\nray:\n")
+            self.assertIn("note: there are better and better points without end: one of them is shown\n", result.err)
+            self.assertNotIn("nothing bounds", result.err)
+        self.write("u.lp", UNBOUNDED.replace("x - 2 y <= 3", "2 x - 2 y = 3"))
+        self.assert_answer(self.solve("--solutions=2", "u.lp"), 20, status="infeasible")
+
+    def test_best_points_without_end(self) -> None:
+        """As many as are wanted are as good as the best one: proven, for the best level has no end."""
+        self.write("t.lp", "minimize\n x\nsubject to\n c: x + y - 2000 z >= 0\n d: y >= 1\nbounds\n z >= 1\ngeneral\n x y z\nend\n")
+        result = self.solve("--solutions=3", "--output=t.txt", "t.lp")
+        self.assert_answer(result, 10, status="optimal", points=3, objective=0, bound=0)
+        self.assertIn("t.txt: 3 points, all well\n", self.solve("--check=t.txt", "t.lp").out)
+        self.assertNotIn("nothing bounds", result.err)
+        result = self.solve("--solutions=all", "t.lp")
+        self.assert_answer(result, 11, status="feasible", objective=0, bound=0)
+        self.assertEqual(result.err.count("nothing bounds"), 1, result.err)
+        self.write("t.opt", "[ 5 ] [ [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ -inf 0 ] [ inf 3 ]\n")
+        self.assert_answer(self.solve("--solutions=2", "t.opt"), 11, status="feasible", objective=0, bound=0)
+
+    def test_points_without_end_and_without_objective(self) -> None:
+        self.write("o.lp", "minimize\n obj:\nsubject to\n c: 3 x + 5 y = 1\nbounds\n x free\n y free\ngeneral\n x y\nend\n")
+        for engine in ("auto", "complete"):
+            result = self.solve("--solutions=2000", "--engine", engine, "--output=o.txt", "o.lp")
+            self.assert_answer(result, 10, status="optimal", points=2000)
+            self.assertIn("o.txt: 2000 points, all well\n", self.solve("--check=o.txt", "o.lp").out)
 
     def test_an_objective_that_says_nothing(self) -> None:
         text = "maximize\n obj: 7\nsubject to\n c: x + y = 2\ngeneral\n x y\nend\n"

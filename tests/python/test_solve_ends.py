@@ -23,6 +23,18 @@ from latbox.solving import work_folder
 # Seconds that are allowed; a machine that is busy with other tests gets no more.
 GONE_WITHIN = 2.0
 
+# Runs a command, and gets SIGINT with its first import from the package.
+BEGUN = """
+import builtins, os, runpy, signal, sys
+plain = builtins.__import__
+def interrupted(name, *rest):
+    if name.startswith("latbox"):
+        os.kill(os.getpid(), signal.SIGINT)
+    return plain(name, *rest)
+builtins.__import__ = interrupted
+runpy.run_path(sys.argv[1], run_name="__main__")
+"""
+
 
 class SignalTest(SolveCase):
     def engines(self, session: harness.Session) -> list[int]:
@@ -67,6 +79,35 @@ class SignalTest(SolveCase):
         session.kill(signal.SIGINT)
         self.assertEqual(session.wait(), 12)
         self.assertRegex(session.out, r"\Astatus: interrupted\npoints: 0\n")
+
+    def test_started_by_nohup_it_goes_on(self) -> None:
+        """Who logs out got `interrupted`."""
+        self.write("h.opt", hard())
+        process = subprocess.Popen(["nohup", sys.executable, COMMAND, "--quiet", "h.opt"], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                   env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        harness.wait_until(lambda: len(engines_of(process.pid)) >= 2, "both engines run")
+        process.send_signal(signal.SIGHUP)
+        with self.assertRaises(subprocess.TimeoutExpired):
+            process.wait(0.5)
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.wait(harness.LIMIT), 12)
+
+    def test_ctrl_c_while_python_begins(self) -> None:
+        """It left a trace of Python's imports."""
+        process = subprocess.Popen([sys.executable, "-c", BEGUN, COMMAND], cwd=self.folder, env=self.environment(), stderr=subprocess.PIPE)
+        self.assertEqual((process.communicate(timeout=harness.LIMIT)[1], process.returncode), (b"", -signal.SIGINT))
+
+    def test_no_alarm_is_left(self) -> None:
+        """One that came while Python ended killed it behind its answer, with status 142."""
+        self.write("m.lp", KNAPSACK)
+        program = ("import signal, sys; from latbox.front.command import main; main(sys.argv[1:]); "
+                   "print(signal.getitimer(signal.ITIMER_REAL)[0])")
+        for arguments in (["m.lp"], ["--output=o.txt", "m.lp"], ["--check=o.txt", "m.lp"]):
+            done = subprocess.run([sys.executable, "-c", program, "--time=100", *arguments], cwd=self.folder, check=True,
+                                  env=self.environment(PYTHONPATH=support.PACKAGE), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            self.assertEqual(done.stdout.decode().splitlines()[-1], "0.0", arguments)
 
     def test_the_second_signal_ends_it_at_once(self) -> None:
         """The answer is more than a pipe holds that nobody reads: the first signal is heard and changes nothing."""
@@ -122,6 +163,14 @@ class DiskTest(SolveCase):
     def test_standard_output_is_full(self) -> None:
         result = self.solve("--quiet", "m.lp", prepare=lambda: os.dup2(os.open("/dev/full", os.O_WRONLY), 1))
         self.assertEqual((result.status, result.err), (1, "latbox-solve: standard output: No space left on device\n"))
+
+    def test_standard_error_is_full(self) -> None:
+        """Where there was a note, there was no answer."""
+        self.write("n.mps", "NAME\nROWS\n N c\n L r\nCOLUMNS\n M 'MARKER' 'INTORG'\n x c -1 r 1\nRHS\n b r 7\nENDATA\n")
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([sys.executable, COMMAND, "--proof=p", "n.mps"], cwd=self.folder, env=self.environment(), check=False,
+                                  stdout=subprocess.PIPE, stderr=full)
+        self.assertEqual((done.returncode, done.stdout.decode().splitlines()[0]), (10, "status: optimal"))
 
     def test_no_room_for_the_engines(self) -> None:
         """Files of 4 KB at most: the points of this program are more, its text is less."""

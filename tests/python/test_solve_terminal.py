@@ -93,6 +93,15 @@ class TerminalTest(SolveCase):
         self.assertEqual(result.status, 12)
         self.assertTrue(result.out.startswith("status: unknown\n"))
 
+    def test_names_go_out_as_they_came_in(self) -> None:
+        """They were shown as `b\\udce9g.lp`, or with a sign for what is no UTF-8."""
+        name = os.fsdecode(b"b\xe9g.lp")
+        self.write(name, KNAPSACK)
+        for arguments, line in (([name], b": 5 integer columns"), (["--check", name, name], b", line 1: a line")):
+            done = subprocess.run([sys.executable, COMMAND, *arguments], cwd=self.folder, env=self.environment(LC_ALL="C", PYTHONUTF8="0"),
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+            self.assertIn(b"b\xe9g.lp" + line, done.stderr)
+
     def test_standard_error_whose_reader_has_gone(self) -> None:
         self.write("o.opt", hard_objective())
         read, write = os.pipe()

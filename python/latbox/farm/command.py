@@ -11,7 +11,7 @@ from collections.abc import Sequence
 
 from .. import version
 from ..errors import LatboxError, UsageError, os_error_text
-from ..front.command import STOPS, fail, open_standard_streams, say
+from ..front.command import catch_stops, fail, open_standard_streams, say
 from ..front.version import engine_line
 from ..solving import binaries, statuses
 from . import options as table
@@ -64,8 +64,7 @@ class Command:
         folder.hold_to(self._search(), options.program)
         engine = self._engine()
         self._manager = Manager(folder, engine, self._display, options.job_rtime, options.verify)
-        for number in STOPS:
-            signal.signal(number, self._stop)
+        catch_stops(self._stop)
         try:
             return self._work(self._manager, engine)
         finally:

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import io
 import os
 import signal
 import sys
@@ -67,7 +68,17 @@ def open_standard_streams() -> None:
         except OSError:
             os.open(os.devnull, os.O_RDWR)
     if sys.stderr is None:
-        sys.stderr = open(2, "w", encoding="utf-8", errors="replace", closefd=False)
+        sys.stderr = open(2, "w", encoding="utf-8", closefd=False)
+    # Names go out as they came in, like those on standard output.
+    if isinstance(sys.stderr, io.TextIOWrapper):
+        sys.stderr.reconfigure(encoding="utf-8", errors="surrogateescape")
+
+
+def catch_stops(stop: Callable[[int, object], None]) -> None:
+    """Each of STOPS calls it, but for a SIGHUP that is ignored: who has started it by nohup wants it to go on."""
+    for number in STOPS:
+        if number != signal.SIGHUP or signal.getsignal(number) != signal.SIG_IGN:
+            signal.signal(number, stop)
 
 
 def age() -> float:
@@ -95,12 +106,17 @@ def say(text: str) -> int:
     return 0
 
 
-def fail(message: str, status: int, name: str = NAME) -> int:
+def tell_user(text: str) -> None:
+    """A line on standard error. Who does not read it still gets the answer."""
     try:
-        sys.stderr.write("%s: %s\n" % (name, message.encode("utf-8", "surrogateescape").decode("utf-8", "replace")))
+        sys.stderr.write(text + "\n")
         sys.stderr.flush()
     except (OSError, ValueError):
         pass
+
+
+def fail(message: str, status: int, name: str = NAME) -> int:
+    tell_user("%s: %s" % (name, message))
     return status
 
 
@@ -149,7 +165,7 @@ class Command:
 
         self.view = View(self.options.view)
         try:
-            self._tell_link(self.view.link)
+            tell_user("watch it at " + self.view.link)
             return self._run()
         except LatboxError as error:
             self.view.fail(str(error), time.monotonic() - self.started)
@@ -157,22 +173,15 @@ class Command:
         finally:
             self.view.close()
 
-    def _tell_link(self, link: str) -> None:
-        """Who does not read it still gets the answer."""
-        try:
-            print("watch it at " + link, file=sys.stderr, flush=True)
-        except (OSError, ValueError):
-            pass
-
     def _run(self) -> int:
-        for number in STOPS:
-            signal.signal(number, self._stop)
+        catch_stops(self._stop)
         signal.signal(signal.SIGALRM, self._late)
         if self.options.time is not None:
             signal.setitimer(signal.ITIMER_REAL, max(1e-3, self.options.time - (time.monotonic() - self.started)))
         try:
             model = self._read()
             if self.options.check is not None:
+                self._end_alarm()
                 return self._check(model, self.options.check)
             self._try_files()
             try:
@@ -180,7 +189,7 @@ class Command:
             except PlacedError as error:
                 raise error.in_file(shown_name(self.options.model))
         except TooLate as late:
-            signal.setitimer(signal.ITIMER_REAL, 0)
+            self._end_alarm()
             self._try_files()
             notes = [proof.missing(proof.OPEN)] if self.options.proof is not None else []
             model, end = Model(), End(late.status, None, None, None, [], 0, time.monotonic() - self.started, notes=notes)
@@ -207,6 +216,10 @@ class Command:
         if not self.is_launched:
             raise TooLate(statuses.UNKNOWN)
 
+    def _end_alarm(self) -> None:
+        """From here on others look at the time; an alarm while Python ends would kill it, for its handler is gone by then."""
+        signal.setitimer(signal.ITIMER_REAL, 0)
+
     # ------------------------------------------------------------- the parts
 
     def _read(self) -> Model:
@@ -216,7 +229,7 @@ class Command:
             raise UsageError("%s: %s" % (shown_name(self.options.model), error.strerror or error)) from None
         if not self.options.quiet:
             for note in model.notes:
-                print(place_text(shown_name(self.options.model), note.place) + "note: " + note.message, file=sys.stderr)
+                tell_user(place_text(shown_name(self.options.model), note.place) + "note: " + note.message)
         return model
 
     def _check(self, model: Model, path: str) -> int:
@@ -254,6 +267,8 @@ class Command:
             events = self.portfolio.events()
             stack.callback(events.close)
             for event in events:
+                if not self.is_launched:
+                    self._end_alarm()
                 self.is_launched = True
                 for tell in tellers:
                     tell(event)
@@ -304,10 +319,9 @@ class Command:
         options = self.options
         status = statuses.exit_status(end.status, end.x is not None, options.zero_exit)
         if not options.quiet:
-            for note in end.notes:
-                print("note: " + note, file=sys.stderr)
-            if options.proof is not None and (note := proof.note(options.proof)):
-                print("note: " + note, file=sys.stderr)
+            notes = end.notes + ([proof.note(options.proof)] if options.proof is not None else [])
+            for note in filter(None, notes):
+                tell_user("note: " + note)
         if options.json != "-":
             say(answer.text(model, end, options.all_values))
         # Last: where the file cannot be written the answer has been shown.

@@ -29,6 +29,7 @@ class _Reader:
     def __init__(self) -> None:
         self.model = Model()
         self.labels: set[str] = set()
+        self.given_labels: set[str] = set()  # none of them is for a row without a label
         self.unnamed = 0
         self.seen: list[str] = []
         self.lower_given: set[str] = set()
@@ -130,6 +131,8 @@ class _Reader:
             section.refuse("a sign or Subject To")
 
     def rows(self, section: Section) -> None:
+        labelled = zip(section.texts, section.kinds, section.kinds[1:])
+        self.given_labels = {text for text, kind, behind in labelled if (kind, behind) == ("name", "colon")}
         while section.kind() is not None:
             self.row(section)
             # `x >= 2 y` would otherwise be a row and the beginning of another.
@@ -158,7 +161,7 @@ class _Reader:
         """Rows without a label are counted with the others."""
         if label is None:
             self.unnamed = max(self.unnamed, len(self.labels)) + 1
-            while "R%d" % self.unnamed in self.labels:
+            while "R%d" % self.unnamed in self.labels or "R%d" % self.unnamed in self.given_labels:
                 self.unnamed += 1
             label = "R%d" % self.unnamed
         if label in self.labels:

@@ -382,7 +382,8 @@ class _Reader:
         for variable in bare:
             variable.upper = self.dialect.marker_bound
         if bare:
-            self.model.note("%d integer column(s) without a bound, the first is %s: taken as 0 to %s (--marker-bounds)" %
+            self.model.note("%d integer column(s) without a bound, the first is %s: taken as 0 to %s; a line in BOUNDS says "
+                            "otherwise, PL for no upper one" %
                             (len(bare), bare[0].name, self.dialect.marker_bound), bare[0].place)
 
     def sides(self, row: Row) -> None:

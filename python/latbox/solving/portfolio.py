@@ -55,6 +55,7 @@ class Mode(Enum):
     FIRST = "a point, for there is no objective"
     LIST = "all points, or so many without objective"
     LEVELS = "the best points, level by level"
+    NEAR = "so many points near a best one, for there are best ones without end"
     RESCUE = "any point at all, for the rest is open or without end"
 
 
@@ -115,6 +116,8 @@ class Portfolio:
         self._next_renewal = FIRST_RENEWAL
         self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
+        self._open_note = ""  # told where the complete search could not come to an end, and the answer needs it
+        self._near: list[int] = []  # distances within which points are yet to be looked for
         self.is_proven = False  # once there is an end: its status was proven, if only of the grid
 
     def interrupt(self) -> None:
@@ -238,6 +241,8 @@ class Portfolio:
             task.ties = True
             # One more than the best, by which a list that was cut off is told from a run that was.
             task.limit = max(2, settings.solutions - self._good)
+        elif mode is Mode.NEAR:
+            task.limit = settings.solutions
         elif mode is not Mode.BEST:
             task.first = True
             program = unbounded.any_point(program)
@@ -255,7 +260,7 @@ class Portfolio:
         return Program(program.columns, program.conditions, [Target({}, -INF)])
 
     def _start_rays(self) -> None:
-        program = unbounded.ray_program(self._program) if self.settings.solutions == 1 else None
+        program = unbounded.ray_program(self._program)
         if program is not None:
             self._rays = CompleteEngine(program, Task(first=True), self._part("rays"), self._memory, self.settings.log)
 
@@ -493,7 +498,6 @@ class Portfolio:
     def _verdict(self) -> tuple[str | None, bool]:
         """A status that is proven, if one is, and whether it is over."""
         if self._ray is not None and self._has_point():
-            self._notes.clear()  # that nothing bounds it is the answer, no complaint
             return statuses.UNBOUNDED, True
         if self._complete is not None and self._complete.verdict is not None:
             word, rest = self._complete.verdict
@@ -527,19 +531,48 @@ class Portfolio:
             return self._heard_of_level(word, rest)
         if word == "optimum" and not self._is_optimising():
             return statuses.OPTIMAL
+        if self._mode is Mode.NEAR:
+            return self._heard_of_near()
         if word == "optimum":
             objective = self._statement.objective(exact.number(rest.split()[0]))
             known = self._known()
             self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
             self._bound = objective
-            return statuses.OPTIMAL
+            if self.settings.solutions == 1:
+                return statuses.OPTIMAL
+            return self._look_near() if self.settings.solutions != ALL and levels.has_levels(self._program) else None
         if word == "all":
             self._require(int(rest) == len(self._points), "there are %s points" % rest, "%d are known" % len(self._points))
             # The N best of several targets are taken from a list of all points.
             return statuses.OPTIMAL if 0 < self.settings.solutions < len(self._points) else statuses.ALL
         if word == "found" and not self._is_optimising() and self._has_point():
-            return statuses.OPTIMAL if self.settings.solutions == 1 or self._has_enough() else None
+            if self.settings.solutions == 1 or self._has_enough():
+                return statuses.OPTIMAL
+            return self._look_near() if self._mode is Mode.RESCUE and self.settings.solutions != ALL else None
         return None
+
+    # ------------------------------------------------------------- points without end
+
+    def _look_near(self) -> None:
+        """There is a best point, and so many were not to be had level by level: there are best ones without end, so that each box
+        around it that is large enough has as many as are wanted."""
+        self._near = levels.DISTANCES[:]
+        self._look_farther()
+
+    def _look_farther(self) -> None:
+        assert self._best is not None
+        around = self._statement.columns(self._best[1])
+        self._start_complete(Mode.NEAR, levels.near(self._program, around, self._near.pop(0)))
+
+    def _heard_of_near(self) -> str | None:
+        best = [x for x in self._points.values() if self._objective_of(x) == self._known()]
+        if len(best) >= self.settings.solutions:
+            return statuses.OPTIMAL
+        if self._near:
+            self._look_farther()
+        return None
+
+    # ------------------------------------------------------------- levels
 
     def _heard_of_level(self, word: str, rest: str) -> str | None:
         """All points of the level are known, or as many as are wanted."""
@@ -565,12 +598,16 @@ class Portfolio:
         """The complete engine cannot begin; it may still find a point."""
         assert self._complete is not None
         self._complete.open_columns = []
-        if not columns or self._mode is Mode.RESCUE:
+        if not columns or self._mode in (Mode.RESCUE, Mode.NEAR):
             return
         names = self._statement.names(columns)
-        self._notes.append("nothing bounds %s: the complete search cannot come to an end" % ", ".join(names))
-        if self.settings.solutions == 1 and not self._has_point():
+        self._open_note = "nothing bounds %s: the complete search cannot come to an end" % ", ".join(names)
+        if self.settings.solutions != 1 and self._is_optimising() and self._mode is not Mode.BEST:
+            self._start_complete(Mode.BEST)
+        elif not self._has_point():
             self._start_complete(Mode.RESCUE)
+        elif self._mode is Mode.LIST and self.settings.solutions != ALL:
+            self._look_near()
 
     def _are_through(self) -> bool:
         """Whether no engine goes on that could bring an end."""
@@ -627,6 +664,10 @@ class Portfolio:
 
     def _end(self, status: str) -> End:
         self._stop()
+        if self._open_note and status not in (statuses.OPTIMAL, statuses.INFEASIBLE, statuses.UNBOUNDED):
+            self._notes.append(self._open_note)
+        if status == statuses.UNBOUNDED and self.settings.solutions != 1:
+            self._notes.append("there are better and better points without end: one of them is shown")
         if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
             self._notes.append(proof.missing(self._why_no_proof(status)))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
@@ -637,7 +678,7 @@ class Portfolio:
                 self._notes.append("from the point the ray leads to better and better ones, without end")
             if self.is_proven or ray is not None:
                 status = self._open_status()
-        points = self._answer_points()
+        points = self._answer_points()[: 1 if status == statuses.UNBOUNDED else None]
         objective = self._objective_of(points[0]) if points else None
         if status in (statuses.OPTIMAL, statuses.ALL):
             self._bound = objective
