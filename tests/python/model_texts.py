@@ -17,6 +17,8 @@ class Plain:
     rows: list = field(default_factory=list)
     lower: list = field(default_factory=list)
     upper: list = field(default_factory=list)
+    semi: list = field(default_factory=list)  # whether a column may be 0 besides; empty: none may. Not for .opt
+    continuous: int = -1  # a column that is not integer. Not for .opt
 
     def size(self):
         return len(self.lower)
@@ -74,7 +76,9 @@ def lp(plain):
         left = "-inf" if low == -INF else decimal(low)
         right = "inf" if high == INF else decimal(high)
         lines.append(" %s <= %s <= %s" % (left, name(j), right))
-    return "\n".join(lines + ["general", " " + " ".join(map(name, range(plain.size()))), "end", ""])
+    lines += ["general"] + [" " + name(j) for j in range(plain.size()) if j != plain.continuous]
+    semis = [" " + name(j) for j, semi in enumerate(plain.semi) if semi]
+    return "\n".join(lines + ["semi-continuous"] * bool(semis) + semis + ["end", ""])
 
 
 def mps(plain):
@@ -87,11 +91,12 @@ def mps(plain):
         lines.append(" %s r%d" % (kind, i))
     lines += ["COLUMNS", " M1 'MARKER' 'INTORG'"]
     for j in range(plain.size()):
+        lines += [" M3 'MARKER' 'INTEND'"] * (j == plain.continuous) + [" M4 'MARKER' 'INTORG'"] * (j == plain.continuous + 1 > 0)
         cells = [("obj", plain.c[j])] if plain.c and plain.c[j] else []
         cells += [("r%d" % i, a[j]) for i, (a, _, _) in enumerate(plain.rows) if a[j]]
         for row, value in cells or [("obj", 0)]:
             lines.append(" %s %s %s" % (name(j), row, decimal(value)))
-    lines += [" M2 'MARKER' 'INTEND'", "RHS"]
+    lines += [" M2 'MARKER' 'INTEND'"] * (plain.continuous != plain.size() - 1) + ["RHS"]
     if plain.constant:
         lines.append(" RHS obj %s" % decimal(-plain.constant))
     ranges = []
@@ -105,7 +110,8 @@ def mps(plain):
     lines.append("BOUNDS")
     for j, (low, high) in enumerate(zip(plain.lower, plain.upper)):
         lines.append(" MI BND %s" % name(j) if low == -INF else " LO BND %s %s" % (name(j), decimal(low)))
-        lines.append(" PL BND %s" % name(j) if high == INF else " UP BND %s %s" % (name(j), decimal(high)))
+        kind = "UP" if not (plain.semi and plain.semi[j]) else "SC" if j == plain.continuous else "SI"
+        lines.append(" PL BND %s" % name(j) if high == INF else " %s BND %s %s" % (kind, name(j), decimal(high)))
     return "\n".join(lines + ["ENDATA", ""])
 
 

@@ -298,7 +298,7 @@ class FieldDialectTest(ToolsCase):
                                              ("C1047", True, False, 0, 1)])
         self.assertEqual([(note.message, note.place) for note in model.notes], [
             ("marker INTORG without INTEND: all columns behind it are integer", (9, 40)),
-            ("1 integer column(s) without a bound, the first is C1047: taken as 0 to 1 (--marker-bounds)", (12, 5))])
+            ("1 integer column(s) without a bound, the first is C1047: taken as 0 to 1; a line in BOUNDS says otherwise, PL for no upper one", (12, 5))])
 
     def test_remarks_and_blank_names(self) -> None:
         for form in ("mps", "fixed-mps"):

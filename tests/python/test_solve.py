@@ -288,6 +288,8 @@ class FilesTest(SolveCase):
             result = self.solve("--check=o.txt", "m.lp")
             self.assertEqual(result.status, status, result.out + result.err)
             self.assertIn(message, result.out + result.err)
+        self.write("o.txt", "\ufeff" + good[good.index("x1"):good.index("# point 2")].replace("\n", "\r\n"))
+        self.assertEqual(self.solve("--check=o.txt", "m.lp").out, "point 1: ok, objective 90\no.txt: 1 point, all well\n")
         first = good[good.index("# point 1"):good.index("# point 2")]
         self.write("o.txt", first + first.replace("point 1", "point 2"))
         result = self.solve("--check=o.txt", "m.lp")

@@ -156,6 +156,8 @@ class OptionsFileTest(unittest.TestCase):
     def test_lines(self) -> None:
         parsed = self.parse("# a comment\n\n time = 2m \nquiet\nsolutions=all\n")
         self.assertEqual((parsed.time, parsed.quiet, parsed.solutions), (120, True, 0))
+        # As some editors leave it.
+        self.assertEqual(self.parse("\ufefftime = 2m\r\nquiet\r\n").time, 120)
         self.assertEqual((self.parse("view\n").view, self.parse("view = 8080\n").view), (0, 8080))
 
     def test_the_command_line_goes_before(self) -> None:

@@ -234,7 +234,7 @@ class Command:
 
     def _check(self, model: Model, path: str) -> int:
         try:
-            with open(path, encoding="utf-8", errors="surrogateescape") as file:
+            with open(path, encoding="utf-8-sig", errors="surrogateescape") as file:
                 content = file.read()
         except OSError as error:
             raise UsageError("--check=%s: %s" % (path, error.strerror)) from None

@@ -138,7 +138,7 @@ def parse(arguments: Sequence[str]) -> Options:
 def read_file(options: Options, path: str, given: set[str]) -> None:
     """Lines key=value, a switch alone; # begins a comment line. What the command line gave stays."""
     try:
-        with open(path, encoding="utf-8") as file:
+        with open(path, encoding="utf-8-sig") as file:
             lines = file.read().splitlines()
     except (OSError, UnicodeDecodeError) as error:
         raise UsageError("--options=%s: %s" % (path, getattr(error, "strerror", None) or "it is no text")) from None

@@ -24,6 +24,7 @@ from ..models.model import INF, Model
 from . import checking, exact, levels, pace, proof, statuses, steering, unbounded
 from .activity import narrowed
 from .complete_engine import CompleteEngine, Task
+from .corners import corners
 from .events import Action, Bound, End, Event, Found, Point, Progress, Setting, Start
 from .program import MANY_CELLS, MOST_CELLS, Program, Target
 from .rewriting import Rewriting
@@ -44,6 +45,8 @@ PATIENCE = 0.15
 LETTERS = "STUVWXYZ"
 # Seconds until a search that lags behind begins anew, which costs it its basis; each time twice as long.
 FIRST_RENEWAL = 2.0
+# The time that is left then must be as long as so many rewritings.
+REWRITINGS_LEFT = 4
 # One process of the search for so many threads.
 THREADS_A_SEARCH = 4
 
@@ -114,6 +117,7 @@ class Portfolio:
         self._ray: Point | None = None
         self._renewal = FIRST_RENEWAL
         self._next_renewal = FIRST_RENEWAL
+        self._rewriting_seconds = 0.0  # that a rewriting takes
         self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
         self._open_note = ""  # told where the complete search could not come to an end, and the answer needs it
@@ -158,6 +162,8 @@ class Portfolio:
             yield self._launch()
             if self._presolved is not None:
                 yield from self._take(self._presolved, "P")
+            elif self.settings.solutions == 1:
+                yield from self._take_corners()
         except Infeasible as reason:
             self._notes.append(str(reason))
             yield self._end(statuses.INFEASIBLE)
@@ -211,8 +217,11 @@ class Portfolio:
 
     def _rewritten(self, number: int) -> Rewriting | None:
         """The program of the search under the seed of this number; None where it cannot hold."""
+        began = time.monotonic()
         try:
-            return Rewriting(self._program, seed=self.settings.seed + number)
+            rewriting = Rewriting(self._program, seed=self.settings.seed + number)
+            self._rewriting_seconds = time.monotonic() - began
+            return rewriting
         except Infeasible as reason:
             if self.settings.engine == SEARCH and reason.is_proven:
                 raise
@@ -340,7 +349,7 @@ class Portfolio:
     def _renew_searches(self) -> None:
         """A search that lags behind the best point begins anew, with a row that asks for better ones."""
         known = self._known()
-        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal:
+        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal or not self._has_time_to_rewrite():
             return
         limit = self._statement.norm(known)
         lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
@@ -359,6 +368,10 @@ class Portfolio:
             if rewriting.program.columns:
                 self._start_search(LETTERS.index(engine.letter), rewriting)
                 self._searches.insert(number, self._searches.pop())
+
+    def _has_time_to_rewrite(self) -> bool:
+        """Nothing else is done meanwhile, nor is the time looked at."""
+        return self.settings.time is None or self.seconds() + REWRITINGS_LEFT * self._rewriting_seconds < self.settings.time
 
     def _hear_of_rays(self) -> None:
         if self._rays is None:
@@ -469,6 +482,11 @@ class Portfolio:
             if self._complete is not None and letter != self._complete.letter:
                 self._complete.offer(self._statement.columns(x))
         yield Found(x, objective, self.seconds(), letter)
+
+    def _take_corners(self) -> Iterator[Event]:
+        for values in corners(self._program):
+            if checking.fault(self.model, self._statement.point(values)) is None:
+                yield from self._take(values, "P")
 
     def _has_enough(self) -> bool:
         """So many points without objective as are wanted."""
