@@ -316,7 +316,7 @@ class Portfolio:
             now = self.seconds()
             if self._interrupted:
                 return statuses.INTERRUPTED
-            if self.settings.time is not None and now >= self.settings.time:
+            if self._is_late():
                 return None
             if now >= next_progress:
                 next_progress = now + BETWEEN_PROGRESS
@@ -485,6 +485,8 @@ class Portfolio:
 
     def _take_corners(self) -> Iterator[Event]:
         for values in corners(self._program):
+            if self._is_late() or self._interrupted:
+                return
             if checking.fault(self.model, self._statement.point(values)) is None:
                 yield from self._take(values, "P")
 
@@ -642,6 +644,9 @@ class Portfolio:
         """Of work: pauses do not count."""
         now = time.monotonic() if self._pause_began is None else self._pause_began
         return now - self._started - self._paused
+
+    def _is_late(self) -> bool:
+        return self.settings.time is not None and self.seconds() >= self.settings.time
 
     def paused(self) -> float:
         return self._paused + (time.monotonic() - self._pause_began if self._pause_began is not None else 0.0)
