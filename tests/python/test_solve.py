@@ -237,6 +237,9 @@ class AnswerTest(SolveCase):
 
     def test_standard_input(self) -> None:
         self.assert_answer(self.solve("--format=lp", "-", stdin=KNAPSACK.encode()), 10, status="optimal", objective=90)
+        closed = self.solve("--format=lp", "-", prepare=lambda: os.close(0))
+        self.assertEqual((closed.status, closed.err),
+                         (2, "latbox-solve: standard input, line 1: the file must begin with Minimize or Maximize\n"))
 
     def test_seeds_and_threads(self) -> None:
         for seed in range(3):

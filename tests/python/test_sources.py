@@ -57,6 +57,14 @@ class SourcesTest(support.ToolsCase):
             with self.assertRaisesRegex(ReadError, "m.lp, line 5, column 6: "):
                 read_model(self.path("m.lp"))
 
+    def test_utf_16(self) -> None:
+        """Windows' own tools write it, and the first line was said to be none of the form."""
+        for form in ("utf-16-le", "utf-16-be"):
+            self.write("m.lp", ("\ufeff" + LP.replace("y", "ý")).replace("\n", "\r\n").encode(form))
+            self.assertEqual([v.name for v in read_model(self.path("m.lp")).variables], ["x", "ý"])
+        self.write("m.lp", b"\xff\xfe\x00\xd8x")
+        self.assertRaises(ReadError, read_model, self.path("m.lp"))
+
     def test_errors_have_file_line_and_column(self) -> None:
         self.write("m.lp", LP.replace("c2: y", "c1: y"))
         with self.assertRaises(PlacedError) as caught:

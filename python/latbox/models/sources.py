@@ -7,6 +7,7 @@ with a wrong name is refused. All of it is held in memory: the readers are made 
 from __future__ import annotations
 
 import bz2
+import codecs
 import errno
 import gzip
 import lzma
@@ -52,7 +53,8 @@ def format_of_name(path: str) -> str | None:
 def read(path: str) -> str:
     """The text; bytes that are no UTF-8 pass through to the names in the output. Line ends become `\\n`."""
     if path == "-":
-        data = sys.stdin.buffer.read()
+        with naming("standard input"), open(0, "rb", closefd=False) as file:  # sys.stdin is None where it is closed
+            data = file.read()
     else:
         with open(path, "rb") as file:
             data = file.read()
@@ -72,7 +74,11 @@ def unpacked(data: bytes, path: str = "") -> bytes:
 
 
 def decoded(data: bytes) -> str:
-    text = data.decode("utf-8", errors="surrogateescape").removeprefix("\ufeff")
+    """UTF-8, or UTF-16 where its mark says so, as Windows' own tools write it."""
+    if data.startswith((codecs.BOM_UTF16_LE, codecs.BOM_UTF16_BE)):
+        text = data.decode("utf-16", errors="replace")
+    else:
+        text = data.decode("utf-8", errors="surrogateescape").removeprefix("\ufeff")
     return text.replace("\r\n", "\n").replace("\r", "\n")
 
 

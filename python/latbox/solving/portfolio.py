@@ -560,7 +560,9 @@ class Portfolio:
             self._bound = objective
             if self.settings.solutions == 1:
                 return statuses.OPTIMAL
-            return self._look_near() if self.settings.solutions != ALL and levels.has_levels(self._program) else None
+            if self.settings.solutions != ALL and levels.has_levels(self._program):
+                self._look_near()
+            return None
         if word == "all":
             self._require(int(rest) == len(self._points), "there are %s points" % rest, "%d are known" % len(self._points))
             # The N best of several targets are taken from a list of all points.
@@ -568,7 +570,8 @@ class Portfolio:
         if word == "found" and not self._is_optimising() and self._has_point():
             if self.settings.solutions == 1 or self._has_enough():
                 return statuses.OPTIMAL
-            return self._look_near() if self._mode is Mode.RESCUE and self.settings.solutions != ALL else None
+            if self._mode is Mode.RESCUE and self.settings.solutions != ALL:
+                self._look_near()
         return None
 
     # ------------------------------------------------------------- points without end
