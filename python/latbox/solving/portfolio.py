@@ -112,6 +112,7 @@ class Portfolio:
         self._searches: list[SearchEngine] = []
         self._best: tuple[Fraction | None, Point] | None = None
         self._points: dict[tuple[Fraction, ...], Point] = {}  # where more than one is wanted
+        self._have_served = False  # a point has come from an engine, or from the rewriting
         self._good = 0  # of them, so many are proven to be the best ones
         self._bound: Fraction | None = None
         self._ray: Point | None = None
@@ -161,6 +162,7 @@ class Portfolio:
                 return
             yield self._launch()
             if self._presolved is not None:
+                self._have_served = True
                 yield from self._take(self._presolved, "P")
             elif self.settings.solutions == 1:
                 yield from self._take_corners()
@@ -324,7 +326,7 @@ class Portfolio:
             self._wait()
 
     def _hear(self, engine: SearchEngine | CompleteEngine) -> Iterator[Event]:
-        """An engine that breaks is left out, as long as there is another one or a point to tell."""
+        """An engine that breaks is left out, as long as there is another one, or a point that took more than a look at the corners."""
         try:
             found = engine.news()
         except EngineError as error:
@@ -333,11 +335,12 @@ class Portfolio:
             else:
                 self._complete = None
             engine.stop()
-            if not self._has_point() and not self._searches and self._complete is None:
+            if not self._have_served and not self._searches and self._complete is None:
                 raise
             self._notes.append(str(error))
             return
         for values in found:
+            self._have_served = True
             yield from self._take(values, engine.letter)
             if isinstance(engine, SearchEngine) and self._is_optimising():
                 norm = self._norm_of(values)
