@@ -195,6 +195,13 @@ class MpsDialectTest(ToolsCase):
             self.assertEqual(set(program_points(program).values()), {Fraction(k, 2) for k in (7, 9, 11, 13)})
         self.assertEqual(checker.Program(converted(reader("free-mps"), MPS)).dt, [-checker.INF])
 
+    def test_a_constant_is_noted(self):
+        """Readers differ in its sign, and nothing told."""
+        notes = {side: [(note.message, note.place) for note in read_text(MPS.replace("R2 1\nB", "R2 1\n RHS COST %s\nB" % side), "mps").notes]
+                 for side in ("5", "-5", "0")}
+        self.assertEqual(notes["5"], [("the right-hand side of the objective is its constant, negated; some readers do not negate it", (3, 4))])
+        self.assertEqual((notes["-5"], notes["0"]), (notes["5"], []))
+
     def test_objname_and_other_free_rows(self):
         text = "OBJNAME\n SECOND\n" + MPS.replace(" L R1\n", " N SECOND\n L R1\n").replace("X COST 1", "X SECOND 7")
         program = converted(reader("free-mps"), text)

@@ -345,7 +345,7 @@ class _Reader:
         for name, row in self.rows.items():
             if name == objective:
                 self.model.objective = row
-                self.model.constant = -self.values[self.right_sides[name]] if name in self.right_sides else Fraction(0)
+                self.take_constant(row)
             elif self.kinds[name] == "N":
                 self.model.left_out.append(name)
             else:
@@ -366,6 +366,13 @@ class _Reader:
                             place)
         elif self.model.maximise != maximise:
             raise ReadError("the comment and OBJSENSE say different senses of the objective", place)
+
+    def take_constant(self, objective: Row) -> None:
+        """The right side of the objective, which stands on the other side of its sign."""
+        side = self.values.get(self.right_sides.get(objective.name, ""), Fraction(0))
+        if side:
+            self.model.note("the right-hand side of the objective is its constant, negated; some readers do not negate it", objective.place)
+        self.model.constant = -side
 
     def choose_objective(self) -> str | None:
         free = [name for name, kind in self.kinds.items() if kind == "N"]

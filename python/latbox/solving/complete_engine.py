@@ -140,6 +140,11 @@ class CompleteEngine:
     def is_over(self) -> bool:
         return self.verdict is not None or self.open_columns is not None
 
+    @property
+    def has_proven(self) -> bool:
+        """A proof is written, and whole."""
+        return self._task.proof is not None and self.verdict is not None
+
     def end(self, patience: float) -> list[list[Fraction]]:
         """Ends it, with the points that it still writes within `patience` seconds."""
         self.process.ask_to_end()

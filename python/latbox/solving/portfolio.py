@@ -697,7 +697,7 @@ class Portfolio:
             self._notes.append(self._open_note)
         if status == statuses.UNBOUNDED and self.settings.solutions != 1:
             self._notes.append("there are better and better points without end: one of them is shown")
-        if self.settings.proof is not None and (self._complete is None or self._complete.verdict is None):
+        if self.settings.proof is not None and (self._complete is None or not self._complete.has_proven):
             self._notes.append(proof.missing(self._why_no_proof(status)))
         self.is_proven = status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE)
         ray = self._ray if status == statuses.UNBOUNDED else None
@@ -718,6 +718,8 @@ class Portfolio:
     def _why_no_proof(self, status: str) -> str:
         if status == statuses.OPTIMAL and not self.has_objective:
             return proof.SPEAKS
+        if status == statuses.UNBOUNDED:
+            return proof.RAY
         if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
             return proof.NOTHING
         return proof.OPEN

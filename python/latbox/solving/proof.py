@@ -14,7 +14,8 @@ from .statement import Statement
 
 PROGRAM, PROOF = "program.opt", "program.proof"
 # Why there may be none.
-SPEAKS, NOTHING, OPEN = "the point speaks for itself", "nothing had to be searched", "the complete search has not come to its end"
+SPEAKS, RAY = "the point speaks for itself", "point and ray speak for themselves"
+NOTHING, OPEN = "nothing had to be searched", "the complete search has not come to its end"
 
 
 def folder(path: str) -> str:
