@@ -13,6 +13,10 @@ from solve_support import CONTINUOUS, FOUR_POINTS, KNAPSACK, NO_POINT, UNBOUNDED
 from latbox.solving import statuses
 
 
+# The sum of two columns is to be great, and one of them has no end.
+OPEN_OPT = "[ inf ] [ [ 1 1 ] ] [ ] [ ] [ [ 1 -2 ] ] [ -inf ] [ 3 ] [ 0 0 ] [ 2 0 ] [ inf inf ]\n"
+
+
 class AnswerTest(SolveCase):
     def setUp(self) -> None:
         super().setUp()
@@ -349,6 +353,9 @@ class FilesTest(SolveCase):
         point, fixed = "the point speaks for itself", "nothing had to be searched"
         for text, settings, reason in (("[ ] [ ] [ [ 3 5 7 11 ] ] [ 13 ] [ ] [ ] [ ] [ 0 0 0 0 ] [ 0 0 0 0 ] [ 9 9 9 9 ]\n", [], point),
                                        ("[ -inf ] [ [ 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 ] [ 3 ] [ 3 ]\n", [], fixed),
+                                       # Nothing was said where a second task without a proof had found the point.
+                                       (OPEN_OPT, [], "point and ray speak for themselves"),
+                                       (OPEN_OPT, ["--solutions=all"], "point and ray speak for themselves"),
                                        (hard_objective(), ["--time=1"], "the complete search has not come to its end")):
             self.write("m.opt", text)
             os.makedirs(self.path("p"), exist_ok=True)

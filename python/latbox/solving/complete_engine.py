@@ -143,7 +143,7 @@ class CompleteEngine:
     @property
     def has_proven(self) -> bool:
         """A proof is written, and whole."""
-        return self._task.proof is not None and self.verdict is not None
+        return self._task.proof is not None and self.verdict is not None and self.verdict[0] != "unknown"
 
     def end(self, patience: float) -> list[list[Fraction]]:
         """Ends it, with the points that it still writes within `patience` seconds."""
