@@ -38,7 +38,7 @@ class Joiner {
     const PieceLattice lattice = folder_.isListing() ? provenLattice() : folder_.lattice();
     const std::vector<Standing> all = standings(folder_, complain);
     requireAll(all);
-    const PointReader reader(program, lattice, folder_.isListing());
+    const PointReader reader(program, lattice);
     // All are looked at before the first is written.
     each(all, journal.control(),
          [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
@@ -101,8 +101,8 @@ class Joiner {
     const Program& program = folder_.program();
     std::optional<BestPoint> best = bestIn(folder_.pathOf("best"), program);
     std::mutex mutex;
-    const bool isRead = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
-      const auto found = bestOf(reader, entry, result, program);
+    const bool isRead = each(all, journal.control(), [&](const Entry&, const Result& result) {
+      const auto found = bestOf(reader, result, program);
       const std::lock_guard lock(mutex);
       best = betterOf(best, found);
     });
