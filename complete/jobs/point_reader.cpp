@@ -27,6 +27,10 @@ std::uint64_t sumOf(const Values& values) {
   return sum;
 }
 
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 // Of a point's line all that stands before its time.
 std::string untilTime(const Program& program, const Point& x, const Norms& norms) {
   constexpr std::string_view REST = "0 | \n";
@@ -64,14 +68,18 @@ bool PointReader::takeWords(std::string_view line, std::vector<long>& words) con
   const char* at = line.data() + BEGIN.size();
   const char* const end = line.data() + line.size();
   for (long& word : words) {
+    // Nearly all of them are.
+    if (const bool isDigitAlone = end - at > 1 && isDigit(at[0]) && at[1] == ' '; isDigitAlone) {
+      word = at[0] - '0';
+      at += 2;
+      continue;
+    }
     const bool isNegative = at != end && *at == '-';
     if (isNegative) ++at;
     const char* const first = at;
     long value = 0;
-    for (; at != end && *at >= '0' && *at <= '9' && at - first < MOST_DIGITS; ++at)
-      value = 10 * value + (*at - '0');
-    if (at == first || at == end || *at != ' ') return false;
-    if (*first == '0' && (isNegative || at - first > 1)) return false;
+    for (; at != end && isDigit(*at) && at - first < MOST_DIGITS; ++at) value = 10 * value + (*at - '0');
+    if (at == first || at == end || *at != ' ' || *first == '0') return false;
     ++at;
     word = isNegative ? -value : value;
   }
