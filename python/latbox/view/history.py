@@ -40,7 +40,7 @@ MOST_BYTES = 1 << 20
 Ratio = tuple[int, int]  # the lower one is greater than 0
 
 
-@dataclass
+@dataclass(eq=False)
 class Line:
     kind: str
     time: float
@@ -158,8 +158,9 @@ class History:
             self._lines = thinned(self._lines, share)
             share /= 2
         while self._is_too_much():
-            # No line of a run: what came at once, or is much too long. The older half goes.
-            del self._lines[:-(len(self._lines) // 2)]
+            # No line of a run: what came at once, or is much too long. The older half goes, but for the start.
+            half = len(self._lines) // 2
+            self._lines = [line for line in self._lines[:half] if line.kind == "start"] + self._lines[half:]
 
     def _is_too_much(self) -> bool:
         self._size = self.size()

@@ -147,7 +147,7 @@ function showControls(told) {
   put($("pause"), run.isPaused ? "Go on" : "Pause");
   $("pause").disabled = !run.start || !link.connected;
   $("stop").disabled = !link.connected;
-  $("save-answer").disabled = !run.bestPoint;
+  $("save-answer").disabled = !(run.bestPoint || (run.end && !run.end.omitted));
   $("save-lines").disabled = !run.events.length;
   $("save-picture").disabled = !charts.some((chart) => !chart.figure.hidden);
   if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost", "silent"].includes(told.state)) hear(told.sentence);
@@ -203,7 +203,7 @@ class Chart {
     Object.assign(this, { title, unit, build, isLarge, cursor: null, frame: null, spec: null });
     const name = "chart-" + title.toLowerCase().replace(/[^a-z]+/g, "-");
     this.legend = make("span", { class: "legend" });
-    this.readout = make("output", { class: "readout" });
+    this.readout = make("output", { class: "readout", "aria-live": "off" });
     this.svg = document.createElementNS("http://www.w3.org/2000/svg", "svg");
     this.svg.setAttribute("role", "img");
     this.svg.setAttribute("tabindex", "0");
@@ -444,8 +444,8 @@ const stem = () => (run.start ? run.start.model.split("/").pop().replace(/\.[^.]
 function answerText() {
   const point = run.bestPoint;
   const lines = [`# status: ${run.end ? run.end.status : "feasible"}`];
-  if (point.objective !== null && point.objective !== undefined) lines.push(`# objective: ${point.objective}`);
-  lines.push("# point 1", ...Object.entries(point.values).map(([name, value]) => `${name} = ${value}`));
+  if (point && point.objective !== null && point.objective !== undefined) lines.push(`# objective: ${point.objective}`);
+  if (point) lines.push("# point 1", ...Object.entries(point.values).map(([name, value]) => `${name} = ${value}`));
   return lines.join("\n") + "\n";
 }
 
