@@ -177,8 +177,8 @@ def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
     others = MOST_OTHERS * share
     kept = []
     for line in reversed(lines):
-        if id(line) in landmarks:
-            pass
+        if id(line) in landmarks or line.has_values:
+            pass  # they are few
         elif line.kind in DENSITY:
             near = (now - line.time) / (DENSITY[line.kind] * share)
             if line.kind in newer and newer[line.kind] - line.time < near:
