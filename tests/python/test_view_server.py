@@ -106,6 +106,11 @@ class DoorsTest(ServedCase):
         self.assertIn(b"beta: a whole number from 2 to 1000 is wanted", served.act(action="set", key="beta", value=1)[1])
         self.assertEqual(served.ask("act", "POST", b'{"action": "stop"}', Content_Type="text/plain")[0], 415)
         self.assertEqual(served.ask("act", "POST", b'{"action": "stop"}', Content_Type="application/x-www-form-urlencoded")[0], 415)
+        # Two lengths, none, one that is no number; and what stands behind the body is none of it.
+        whole = served.request("act", "POST", b'{"action": "stop"}')
+        for length in (b"Content-Length: 5\r\nContent-Length: 18", b"X: 18", b"Content-Length: +18", b"Content-Length: \xc2\xb2"):
+            self.assertEqual(served.exchange(whole.replace(b"Content-Length: 18", length))[0], 400, length)
+        self.assertEqual(served.exchange(whole[:-1].replace(b"Content-Length: 18", b"Content-Length: 17"))[0], 400)
         self.assertEqual(served.orders, [])
 
     def test_a_log_takes_no_actions(self) -> None:

@@ -6,7 +6,7 @@ import os
 
 PIECE = 1 << 20  # read at a time
 PIECES = 4  # in a turn: the server looks at its windows in between
-MOST_LINE = 64 << 20  # a line that is longer is none
+MOST_LINE = 8 << 20  # a line that is longer is none: a point of 300,000 variables
 HEAD = 512  # bytes at the beginning of a file by which it is known again: one that was written anew may be as long as it was
 
 
