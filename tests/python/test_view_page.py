@@ -253,16 +253,16 @@ class ShownTest(PageCase):
         """Nor on rings, nor on the curve: from above or from below."""
         for sense, sign in (("max", 1), ("min", -1)):
             served = self.served()
-            served.source.tell({**START, "sense": sense}, *({**point(1 + 0.3 * k, sign * k * k, "STC"[k % 3]), "by": "complete" if k % 3 == 2 else "search"} for k in range(40)))
-            page = self.shown(served, 41, width=390)
+            served.source.tell({**START, "sense": sense}, {"event": "bound", "time": 0.5, "bound": sign * 1530}, *({**point(1 + 0.3 * k, sign * k * k, "STC"[k % 3]), "by": "complete" if k % 3 == 2 else "search"} for k in range(40)))
+            page = self.shown(served, 42, width=390)
             boxes = """[...document.querySelectorAll('%s .%s')].map(n => { const b = n.getBBox(); return [b.x + 1, b.y + 2, b.x + b.width - 1, b.y + b.height - 2]; })"""
             letters = page.wait(boxes % (CHART, "letter"), lambda found: len(found) > 5)
             rings = page.value(boxes % (CHART, "find"))
             for k, a in enumerate(letters):
                 for b in letters[k + 1 :] + rings:
                     self.assertFalse(a[0] < b[2] and b[0] < a[2] and a[1] < b[3] and b[1] < a[3], (sense, a, b))
-            on_curve = page.value("""(() => { const curve = document.querySelector('%s .curve.one'); return [...document.querySelectorAll('%s .letter')].filter(n => {
-                const b = n.getBBox(); for (let s = 0; s < curve.getTotalLength(); s += 0.5) { const p = curve.getPointAtLength(s);
+            on_curve = page.value("""(() => { const curves = document.querySelectorAll('%s .curve'); return [...document.querySelectorAll('%s .letter')].filter(n => {
+                const b = n.getBBox(); for (const curve of curves) for (let s = 0; s < curve.getTotalLength(); s += 0.5) { const p = curve.getPointAtLength(s);
                 if (p.x > b.x + 1 && p.x < b.x + b.width - 1 && p.y > b.y + 3 && p.y < b.y + b.height - 3) return true; } return false; }).map(n => n.textContent); })()""" % (CHART, CHART))
             self.assertEqual(on_curve, [], sense)
             self.assertEqual(page.value("document.querySelector('%s .makers').textContent" % CHART), "S, T found by the search; C found by the complete search")

@@ -183,7 +183,7 @@ export function draw(svg, chart, width, height) {
     const [endX, endY] = [series.step ? x(chart.to) : pixels[pixels.length - 1][0], pixels[pixels.length - 1][1]];
     parts.push(element("circle", { class: "tip " + series.style, cx: coordinate(endX), cy: coordinate(endY), r: 3 }));
   }
-  parts.push(...marks(chart, x, y, left));
+  parts.push(...marks(chart, x, y, left, TOP + tall));
   svg.replaceChildren(...parts);
   svg.setAttribute("viewBox", `0 0 ${width} ${height}`);
   svg.setAttribute("width", width);
@@ -191,9 +191,9 @@ export function draw(svg, chart, width, height) {
   return { left, width: inner, top: TOP, height: tall, time, x, y };
 }
 
-// Rings, each with the letter of who found it: on the side where a curve that only gets better never comes. Where two would lie on
-// each other the newer one stands; the table behind the curve has all of them.
-function marks(chart, x, y, left) {
+// Rings, each with the letter of who found it: on the side where neither a curve that only gets better comes nor its bound. Where two
+// would lie on each other the newer one stands; the table behind the curve has all of them.
+function marks(chart, x, y, left, bottom) {
   const found = [];
   const rings = [];
   const letters = [];
@@ -207,9 +207,11 @@ function marks(chart, x, y, left) {
     found.push(element("circle", { class: "find", cx: coordinate(cx), cy: coordinate(cy), r: 2.8 }));
   }
   for (const ring of rings) {
-    const isLeft = chart.rises && ring.cx - LETTER.away - LETTER.wide > left;
+    // Below a curve that rises; at its foot, where the axis has its numbers, before it.
+    const isBelow = chart.rises && ring.cy + LETTER.away + LETTER.high <= bottom;
+    const isLeft = chart.rises && !isBelow && ring.cx - LETTER.away - LETTER.wide > left;
     const edge = ring.cx + (isLeft ? -LETTER.away : LETTER.away);
-    const foot = Math.max(10, ring.cy - LETTER.away);
+    const foot = isBelow ? ring.cy + LETTER.away + LETTER.high - 3 : Math.max(10, ring.cy - LETTER.away);
     const box = { left: isLeft ? edge - LETTER.wide : edge, right: isLeft ? edge : edge + LETTER.wide, top: foot - LETTER.high + 2, bottom: foot + 1 };
     if (letters.some((other) => meet(box, other)) || rings.some((other) => other !== ring && meet(box, other))) continue;
     letters.push(box);
