@@ -326,6 +326,7 @@ class ShownTest(PageCase):
         served = self.started()
         page = self.shown(served, 7)
         page.wait("document.querySelector('%s svg')?.childElementCount > 3" % CHART)
+        self.assertEqual(page.value("document.getElementById('heard').textContent + document.getElementById('said').textContent"), "")
         page.value("document.querySelector('%s svg').focus()" % CHART)
         page.call("Input.dispatchKeyEvent", type="keyDown", key="ArrowLeft", code="ArrowLeft")
         before = page.wait("document.querySelector('%s .readout').textContent" % CHART)
@@ -496,9 +497,11 @@ class WindowsTest(PageCase):
         page.wait(STATE, lambda state: state == "running")
         served.server._last_word -= 100.0
         page.wait(STATE, lambda state: state == "silent")
+        self.assertEqual(page.value("document.getElementById('heard').textContent"), page.value(SENTENCE))
         self.assertRegex(page.value(SENTENCE), r"No word for 1.min 4\d.s, best value 11\.")
         served.source.tell(progress(4.0, best=11, bound=18, points=1))
         page.wait(STATE, lambda state: state == "running")
+        self.assertEqual(page.value("document.getElementById('heard').textContent"), "The run goes on.")
 
     def test_no_request_leaves_the_machine(self) -> None:
         served = self.started()

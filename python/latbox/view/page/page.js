@@ -152,7 +152,7 @@ function showControls(told) {
   $("save-picture").disabled = !charts.some((chart) => !chart.figure.hidden);
   if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost", "silent"].includes(told.state)) hear(told.sentence);
   if (told.state === "running" && ["paused", "lost", "silent"].includes(lastSaid)) hear("The run goes on.");
-  lastSaid = told.state;
+  lastSaid = run.start || link.connected ? told.state : ""; // that it is not yet there is no news
 }
 
 // ------------------------------------------------------------- facts
