@@ -11,7 +11,7 @@ from __future__ import annotations
 
 import json
 import re
-from collections.abc import Iterator
+from collections.abc import Collection, Iterator
 from dataclasses import dataclass
 from typing import Any
 
@@ -154,8 +154,9 @@ class History:
 
     def _thin(self) -> None:
         share = 1.0
+        landmarks = {id(line) for line in extremes(self._lines)}
         while self._is_too_much() and share > LEAST_SHARE:
-            self._lines = thinned(self._lines, share)
+            self._lines = thinned(self._lines, share, landmarks)
             share /= 2
         while self._is_too_much():
             # No line of a run: what came at once, or is much too long. The older half goes, but for the start.
@@ -167,12 +168,11 @@ class History:
         return len(self._lines) > self._most * 3 // 4 or self._size > MOST_SIZE * 3 // 4
 
 
-def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
-    """From the newest on, what is not too near to its newer neighbour of the same kind."""
+def thinned(lines: list[Line], share: float = 1.0, landmarks: Collection[int] = ()) -> list[Line]:
+    """From the newest on, what is not too near to its newer neighbour of the same kind; and the landmarks, by their id()."""
     if not lines:
         return []
     now = max(line.time for line in lines)
-    landmarks = {id(line) for line in extremes(lines)}
     newer: dict[str, float] = {}
     others = MOST_OTHERS * share
     kept = []
