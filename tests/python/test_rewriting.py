@@ -190,7 +190,7 @@ class RewritingTest(unittest.TestCase):
             conditions = [Condition({j: 3 * j + 7 + i for j in range(n)}, 90, 90) for i in range(count)]
             return tuning(Program([Column(0, 1) for _ in range(n)], conditions))[:2]
 
-        self.assertEqual([row(5, n) for n in (40, 45, 46, 65)], [(MARKET_SPLIT, 40)] * 2 + [(MARKET_SPLIT, 50), (MARKET_SPLIT, 60)])
+        self.assertEqual([row(5, n) for n in (40, 45, 46, 65)], [(MARKET_SPLIT, 40)] * 2 + [(MARKET_SPLIT, 60)] * 2)
         self.assertEqual([row(1, n) for n in (20, 61)], [(ONE_EQUATION, 60)] * 2)
         self.assertEqual([row(5, 66), row(1, 62), row(0, 9)], [(GENERAL, None)] * 3)
 

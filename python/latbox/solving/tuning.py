@@ -23,8 +23,7 @@ MARKET_SPLIT, ONE_EQUATION, KNAPSACKS, GENERAL = "market split", "one equation",
 # knapsacks lie in the corners of the box, and the metric that is bent towards the box finds them.
 TABLE = [
     Tuning(MARKET_SPLIT, 40, {"eprune": 0, "beta": 30}),
-    Tuning(MARKET_SPLIT, 50, {"eprune": 0}),
-    Tuning(MARKET_SPLIT, 60, {"eprune": 0, "beta": 30}),
+    Tuning(MARKET_SPLIT, 60, {"eprune": 0}),
     Tuning(ONE_EQUATION, 60, {"eprune": 0}),
     Tuning(KNAPSACKS, 60, {"scale": 1}),
     Tuning(GENERAL, None, {}),

@@ -199,13 +199,12 @@ def extremes(lines: list[Line]) -> Iterator[Line]:
         if line.kind in DENSITY:
             firsts.setdefault(line.kind, line)
     yield from firsts.values()
-    least: Line | None = None
-    greatest: Line | None = None
-    for line in lines:
-        if line.objective is not None:
-            least = line if least is None or is_less(line.objective, least.objective) else least
-            greatest = line if greatest is None or is_less(greatest.objective, line.objective) else greatest
-    yield from (line for line in (least, greatest) if line is not None)
+    values = [(line.objective, line) for line in lines if line.objective is not None]
+    least = greatest = values[0] if values else None
+    for value in values:
+        least = value if least is None or is_less(value[0], least[0]) else least
+        greatest = value if greatest is None or is_less(greatest[0], value[0]) else greatest
+    yield from (value[1] for value in (least, greatest) if value is not None)
     progress = [line for line in lines if line.kind == "progress"]
     for measure in MEASURES:
         found = [(seconds(match[1]), k) for k, line in enumerate(progress) if (match := measure.search(line.text))]
