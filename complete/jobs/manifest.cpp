@@ -5,6 +5,7 @@
 
 #include "complete/command.h"
 #include "complete/digest.h"
+#include "complete/jobs/cover.h"
 #include "complete/jobs/prefix_text.h"
 #include "complete/words.h"
 
@@ -83,7 +84,8 @@ std::string Head::text() const {
   };
   return std::string(FIRST) + "\nversion " + VERSION + "\noptions" + option("all", wanted.all) +
          option("ties", wanted.ties) + option("count", wanted.count) + option("proof", wanted.proof) +
-         "\nprogram " + program + "\nlattice " + lattice + "\nproof " + proof + "\n";
+         "\nprogram " + program + "\nlattice " + lattice + "\nproof " + proof + "\nrank " +
+         std::to_string(rank) + "\n";
 }
 
 std::string Head::digest() const {
@@ -139,12 +141,15 @@ Manifest parseManifest(std::string_view text) {
   head.program = next("program");
   head.lattice = next("lattice");
   head.proof = next("proof");
+  head.rank = Words(next("rank")).next<unsigned long>();
   const std::string digest = head.digest();
   if (next("head") != digest) throw BadWords("its head is not as it was written");
   while (std::getline(lines, line)) {
     Entry entry = entryOf(line, digest);
     if (!manifest.entries.empty() && manifest.entries.back().number >= entry.number)
       throw BadWords("its pieces are out of order");
+    if (depthOf(entry.pieces) > head.rank)
+      throw BadWords("piece " + std::to_string(entry.number) + " goes deeper than the lattice");
     manifest.entries.push_back(std::move(entry));
   }
   return manifest;

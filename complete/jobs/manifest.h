@@ -30,6 +30,8 @@ struct Head {
   std::string program;
   std::string lattice;
   std::string proof;
+  // Of the lattice: no prefix is longer.
+  unsigned long rank = 0;
 
   std::string text() const;
   // Names the folder's pieces wherever a result goes.

@@ -202,7 +202,9 @@ class AnswerTest(unittest.TestCase):
                             ("piece 3: open 2 prefixes, 1 points, 5 nodes", (2, 1, 5, None)),
                             ("piece 3: done, 1 points, 5 nodes best -3:1/2 0", (0, 1, 5, "-3:1/2 0"))):
             self.assertEqual(pieces.taken(Answer(0, [text], "")), pieces.Taken(*taken))
-        self.assertIsNone(pieces.taken(Answer(1, [], "latbox-all: it is torn")))
+        self.assertIsNone(pieces.taken(Answer(1, [], "latbox-all: r: not taken: it is torn")))
+        with self.assertRaisesRegex(EngineError, "No space left"):
+            pieces.taken(Answer(1, [], "latbox-all: 3.result.tmp: No space left on device"))
 
     def test_what_is_no_answer(self) -> None:
         for read, answer in ((pieces.taken, Answer(0, [], "")), (pieces.taken, Answer(3, [], "x")), (pieces.listing, Answer(1, [], "")),

@@ -63,7 +63,7 @@ class Folder:
             return
         if self._content(self.file("program.opt")) != self._content(program):
             raise UsageError("%s holds the pieces of another program; --jobs=DIR names another folder" % self.path)
-        before = self._content(self.own("search")).decode()
+        before = self._content(self.own("search")).decode("utf-8", "replace")
         if os.path.exists(self.own("search")) and before != text:
             raise UsageError("%s was cut by the options %s; --jobs=DIR names another folder" %
                              (self.path, " ".join(before.split()) or "that are none"))
@@ -120,12 +120,12 @@ class Folder:
 
     def read_manifest(self) -> None:
         """The lines that are new."""
-        with open(self.file("manifest"), encoding="utf-8") as file:
+        with open(self.file("manifest"), "rb") as file:
             file.seek(self._read)
-            text = file.read()
-        text = text[: text.rfind("\n") + 1]
-        self._read += len(text.encode())
-        for line in text.splitlines(keepends=True):
+            data = file.read()
+        data = data[: data.rfind(b"\n") + 1]
+        self._read += len(data)
+        for line in data.decode("utf-8", "replace").splitlines(keepends=True):
             match = PIECE_LINE.match(line)
             if match:
                 self._lines[int(match[1])] = line

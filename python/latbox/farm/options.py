@@ -29,7 +29,8 @@ def take_share(text: str) -> Fraction:
 
 
 def take_catalog(text: str) -> str:
-    if not CATALOG.match(text):
+    match = CATALOG.match(text)
+    if not match or (match[1] and not 1 <= int(match[1][1:]) <= 65535):
         raise Wanted("the name of a host is wanted, with or without :PORT")
     return text
 
