@@ -1,5 +1,6 @@
 #include "complete/jobs/division.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <mutex>
 
@@ -156,6 +157,10 @@ std::string proofTextOf(const Program& program, unsigned long count, Manifest& m
     Entry whole;
     whole.share = Share();
     whole.nodes = walk.beginning.lattice->nodes;
+    // As pieces of a search: what is smaller is not worth a share.
+    constexpr double SMALL = 50;
+    if (whole.nodes < SMALL * static_cast<double>(count))
+      count = std::max(1ul, static_cast<unsigned long>(whole.nodes / SMALL));
     for (Entry& entry : sharesOf(whole, count, "")) manifest.entries.push_back(std::move(entry));
   }
   return textOf(walk);

@@ -57,6 +57,27 @@ class FolderTest(harness.Case):
         with self.assertRaisesRegex(LatboxError, "another latbox-farm is at work there"):
             self.entered()
 
+    def test_a_folder_of_somebody_else(self) -> None:
+        self.write("file", "mine")
+        os.mkdir(self.path("notes"))
+        self.write("notes/mine", "x")
+        for name, reason in (("file", "a folder cannot be made there: Not a directory"), ("notes", "it is not empty, and no folder of pieces"),
+                             ("file/deeper", "a folder cannot be made there: Not a directory")):
+            with self.assertRaises(UsageError) as caught:
+                Folder(self.path(name)).enter()
+            self.assertEqual(str(caught.exception), "--jobs=%s: %s" % (self.path(name), reason))
+        self.assertEqual(os.listdir(self.path("notes")), ["mine"])
+
+    def test_a_manifest_that_is_damaged_is_read_all_the_same(self) -> None:
+        folder = self.entered()
+        with open(self.path("jobs/manifest"), "wb") as file:
+            file.write(b"x\xff\npiece 1 - 2 \xe9 aa\n")
+        folder.read_manifest()
+        with open(self.path("jobs/manifest"), "ab") as file:
+            file.write(b"piece 2 - 2 . bb\npiece 3")
+        folder.read_manifest()
+        self.assertTrue(folder.manifest_of(2).endswith("piece 2 - 2 . bb\n"))
+
     def test_the_manifest_for_one_piece(self) -> None:
         folder = self.entered()
         self.write("jobs/manifest", MANIFEST)
@@ -256,6 +277,13 @@ class CommandTest(harness.Case):
         result = self.farm("none.opt")
         self.assertEqual((result.status, result.err), (2, "latbox-farm: none.opt: No such file or directory\n"))
         self.assertEqual(os.listdir(self.folder), [])
+
+    def test_no_folder_for_what_comes_out(self) -> None:
+        self.write("p.opt", "x")
+        for option in ("--out=no/p.all", "--proof=no/p.proof"):
+            result = self.farm(option, "p.opt")
+            self.assertEqual((result.status, result.err), (2, "latbox-farm: %s: there is no such folder\n" % option))
+        self.assertEqual(os.listdir(self.folder), ["p.opt"])
 
     def test_help(self) -> None:
         result = self.farm("--help")

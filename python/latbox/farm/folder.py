@@ -24,6 +24,8 @@ from ..errors import LatboxError, UsageError
 from ..models.sources import write_file
 
 PIECE_LINE = re.compile(r"piece ([0-9]+) ")
+# One of these is in every folder that a farm or latbox-all has begun.
+OURS = ("manager", "manifest", "program.opt")
 PARTIAL_ARRIVAL = re.compile(r"([0-9]+)\.[0-9]+\Z")
 
 
@@ -44,8 +46,14 @@ class Folder:
         return os.path.join(self.path, name)
 
     def enter(self) -> None:
-        """Makes what is missing, and keeps every other farm out until this process ends."""
-        os.makedirs(self.own("incoming"), exist_ok=True)
+        """Makes what is missing, and keeps every other farm out until this process ends. Throws UsageError where it cannot be made, or
+        is somebody else's."""
+        try:
+            if os.path.isdir(self.path) and os.listdir(self.path) and not any(os.path.exists(self.file(name)) for name in OURS):
+                raise UsageError("--jobs=%s: it is not empty, and no folder of pieces" % self.path)
+            os.makedirs(self.own("incoming"), exist_ok=True)
+        except OSError as error:
+            raise UsageError("--jobs=%s: a folder cannot be made there: %s" % (self.path, error.strerror)) from None
         lock = os.open(self.own("lock"), os.O_WRONLY | os.O_CREAT, 0o644)
         try:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
