@@ -56,19 +56,24 @@ bool Verification::listRow(const std::vector<Rational>& row, const Number& low, 
   return true;
 }
 
-bool Verification::keepsShort(const IntegerVector& z) const {
-  std::vector<long> words(z.size());
-  for (std::size_t j = 0; j < z.size(); ++j) {
-    if (!z[j].fits_slong_p()) return false;
-    words[j] = z[j].get_si();
+bool Verification::keeps(const std::vector<long>& words) const {
+  for (std::size_t j = 0; j < words.size(); ++j)
     if (words[j] < box_[j].first || words[j] > box_[j].second) return false;
-  }
   for (const Condition& condition : conditions_) {
     long sum = 0;
     for (const Word& word : condition.words) sum += word.coefficient * words[word.variable];
     if (sum < condition.low || sum > condition.high) return false;
   }
   return true;
+}
+
+bool Verification::keepsShort(const IntegerVector& z) const {
+  std::vector<long> words(z.size());
+  for (std::size_t j = 0; j < z.size(); ++j) {
+    if (!z[j].fits_slong_p()) return false;
+    words[j] = z[j].get_si();
+  }
+  return keeps(words);
 }
 
 Point Verification::pointOf(const IntegerVector& z) const {

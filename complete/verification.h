@@ -21,6 +21,11 @@ class Verification {
   // The same, into the memory of another point.
   void takePoint(Point& x, const IntegerVector& z) const;
 
+  // Words hold all that keeps() computes.
+  bool isShort() const { return isShort_; }
+  // Whether these whole variables, one each, are those of a point of the program. Requires isShort().
+  bool keeps(const std::vector<long>& words) const;
+
  private:
   // Sums of products and sides are below this: two of them can be added.
   static constexpr long LIMIT = 1l << 62;

@@ -24,6 +24,28 @@ IntegerMatrix inverseOf(const IntegerMatrix& unimodular) {
   return solveUnimodular(unimodular, unit);
 }
 
+// `known` has the coefficients that were asked for, one for each level; `at` those of all.
+template <class Known, class At>
+bool isInPiece(const Piece& piece, Known& known, const At& at) {
+  if (piece.empty()) return true;
+  std::size_t level = known.size();
+  for (std::size_t i = 0; i < piece.size() && level > 0; ++i) {
+    const Choice& choice = piece[i];
+    auto& coefficient = known[--level];
+    if (!coefficient) coefficient = at(level);
+    if (!choice.closedUp && *coefficient >= choice.up) return true;
+    if (!choice.closedDown && *coefficient <= choice.down) return true;
+    if (i + 1 == piece.size() || *coefficient != choice.chosen) return false;
+  }
+  return false;
+}
+
+template <class Known, class At>
+bool isInAny(const std::vector<Piece>& pieces, Known& known, const At& at) {
+  return std::any_of(pieces.begin(), pieces.end(),
+                     [&](const Piece& piece) { return isInPiece(piece, known, at); });
+}
+
 }  // namespace
 
 PieceLattice withDual(BoxLattice lattice) {
@@ -49,53 +71,33 @@ Coefficients::Coefficients(const PieceLattice& lattice) : lattice_(lattice) {
     own_.emplace_back(0);
     for (std::size_t c = 0; c < row.size(); ++c) own_.back() += row[c] * lattice.box.point[c];
   }
-  listShort();
+  isShort_ = listShort();
 }
 
-// Points are in the box; whatever is not is left to GMP.
-void Coefficients::listShort() {
-  constexpr unsigned DIGITS = 62;
+// Sums of products, and what is taken off them, are below 2^62: their difference is a word too.
+bool Coefficients::listShort() {
+  const auto fits = [](const Integer& value) { return mpz_sizeinbase(value.get_mpz_t(), 2) <= 62; };
   const BoxLattice& box = lattice_.box;
-  for (const IntegerVector& row : lattice_.dual) {
+  for (std::size_t c = 0; c < box.variables.size(); ++c) {
+    if (!fits(box.low[c]) || !fits(box.high[c])) return false;
+    shortBox_.emplace_back(box.low[c].get_si(), box.high[c].get_si());
+  }
+  for (std::size_t i = 0; i < lattice_.dual.size(); ++i) {
     Integer most = 0;
-    for (std::size_t c = 0; c < row.size(); ++c)
-      most += abs(row[c]) * std::max<Integer>(abs(box.low[c]), abs(box.high[c]));
-    if (mpz_sizeinbase(most.get_mpz_t(), 2) > DIGITS) {
-      words_.clear();
-      return;
+    std::vector<long>& row = shortDual_.emplace_back();
+    for (std::size_t c = 0; c < box.variables.size(); ++c) {
+      const Integer& value = lattice_.dual[i][c];
+      most += abs(value) * std::max<Integer>(abs(box.low[c]), abs(box.high[c]));
+      if (!fits(value)) return false;
+      row.push_back(value.get_si());
     }
-    std::vector<long>& words = words_.emplace_back();
-    for (const Integer& value : row) {
-      if (!value.fits_slong_p()) {
-        words_.clear();
-        return;
-      }
-      words.push_back(value.get_si());
-    }
+    if (!fits(most) || !fits(own_[i])) return false;
+    shortOwn_.push_back(own_[i].get_si());
   }
-}
-
-std::vector<long> Coefficients::wordsOf(const IntegerVector& z) const {
-  const BoxLattice& box = lattice_.box;
-  if (words_.empty()) return {};
-  std::vector<long> words(box.variables.size());
-  for (std::size_t c = 0; c < words.size(); ++c) {
-    const Integer& value = z[box.variables[c]];
-    if (value < box.low[c] || value > box.high[c] || !value.fits_slong_p()) return {};
-    words[c] = value.get_si();
-  }
-  return words;
+  return true;
 }
 
 Integer Coefficients::at(std::size_t i, const IntegerVector& z) const {
-  return at(i, z, wordsOf(z));
-}
-
-Integer Coefficients::at(std::size_t i, const IntegerVector& z, const std::vector<long>& words) const {
-  if (!words.empty()) {
-    const std::vector<long>& row = words_[i];
-    return std::inner_product(row.begin(), row.end(), words.begin(), 0l) - own_[i];
-  }
   const IntegerVector& row = lattice_.dual[i];
   Integer sum = -own_[i];
   for (std::size_t c = 0; c < row.size(); ++c)
@@ -103,26 +105,30 @@ Integer Coefficients::at(std::size_t i, const IntegerVector& z, const std::vecto
   return sum;
 }
 
-bool Coefficients::isIn(const Piece& piece, const IntegerVector& z, Known& known) const {
-  if (piece.empty()) return true;
-  std::size_t level = lattice_.box.rank();
-  for (std::size_t i = 0; i < piece.size() && level > 0; ++i) {
-    const Choice& choice = piece[i];
-    std::optional<Integer>& coefficient = known.coefficients[--level];
-    if (!coefficient) coefficient = at(level, z, known.words);
-    if (!choice.closedUp && *coefficient >= choice.up) return true;
-    if (!choice.closedDown && *coefficient <= choice.down) return true;
-    if (i + 1 == piece.size() || *coefficient != choice.chosen) return false;
-  }
-  return false;
+long Coefficients::at(std::size_t i, const Room& room) const {
+  return std::inner_product(room.free.begin(), room.free.end(), shortDual_[i].begin(), -shortOwn_[i]);
 }
 
 bool Coefficients::isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const {
-  if (pieces.empty()) return false;
-  Known known{std::vector<std::optional<Integer>>(lattice_.box.rank()), wordsOf(z)};
-  for (const Piece& piece : pieces)
-    if (isIn(piece, z, known)) return true;
-  return false;
+  std::vector<std::optional<Integer>> known(lattice_.box.rank());
+  return isInAny(pieces, known, [&](std::size_t i) { return at(i, z); });
+}
+
+bool Coefficients::enter(Room& room, const std::vector<long>& words) const {
+  if (!isShort_) return false;
+  const std::vector<std::size_t>& variables = lattice_.box.variables;
+  room.free.resize(variables.size());
+  for (std::size_t c = 0; c < variables.size(); ++c) {
+    const long value = words[variables[c]];
+    if (value < shortBox_[c].first || value > shortBox_[c].second) return false;
+    room.free[c] = value;
+  }
+  room.known.assign(lattice_.box.rank(), std::nullopt);
+  return true;
+}
+
+bool Coefficients::belong(const std::vector<Piece>& pieces, Room& room) const {
+  return isInAny(pieces, room.known, [&](std::size_t i) { return at(i, room); });
 }
 
 }  // namespace latbox::complete::jobs

@@ -14,8 +14,21 @@ namespace latbox::complete::jobs {
 PieceLattice withDual(BoxLattice lattice);
 
 // Of points of one lattice. It must outlive this.
+//
+// Where the box proves that words hold every coefficient and each sum on the way to it, words do it for
+// points in the box; for others, and elsewhere, GMP.
 class Coefficients {
  public:
+  // Room for the words of one point after another.
+  class Room {
+   private:
+    friend Coefficients;
+    // Its free variables.
+    std::vector<long> free;
+    // Those of its coefficients that were asked for.
+    std::vector<std::optional<long>> known;
+  };
+
   explicit Coefficients(const PieceLattice& lattice);
 
   // Of whole variables of a point, whether it belongs to one of the pieces. All further levels than they name
@@ -23,25 +36,22 @@ class Coefficients {
   bool isIn(const std::vector<Piece>& pieces, const IntegerVector& z) const;
   Integer at(std::size_t i, const IntegerVector& z) const;
 
- private:
-  // What is known of a point.
-  struct Known {
-    // Those of its coefficients that were asked for.
-    std::vector<std::optional<Integer>> coefficients;
-    // Its free variables; empty: words do not hold them, or sums of them.
-    std::vector<long> words;
-  };
+  // The point with these words, which belong() asks about, is now the one in the room; false: it takes GMP.
+  bool enter(Room& room, const std::vector<long>& words) const;
+  bool belong(const std::vector<Piece>& pieces, Room& room) const;
 
-  std::vector<long> wordsOf(const IntegerVector& z) const;
-  Integer at(std::size_t i, const IntegerVector& z, const std::vector<long>& words) const;
-  bool isIn(const Piece& piece, const IntegerVector& z, Known& known) const;
-  void listShort();
+ private:
+  long at(std::size_t i, const Room& room) const;
+  bool listShort();
 
   const PieceLattice& lattice_;
   // Of the lattice's point.
   IntegerVector own_;
-  // The dual where words hold every sum over the box; else empty.
-  std::vector<std::vector<long>> words_;
+  // The box, the dual, and the coefficients of the lattice's point.
+  std::vector<std::pair<long, long>> shortBox_;
+  std::vector<std::vector<long>> shortDual_;
+  std::vector<long> shortOwn_;
+  bool isShort_;
 };
 
 }  // namespace latbox::complete::jobs

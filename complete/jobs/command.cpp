@@ -38,8 +38,10 @@ int list(const Options& options) {
   const auto complain = [](const std::string& what) {
     std::fprintf(stderr, "latbox-all: %s\n", what.c_str());
   };
+  const SearchControl alone;
+  const Reports reports = *readReports(folder, alone, [](const Entry&, const Result&) {});
   std::string text;
-  for (const Standing& standing : standings(folder, complain)) {
+  for (const Standing& standing : standings(folder, reports, complain)) {
     char line[128];
     std::snprintf(line, sizeof line, "%lu %s %.3g %lu %lu\n", standing.entry->number, nameOf(standing.state),
                   standing.entry->nodes, standing.result ? standing.result->points : 0,

@@ -36,15 +36,17 @@ class Joiner {
   Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
     if (folder_.manifest().entries.empty()) return complete::solve(program, task, finds, journal);
     const PieceLattice lattice = folder_.isListing() ? provenLattice() : folder_.lattice();
-    const std::vector<Standing> all = standings(folder_, complain);
-    requireAll(all);
-    const PointReader reader(program, lattice, folder_.isListing());
+    const PointReader reader(program, lattice);
     // All are looked at before the first is written.
-    each(all, journal.control(),
-         [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
-    if (!folder_.isListing()) return solveBest(reader, all, task, finds, journal);
+    const auto reports =
+        readReports(folder_, journal.control(),
+                    [&](const Entry& entry, const Result& result) { judge(folder_, reader, entry, result); });
+    if (!reports) return Outcome::STOPPED;
+    all_ = standings(folder_, *reports, complain);
+    requireAll(*reports);
+    if (!folder_.isListing()) return solveBest(reader, task, finds, journal);
     finds.begin();
-    const bool isListed = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
+    const bool isListed = each(journal.control(), [&](const Entry& entry, const Result& result) {
       if (entry.share) return;
       if (folder_.wanted().count) return finds.add(result.points);
       finds.listLines(result.lines, result.points);
@@ -53,13 +55,13 @@ class Joiner {
     return finds.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
   }
 
-  // Of the shares of its walk, where the folder has them.
+  // Of the shares of its walk, where the folder has them. Requires that it was solved.
   std::string proof(const Program& program, const proof::Claim& claim, SearchControl& control) const {
     if (folder_.manifest().head.proof == "-") return proof::proofOf(program, claim, control);
     const ProofWalk walk = parseProofWalk(folder_.proofText());
     if (!walk.beginning.lattice) return proof::proofOf(walk.beginning.text, std::nullopt);
     proof::WalkCount count;
-    for (const Standing& standing : standings(folder_, complain)) {
+    for (const Standing& standing : all_) {
       if (!standing.entry->share || !standing.result || standing.result->isOpenShare) continue;
       count.nodes += standing.result->nodes;
       count.points += standing.result->met;
@@ -80,10 +82,13 @@ class Joiner {
     return lattice;
   }
 
-  void requireAll(const std::vector<Standing>& all) const {
+  void requireAll(const Reports& reports) const {
     constexpr unsigned MOST = 20;
     unsigned missing = 0;
-    for (const Standing& standing : all) {
+    for (const Standing& standing : all_) {
+      const std::string& untruth = reports.at(standing.entry->number).untruth;
+      if (standing.result && !untruth.empty())
+        throw BadFolder("piece " + std::to_string(standing.entry->number) + ": " + untruth);
       const bool isOpen = standing.state == State::OPEN;
       if (!isOpen && standing.state != State::PARTIAL) continue;
       if (standing.entry->share && options_.proof.empty()) continue;
@@ -96,18 +101,17 @@ class Joiner {
   }
 
   // The target norm is proven; what is left is done as the undivided run does it.
-  Outcome solveBest(const PointReader& reader, const std::vector<Standing>& all, Task task, Finds& finds,
-                    Journal& journal) const {
+  Outcome solveBest(const PointReader& reader, Task task, Finds& finds, Journal& journal) const {
     const Program& program = folder_.program();
     std::optional<BestPoint> best = bestIn(folder_.pathOf("best"), program);
     std::mutex mutex;
-    const bool isRead = each(all, journal.control(), [&](const Entry& entry, const Result& result) {
-      const auto found = bestOf(reader, entry, result, program);
+    const bool isRead = each(journal.control(), [&](const Entry&, const Result& result) {
+      const auto found = bestOf(reader, result, program);
       const std::lock_guard lock(mutex);
       best = betterOf(best, found);
     });
     if (!isRead) throw BadFolder("--jobs=" + options_.jobs + ": the join was stopped");
-    requireBounds(all, best);
+    requireBounds(best);
     if (!best) {
       finds.begin();
       return Outcome::NONE;
@@ -118,8 +122,8 @@ class Joiner {
   }
 
   // Nobody has left out a point that is better than the best.
-  void requireBounds(const std::vector<Standing>& all, const std::optional<BestPoint>& best) const {
-    for (const Standing& standing : all) {
+  void requireBounds(const std::optional<BestPoint>& best) const {
+    for (const Standing& standing : all_) {
       if (!standing.result || !standing.result->bound) continue;
       if (best && parseRational(*standing.result->bound) >= best->norms.target) continue;
       throw BadFolder("piece " + std::to_string(standing.entry->number) + ": is complete below " +
@@ -127,17 +131,19 @@ class Joiner {
     }
   }
 
-  // False: it was stopped.
+  // Of all results that count, as they were judged. False: it was stopped.
   template <class Use>
-  bool each(const std::vector<Standing>& all, const SearchControl& control, const Use& use) const {
+  bool each(const SearchControl& control, const Use& use) const {
     Parts parts;
-    parts.end = all.size();
+    parts.end = all_.size();
     parts.make = [&](unsigned long i) {
-      if (!all[i].result) return true;
-      const Entry& entry = *all[i].entry;
+      if (!all_[i].result) return true;
+      const Entry& entry = *all_[i].entry;
       const std::string path = folder_.resultPath(entry.number);
       try {
-        use(entry, folder_.resultIn(path, entry));
+        const Result result = folder_.resultIn(path, entry);
+        if (result.seal != all_[i].result->seal) throw BadWords(path + ": was changed meanwhile");
+        use(entry, result);
       } catch (const BadWords& e) {
         throw BadFolder("piece " + std::to_string(entry.number) + ": " + e.what());
       }
@@ -149,6 +155,8 @@ class Joiner {
 
   const Options& options_;
   const Folder& folder_;
+  // Once it is solved.
+  std::vector<Standing> all_;
 };
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "complete/jobs/point_reader.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
 
 #include "complete/points_file.h"
 #include "complete/words.h"
@@ -10,61 +8,82 @@
 namespace latbox::complete::jobs {
 namespace {
 
-constexpr unsigned long MOST_DIGITS = 9;
+long wordOf(long value) {
+  return value;
+}
 
-std::uint64_t sumOf(const IntegerVector& z) {
+long wordOf(const Integer& value) {
+  return value.get_si();
+}
+
+template <class Values>
+std::uint64_t sumOf(const Values& values) {
   constexpr std::uint64_t PRIME = 0x9e3779b97f4a7c15;
-  std::uint64_t sum = z.size();
-  for (const Integer& value : z) {
-    sum = (sum ^ static_cast<std::uint64_t>(value.get_si())) * PRIME;
+  std::uint64_t sum = values.size();
+  for (const auto& value : values) {
+    sum = (sum ^ static_cast<std::uint64_t>(wordOf(value))) * PRIME;
     sum ^= sum >> 29;
   }
   return sum;
 }
 
-// Of a line of the time 0 without parameters.
-std::string untilTime(std::string line) {
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// Of a point's line all that stands before its time.
+std::string untilTime(const Program& program, const Point& x, const Norms& norms) {
   constexpr std::string_view REST = "0 | \n";
+  std::string line = lineOf(program, x, norms, 0, "");
   line.resize(line.size() - REST.size());
   return line;
 }
 
-}  // namespace
-
-PointReader::PointReader(const Program& program, const PieceLattice& lattice, bool isListing)
-    : program_(program), isListing_(isListing), verification_(program), coefficients_(lattice) {
-  for (const unsigned long digits : program.digits)
-    steps_.push_back(digits <= MOST_DIGITS ? powerOfTen(digits).get_si() : 0);
-  if (program.targets.empty() && std::all_of(steps_.begin(), steps_.end(), [](long s) { return s == 1; })) {
-    const std::string line = untilTime(lineOf(program, Point(program.variables()), {}, 0, ""));
-    middle_ = line.substr(line.find(']'));
-  }
-}
-
-// Points of a program without targets have equal norms. Time and parameters, "7 | --seed=1", are the job's
-// own.
-bool PointReader::isLineOf(std::string_view line, const IntegerVector& z, const Point& x) const {
-  std::string text;
-  if (!middle_.empty() && std::all_of(z.begin(), z.end(), [](const Integer& v) { return v.fits_slong_p(); }))
-    append(text, z);
-  else
-    text = untilTime(lineOf(program_, x, normsOf(program_, x), 0, ""));
-  if (!line.starts_with(text)) return false;
-  line.remove_prefix(text.size());
+// Whether nothing but this stands before the time; that and parameters, "7 | --seed=1", are the job's own.
+bool isUntilTime(std::string_view line, std::string_view beginning) {
+  if (!line.starts_with(beginning)) return false;
+  line.remove_prefix(beginning.size());
   const std::size_t digits = line.find_first_not_of("0123456789");
   return digits > 0 && digits != std::string_view::npos && line.substr(digits).starts_with(" | ") &&
          line.find('|', digits + 2) == std::string_view::npos;
 }
 
-void PointReader::append(std::string& text, const IntegerVector& z) const {
-  constexpr std::size_t LONGEST = 24;
-  char word[LONGEST];
-  text = "[ ";
-  for (const Integer& value : z) {
-    text.append(word, std::to_chars(word, word + LONGEST, value.get_si()).ptr);
-    text += ' ';
+}  // namespace
+
+// Points of a program without targets have equal norms.
+PointReader::PointReader(const Program& program, const PieceLattice& lattice)
+    : program_(program), verification_(program), coefficients_(lattice) {
+  const auto isWhole = [](unsigned long digits) { return digits == 0; };
+  if (program.targets.empty() && std::all_of(program.digits.begin(), program.digits.end(), isWhole)) {
+    const std::string line = untilTime(program, Point(program.variables()), {});
+    middle_ = line.substr(line.find(']'));
   }
-  text += middle_;
+}
+
+// False: the line is not in the very form that is written, or its values are long.
+bool PointReader::takeWords(std::string_view line, std::vector<long>& words) const {
+  constexpr std::string_view BEGIN = "[ ";
+  constexpr std::ptrdiff_t MOST_DIGITS = 18;
+  if (middle_.empty() || !line.starts_with(BEGIN)) return false;
+  const char* at = line.data() + BEGIN.size();
+  const char* const end = line.data() + line.size();
+  for (long& word : words) {
+    // Nearly all of them are.
+    if (const bool isDigitAlone = end - at > 1 && isDigit(at[0]) && at[1] == ' '; isDigitAlone) {
+      word = at[0] - '0';
+      at += 2;
+      continue;
+    }
+    const bool isNegative = at != end && *at == '-';
+    if (isNegative) ++at;
+    const char* const first = at;
+    long value = 0;
+    for (; at != end && isDigit(*at) && at - first < MOST_DIGITS; ++at) value = 10 * value + (*at - '0');
+    if (at == first || at == end || *at != ' ' || *first == '0') return false;
+    ++at;
+    word = isNegative ? -value : value;
+  }
+  return isUntilTime(line.substr(static_cast<std::size_t>(at - line.data())), middle_);
 }
 
 // A line begins with "[ x1 ... xn ]".
@@ -77,33 +96,41 @@ void PointReader::takeWhole(std::string_view line, IntegerVector& z) const {
     return line.substr(begin, place - begin);
   };
   if (next() != "[") throw BadWords("no point");
-  for (std::size_t j = 0; j < z.size(); ++j) {
-    const std::string_view word = next();
-    int value = 0;
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (error == std::errc() && end == word.data() + word.size() && steps_[j] != 0) {
-      z[j] = value;
-      z[j] *= steps_[j];
-      continue;
-    }
-    try {
-      const Rational whole = parseRational(word) * powerOfTen(program_.digits[j]);
+  for (std::size_t j = 0; j < z.size(); ++j) try {
+      const Rational whole = parseRational(next()) * powerOfTen(program_.digits[j]);
       if (whole.get_den() != 1) throw BadWords("a value between two steps");
       z[j] = whole.get_num();
     } catch (const BadNumber&) {
       throw BadWords("a value that is none");
     }
-  }
   if (next() != "]") throw BadWords("a point of another number of variables");
 }
 
-IntegerVector PointReader::wholeOf(std::string_view line) const {
-  IntegerVector z(program_.variables());
-  takeWhole(line, z);
-  return z;
+std::uint64_t PointReader::judgeLine(std::string_view line, const Result& result, const Entry& entry,
+                                     Room& room) const {
+  constexpr const char* ELSEWHERE = "a point of another piece";
+  if (verification_.isShort() && takeWords(line, room.words) && verification_.keeps(room.words) &&
+      coefficients_.enter(room.coefficients, room.words)) {
+    if (!coefficients_.belong(entry.pieces, room.coefficients) ||
+        coefficients_.belong(result.open, room.coefficients))
+      throw BadWords(ELSEWHERE);
+    return sumOf(room.words);
+  }
+  takeWhole(line, room.z);
+  verification_.takePoint(room.x, room.z);
+  if (!coefficients_.isIn(entry.pieces, room.z) || coefficients_.isIn(result.open, room.z))
+    throw BadWords(ELSEWHERE);
+  if (!isUntilTime(line, untilTime(program_, room.x, normsOf(program_, room.x))))
+    throw BadWords("another line than that of its point");
+  return sumOf(room.z);
 }
 
 void PointReader::requireDistinct(std::vector<Line>& all) const {
+  const auto wholeOf = [this](std::string_view line) {
+    IntegerVector z(program_.variables());
+    takeWhole(line, z);
+    return z;
+  };
   std::sort(all.begin(), all.end(), [](const Line& a, const Line& b) { return a.sum < b.sum; });
   for (std::size_t first = 0; first < all.size(); ++first)
     for (std::size_t i = first + 1; i < all.size() && all[i].sum == all[first].sum; ++i)
@@ -112,33 +139,41 @@ void PointReader::requireDistinct(std::vector<Line>& all) const {
                        ": stands there twice");
 }
 
-void PointReader::read(const Result& result, const Entry& entry,
-                       const std::function<void(const Point&)>& take) const {
-  Point x;
-  IntegerVector z(program_.variables());
-  std::vector<Line> all;
+template <class Use>
+void PointReader::eachLine(const Result& result, const Use& use) const {
   unsigned long number = 0;
   const std::string_view lines = result.lines;
   try {
     for (std::size_t place = 0; place < lines.size();) {
       ++number;
       const std::size_t end = std::min(lines.find('\n', place), lines.size());
-      const std::string_view line = lines.substr(place, end - place);
-      takeWhole(line, z);
-      verification_.takePoint(x, z);
-      if (isListing_ && (!coefficients_.isIn(entry.pieces, z) || coefficients_.isIn(result.open, z)))
-        throw BadWords("a point of another piece");
-      if (isListing_ && !isLineOf(line, z, x)) throw BadWords("another line than that of its point");
-      if (isListing_) all.push_back({sumOf(z), number, line});
-      take(x);
+      use(number, lines.substr(place, end - place));
       place = end + 1;
     }
   } catch (const std::exception& e) {
     throw BadWords("point " + std::to_string(number) + ": " + e.what());
   }
-  requireDistinct(all);
   if (number != result.points)
     throw BadWords(std::to_string(number) + " points, not " + std::to_string(result.points));
+}
+
+void PointReader::judge(const Result& result, const Entry& entry) const {
+  const std::size_t n = program_.variables();
+  Room room{std::vector<long>(n), {}, IntegerVector(n), {}};
+  std::vector<Line> all;
+  eachLine(result, [&](unsigned long number, std::string_view line) {
+    all.push_back({judgeLine(line, result, entry, room), number, line});
+  });
+  requireDistinct(all);
+}
+
+void PointReader::read(const Result& result, const std::function<void(const Point&)>& take) const {
+  Room room{{}, {}, IntegerVector(program_.variables()), {}};
+  eachLine(result, [&](unsigned long, std::string_view line) {
+    takeWhole(line, room.z);
+    verification_.takePoint(room.x, room.z);
+    take(room.x);
+  });
 }
 
 }  // namespace latbox::complete::jobs

@@ -1,4 +1,9 @@
 // The points of a result, none of which is believed.
+//
+// Idea: millions of them come from other machines, and whoever joins them must not take as long as who found
+// them. A line in the very form that is written for such a point, with values that are whole and short, is
+// read, verified and placed in machine words, some 3 microseconds for 100 variables; any other line by GMP,
+// which says the same, and what is wrong.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +19,15 @@ namespace latbox::complete::jobs {
 
 class PointReader {
  public:
-  // Of lists of points, or of better and better ones. Both must outlive this.
-  PointReader(const Program& program, const PieceLattice& lattice, bool isListing);
+  // Both must outlive this.
+  PointReader(const Program& program, const PieceLattice& lattice);
 
-  // The points of the lines, as many as the result says, each verified against the program as it was read;
-  // those of a list to belong to the entry, and not to what the result has left, each once, and its line to
-  // be that of the .sol form. Throws BadWords with the line.
-  void read(const Result& result, const Entry& entry, const std::function<void(const Point&)>& take) const;
+  // Of a list of points. Throws BadWords with the line unless there are as many as the result says, each one
+  // verified against the program as it was read, of the entry and not of what the result has left, there once
+  // alone, and its line that of the .sol form.
+  void judge(const Result& result, const Entry& entry) const;
+  // Of better and better points, each one verified. Throws BadWords with the line.
+  void read(const Result& result, const std::function<void(const Point&)>& take) const;
 
  private:
   struct Line {
@@ -29,21 +36,25 @@ class PointReader {
     unsigned long number;
     std::string_view text;
   };
+  // Room for one point after another.
+  struct Room {
+    std::vector<long> words;
+    Coefficients::Room coefficients;
+    IntegerVector z;
+    Point x;
+  };
 
-  IntegerVector wholeOf(std::string_view line) const;
-  // The same, into the memory of another one.
+  template <class Use>
+  void eachLine(const Result& result, const Use& use) const;
+  std::uint64_t judgeLine(std::string_view line, const Result& result, const Entry& entry, Room& room) const;
+  bool takeWords(std::string_view line, std::vector<long>& words) const;
   void takeWhole(std::string_view line, IntegerVector& z) const;
   void requireDistinct(std::vector<Line>& all) const;
-  bool isLineOf(std::string_view line, const IntegerVector& z, const Point& x) const;
-  void append(std::string& text, const IntegerVector& z) const;
 
   const Program& program_;
-  bool isListing_;
   Verification verification_;
   Coefficients coefficients_;
-  std::vector<long> steps_;
-  // What is between a point's values and its time, where that is the same for all points whose values are
-  // whole; else empty.
+  // What is between a point's values and its time, where that is the same for all points; else empty.
   std::string middle_;
 };
 

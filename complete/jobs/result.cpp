@@ -68,6 +68,7 @@ Result parseResult(std::string text) {
     name = words.next<std::string>();
     takeLine(name, words, result);
   }
+  result.seal = text.substr(body->size());
   text.resize(body->size());
   text.erase(0, place);
   result.lines = std::move(text);

@@ -28,6 +28,8 @@ struct Result {
   // Points, listed or counted, and the lines of those that are listed.
   unsigned long points = 0;
   std::string lines;
+  // As read from a file: the digest of all of it.
+  std::string seal;
 
   bool isDone() const { return open.empty() && !isOpenShare; }
 };

@@ -34,8 +34,9 @@ bool makeUp(const std::vector<const Entry*>& children, const std::vector<Piece>&
 
 class Standings {
  public:
-  Standings(const Folder& folder, const std::function<void(const std::string&)>& complain)
-      : folder_(folder), manifest_(folder.manifest()), complain_(complain) {}
+  Standings(const Folder& folder, const Reports& reports,
+            const std::function<void(const std::string&)>& complain)
+      : folder_(folder), manifest_(folder.manifest()), reports_(reports), complain_(complain) {}
 
   std::vector<Standing> result() {
     std::vector<const Entry*> searches;
@@ -59,16 +60,9 @@ class Standings {
   }
 
   std::optional<Result> resultOf(const Entry& entry) const {
-    if (!folder_.hasResult(entry)) return std::nullopt;
-    try {
-      Result result = folder_.resultIn(folder_.resultPath(entry.number), entry);
-      result.lines.clear();
-      result.lines.shrink_to_fit();
-      return result;
-    } catch (const BadWords& e) {
-      complain_(e.what());
-      return std::nullopt;
-    }
+    const Report& report = reports_.at(entry.number);
+    if (!report.damage.empty()) complain_(report.damage);
+    return report.result;
   }
 
   void visit(const Entry& entry) {
@@ -101,6 +95,7 @@ class Standings {
 
   const Folder& folder_;
   const Manifest& manifest_;
+  const Reports& reports_;
   const std::function<void(const std::string&)>& complain_;
   std::vector<Standing> standings_;
 };
@@ -114,9 +109,9 @@ std::string sourceOf(const Result* result) {
   return digestOf(text);
 }
 
-std::vector<Standing> standings(const Folder& folder,
+std::vector<Standing> standings(const Folder& folder, const Reports& reports,
                                 const std::function<void(const std::string&)>& complain) {
-  return Standings(folder, complain).result();
+  return Standings(folder, reports, complain).result();
 }
 
 }  // namespace latbox::complete::jobs

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-#include "complete/jobs/folder.h"
+#include "complete/jobs/reports.h"
 
 namespace latbox::complete::jobs {
 
@@ -30,7 +30,7 @@ struct Standing {
 
 // Of all pieces that matter, in order. What is damaged is told by `complain`, a line each, and counts as not
 // there. Throws BadFolder if pieces do not make up what they should.
-std::vector<Standing> standings(const Folder& folder,
+std::vector<Standing> standings(const Folder& folder, const Reports& reports,
                                 const std::function<void(const std::string&)>& complain);
 
 // What the children of a piece with this result are made of: empty for all of it.

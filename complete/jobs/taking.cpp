@@ -34,10 +34,10 @@ void judge(const Folder& folder, const PointReader& reader, const Entry& entry, 
   if (!result.open.empty() && !isWithin(result.open, entry.pieces))
     throw BadWords("what is left is no part of the piece");
   if (folder.isListing()) {
-    reader.read(result, entry, [](const Point&) {});
+    reader.judge(result, entry);
     return;
   }
-  const auto found = bestOf(reader, entry, result, folder.program());
+  const auto found = bestOf(reader, result, folder.program());
   const auto known = betterOf(bestIn(folder.pathOf("best"), folder.program()), found);
   if (!result.bound) {
     if (found) throw BadWords("a point without a bound");
@@ -49,12 +49,9 @@ void judge(const Folder& folder, const PointReader& reader, const Entry& entry, 
     throw BadWords("it is complete below " + *result.bound + " alone");
 }
 
-std::optional<BestPoint> bestOf(const PointReader& reader, const Entry& entry, const Result& result,
-                                const Program& program) {
+std::optional<BestPoint> bestOf(const PointReader& reader, const Result& result, const Program& program) {
   std::optional<BestPoint> best;
-  reader.read(result, entry, [&](const Point& x) {
-    best = betterOf(best, BestPoint{x, normsOf(program, x)});
-  });
+  reader.read(result, [&](const Point& x) { best = betterOf(best, BestPoint{x, normsOf(program, x)}); });
   return best;
 }
 
@@ -67,9 +64,9 @@ int take(const Options& options) {
     Result result = folder.resultIn(options.take, entry);
     if (!old || !stays(folder, entry, *old, result)) {
       const PieceLattice lattice = folder.lattice();
-      const PointReader reader(folder.program(), lattice, folder.isListing());
+      const PointReader reader(folder.program(), lattice);
       judge(folder, reader, entry, result);
-      if (!folder.isListing()) offerLocked(folder, bestOf(reader, entry, result, folder.program()));
+      if (!folder.isListing()) offerLocked(folder, bestOf(reader, result, folder.program()));
       replaceFile(folder.resultPath(entry.number), textOf(result), true);
       print(lineOf(folder, entry, result));
       return 0;

@@ -14,7 +14,6 @@ int take(const Options& options);
 void judge(const Folder& folder, const PointReader& reader, const Entry& entry, const Result& result);
 
 // Of a result that was judged: the point that it brings.
-std::optional<BestPoint> bestOf(const PointReader& reader, const Entry& entry, const Result& result,
-                                const Program& program);
+std::optional<BestPoint> bestOf(const PointReader& reader, const Result& result, const Program& program);
 
 }  // namespace latbox::complete::jobs
