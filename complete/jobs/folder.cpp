@@ -76,6 +76,8 @@ PieceLattice Folder::lattice() const {
   try {
     PieceLattice lattice = parseLattice(partOf(path, manifest_.head.lattice));
     if (lattice.box.rank() != manifest_.head.rank) throw BadWords("its rank is not that of the manifest");
+    if (lattice.box.fixed.size() != program_.variables())
+      throw BadWords("it is one of another number of variables");
     return lattice;
   } catch (const BadWords& e) {
     throw BadFolder(path + ": " + e.what());
