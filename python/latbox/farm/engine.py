@@ -80,6 +80,7 @@ class Engine:
         self._queue.specify_keepalive_interval(half)
         self._queue.specify_keepalive_timeout(half)
         self._open: dict[int, Task] = {}
+        self._submitted = 0
         self._blocked: dict[str, float] = {}  # until when
 
     @property
@@ -112,6 +113,9 @@ class Engine:
             sent.specify_buffer(text, name, cache=False)
         sent.specify_output_file(task.arrival, task.output, cache=False)
         sent.specify_cores(1)
+        # By itself the engine takes the last one first, and the first ones, which are the largest, would be done at the very end.
+        self._submitted += 1
+        sent.specify_priority(-self._submitted)
         if task.is_second:
             # Before all others, for it was sent when the right worker was idle; and where several are, not to the same one each time.
             sent.specify_priority(1)
