@@ -99,15 +99,22 @@ const Entry* Manifest::find(unsigned long number) const {
 }
 
 std::vector<const Entry*> Manifest::childrenOf(unsigned long number, const std::string& source) const {
-  std::vector<const Entry*> children;
-  for (const Entry& entry : entries)
-    if (entry.parent == number && entry.source == source) children.push_back(&entry);
-  return children;
+  std::vector<const Entry*> found;
+  const auto all = children.find(number);
+  if (all == children.end()) return found;
+  for (const std::size_t place : all->second)
+    if (entries[place].source == source) found.push_back(&entries[place]);
+  return found;
 }
 
 void Manifest::append(Entry entry) {
   entry.number = entries.empty() ? 1 : entries.back().number + 1;
   entry.digest = digestOf(head.digest() + bodyOf(entry));
+  add(std::move(entry));
+}
+
+void Manifest::add(Entry entry) {
+  children[entry.parent].push_back(entries.size());
   entries.push_back(std::move(entry));
 }
 
@@ -150,7 +157,7 @@ Manifest parseManifest(std::string_view text) {
       throw BadWords("its pieces are out of order");
     if (depthOf(entry.pieces) > head.rank)
       throw BadWords("piece " + std::to_string(entry.number) + " goes deeper than the lattice");
-    manifest.entries.push_back(std::move(entry));
+    manifest.add(std::move(entry));
   }
   return manifest;
 }
