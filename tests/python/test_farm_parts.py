@@ -104,9 +104,22 @@ class FolderTest(harness.Case):
         folder.hold_to(["--all=1"], self.path("p.opt"))
         with self.assertRaisesRegex(UsageError, r"was cut by the options --all=1; --jobs=DIR names another folder\Z"):
             folder.hold_to(["--ties=1"], self.path("p.opt"))
+        self.write("jobs/manager/search", "")
+        with self.assertRaisesRegex(UsageError, r"was cut by no options of the search; "):
+            folder.hold_to(["--ties=1"], self.path("p.opt"))
         self.write("p.opt", "b")
         with self.assertRaisesRegex(UsageError, r"holds the pieces of another program; --jobs=DIR names another folder\Z"):
             folder.hold_to(["--all=1"], self.path("p.opt"))
+
+    def test_a_folder_that_no_farm_has_cut(self) -> None:
+        folder = self.entered()
+        self.write("p.opt", "a")
+        self.write("jobs/program.opt", "a")
+        self.write("jobs/manifest", MANIFEST.replace("head", "options all=0 ties=1 count=0 proof=0\nhead"))
+        with self.assertRaisesRegex(UsageError, r"was cut by the options --ties=1; "):
+            folder.hold_to([], self.path("p.opt"))
+        folder.hold_to(["--ties=1"], self.path("p.opt"))
+        folder.hold_to(["--ties=1", "--proof=1"], self.path("p.opt"))
 
     def test_what_came_in_before_a_kill(self) -> None:
         folder = self.entered()
