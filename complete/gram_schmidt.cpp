@@ -148,12 +148,14 @@ std::optional<GramSchmidt> roughGramSchmidtOf(const BoxLattice& lattice, unsigne
 }
 
 bool centre(BoxLattice& lattice, const GramSchmidt& gso) {
+  // Half a step to either side is as near, and rounding must not send the point to and fro between them.
+  constexpr double ENOUGH = 0.5 + 1e-6;
   FloatVector parts = gso.mu.back();
   bool moved = false;
   for (std::size_t t = lattice.rank(); t-- > 0;) {
+    if (abs(parts[t]) <= ENOUGH) continue;
     const Float rounded = floor(Float(parts[t] + 0.5));
     const Integer steps(rounded);
-    if (steps == 0) continue;
     moved = true;
     for (std::size_t j = 0; j < lattice.coordinates(); ++j) lattice.point[j] -= steps * lattice.basis[t][j];
     for (std::size_t j = 0; j < t; ++j) parts[j] -= rounded * gso.mu[t][j];

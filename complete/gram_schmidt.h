@@ -28,7 +28,8 @@ GramSchmidt gramSchmidtOf(const BoxLattice& lattice, unsigned long bits);
 // or too short.
 std::optional<GramSchmidt> roughGramSchmidtOf(const BoxLattice& lattice, unsigned long bits);
 
-// Moves the point by rows of the basis so that its parts along the Gram-Schmidt vectors are at most 1/2.
+// Moves the point by rows of the basis so that its parts along the Gram-Schmidt vectors are at most 1/2, but
+// for a millionth.
 // False: they are, and it stays.
 bool centre(BoxLattice& lattice, const GramSchmidt& gso);
 

@@ -37,6 +37,13 @@ unsigned long numberOf(const std::string& key, const std::string& value) {
   return number;
 }
 
+unsigned long piecesOf(const std::string& key, const std::string& value) {
+  constexpr unsigned long MOST = 10'000'000;
+  const unsigned long number = numberOf(key, value);
+  if (number > MOST) refuseValue(key, value, "a number of pieces, 10000000 or fewer,");
+  return number;
+}
+
 // Digits with at most one point among them.
 double secondsOf(const std::string& key, const std::string& value) {
   const bool digits = !value.empty() && value.find_first_not_of("0123456789.") == std::string::npos &&
@@ -104,7 +111,7 @@ const std::vector<Key>& keys() {
            "Make the folder: about N pieces; with --job=K, of what is left of that piece. With --proof=1 "
            "also "
            "of the proof."},
-          &Options::split, numberOf),
+          &Options::split, piecesOf),
       key({"job", "K", "Do piece K of the folder."}, &Options::job, numberOf),
       key({"job-rtime", "SECONDS",
            "After so many seconds of the clock a piece ends with what is left of it; 0: no limit."},

@@ -129,7 +129,8 @@ void Walk<R>::start(const Piece& piece) {
   if (piece.empty()) {
     enter(data_, data_.level = k_ - 1);
   }
-  for (std::size_t i = 0; i < piece.size(); ++i) resume(k_ - 1 - i, piece[i], i + 1 < piece.size());
+  for (std::size_t i = 0; i < std::min(piece.size(), k_); ++i)
+    if (!resume(k_ - 1 - i, piece[i], i + 1 < piece.size())) break;
 }
 
 // The constant part of the cut. False: it refutes everything.
@@ -179,21 +180,48 @@ void Walk<R>::pauseAt(std::size_t ceiling, unsigned long candidates) {
   data_.nextLook = std::min(BETWEEN_LOOKS, data_.sinceLook + candidates + 1);
 }
 
-// As the piece has left this level; with a choice, which was not refuted then, the cut is made anew.
+// As the piece has left this level; with a choice, which was not refuted then, the cut is made anew. False:
+// the choice is none that a walk would have made, and nothing is below it.
 template <class R>
-void Walk<R>::resume(std::size_t t, const Choice& choice, bool hasChosen) {
+bool Walk<R>::resume(std::size_t t, const Choice& choice, bool hasChosen) {
   enter(data_, data_.level = t);
   Level& level = levels_[t];
-  assign(level.up, Rational(choice.up));
-  assign(level.down, Rational(choice.down));
-  level.closedUp = choice.closedUp;
-  level.closedDown = choice.closedDown;
-  if (!hasChosen) return;
+  takeSides(level, choice);
+  if (!hasChosen) return true;
   assign(lambda_[t], Rational(choice.chosen));
   const R product = level.base + lambda_[t] * level.step;
+  if (product > level.most || -product > level.least) {
+    lambda_[t] = 0;
+    return false;
+  }
   const R a = product * level.inverseNorm;
   level.value = levels_[t + 1].value + a * product;
   addScaled(level.w, levels_[t + 1].w, level.g, static_cast<Weight<R>>(a), data_.width);
+  return true;
+}
+
+// Of a level that was just entered. A walk leaves both sides at or beside its range; whoever has written a
+// piece by hand may begin one far beyond its end, or far behind the centre, from where it would never come.
+template <class R>
+void Walk<R>::takeSides(Level& level, const Choice& choice) const {
+  level.closedUp = choice.closedUp;
+  level.closedDown = choice.closedDown;
+  const R first = roundDown(R((-level.least - level.base) / level.step)) - 2;
+  const R last = roundDown(R((level.most - level.base) / level.step)) + 3;
+  R up = level.up;
+  R down = level.down;
+  assign(up, Rational(choice.up));
+  assign(down, Rational(choice.down));
+  const bool isAll = !choice.closedUp && !choice.closedDown && choice.up == choice.down + 1;
+  if (isAll && (up > last || down < first)) return;
+  if (up <= last)
+    level.up = std::max(up, first);
+  else
+    level.closedUp = true;
+  if (down >= first)
+    level.down = std::min(down, last);
+  else
+    level.closedDown = true;
 }
 
 template <class R>

@@ -67,7 +67,8 @@ class Walk {
   using Level = WalkLevel<R, Weight<R>>;
 
   bool enterRoot();
-  void resume(std::size_t t, const Choice& choice, bool hasChosen);
+  bool resume(std::size_t t, const Choice& choice, bool hasChosen);
+  void takeSides(Level& level, const Choice& choice) const;
   Choice choiceAt(std::size_t t) const;
   double openPart(std::size_t t, double& chosenPart) const;
   bool follow(const std::vector<R>& choices);

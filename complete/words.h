@@ -4,6 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace latbox::complete {
@@ -21,7 +22,10 @@ class Words {
   template <class T>
   T next() {
     T value{};
-    if (!(in_ >> value)) throw BadWords("a value is missing or none");
+    // A stream would take -1 for the largest there is.
+    const bool isNegative = (in_ >> std::ws).peek() == '-';
+    if ((std::is_unsigned_v<T> && isNegative) || !(in_ >> value))
+      throw BadWords("a value is missing or none");
     return value;
   }
 

@@ -27,6 +27,12 @@ const char* nameOf(State state) {
   return "split";
 }
 
+void guardParts(const Options& options) {
+  for (const auto& [name, path] : {std::pair("out", options.out), std::pair("proof", options.proof)})
+    if (!path.empty() && isPart(options.jobs, path))
+      throw BadInput(std::string("--") + name + "=" + path + ": is a part of the folder of pieces");
+}
+
 int list(const Options& options) {
   const Folder folder(options.jobs);
   const auto complain = [](const std::string& what) {
@@ -49,7 +55,10 @@ int list(const Options& options) {
 }  // namespace
 
 int runJobs(const Options& options) {
-  if (options.join) return join(options);
+  if (options.join) {
+    guardParts(options);
+    return join(options);
+  }
   const bool isJob = options.job > 0 && options.split == 0 && options.take.empty();
   if (isJob && !options.pieces) return doJob(options);
   // Whatever these have not put in its place by a rename is as if it had not been begun.

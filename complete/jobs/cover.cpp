@@ -1,5 +1,7 @@
 #include "complete/jobs/cover.h"
 
+#include <algorithm>
+
 namespace latbox::complete::jobs {
 
 bool Cover::Node::has(const Integer& candidate) const {
@@ -108,6 +110,18 @@ bool isSame(const std::vector<Piece>& pieces, const std::vector<Piece>& others) 
   Cover a;
   Cover b;
   return a.add(pieces) && b.add(others) && isSame(a, b);
+}
+
+bool isNothing(const Piece& piece) {
+  return !piece.empty() && std::all_of(piece.begin(), piece.end(), [](const Choice& choice) {
+    return choice.closedUp && choice.closedDown;
+  });
+}
+
+std::size_t depthOf(const std::vector<Piece>& pieces) {
+  std::size_t depth = 0;
+  for (const Piece& piece : pieces) depth = std::max(depth, piece.size());
+  return depth;
 }
 
 }  // namespace latbox::complete::jobs

@@ -56,4 +56,11 @@ bool isWithin(const std::vector<Piece>& pieces, const std::vector<Piece>& others
 // Whether these pieces are those, each part of them once.
 bool isSame(const std::vector<Piece>& pieces, const std::vector<Piece>& others);
 
+// Whether nothing is left of it: all its levels are closed.
+bool isNothing(const Piece& piece);
+
+// Levels of the longest one. A search knows no more than its lattice's rank: what goes deeper holds no point
+// of it, and is no piece of it.
+std::size_t depthOf(const std::vector<Piece>& pieces);
+
 }  // namespace latbox::complete::jobs

@@ -1,5 +1,6 @@
 #include "complete/jobs/division.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <mutex>
 
@@ -116,8 +117,24 @@ std::vector<Entry> entriesOf(BoxLattice& lattice, const std::vector<Piece>& piec
   return entries;
 }
 
+// Of a piece that holds nothing there is one child, which is done at once, so that somebody does it.
+std::vector<Entry> childrenOf(const Folder& folder, const Entry& parent, const std::vector<Piece>& pieces,
+                              unsigned long count, const std::string& source) {
+  BoxLattice box = folder.lattice().box;
+  std::vector<Entry> entries = entriesOf(box, pieces, count, parent.number, source);
+  if (!entries.empty()) return entries;
+  Entry& entry = entries.emplace_back();
+  entry.parent = parent.number;
+  entry.source = source;
+  entry.pieces = pieces;
+  return entries;
+}
+
 // A share in so many, dealt out in turn.
 std::vector<Entry> sharesOf(const Entry& entry, unsigned long count, const std::string& source) {
+  constexpr unsigned long MOST = 1ul << 40;
+  if (entry.share->count > MOST / count)
+    throw BadInput("--job=" + std::to_string(entry.number) + ": there are no parts so small of its share");
   std::vector<Entry> entries;
   for (unsigned long i = 0; i < count; ++i) {
     Entry& child = entries.emplace_back();
@@ -140,6 +157,10 @@ std::string proofTextOf(const Program& program, unsigned long count, Manifest& m
     Entry whole;
     whole.share = Share();
     whole.nodes = walk.beginning.lattice->nodes;
+    // As pieces of a search: what is smaller is not worth a share.
+    constexpr double SMALL = 50;
+    if (whole.nodes < SMALL * static_cast<double>(count))
+      count = std::max(1ul, static_cast<unsigned long>(whole.nodes / SMALL));
     for (Entry& entry : sharesOf(whole, count, "")) manifest.entries.push_back(std::move(entry));
   }
   return textOf(walk);
@@ -175,7 +196,8 @@ int begin(const Options& options) {
   const std::string latticeText = lattice ? textOf(*lattice) : "";
   Manifest manifest;
   Manifest shares;
-  manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-"};
+  manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-",
+                   lattice ? lattice->box.rank() : 0};
   if (lattice && manifest.head.wanted.proof && (options.all || program.targets.empty())) {
     const std::string proofText = proofTextOf(program, options.split, shares);
     replaceFile(pathIn(options.jobs, "proof"), proofText, true);
@@ -209,14 +231,9 @@ int divide(const Options& options) {
     if (const auto children = folder.manifest().childrenOf(entry.number, source); !children.empty())
       return tell(children);
   const std::string source = sourceOf(result ? &*result : nullptr);
-  std::vector<Entry> entries;
-  if (entry.share) {
-    entries = sharesOf(entry, options.split, source);
-  } else {
-    BoxLattice box = folder.lattice().box;
-    entries = entriesOf(box, result ? result->open : entry.pieces, options.split, entry.number, source);
-  }
-  folder.append(std::move(entries));
+  folder.append(entry.share
+                    ? sharesOf(entry, options.split, source)
+                    : childrenOf(folder, entry, result ? result->open : entry.pieces, options.split, source));
   return tell(folder.manifest().childrenOf(entry.number, source));
 }
 

@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <set>
 
 #include "complete/digest.h"
+#include "complete/jobs/cover.h"
 #include "complete/opt_reader.h"
 #include "complete/run.h"
 #include "complete/words.h"
@@ -44,6 +46,15 @@ std::string pathIn(const std::string& folder, const std::string& name) {
   return (std::filesystem::path(folder) / name).string();
 }
 
+bool isPart(const std::string& folder, const std::string& path) {
+  static const std::set<std::string> names = {"program.opt", "lattice", "manifest", "proof", "best"};
+  static const std::set<std::string> kinds = {".result", ".checkpoint", ".points", ".start", ".lock"};
+  std::error_code error;
+  const auto whole = std::filesystem::weakly_canonical(std::filesystem::absolute(path), error);
+  return whole.parent_path() == std::filesystem::weakly_canonical(std::filesystem::absolute(folder), error) &&
+         (names.contains(whole.filename()) || kinds.contains(whole.extension()));
+}
+
 Folder::Folder(std::string path)
     : path_(std::move(path)),
       manifest_(manifestIn(pathOf("manifest"))),
@@ -63,7 +74,11 @@ const Entry& Folder::entry(unsigned long number) const {
 PieceLattice Folder::lattice() const {
   const std::string path = pathOf("lattice");
   try {
-    return parseLattice(partOf(path, manifest_.head.lattice));
+    PieceLattice lattice = parseLattice(partOf(path, manifest_.head.lattice));
+    if (lattice.box.rank() != manifest_.head.rank) throw BadWords("its rank is not that of the manifest");
+    if (lattice.box.fixed.size() != program_.variables())
+      throw BadWords("it is one of another number of variables");
+    return lattice;
   } catch (const BadWords& e) {
     throw BadFolder(path + ": " + e.what());
   }
@@ -77,13 +92,17 @@ Result Folder::resultIn(const std::string& path, const Entry& entry) const {
   Result result;
   try {
     result = parseResult(readFile(path));
+    if (result.bound) parseRational(*result.bound);
   } catch (const BadInput& e) {
     throw BadWords(e.what());
   } catch (const BadWords& e) {
     throw BadWords(path + ": " + e.what());
+  } catch (const BadNumber& e) {
+    throw BadWords(path + ": its bound " + e.what());
   }
   if (result.number != entry.number || result.entry != entry.digest)
     throw BadWords(path + ": is no result of piece " + std::to_string(entry.number) + " of this manifest");
+  if (depthOf(result.open) > manifest_.head.rank) throw BadWords(path + ": goes deeper than the lattice");
   return result;
 }
 

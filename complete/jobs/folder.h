@@ -59,6 +59,9 @@ class Folder {
 // Where a folder keeps its parts; "" is the folder itself.
 std::string pathIn(const std::string& folder, const std::string& name);
 
+// Whether this is one of them, or where one may come to be: nothing else is written over it.
+bool isPart(const std::string& folder, const std::string& path);
+
 // Nobody else changes the manifest, or puts results in their place, while this is there.
 class FolderLock {
  public:

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include "complete/checkpoint.h"
 #include "complete/command.h"
 #include "complete/jobs/best_job.h"
+#include "complete/jobs/cover.h"
 #include "complete/jobs/folder.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/proof_job.h"
@@ -28,11 +30,8 @@ namespace {
 // One process at a time does a piece.
 class JobLock {
  public:
-  explicit JobLock(std::string path)
-      : path_(std::move(path)), file_(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-    if (file_ < 0) throw WriteFailure(path_ + ": " + std::strerror(errno));
-    if (::flock(file_, LOCK_EX | LOCK_NB) != 0)
-      throw WriteFailure(path_ + ": another process does this piece");
+  explicit JobLock(std::string path) : path_(std::move(path)) {
+    while (!take()) ::close(file_);
   }
   ~JobLock() {
     ::unlink(path_.c_str());
@@ -42,8 +41,21 @@ class JobLock {
   JobLock& operator=(const JobLock&) = delete;
 
  private:
+  // False: who had it has just removed it, and who comes next makes another one.
+  bool take() {
+    file_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    if (file_ < 0) throw WriteFailure(path_ + ": " + std::strerror(errno));
+    if (::flock(file_, LOCK_EX | LOCK_NB) != 0) {
+      ::close(file_);
+      throw WriteFailure(path_ + ": another process does this piece");
+    }
+    struct stat mine {};
+    struct stat there {};
+    return ::fstat(file_, &mine) == 0 && ::stat(path_.c_str(), &there) == 0 && mine.st_ino == there.st_ino;
+  }
+
   std::string path_;
-  int file_;
+  int file_ = -1;
 };
 
 class Listing : public Visitor {
@@ -108,7 +120,7 @@ class Job {
   std::vector<Piece> takeUp() {
     const auto past = readCheckpoint(checkpointPath());
     const bool isOurs =
-        past && past->identity == entry_.digest && past->open &&
+        past && past->identity == entry_.digest && past->open && !past->open->frontier.pieces.empty() &&
         (folder_.wanted().count || digestOfFile(pointsPath(), past->file.bytes) == past->file.digest);
     if (!isOurs) {
       std::filesystem::remove(checkpointPath());
@@ -136,6 +148,7 @@ class Job {
   }
 
   void place(std::vector<Piece> open) {
+    std::erase_if(open, isNothing);
     const FileState state = results_.state();
     Result result;
     result.number = entry_.number;

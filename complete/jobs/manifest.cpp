@@ -5,6 +5,7 @@
 
 #include "complete/command.h"
 #include "complete/digest.h"
+#include "complete/jobs/cover.h"
 #include "complete/jobs/prefix_text.h"
 #include "complete/words.h"
 
@@ -83,7 +84,8 @@ std::string Head::text() const {
   };
   return std::string(FIRST) + "\nversion " + VERSION + "\noptions" + option("all", wanted.all) +
          option("ties", wanted.ties) + option("count", wanted.count) + option("proof", wanted.proof) +
-         "\nprogram " + program + "\nlattice " + lattice + "\nproof " + proof + "\n";
+         "\nprogram " + program + "\nlattice " + lattice + "\nproof " + proof + "\nrank " +
+         std::to_string(rank) + "\n";
 }
 
 std::string Head::digest() const {
@@ -97,15 +99,22 @@ const Entry* Manifest::find(unsigned long number) const {
 }
 
 std::vector<const Entry*> Manifest::childrenOf(unsigned long number, const std::string& source) const {
-  std::vector<const Entry*> children;
-  for (const Entry& entry : entries)
-    if (entry.parent == number && entry.source == source) children.push_back(&entry);
-  return children;
+  std::vector<const Entry*> found;
+  const auto all = children.find(number);
+  if (all == children.end()) return found;
+  for (const std::size_t place : all->second)
+    if (entries[place].source == source) found.push_back(&entries[place]);
+  return found;
 }
 
 void Manifest::append(Entry entry) {
   entry.number = entries.empty() ? 1 : entries.back().number + 1;
   entry.digest = digestOf(head.digest() + bodyOf(entry));
+  add(std::move(entry));
+}
+
+void Manifest::add(Entry entry) {
+  children[entry.parent].push_back(entries.size());
   entries.push_back(std::move(entry));
 }
 
@@ -139,13 +148,16 @@ Manifest parseManifest(std::string_view text) {
   head.program = next("program");
   head.lattice = next("lattice");
   head.proof = next("proof");
+  head.rank = Words(next("rank")).next<unsigned long>();
   const std::string digest = head.digest();
   if (next("head") != digest) throw BadWords("its head is not as it was written");
   while (std::getline(lines, line)) {
     Entry entry = entryOf(line, digest);
     if (!manifest.entries.empty() && manifest.entries.back().number >= entry.number)
       throw BadWords("its pieces are out of order");
-    manifest.entries.push_back(std::move(entry));
+    if (depthOf(entry.pieces) > head.rank)
+      throw BadWords("piece " + std::to_string(entry.number) + " goes deeper than the lattice");
+    manifest.add(std::move(entry));
   }
   return manifest;
 }

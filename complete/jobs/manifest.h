@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "complete/piece.h"
@@ -30,6 +31,8 @@ struct Head {
   std::string program;
   std::string lattice;
   std::string proof;
+  // Of the lattice: no prefix is longer.
+  unsigned long rank = 0;
 
   std::string text() const;
   // Names the folder's pieces wherever a result goes.
@@ -68,6 +71,11 @@ struct Manifest {
   std::vector<const Entry*> childrenOf(unsigned long number, const std::string& source) const;
   // Gives it the next number, and its digest.
   void append(Entry entry);
+  // Behind the others, as it is.
+  void add(Entry entry);
+
+  // Their places, by the number of the parent.
+  std::unordered_map<unsigned long, std::vector<std::size_t>> children;
 };
 
 std::string textOf(const Manifest& manifest);

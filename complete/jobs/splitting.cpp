@@ -129,7 +129,11 @@ class Splitter {
         left.up = std::max(left.up, Integer(candidate + 1));
       else
         left.down = std::min(left.down, Integer(candidate - 1));
-    // With those in between that the cuts refute, for the sake of the whole.
+    // With those in between that the cuts refute, for the sake of the whole; whoever has written a piece by
+    // hand may have made them any number.
+    if ((!before.closedUp && left.up - before.up > MANY * PARTS) ||
+        (!before.closedDown && before.down - left.down > MANY * PARTS))
+      return false;
     for (Integer c = before.up; !before.closedUp && c < left.up; ++c) add(choicesOf(part.piece, c));
     for (Integer c = before.down; !before.closedDown && c > left.down; --c) add(choicesOf(part.piece, c));
     if (isAll)

@@ -134,6 +134,37 @@ TYPED_TEST(WalkTest, SmallLatticesToo) {
   }
 }
 
+// Written by hand: half-lines that begin beyond the range, or behind the centre, and choices out of it.
+TYPED_TEST(WalkTest, FarCandidatesAreNoLongWay) {
+  Integer farthest = 1;
+  mpz_ui_pow_ui(farthest.get_mpz_t(), 10, 400);
+  BoxLattice lattice = knapsack(1);
+  const auto tables = cutTablesOf<TypeParam>(lattice, this->BITS);
+  ASSERT_TRUE(tables);
+  const std::size_t rank = lattice.rank();
+  const auto leaves = this->undisturbed(*tables, rank);
+  for (const Integer& far : {Integer(1'000'000'000'000), farthest}) {
+    for (const auto& [piece, hasAll] :
+         {std::pair(Piece{{0, -far, 0, false, true}}, true), std::pair(Piece{{0, 0, far, true, false}}, true),
+          std::pair(Piece{{0, far + 1, far, false, false}}, true),
+          std::pair(Piece{{0, -far, -far - 1, false, false}}, true),
+          std::pair(Piece{{0, far, -far, false, false}}, false),
+          std::pair(Piece{{far, 0, 0, true, true}, {0, 1, 0, false, false}}, false)}) {
+      Walk<TypeParam> walk(*tables);
+      walk.start(piece);
+      std::multiset<IntegerVector> found;
+      int pauses = 0;
+      for (WalkPause pause = walk.next(); pause != WalkPause::END; pause = walk.next()) {
+        if (pause == WalkPause::LEAF) found.insert(this->leafOf(walk, rank));
+        pauses += pause == WalkPause::LOOK ? 1 : 0;
+        ASSERT_LT(pauses, 1000);
+        walk.rest();
+      }
+      EXPECT_EQ(found, hasAll ? leaves : typename TestFixture::Leaves());
+    }
+  }
+}
+
 // Its only leaf came twice when a run that had stopped at it went on.
 TYPED_TEST(WalkTest, TheLeafOfRankZeroIsVisitedOnce) {
   BoxLattice lattice;

@@ -1,11 +1,14 @@
 """What the tests of latbox-farm share: the farm as it is started, real workers on the loopback, and their ends."""
 
 import functools
+import itertools
 import os
 import shutil
 import signal
 import socket
 import subprocess
+import unittest
+from concurrent.futures import ThreadPoolExecutor, as_completed
 from dataclasses import dataclass
 
 import harness
@@ -15,6 +18,8 @@ PYTHON = "/usr/bin/python3"
 WORKER = "work_queue_worker"
 # Seconds after which a worker that does not answer is given up.
 SILENCE = 2
+# Farms at once: they mostly wait for time-outs, and two cores have them all done before these are over.
+SCENES = 5
 
 
 @functools.lru_cache
@@ -48,6 +53,50 @@ def descendants(process):
     for child in children(process):
         found += [child, *descendants(child[0])]
     return found
+
+
+class Record(unittest.TestResult):
+    """What one test tells, to be told again to somebody else."""
+
+    TOLD = ("startTest", "addSuccess", "addFailure", "addError", "addSkip", "addSubTest", "stopTest")
+
+    def __init__(self):
+        super().__init__()
+        self.calls = []
+        for name in self.TOLD:
+            setattr(self, name, functools.partial(self._keep, name))
+
+    def _keep(self, name, *arguments):
+        self.calls.append((name, arguments))
+
+    def tell(self, result):
+        for name, arguments in self.calls:
+            getattr(result, name)(*arguments)
+
+
+class SideBySide(unittest.TestSuite):
+    """Tests, each in a thread of its own, some at a time. Each has a folder of its own, and its farm a port."""
+
+    def __init__(self, tests):
+        super().__init__(itertools.chain.from_iterable(suite if isinstance(suite, unittest.TestSuite) else [suite] for suite in tests))
+
+    def run(self, result, debug=False):
+        del debug
+        with ThreadPoolExecutor(SCENES) as pool:
+            for ended in as_completed([pool.submit(self._record, test) for test in self]):
+                ended.result().tell(result)
+        return result
+
+    @staticmethod
+    def _record(test):
+        record = Record()
+        test.run(record)
+        return record
+
+
+def load_tests(_loader, tests, _pattern):
+    """For a module of farms: unittest asks it for this."""
+    return SideBySide(tests)
 
 
 class Ear:

@@ -6,7 +6,7 @@ import re
 
 import harness
 from complete_kills import TASKS, knapsack, tied_knapsack
-from farm_support import FarmCase
+from farm_support import FarmCase, load_tests  # noqa: F401
 from programs import market_split
 
 LONG = market_split(6, 50, 1)
@@ -34,7 +34,8 @@ class DisturbedTest(FarmCase):
         killed.kill()
         for worker in stopped:
             worker.stop_in_a_piece()
-        harness.wait_until(lambda: self.gone() == 3, "three that are gone")
+        # More where an honest one has had to wait for its turn for so long.
+        harness.wait_until(lambda: self.gone() >= 3, "three that are gone")
         farm.kill()
         farm.wait()
         port = self.read("jobs/manager/port")

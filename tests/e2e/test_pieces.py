@@ -26,6 +26,11 @@ def market_split(rows: int, columns: int) -> str:
     return opt(ag=matrix, bg=[sum(row) // 2 for row in matrix], rx=[1] * columns)
 
 
+# The lattice's point lies half way between others, and rounding sent it to and fro.
+HALF_WAY = opt(dt=["inf", "inf"], at=[[2, 0, 1, 0, 0, 0, 0, 1, -1], [2, 0, 1, 0, 0, 0, 1, -1, -1]], au=[[0, 1, 0, 2, 0, 2, 2, 0, 2]],
+               lu=["-inf"], ru=[-4], lx=[0, 0, 0, -1, 0, 0, -3, 0, 0], rx=[1, 1, 2, 2, 1, 1, -1, 1, 2])
+
+
 class PiecesCase(Case):
     def begin(self, text: str, count: int, *options: str) -> None:
         self.write("p.opt", text)
@@ -91,6 +96,11 @@ class JoinTest(PiecesCase):
             self.begin(BEST, 5, *options)
             self.do_all()
             self.assert_joins("--proof=%s.proof")
+
+    def test_a_point_half_way(self) -> None:
+        self.begin(HALF_WAY, 10, "--count=1")
+        self.do_all()
+        self.assert_joins()
 
     def test_all_points_of_a_program_with_targets_are_counted(self) -> None:
         self.begin(SMALLEST, 3, "--all=1", "--count=1")

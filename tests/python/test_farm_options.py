@@ -34,7 +34,7 @@ BAD = {
     "port": ("a port from 1 to 65535 is wanted", ["0", "65536", "-1", "x", "", "1.5"]),
     "pieces": ("a number of pieces from 1 to 10000000 is wanted", ["0", "10000001", "1e3", ""]),
     "jobs": ("the name of a folder is wanted", [""]),
-    "catalog": ("the name of a host is wanted, with or without :PORT", ["", "a b", "host:", "host:x", "a/b"]),
+    "catalog": ("the name of a host is wanted, with or without :PORT", ["", "a b", "host:", "host:x", "a/b", "host:0", "host:65536"]),
     "password": (FILE, [""]), "out": (FILE, [""]), "proof": (FILE, [""]),
     "verify": ("a share from 0 to 1 is wanted, as 0.05 or 5%", ["", "x", "-1", "1.1", "101%", "5%%", "1/2"]),
     "job-rtime": (TIME, ["0", "x", "", "-1"]), "silence": (TIME, ["0", "inf"]),
@@ -77,6 +77,8 @@ class OptionsTest(unittest.TestCase):
         self.assertEqual(self.refused(), "a program is wanted: latbox-farm [options] FILE.opt")
         self.assertEqual(self.refused("a.opt", "b.opt"), "b.opt: one program is wanted, and a.opt was given")
         self.assertEqual(self.refused("--out=./a.opt", "a.opt"), "--out=./a.opt: that is the program")
+        for option in ("--out=a.sol", "--out=x/b.opt", "--proof=a.lat"):
+            self.assertEqual(self.refused(option, "a.opt"), option + ": a program or a file of the solver is not written over")
 
     def test_what_stands_beside_the_program(self) -> None:
         taken = options.parse(["some/p.opt"])

@@ -59,12 +59,16 @@ class Command:
 
     def run(self) -> int:
         options, folder = self._options, self._folder
+        catch_stops(self._stop)
         check_readable(options.program)
+        binaries.job_program()
+        for name, path in (("out", options.out), ("proof", options.proof)):
+            if path is not None and not os.path.isdir(os.path.dirname(os.path.abspath(path))):
+                raise UsageError("--%s=%s: there is no such folder" % (name, path))
         folder.enter()
         folder.hold_to(self._search(), options.program)
         engine = self._engine()
         self._manager = Manager(folder, engine, self._display, options.job_rtime, options.verify)
-        catch_stops(self._stop)
         try:
             return self._work(self._manager, engine)
         finally:

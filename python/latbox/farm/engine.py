@@ -23,6 +23,8 @@ MISSING = ("the module work_queue is missing: Debian has it in the package pytho
 PORTS = (9123, 9999)
 # Tasks that wait here while each core has one: enough that none waits for the next.
 WAITING = 8
+# Seconds: the engine counts them in 32 bits, and adds them up.
+LONGEST = 10**9
 # What the engine would take from the environment, and nobody has asked for: a name goes to a catalog.
 LEAKS = ("WORK_QUEUE_NAME", "WORK_QUEUE_PORT", "WORK_QUEUE_LOW_PORT", "WORK_QUEUE_HIGH_PORT", "CATALOG_HOST", "CATALOG_PORT")
 
@@ -74,7 +76,7 @@ class Engine:
         if not self._queue.specify_password_file(password):
             raise UsageError("--password=%s: it cannot be read" % password)
         # A worker that stands still is asked after the first half, and lost at the end of the second.
-        half = max(1, round(silence / 2))
+        half = min(max(1, round(silence / 2)), LONGEST)
         self._queue.specify_keepalive_interval(half)
         self._queue.specify_keepalive_timeout(half)
         self._open: dict[int, Task] = {}

@@ -24,6 +24,8 @@ from ..errors import LatboxError, UsageError
 from ..models.sources import write_file
 
 PIECE_LINE = re.compile(r"piece ([0-9]+) ")
+# One of these is in every folder that a farm or latbox-all has begun.
+OURS = ("manager", "manifest", "program.opt")
 PARTIAL_ARRIVAL = re.compile(r"([0-9]+)\.[0-9]+\Z")
 
 
@@ -44,8 +46,14 @@ class Folder:
         return os.path.join(self.path, name)
 
     def enter(self) -> None:
-        """Makes what is missing, and keeps every other farm out until this process ends."""
-        os.makedirs(self.own("incoming"), exist_ok=True)
+        """Makes what is missing, and keeps every other farm out until this process ends. Throws UsageError where it cannot be made, or
+        is somebody else's."""
+        try:
+            if os.path.isdir(self.path) and os.listdir(self.path) and not any(os.path.exists(self.file(name)) for name in OURS):
+                raise UsageError("--jobs=%s: it is not empty, and no folder of pieces" % self.path)
+            os.makedirs(self.own("incoming"), exist_ok=True)
+        except OSError as error:
+            raise UsageError("--jobs=%s: a folder cannot be made there: %s" % (self.path, error.strerror)) from None
         lock = os.open(self.own("lock"), os.O_WRONLY | os.O_CREAT, 0o644)
         try:
             fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
@@ -63,10 +71,20 @@ class Folder:
             return
         if self._content(self.file("program.opt")) != self._content(program):
             raise UsageError("%s holds the pieces of another program; --jobs=DIR names another folder" % self.path)
-        before = self._content(self.own("search")).decode()
-        if os.path.exists(self.own("search")) and before != text:
-            raise UsageError("%s was cut by the options %s; --jobs=DIR names another folder" %
-                             (self.path, " ".join(before.split()) or "that are none"))
+        before = self._cut_by()
+        # What latbox-all has cut without shares of a proof can be proven all the same.
+        if before is not None and before != search and before != [option for option in search if option != "--proof=1"]:
+            raise UsageError("%s was cut by %s; --jobs=DIR names another folder" %
+                             (self.path, "the options " + " ".join(before) if before else "no options of the search"))
+        if before is not None:
+            write_file(self.own("search"), "".join(option + "\n" for option in before))
+
+    def _cut_by(self) -> list[str] | None:
+        """The options, as this farm has kept them, or as the head of the manifest tells them; None where neither does."""
+        if os.path.exists(self.own("search")):
+            return self._content(self.own("search")).decode("utf-8", "replace").split()
+        options = re.search(rb"^options (.*)$", self._content(self.file("manifest")), re.MULTILINE)
+        return ["--" + word for word in options[1].decode("ascii", "replace").split() if word.endswith("=1")] if options else None
 
     def _content(self, path: str) -> bytes:
         try:
@@ -120,12 +138,12 @@ class Folder:
 
     def read_manifest(self) -> None:
         """The lines that are new."""
-        with open(self.file("manifest"), encoding="utf-8") as file:
+        with open(self.file("manifest"), "rb") as file:
             file.seek(self._read)
-            text = file.read()
-        text = text[: text.rfind("\n") + 1]
-        self._read += len(text.encode())
-        for line in text.splitlines(keepends=True):
+            data = file.read()
+        data = data[: data.rfind(b"\n") + 1]
+        self._read += len(data)
+        for line in data.decode("utf-8", "replace").splitlines(keepends=True):
             match = PIECE_LINE.match(line)
             if match:
                 self._lines[int(match[1])] = line

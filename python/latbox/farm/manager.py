@@ -6,6 +6,7 @@ Nothing that a worker sends is believed by this code: latbox-all --take does, or
 
 from __future__ import annotations
 
+import math
 import os
 from collections.abc import Callable
 from fractions import Fraction
@@ -26,6 +27,8 @@ from .verifying import Verifying, claims
 MOST_FAILURES = 10
 # What overran is cut into so many pieces, for as many cores.
 PARTS = 8
+# Seconds, as latbox-all reads them: 0 would be no limit.
+LEAST_TIME = 0.001
 # Results that may lie here untaken, for each core at work: who sends faster than they are taken waits.
 BACKLOG = 2
 
@@ -44,6 +47,7 @@ class Manager:
         self._ledger = Ledger()
         self._trust = Trust()
         self._verifying = Verifying(verify)
+        self._cuts: dict[int, int] = {}  # how often what a piece came from has overrun, since this farm has begun
         self._best: str | None = None
         self._lost = 0
 
@@ -94,7 +98,10 @@ class Manager:
         self._list(self._begin)
         self._settle()
         for piece, path in self._folder.left_arrivals():
-            self._take(piece, path, None)
+            if self._ledger.is_open(piece):
+                self._take(piece, path, None)
+            else:
+                remove(path)
         self._settle()
         while not self.is_stopped and not self.is_done:
             crew = self._engine.crew()
@@ -151,13 +158,17 @@ class Manager:
         folder = self._folder
         command = "./latbox-all --job=%d --jobs=jobs --threads=1 --quiet=1" % piece
         if not is_second:
-            command += " --job-rtime=%g" % self._job_rtime
+            command += " --job-rtime=%.3f" % self._time_for(piece)
         files = {"jobs/" + name: path for name, path in folder.files().items()}
         texts = {"jobs/manifest": folder.manifest_of(piece)}
         if best := folder.best():
             texts["jobs/best"] = best
         return Task(piece, command, {"latbox-all": self._job_program, **files}, texts, "jobs/%d.result" % piece, folder.arrival(piece),
                     is_second)
+
+    def _time_for(self, piece: int) -> float:
+        """Seconds; twice as many for each time that it was cut: what comes to nothing in its time, on whatever machine, ends at last."""
+        return max(LEAST_TIME, math.ldexp(self._job_rtime, self._cuts.get(piece, 0)))
 
     # ------------------------------------------------------------- in
 
@@ -212,6 +223,7 @@ class Manager:
     def _replace(self, piece: int, points: int, children: list[pieces.Standing]) -> None:
         self._ledger.split(piece, points, sum(child.estimate for child in children))
         for child in children:
+            self._cuts[child.piece] = self._cuts.get(piece, 0) + 1
             self._ledger.add(child.piece, child.estimate)
 
     # ------------------------------------------------------------- once more
@@ -225,6 +237,10 @@ class Manager:
         if outcome.reason or (outcome.worker == first and self._engine.crew().workers > 1):
             remove(path)
             self._verifying.hold(piece)
+            return
+        if not self._folder.is_comparable(piece):  # a best point has become known meanwhile
+            remove(path)
+            self._verifying.agree(piece)
             return
         with open(path, encoding="utf-8", errors="replace") as mine, open(self._folder.result(piece), encoding="utf-8") as other:
             agree = claims(mine.read()) == claims(other.read())

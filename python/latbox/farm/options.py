@@ -18,6 +18,8 @@ SHARE = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)(%?)\Z", re.ASCII)
 CATALOG = re.compile(r"[A-Za-z0-9.-]+(:[0-9]{1,5})?\Z")
 SWITCH = ("0", "1")
 MOST_PIECES = 10**7
+# What latbox-all would refuse in the end, when all is done.
+SOLVERS = (".opt", ".sol", ".lat")
 
 
 def take_share(text: str) -> Fraction:
@@ -29,7 +31,8 @@ def take_share(text: str) -> Fraction:
 
 
 def take_catalog(text: str) -> str:
-    if not CATALOG.match(text):
+    match = CATALOG.match(text)
+    if not match or (match[1] and not 1 <= int(match[1][1:]) <= 65535):
         raise Wanted("the name of a host is wanted, with or without :PORT")
     return text
 
@@ -110,6 +113,9 @@ def parse(arguments: Sequence[str]) -> Options:
     options.out = options.out or name + ".all"
     if os.path.realpath(options.out) == os.path.realpath(options.program):
         raise UsageError("--out=%s: that is the program" % options.out)
+    for name, path in (("out", options.out), ("proof", options.proof or "")):
+        if os.path.splitext(path)[1] in SOLVERS:
+            raise UsageError("--%s=%s: a program or a file of the solver is not written over" % (name, path))
     return options
 
 

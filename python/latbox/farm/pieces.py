@@ -65,8 +65,9 @@ def cut(answer: Answer) -> range:
 
 
 def taken(answer: Answer) -> Taken | None:
-    """Of --take; None where the result is refused, for the reason on standard error. Throws EngineError for what is neither."""
-    if answer.status == 1:
+    """Of --take; None where the result is refused, for the reason on standard error. Throws EngineError for what is neither, as a
+    full disk, which is not the worker's."""
+    if answer.status == 1 and ": not taken: " in answer.err:
         return None
     match = TAKEN.match(answer.out[-1]) if answer.out else None
     if answer.status != 0 or not match:

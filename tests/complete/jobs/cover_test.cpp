@@ -66,5 +66,17 @@ TEST(Cover, KnowsAPart) {
     EXPECT_FALSE(isWithin(piecesOf({part}), piecesOf({all}))) << part << " in " << all;
 }
 
+TEST(Cover, KnowsWhatIsNothing) {
+  for (const char* nothing : {"*", "0,*", "7,-3,*"}) EXPECT_TRUE(isNothing(parsePiece(nothing))) << nothing;
+  for (const char* something : {".", "*>1", "0<3,*"})
+    EXPECT_FALSE(isNothing(parsePiece(something))) << something;
+}
+
+TEST(Cover, KnowsItsDepth) {
+  EXPECT_EQ(depthOf({}), 0u);
+  EXPECT_EQ(depthOf(piecesOf({"."})), 0u);
+  EXPECT_EQ(depthOf(piecesOf({"*>1", "1,2,*<0", "0,*>0<-1"})), 3u);
+}
+
 }  // namespace
 }  // namespace latbox::complete::jobs

@@ -20,7 +20,7 @@ Entry entryOf(std::initializer_list<const char*> pieces, unsigned long parent = 
 
 Manifest manifestOf() {
   Manifest manifest;
-  manifest.head = {{false, true, false, true}, "p", "l", "-"};
+  manifest.head = {{false, true, false, true}, "p", "l", "-", 2};
   manifest.append(entryOf({"0,*>1<0", "*>2<-1"}));
   manifest.append(entryOf({"1,*>1<0"}));
   manifest.append(entryOf({"1,*>1"}, 2));
@@ -58,6 +58,15 @@ TEST(Manifest, KeepsItsLinesWhenOthersAreAdded) {
   const std::string before = textOf(manifest);
   manifest.append(entryOf({"7,*>1<0"}, 1));
   EXPECT_TRUE(textOf(manifest).starts_with(before));
+}
+
+// Whoever has written it: a search would know nothing of the levels below its lattice's last one.
+TEST(Manifest, GoesNoDeeperThanTheLattice) {
+  Manifest manifest = manifestOf();
+  manifest.append(entryOf({"*>9", "1,2,*>1<0"}));
+  EXPECT_THROW(parseManifest(textOf(manifest)), BadWords);
+  manifest.head.rank = 3;
+  EXPECT_THROW(parseManifest(textOf(manifest)), BadWords) << "the lines are those of another head";
 }
 
 TEST(Manifest, NoticesEveryChange) {

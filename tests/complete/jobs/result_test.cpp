@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "complete/digest.h"
 #include "complete/jobs/prefix_text.h"
 #include "complete/words.h"
 
@@ -39,6 +40,16 @@ TEST(Result, NoticesEveryChange) {
     other[i] ^= 1;
     EXPECT_THROW(parseResult(other), BadWords) << i;
     EXPECT_THROW(parseResult(text.substr(0, i)), BadWords) << i;
+  }
+}
+
+// A stream would read the largest number that there is.
+TEST(Result, CountsFromNothingOn) {
+  for (const char* name : {"nodes", "points"}) {
+    std::string text = textOf(resultOf());
+    text.resize(unsealed(text)->size());
+    text.insert(text.find(std::string("\n") + name) + 2 + std::string(name).size(), "-");
+    EXPECT_THROW(parseResult(sealed(text)), BadWords) << text;
   }
 }
 
