@@ -21,9 +21,9 @@ constexpr double HUGE_PART = 1e100;
 // Candidates of a level that are looked at at once.
 constexpr unsigned long MANY = 100;
 // Ways down for the estimate of a part: many for few parts.
-constexpr std::size_t WAYS = 4000;
-constexpr std::size_t LEAST_WAYS = 4;
-constexpr std::size_t MOST_WAYS = 100;
+constexpr std::size_t WAYS = 12000;
+constexpr std::size_t LEAST_WAYS = 12;
+constexpr std::size_t MOST_WAYS = 300;
 
 struct Part {
   Piece piece;

@@ -4,10 +4,12 @@ from __future__ import annotations
 
 import io
 import os
+import signal
 import stat
 import subprocess
 import sys
 import unittest
+import unittest.mock
 from fractions import Fraction
 
 import support
@@ -18,6 +20,7 @@ from latbox.farm import pieces
 from latbox.farm.desk import Answer
 from latbox.farm.folder import Folder
 from latbox.farm.ledger import Ledger
+from latbox.farm.manager import Manager
 from latbox.farm.progress import Display, State, parts
 from latbox.farm.trust import Trust
 from latbox.farm.verifying import Verifying, claims
@@ -101,9 +104,22 @@ class FolderTest(harness.Case):
         folder.hold_to(["--all=1"], self.path("p.opt"))
         with self.assertRaisesRegex(UsageError, r"was cut by the options --all=1; --jobs=DIR names another folder\Z"):
             folder.hold_to(["--ties=1"], self.path("p.opt"))
+        self.write("jobs/manager/search", "")
+        with self.assertRaisesRegex(UsageError, r"was cut by no options of the search; "):
+            folder.hold_to(["--ties=1"], self.path("p.opt"))
         self.write("p.opt", "b")
         with self.assertRaisesRegex(UsageError, r"holds the pieces of another program; --jobs=DIR names another folder\Z"):
             folder.hold_to(["--all=1"], self.path("p.opt"))
+
+    def test_a_folder_that_no_farm_has_cut(self) -> None:
+        folder = self.entered()
+        self.write("p.opt", "a")
+        self.write("jobs/program.opt", "a")
+        self.write("jobs/manifest", MANIFEST.replace("head", "options all=0 ties=1 count=0 proof=0\nhead"))
+        with self.assertRaisesRegex(UsageError, r"was cut by the options --ties=1; "):
+            folder.hold_to([], self.path("p.opt"))
+        folder.hold_to(["--ties=1"], self.path("p.opt"))
+        folder.hold_to(["--ties=1", "--proof=1"], self.path("p.opt"))
 
     def test_what_came_in_before_a_kill(self) -> None:
         folder = self.entered()
@@ -256,6 +272,22 @@ class ProgressTest(unittest.TestCase):
         self.assertEqual(stream.getvalue(), "")
 
 
+class ManagerTest(harness.Case):
+    def test_the_time_of_a_job(self) -> None:
+        """In the form that latbox-all reads, which knows no exponents and takes 0 for no limit; twice as long for what was cut."""
+        with unittest.mock.patch.dict(os.environ, {"LATBOX_BIN_DIR": os.path.dirname(harness.Settings.binary)}):
+            os.mkdir(self.path("jobs"))
+            for given, told in ((20.0, "20.000"), (30 * 86400.0, "2592000.000"), (1e-7, "0.001")):
+                folder = Folder(self.path("jobs"))
+                self.write("jobs/manifest", MANIFEST)
+                folder.read_manifest()
+                manager = Manager(folder, unittest.mock.Mock(), Display(io.StringIO(), True), given, Fraction(0))
+                manager._ledger.add(1, 5.0)
+                self.assertTrue(manager._task(1).command.endswith(" --job-rtime=" + told))
+                manager._replace(1, 0, [pieces.Standing(2, pieces.OPEN, 4.0, 0, 0)])
+                self.assertEqual(manager._time_for(2), max(0.001, 2 * given))
+
+
 class CommandTest(harness.Case):
     """By a Python that need not know the engine."""
 
@@ -284,6 +316,18 @@ class CommandTest(harness.Case):
             result = self.farm(option, "p.opt")
             self.assertEqual((result.status, result.err), (2, "latbox-farm: %s: there is no such folder\n" % option))
         self.assertEqual(os.listdir(self.folder), ["p.opt"])
+
+    def test_ctrl_c_while_it_starts(self) -> None:
+        """A module that it imports says so, and takes its time."""
+        self.write("secrets.py", "import sys, time\nprint('here', file=sys.stderr, flush=True)\ntime.sleep(100)\n")
+        with subprocess.Popen([sys.executable, os.path.join(support.PACKAGE, "bin", "latbox-farm"), "--help"], cwd=self.folder,
+                              stderr=subprocess.PIPE, text=True, env={**os.environ, "PYTHONPATH": self.folder}) as started:
+            self.addCleanup(started.kill)
+            assert started.stderr is not None
+            self.assertEqual(started.stderr.readline(), "here\n")
+            started.send_signal(signal.SIGINT)
+            self.assertEqual(started.stderr.read(), "")
+        self.assertEqual(started.returncode, -signal.SIGINT)
 
     def test_help(self) -> None:
         result = self.farm("--help")

@@ -11,12 +11,15 @@ import socket
 import subprocess
 import sys
 import time
+from collections import deque
 
 import support
 import harness
 from solve_support import KNAPSACK, SolveCase, engines_of, hard_objective, is_alive, state_of
 from test_solve_json import documented, fault
 from view_support import Client, Window, until
+
+from latbox.view.link import View
 
 LINK = r"watch it at (http://127\.0\.0\.1:[0-9]+/[-\w]+/)\n"
 
@@ -207,6 +210,21 @@ class SameRunTest(RunCase):
         session.process.stdin.close()
         self.assertEqual(session.wait(), 2)
         self.assertIn("line 4", window.event("failure")["text"])
+
+    def test_a_failure_behind_a_thousand_points(self) -> None:
+        """The newest one comes before it, though most were left out."""
+        theirs, ours = os.pipe()
+        self.addCleanup(os.close, theirs)
+        view = View.__new__(View)
+        view._queue, view._queued, view._points, view._since, view._held, view._in = deque(), 0, 0, time.monotonic() + 1e6, None, ours
+        for k in range(1000):
+            view.tell("point", lambda k=k: "point %d" % k)
+        view.fail("it broke", 1.5)
+        os.close(ours)
+        with os.fdopen(os.dup(theirs), "rb") as file:
+            told = file.read().decode().splitlines()
+        self.assertEqual(told[-2], "point 999")
+        self.assertEqual(json.loads(told[-1])["text"], "it broke")
 
     def test_the_port(self) -> None:
         self.write("m.lp", KNAPSACK)

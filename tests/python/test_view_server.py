@@ -18,7 +18,7 @@ from view_support import START, ServedCase, point, progress, read_all, until
 from latbox.errors import UsageError
 from latbox.solving import steering
 from latbox.solving.steering import Order
-from latbox.view import address, history, request, server, sources
+from latbox.view import address, follow, history, request, server, sources
 from latbox.view.console_log import ConsoleLog
 from latbox.view.history import History
 from latbox.view.purse import Purse
@@ -106,6 +106,11 @@ class DoorsTest(ServedCase):
         self.assertIn(b"beta: a whole number from 2 to 1000 is wanted", served.act(action="set", key="beta", value=1)[1])
         self.assertEqual(served.ask("act", "POST", b'{"action": "stop"}', Content_Type="text/plain")[0], 415)
         self.assertEqual(served.ask("act", "POST", b'{"action": "stop"}', Content_Type="application/x-www-form-urlencoded")[0], 415)
+        # Two lengths, none, one that is no number; and what stands behind the body is none of it.
+        whole = served.request("act", "POST", b'{"action": "stop"}')
+        for length in (b"Content-Length: 5\r\nContent-Length: 18", b"X: 18", b"Content-Length: +18", b"Content-Length: \xc2\xb2"):
+            self.assertEqual(served.exchange(whole.replace(b"Content-Length: 18", length))[0], 400, length)
+        self.assertEqual(served.exchange(whole[:-1].replace(b"Content-Length: 18", b"Content-Length: 17"))[0], 400)
         self.assertEqual(served.orders, [])
 
     def test_a_log_takes_no_actions(self) -> None:
@@ -148,6 +153,19 @@ class EventsTest(ServedCase):
         until(lambda: len(served.server.history.whole()) == 2, "two events")
         served.source.tell({**START, "model": "other.lp"})
         self.assertEqual(window.until("whole", lambda events: events[:1] == [{**START, "model": "other.lp"}]), [{**START, "model": "other.lp"}])
+
+    def test_a_log_that_is_replaced(self) -> None:
+        """By that of a run that needed no engines, and so has no start: nothing of the old one stays."""
+        served = self.served()
+        served.source.tell(START, point(1, 1))
+        window = self.window(served)
+        window.until("whole", lambda events: len(events) == 2)
+        served.source.times = 1
+        self.assertEqual(window.until("whole"), [])
+        end = {"event": "end", "time": 0.1, "status": "infeasible"}
+        served.source.tell(end)
+        window.until("news", lambda events: events == [end])
+        self.assertEqual(self.window(served).until("whole"), [end])
 
     def test_it_ends_with_its_run_when_nobody_looks(self) -> None:
         served = self.served()
@@ -331,6 +349,58 @@ class HistoryTest(unittest.TestCase):
         self.assertLess(kept["progress"], 4000)
         self.assertEqual(history.thinned([]), [])
 
+    def test_thinning_keeps_first_last_best_and_extremes(self) -> None:
+        """A week with one dip, one peak and one best point, each between neighbours that are kept instead of it otherwise."""
+        for sense in ("max", "min"):
+            found = History(most=2000)
+            found.add(json.dumps({**START, "sense": sense}).encode())
+            best = {"max": 10**30, "min": -(10**30)}[sense]
+            odd = {30000: {"violated": 0}, 30600: {"rate": 9e9}, 31200: {"basis": 1.5}, 31800: {"collected": 10**9}, 32400: {"share": 0.99}, 33000: {"rate": 1.0}}
+            for k in range(20000):
+                now = 30.0 * k
+                found.add(json.dumps(progress(now, **odd.get(now, {}))).encode())
+                if k % 10 == 3:
+                    value = best if k == 1203 else k % 97
+                    found.add(json.dumps({**point(now + 1, 0), "objective": str(value)}).encode())
+                if k % 50 == 49:
+                    found.news()
+            events = [json.loads(line) for line in found.whole()]
+            self.assertLessEqual(len(events), 2000)
+            shown = {event["time"] for event in events if event["event"] == "progress"}
+            self.assertEqual({0.0, *odd, 30.0 * 19999} - shown, set())
+            points = [event for event in events if event["event"] == "point"]
+            self.assertEqual((points[0]["time"], points[-1]["time"]), (91.0, 30.0 * 19993 + 1))
+            held = [event["objective"] for event in points if event["values"]]
+            self.assertEqual(held.count(str(best)), 1, sense)
+            self.assertEqual(len(held), 1 + history.MOST_POINTS)
+
+    def test_what_no_run_tells_is_bounded_too(self) -> None:
+        """By number, though all come at once, and by size; what has begun is still known."""
+        for event in ({"event": "end", "time": 5, "status": "optimal"}, point(5, 1), {"event": "bound", "time": 5, "bound": 3}, {"event": "note", "time": 5}):
+            found = History(most=400)
+            found.add(json.dumps(START).encode())
+            for _ in range(1000):
+                found.add(json.dumps(event).encode())
+            found.news()
+            self.assertLessEqual(len(found.whole()), 400, event)
+            self.assertEqual([json.loads(found.whole()[k])["event"] for k in (0, -1)], ["start", event["event"]])
+        found = History()
+        found.add(json.dumps(START).encode())
+        for k in range(60):
+            found.add(json.dumps({"event": "note", "time": k, "text": "x" * 1000000}).encode())
+            found.news()
+            self.assertLessEqual(found.size(), history.MOST_SIZE)
+        self.assertEqual(json.loads(found.whole()[0]), START)
+        self.assertEqual(json.loads(found.whole()[-1])["time"], 59)
+
+    def test_a_better_point_takes_the_place_of_the_best(self) -> None:
+        found = History()
+        found.add(json.dumps({**START, "sense": "min"}).encode())
+        for k, value in enumerate([5, *range(10, 30), 4, *range(10, 30), "9/2", "7/2", *range(10, 30)]):
+            found.add(json.dumps({**point(k, 0), "objective": value}).encode())
+        held = [event["objective"] for event in map(json.loads, found.news()[0]) if event.get("values")]
+        self.assertEqual(held, ["7/2", *range(22, 30)])
+
     def test_dense_kinds_of_all_sorts_stay_below_the_limit(self) -> None:
         found = History(most=400)
         for k in range(800):
@@ -384,6 +454,26 @@ class SourcesTest(harness.Case):
         self.assertEqual((source.lines()[0], source.times), ([b"other, and longer"], 2))
         os.remove(self.path("log"))
         self.assertEqual(source.lines(), ([], True))
+
+    def test_a_file_that_is_written_anew_in_place(self) -> None:
+        """By another run, and longer by the time somebody looks."""
+        self.write("log", b'{"event": "start", "began": 1}\nold\n')
+        source = sources.File(self.path("log"))
+        self.addCleanup(source.close)
+        self.assertEqual(len(source.lines()[0]), 2)
+        self.write("log", b'{"event": "start", "began": 2}\nnew\n' + b"more\n" * 100)
+        self.assertEqual((source.lines()[0][:2], source.times), ([b'{"event": "start", "began": 2}', b"new"], 1))
+
+    def test_a_log_that_was_cut_at_its_head(self) -> None:
+        """Or holds something else before its events: they are there."""
+        for before in (b'objective": 5, "by": "search"}\n', b"\0\xff junk\n\n", b"{ 1 }\n"):
+            self.write("j", before + json.dumps(START).encode() + b"\nnohup: ignoring input\n" + json.dumps(point(1, 5)).encode() + b"\n")
+            found = History()
+            log = follow.Log(self.path("j"))
+            for line in log.lines()[0]:
+                found.add(line)
+            log._lines.close()
+            self.assertEqual([json.loads(line) for line in found.whole() + found.news()[0]], [START, point(1, 5)])
 
     def test_a_pipe(self) -> None:
         theirs, ours = os.pipe()

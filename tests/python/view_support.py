@@ -35,6 +35,8 @@ def point(seconds: float, value: int, letter: str = "S") -> dict[str, Any]:
 class Script:
     """A source that tells what it is given."""
 
+    times = 0
+
     def __init__(self) -> None:
         self._lines: list[bytes] = []
         self._more = True

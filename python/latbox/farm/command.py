@@ -62,6 +62,7 @@ class Command:
         for number in STOPS:
             signal.signal(number, self._stop)
         check_readable(options.program)
+        binaries.job_program()
         for name, path in (("out", options.out), ("proof", options.proof)):
             if path is not None and not os.path.isdir(os.path.dirname(os.path.abspath(path))):
                 raise UsageError("--%s=%s: there is no such folder" % (name, path))

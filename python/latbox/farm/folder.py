@@ -71,10 +71,20 @@ class Folder:
             return
         if self._content(self.file("program.opt")) != self._content(program):
             raise UsageError("%s holds the pieces of another program; --jobs=DIR names another folder" % self.path)
-        before = self._content(self.own("search")).decode("utf-8", "replace")
-        if os.path.exists(self.own("search")) and before != text:
-            raise UsageError("%s was cut by the options %s; --jobs=DIR names another folder" %
-                             (self.path, " ".join(before.split()) or "that are none"))
+        before = self._cut_by()
+        # What latbox-all has cut without shares of a proof can be proven all the same.
+        if before is not None and before != search and before != [option for option in search if option != "--proof=1"]:
+            raise UsageError("%s was cut by %s; --jobs=DIR names another folder" %
+                             (self.path, "the options " + " ".join(before) if before else "no options of the search"))
+        if before is not None:
+            write_file(self.own("search"), "".join(option + "\n" for option in before))
+
+    def _cut_by(self) -> list[str] | None:
+        """The options, as this farm has kept them, or as the head of the manifest tells them; None where neither does."""
+        if os.path.exists(self.own("search")):
+            return self._content(self.own("search")).decode("utf-8", "replace").split()
+        options = re.search(rb"^options (.*)$", self._content(self.file("manifest")), re.MULTILINE)
+        return ["--" + word for word in options[1].decode("ascii", "replace").split() if word.endswith("=1")] if options else None
 
     def _content(self, path: str) -> bytes:
         try:

@@ -6,6 +6,7 @@ Nothing that a worker sends is believed by this code: latbox-all --take does, or
 
 from __future__ import annotations
 
+import math
 import os
 from collections.abc import Callable
 from fractions import Fraction
@@ -167,7 +168,7 @@ class Manager:
 
     def _time_for(self, piece: int) -> float:
         """Seconds; twice as many for each time that it was cut: what comes to nothing in its time, on whatever machine, ends at last."""
-        return max(LEAST_TIME, self._job_rtime * 2 ** self._cuts.get(piece, 0))
+        return max(LEAST_TIME, math.ldexp(self._job_rtime, self._cuts.get(piece, 0)))
 
     # ------------------------------------------------------------- in
 

@@ -14,29 +14,32 @@ from .server import Server
 from .sources import File, Lines, Pipe
 
 
+EVENT = b'{"event": '
+
+
 class Log:
-    """Lines of any of the two kinds, as events. The first line that is not blank tells which it is."""
+    """Lines of any of the two kinds, as events. They are JSON from the first line on that looks like an event; what stands before may be
+    anything, the rest of a line that was cut."""
 
     def __init__(self, path: str) -> None:
         """Throws OSError."""
         self._name = os.path.basename(texts.shown_name(path))
         self._lines = source_of(path)
-        self._times = 0
-        self._is_json: bool | None = None
+        self._is_json = False
+        self.times = 0  # that it began anew
         self._console = ConsoleLog(self._name)
 
     def lines(self) -> tuple[list[bytes], bool]:
         found, more = self._lines.lines()
-        if self._lines.times != self._times:  # it begins anew
-            self._times = self._lines.times
-            self._is_json = None
+        if self._lines.times != self.times:
+            self.times = self._lines.times
+            self._is_json = False
             self._console = ConsoleLog(self._name)
-        if self._is_json is None:
-            first = next((line.lstrip() for line in found if line.strip()), None)
-            self._is_json = None if first is None else first.startswith(b"{")
-        if not self._is_json:
-            found = [event for line in found for event in self._console.events(line)]
-        return found, more
+        events = []
+        for line in found:
+            self._is_json = self._is_json or line.lstrip().startswith(EVENT)
+            events += [line] if self._is_json else self._console.events(line)
+        return events, more
 
 
 def source_of(path: str) -> Pipe | Packed | File:

@@ -2,14 +2,16 @@
 
 Kept are lines of JSON, as they come. Of a kind that comes without end (progress, bounds, points) two neighbours may not be nearer
 to each other than a part of their age: so the last minutes are whole, and a week ago one in half an hour or so stands for the rest.
-That makes a number of lines that grows with the logarithm of the time alone. Of the values of points, which may be long, those of
-the last ones are kept. The server thins, and then sends the whole anew: a page keeps what it is sent, and all pages show the same.
+That makes a number of lines that grows with the logarithm of the time alone. The first and the last of each kind stay, and those
+where a curve is least or greatest, as the best point is. Of the values of points, which may be long, those of the last ones and of the
+best one are kept. The server thins, and then sends the whole anew: a page keeps what it is sent, and all pages show the same.
 """
 
 from __future__ import annotations
 
 import json
 import re
+from collections.abc import Collection, Iterator
 from dataclasses import dataclass
 from typing import Any
 
@@ -19,6 +21,8 @@ BETWEEN_PROGRESS = 0.25
 BETWEEN_OLD_PROGRESS = 2.0
 MUCH = 20000  # lines of progress in a turn
 PROGRESS = re.compile(rb'\s*\{"event": "progress", "time": ([0-9.]+),')
+# What the curves of a page are drawn from and need not go one way.
+MEASURES = tuple(re.compile(rb'"%s": (-?[0-9][0-9.e+-]*)' % key) for key in (b"violated", b"share", b"rate", b"basis", b"collected"))
 # {kind: so many lines for each e-fold of the age}; what comes without end of itself.
 DENSITY = {"progress": 400.0, "bound": 150.0, "point": 150.0}
 # Of any other kind: actions and settings, by hand.
@@ -26,17 +30,23 @@ MOST_OTHERS = 1000
 ENDS = ("end", "failure")
 # These tell of the whole run.
 ALWAYS = ("start", *ENDS)
+LEAST_SHARE = 1e-3  # of that density; who needs less is no run
 MOST_POINTS = 8  # that keep their values
+MOST_SIZE = 16 << 20  # bytes of all lines
 # A line longer than this loses its values: a page cannot show a table of so many.
 MOST_BYTES = 1 << 20
 
 
-@dataclass
+Ratio = tuple[int, int]  # the lower one is greater than 0
+
+
+@dataclass(eq=False)
 class Line:
     kind: str
     time: float
     text: bytes  # JSON of an object, without a line's end
     has_values: bool = False
+    objective: Ratio | None = None
 
     def forget_values(self) -> None:
         self.text = without_values(json.loads(self.text))
@@ -54,9 +64,24 @@ class History:
         self._progress = -1.0  # when the last one came that was taken
         self._count = 0  # that came since
         self._holders: list[Line] = []  # the last points
+        self._best: Line | None = None  # with values, of those with an objective
+        self._sense: str | None = None
+        self._size = 0  # of all lines, about
+        self._is_anew = False  # what was sent before is to be forgotten
         self._most = most
         self.is_over = False  # an end was told
         self.has_begun = False
+
+    def clear(self) -> None:
+        """What comes next is of something else."""
+        self._lines.clear()
+        self._fresh.clear()
+        self._holders.clear()
+        self._best = self._sense = self._skipped = None
+        self._progress = -1.0
+        self._size = 0
+        self._is_anew = True
+        self.is_over = self.has_begun = False
 
     def add(self, text: bytes) -> None:
         """A line that is no event is passed over. A start begins anew: of a log with several runs the last counts."""
@@ -83,28 +108,42 @@ class History:
         if line is None:
             return
         if line.kind == "start":
+            self.clear()
             self.has_begun = True
-            self._lines.clear()
-            self._fresh.clear()
-            self._holders.clear()
-            self._progress = -1.0
+            self._sense = json.loads(line.text).get("sense")
         self.is_over = line.kind in ENDS
         self._fresh.append(line)
+        self._size += len(line.text)
         if line.kind == "point" and line.has_values:
-            self._holders.append(line)
-            if len(self._holders) > MOST_POINTS:
-                self._holders.pop(0).forget_values()
+            self._hold(line)
+
+    def _hold(self, point: Line) -> None:
+        known = self._best
+        if point.objective is not None and (known is None or known.objective is None
+                                            or is_less(point.objective, known.objective) == (self._sense != "max") and point.objective != known.objective):
+            self._best = point
+            if known is not None and known not in self._holders:
+                self._forget(known)
+        self._holders.append(point)
+        if len(self._holders) > MOST_POINTS:
+            self._forget(self._holders.pop(0))
+
+    def _forget(self, point: Line) -> None:
+        if point is not self._best:
+            self._size -= len(point.text)
+            point.forget_values()
+            self._size += len(point.text)
 
     def news(self) -> tuple[list[bytes], bool]:
         """(lines, whether they are all there is: what was sent before is to be forgotten)."""
         self._take_skipped()
         fresh, self._fresh, self._count = self._fresh, [], 0
-        is_new = bool(fresh) and fresh[0].kind == "start"
+        is_anew, self._is_anew = self._is_anew, False
         self._lines += fresh
-        if len(self._lines) > self._most:
+        if len(self._lines) > self._most or self._size > MOST_SIZE:
             self._thin()
             return self.whole(), True
-        return [line.text for line in fresh], is_new
+        return [line.text for line in fresh], is_anew
 
     def whole(self) -> list[bytes]:
         return [line.text for line in self._lines]
@@ -115,13 +154,22 @@ class History:
 
     def _thin(self) -> None:
         share = 1.0
-        while len(self._lines) > self._most * 3 // 4:
-            self._lines = thinned(self._lines, share)
+        landmarks = {id(line) for line in extremes(self._lines)}
+        while self._is_too_much() and share > LEAST_SHARE:
+            self._lines = thinned(self._lines, share, landmarks)
             share /= 2
+        while self._is_too_much():
+            # No line of a run: what came at once, or is much too long. The older half goes, but for the start.
+            half = len(self._lines) // 2
+            self._lines = [line for line in self._lines[:half] if line.kind == "start"] + self._lines[half:]
+
+    def _is_too_much(self) -> bool:
+        self._size = self.size()
+        return len(self._lines) > self._most * 3 // 4 or self._size > MOST_SIZE * 3 // 4
 
 
-def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
-    """From the newest on, what is not too near to its newer neighbour of the same kind."""
+def thinned(lines: list[Line], share: float = 1.0, landmarks: Collection[int] = ()) -> list[Line]:
+    """From the newest on, what is not too near to its newer neighbour of the same kind; and the landmarks, by their id()."""
     if not lines:
         return []
     now = max(line.time for line in lines)
@@ -129,7 +177,9 @@ def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
     others = MOST_OTHERS * share
     kept = []
     for line in reversed(lines):
-        if line.kind in DENSITY:
+        if id(line) in landmarks or line.has_values:
+            pass  # they are few
+        elif line.kind in DENSITY:
             near = (now - line.time) / (DENSITY[line.kind] * share)
             if line.kind in newer and newer[line.kind] - line.time < near:
                 continue
@@ -140,6 +190,44 @@ def thinned(lines: list[Line], share: float = 1.0) -> list[Line]:
                 continue
         kept.append(line)
     return kept[::-1]
+
+
+def extremes(lines: list[Line]) -> Iterator[Line]:
+    """The first of each kind that is thinned; the points of the least and the greatest objective; the ends of each curve's range."""
+    firsts: dict[str, Line] = {}
+    for line in lines:
+        if line.kind in DENSITY:
+            firsts.setdefault(line.kind, line)
+    yield from firsts.values()
+    least: Line | None = None
+    greatest: Line | None = None
+    for line in lines:
+        if line.objective is not None:
+            least = line if least is None or is_less(line.objective, least.objective) else least
+            greatest = line if greatest is None or is_less(greatest.objective, line.objective) else greatest
+    yield from (line for line in (least, greatest) if line is not None)
+    progress = [line for line in lines if line.kind == "progress"]
+    for measure in MEASURES:
+        found = [(seconds(match[1]), k) for k, line in enumerate(progress) if (match := measure.search(line.text))]
+        if found:
+            yield progress[min(found)[1]]
+            yield progress[max(found)[1]]
+
+
+def is_less(a: Ratio, b: Ratio) -> bool:
+    return a[0] * b[1] < b[0] * a[1]
+
+
+def ratio(value: object) -> Ratio | None:
+    """Of a value of the JSON lines; None for what is none."""
+    try:
+        if isinstance(value, (int, float)):
+            return value.as_integer_ratio()
+        above, _, below = str(value).partition("/")
+        found = int(above), int(below or 1)
+        return found if found[1] > 0 else None
+    except (ValueError, OverflowError):
+        return None
 
 
 def seconds(text: bytes) -> float:
@@ -165,7 +253,7 @@ def line_of(text: bytes) -> Line | None:
         text, has_values = without_values(event), False
         if len(text) > MOST_BYTES:
             return None
-    return Line(kind, time, text, has_values)
+    return Line(kind, time, text, has_values, ratio(event.get("objective")) if kind == "point" else None)
 
 
 def refuse(word: str) -> None:

@@ -69,7 +69,7 @@ class View:
         now = time.monotonic()
         if now - self._since > BETWEEN_POINTS:
             self._since, self._points = now, 0
-        if self._held is not None and (self._points < POINTS_AT_ONCE or kind == "end"):
+        if self._held is not None and (self._points < POINTS_AT_ONCE or kind in ("end", "failure")):
             held, self._held = self._held, None
             self._points += 1
             self._put(held())

@@ -162,7 +162,10 @@ class Request(BaseHTTPRequestHandler):
             raise Refused(403, "an action needs its Origin")
         if self.headers.get_content_type() != "application/json" or self.headers.get("Transfer-Encoding"):
             raise Refused(415, "a body of JSON is wanted")
-        self.order = order_of(self.rfile.read(MOST_BODY), self._gate.actions)
+        lengths: list[str] = self.headers.get_all("Content-Length", [])
+        if len(lengths) != 1 or not lengths[0].strip().isdecimal():
+            raise Refused(400, "a body of one length is wanted")
+        self.order = order_of(self.rfile.read(min(int(lengths[0]), MOST_BODY)), self._gate.actions)
         self._send(202, "application/json", b"{}\n")
 
     # ------------------------------------------------------------- answers

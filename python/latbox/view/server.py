@@ -40,7 +40,9 @@ LAST_SECONDS_UNSEEN = 1.0
 
 
 class Source(Protocol):
-    """Whence events come."""
+    """Whence events come. `times`: that it began anew, and with it what it tells of."""
+
+    times: int
 
     def lines(self) -> tuple[list[bytes], bool]:
         """Those that have come, and whether there may be more; it does not wait."""
@@ -124,6 +126,7 @@ class Server:
         self._end = 0.0  # it ends then, once nothing comes any more
         self._stopped = False
         self._whole: bytes | None = None
+        self._times = source.times
         listener.setblocking(False)
         self._others.register(listener, selectors.EVENT_READ)
 
@@ -169,12 +172,15 @@ class Server:
         """What has come goes to the windows; who took too long is dropped."""
         if self._more:
             lines, self._more = self._source.lines()
+            if self._source.times != self._times:
+                self._times = self._source.times
+                self.history.clear()
             for line in lines:
                 self.history.add(line)
             if lines:
                 self._last_word = time.monotonic()
             news, is_whole = self.history.news()
-            if news:
+            if news or is_whole:
                 self._whole = None
                 self._send(self._all() if is_whole else events("news", news))
             if not self._more:

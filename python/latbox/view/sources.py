@@ -6,7 +6,8 @@ import os
 
 PIECE = 1 << 20  # read at a time
 PIECES = 4  # in a turn: the server looks at its windows in between
-MOST_LINE = 64 << 20  # a line that is longer is none
+MOST_LINE = 8 << 20  # a line that is longer is none: a point of 300,000 variables
+HEAD = 512  # bytes at the beginning of a file by which it is known again: one that was written anew may be as long as it was
 
 
 class Lines:
@@ -66,6 +67,7 @@ class File:
         self._file = open(path, "rb")
         self._lines = Lines()
         self._place = 0
+        self._head = b""
         self.times = 0  # that it began anew
 
     def lines(self) -> tuple[list[bytes], bool]:
@@ -73,9 +75,11 @@ class File:
         found: list[bytes] = []
         for _ in range(PIECES):
             data = self._file.read(PIECE)
-            self._place += len(data)
             if not data:
                 break
+            if len(self._head) < HEAD:
+                self._head += data[: HEAD - len(self._head)]
+            self._place += len(data)
             found += self._lines.cut(data)
         return found, True
 
@@ -89,11 +93,12 @@ class File:
                 file = open(self._path, "rb")
                 self._file.close()
                 self._file = file
-            elif now.st_size >= self._place:
+            elif now.st_size >= self._place and os.pread(self._file.fileno(), len(self._head), 0) == self._head:
                 return
         except OSError:
             return  # it is away for a moment, or for good: what was read stays
         self._file.seek(0)
         self._place = 0
+        self._head = b""
         self.times += 1
         self._lines.clear()

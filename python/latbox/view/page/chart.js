@@ -7,7 +7,9 @@ const NAMESPACE = "http://www.w3.org/2000/svg";
 const TOP = 14;
 const BOTTOM = 42;
 const RIGHT = 14;
-const LETTER_ROOM = 13; // pixels that two letters of finds keep from each other
+// Pixels of a find's letter, and of its ring.
+const LETTER = { wide: 11, high: 12, away: 5 };
+const RING = 4;
 const TIMES = [1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400, 172800, 604800, 1209600];
 
 export function element(name, attributes = {}, content = "") {
@@ -152,7 +154,7 @@ function path(pixels, isStep, end) {
   return data + (isStep && last !== null ? `H${coordinate(end)}` : "");
 }
 
-// Draws a chart: {unit, series: [{label, style, points, step}], marks: [{t, v, letter}], scale: options of valueScale, from, to}.
+// Draws a chart: {unit, series: [{label, style, points, step}], marks: [{t, v, letter}], rises, scale: options of valueScale, from, to}.
 // Returns what a cursor needs: {left, width, top, height, time, value}.
 export function draw(svg, chart, width, height) {
   const shown = chart.series.map((series) => ({ ...series, points: within(series.points, chart.from, chart.to) }));
@@ -181,7 +183,7 @@ export function draw(svg, chart, width, height) {
     const [endX, endY] = [series.step ? x(chart.to) : pixels[pixels.length - 1][0], pixels[pixels.length - 1][1]];
     parts.push(element("circle", { class: "tip " + series.style, cx: coordinate(endX), cy: coordinate(endY), r: 3 }));
   }
-  parts.push(...marks(chart, x, y));
+  parts.push(...marks(chart, x, y, left, TOP + tall));
   svg.replaceChildren(...parts);
   svg.setAttribute("viewBox", `0 0 ${width} ${height}`);
   svg.setAttribute("width", width);
@@ -189,18 +191,31 @@ export function draw(svg, chart, width, height) {
   return { left, width: inner, top: TOP, height: tall, time, x, y };
 }
 
-// Rings, each with the letter of who found it; where they would lie on each other the newer one stands.
-function marks(chart, x, y) {
+// Rings, each with the letter of who found it: on the side where neither a curve that only gets better comes nor its bound. Where two
+// would lie on each other the newer one stands; the table behind the curve has all of them.
+function marks(chart, x, y, left, bottom) {
   const found = [];
-  const taken = [];
-  for (const mark of [...(chart.marks || [])].reverse()) {
-    if (mark.v === null || mark.t < chart.from || mark.t > chart.to) continue;
+  const rings = [];
+  const letters = [];
+  const meet = (a, b) => a.left < b.right && b.left < a.right && a.top < b.bottom && b.top < a.bottom;
+  const shown = (chart.marks || []).filter((mark) => mark.v !== null && mark.t >= chart.from && mark.t <= chart.to);
+  for (const mark of shown.reverse()) {
     const [cx, cy] = [x(mark.t), y(mark.v)];
-    if (taken.some(([a, b]) => Math.abs(a - cx) < 4 && Math.abs(b - cy) < 4)) continue;
-    const hasRoom = !taken.some(([a, b, has]) => has && Math.abs(a - cx) < LETTER_ROOM && Math.abs(b - cy) < LETTER_ROOM);
-    taken.push([cx, cy, hasRoom]);
+    const ring = { left: cx - RING, right: cx + RING, top: cy - RING, bottom: cy + RING, cx, cy, letter: mark.letter };
+    if (rings.some((other) => Math.abs(other.cx - cx) < RING && Math.abs(other.cy - cy) < RING)) continue;
+    rings.push(ring);
     found.push(element("circle", { class: "find", cx: coordinate(cx), cy: coordinate(cy), r: 2.8 }));
-    if (hasRoom) found.push(element("text", { class: "letter", x: coordinate(cx + 5), y: coordinate(Math.max(10, cy - 5)) }, mark.letter));
+  }
+  for (const ring of rings) {
+    // Below a curve that rises; at its foot, where the axis has its numbers, before it.
+    const isBelow = chart.rises && ring.cy + LETTER.away + LETTER.high <= bottom;
+    const isLeft = chart.rises && !isBelow && ring.cx - LETTER.away - LETTER.wide > left;
+    const edge = ring.cx + (isLeft ? -LETTER.away : LETTER.away);
+    const foot = isBelow ? ring.cy + LETTER.away + LETTER.high - 3 : Math.max(10, ring.cy - LETTER.away);
+    const box = { left: isLeft ? edge - LETTER.wide : edge, right: isLeft ? edge : edge + LETTER.wide, top: foot - LETTER.high + 2, bottom: foot + 1 };
+    if (letters.some((other) => meet(box, other)) || rings.some((other) => other !== ring && meet(box, other))) continue;
+    letters.push(box);
+    found.push(element("text", { class: "letter", x: coordinate(edge), y: coordinate(foot), ...(isLeft ? { "text-anchor": "end" } : {}) }, ring.letter));
   }
   return found.reverse();
 }
@@ -223,7 +238,8 @@ export function picture(title, facts, charts) {
     const group = element("g", { transform: `translate(0 ${60 + i * each})` });
     const inner = element("svg");
     draw(inner, chart, width, each - 30);
-    const names = chart.series.length > 1 ? ": " + chart.series.map((s) => s.label + (s.style === "two" ? " (dashed)" : "")).join(", ") : "";
+    const names = [chart.series.length > 1 ? ": " + chart.series.map((s) => s.label + (s.style === "two" ? " (dashed)" : "")).join(", ") : "",
+      chart.makers ? "; " + chart.makers : ""].join("");
     group.append(element("text", { class: "head", x: 16, y: 14 }, `${chart.title}, ${chart.unit}${names}`));
     const body = element("g", { transform: "translate(0 20)" });
     body.append(...inner.childNodes);

@@ -1,16 +1,18 @@
 // The page: what comes from the server goes into the run, and what is known of the run is shown, twice a second at most.
 
 import { draw, picture } from "./chart.js";
-import { Run, about, count, logText, number, percent, short, span, story, text } from "./run.js";
+import { Run, about, count, difference, exactText, grouped, logText, number, percent, short, span, story, text } from "./run.js";
 
 const $ = (id) => document.getElementById(id);
 const BETWEEN_LOOKS = 400; // milliseconds between two drawings
 const MOST_ROWS = 500; // of values shown
 const MOST_LOG = 300;
 const TABLE_ROWS = 40;
+const MOST_UNHEARD = 15; // seconds; the server beats every two
+const MAKERS = { search: "the search", complete: "the complete search", presolve: "presolve" };
 
 const run = new Run();
-const link = { connected: false, more: true, steered: false, isLog: false, silent: 0 };
+const link = { connected: false, more: true, steered: false, isLog: false, silent: 0, heard: performance.now(), unheard: 0 };
 const sorting = { by: null, descending: false };
 let shownValues = null; // the point whose values the table has
 let logged = 0; // events that the log has seen
@@ -43,17 +45,23 @@ function hear(words) {
   say("");
 }
 
-function clock(time) {
-  const began = run.start ? run.start.began : null;
-  return began ? new Date((began + time + (run.last ? run.last.paused || 0 : 0)) * 1000).toLocaleTimeString([], { hour: "2-digit", minute: "2-digit" }) : "";
+function beginning() {
+  const began = run.start && run.start.began ? new Date(run.start.began * 1000) : null;
+  const day = began && began.toDateString() !== new Date().toDateString() ? { month: "short", day: "numeric" } : {};
+  return began ? "since " + began.toLocaleString([], { ...day, hour: "2-digit", minute: "2-digit" }) : "";
 }
 
 // ------------------------------------------------------------- from the server
 
+let source = null;
+
 function connect() {
-  const source = new EventSource("events");
+  if (source) source.close();
+  source = new EventSource("events");
+  link.heard = performance.now();
   const on = (kind, take) => source.addEventListener(kind, (event) => {
     link.connected = true;
+    link.heard = performance.now();
     take(JSON.parse(event.data));
     look();
   });
@@ -64,17 +72,29 @@ function connect() {
     $("log").replaceChildren();
     events.forEach((event) => run.take(event));
   });
-  on("news", (events) => events.forEach((event) => run.take(event)));
+  on("news", (events) => {
+    link.silent = 0;
+    events.forEach((event) => run.take(event));
+  });
   on("beat", (beat) => {
     link.silent = beat.silent;
   });
-  source.onerror = () => {
+  source.onerror = (event) => {
+    if (event.target !== source) return;
     link.connected = false;
     if (source.readyState === EventSource.CLOSED && !run.end) setTimeout(connect, 3000);
     if (run.end) source.close();
     look();
   };
 }
+
+// A connection that is there and brings nothing breaks without a word: a server that stands still, a machine that sleeps.
+setInterval(() => {
+  if (source.readyState === EventSource.CLOSED || performance.now() - link.heard < 1000 * MOST_UNHEARD) return;
+  link.connected = false;
+  connect();
+  look();
+}, 1000);
 
 async function act(order, words) {
   say(words);
@@ -100,8 +120,9 @@ function look() {
 function show() {
   isDue = false;
   lastLook = performance.now();
-  const told = story(run, link);
   const time = run.now(link.connected && link.more && !link.isLog);
+  link.unheard = (performance.now() - run.told) / 1000;
+  const told = story(run, link, time);
   document.documentElement.dataset.state = told.state;
   document.documentElement.dataset.events = run.events.length;
   put($("model"), run.start ? run.start.model : "");
@@ -118,19 +139,20 @@ function show() {
   showOptions();
   showModel();
   showLog();
-  if (told.state === "running") look.later = look.later || setTimeout(() => { look.later = null; look(); }, 1000);
+  if (told.state === "running" || told.state === "lost") look.later = look.later || setTimeout(() => { look.later = null; look(); }, 1000);
 }
 
 function showControls(told) {
   $("steering").hidden = !link.steered || Boolean(run.end || run.failure);
   put($("pause"), run.isPaused ? "Go on" : "Pause");
-  $("pause").disabled = !run.start;
-  $("save-answer").disabled = !run.bestPoint;
+  $("pause").disabled = !run.start || !link.connected;
+  $("stop").disabled = !link.connected;
+  $("save-answer").disabled = !(run.bestPoint || (run.end && !run.end.omitted));
   $("save-lines").disabled = !run.events.length;
   $("save-picture").disabled = !charts.some((chart) => !chart.figure.hidden);
-  if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost"].includes(told.state)) hear(told.sentence);
-  if (told.state === "running" && lastSaid === "paused") hear("The run goes on.");
-  lastSaid = told.state;
+  if (lastSaid && told.state !== lastSaid && ["paused", "over", "failed", "lost", "silent"].includes(told.state)) hear(told.sentence);
+  if (told.state === "running" && ["paused", "lost", "silent"].includes(lastSaid)) hear("The run goes on.");
+  lastSaid = run.start || link.connected ? told.state : ""; // that it is not yet there is no news
 }
 
 // ------------------------------------------------------------- facts
@@ -158,14 +180,14 @@ function showFacts(time) {
   const last = run.last || {};
   const limit = run.start && run.start.limit;
   const pause = last.paused >= 1 ? `and paused for ${span(last.paused)}` : "";
-  fact("Time of work", run.start || run.end ? span(time) : null, [pause, limit && !run.end ? `of ${span(limit)} at most` : ""].filter(Boolean).join(", ") || (clock(0) ? `since ${clock(0)}` : ""));
+  fact("Time of work", run.start || run.end ? span(time) : null, [pause, limit && !run.end ? `of ${span(limit)} at most` : ""].filter(Boolean).join(", ") || beginning());
   const sense = { min: "smaller is better", max: "greater is better" }[run.sense] || "";
   const ago = run.lastFind !== undefined && run.lastFind <= time && !run.end ? `${run.bestBy ? run.bestBy + ", " : ""}${span(time - run.lastFind)} ago` : "";
   fact("Best value", run.sense && run.start ? text(run.best) : null, [ago, sense].filter(Boolean).join("; "));
   fact("Points", run.sense ? null : run.start ? text(run.pointCount) : null, run.pointCount ? "" : last.violated ? `the nearest breaks ${count(last.violated, "bound")}` : "");
   const gap = run.gap;
   fact("Proven bound", run.sense && run.start && run.start.threads ? text(run.bound) : null,
-    gap ? (gap.amount === 0 ? "met by the best value" : `${percent(gap.share)} from the best value`) : "nothing is proven yet");
+    !gap ? (run.bound === null ? "nothing is proven yet" : "") : gap.isMet ? "met by the best value" : gap.share === null ? "" : `${percent(gap.share)} from the best value`);
   const hasShare = number(last.share) !== null;
   const left = number(last.left_seconds);
   fact("Complete search", run.start && run.start.threads && !run.end ? (hasShare ? percent(last.share) : "at work") : null,
@@ -181,7 +203,7 @@ class Chart {
     Object.assign(this, { title, unit, build, isLarge, cursor: null, frame: null, spec: null });
     const name = "chart-" + title.toLowerCase().replace(/[^a-z]+/g, "-");
     this.legend = make("span", { class: "legend" });
-    this.readout = make("output", { class: "readout" });
+    this.readout = make("output", { class: "readout", "aria-live": "off" });
     this.svg = document.createElementNS("http://www.w3.org/2000/svg", "svg");
     this.svg.setAttribute("role", "img");
     this.svg.setAttribute("tabindex", "0");
@@ -190,7 +212,7 @@ class Chart {
     this.figure = make("figure", { id: name, class: isLarge ? "large" : "", hidden: true },
       make("figcaption", {}, make("h3", {}, title, make("span", { class: "axis-unit" }, unit)), this.legend, this.readout), this.svg, this.details);
     this.details.addEventListener("toggle", () => this.tabulate());
-    this.svg.addEventListener("pointermove", (event) => this.point(event.offsetX));
+    this.svg.addEventListener("pointermove", (event) => this.point({ place: event.offsetX }));
     this.svg.addEventListener("pointerleave", () => this.point(null));
     this.svg.addEventListener("blur", () => this.point(null));
     this.svg.addEventListener("keydown", (event) => this.step(event));
@@ -209,19 +231,24 @@ class Chart {
     if (this.cursor !== null) this.point(this.cursor);
     const ends = spec.series.filter((s) => s.points.length).map((s) => `${s.label} ${short(s.points[s.points.length - 1][1])}`);
     this.svg.setAttribute("aria-label", `${this.title}, ${this.unit}, over the time of work: now ${ends.join(", ")}. The table below has the numbers; the arrow keys read the curve.`);
-    if (this.legend.childElementCount !== spec.series.length) {
-      this.legend.replaceChildren(...(spec.series.length > 1 ? spec.series.map((s) => make("span", { class: "key " + s.style }, s.label)) : []));
+    const keys = spec.series.length > 1 ? spec.series.map((s) => [s.label, "key " + s.style]) : [];
+    if (spec.makers) keys.push([spec.makers, "makers"]);
+    if (this.legend.shown !== String(keys)) {
+      this.legend.shown = String(keys);
+      this.legend.replaceChildren(...keys.map(([label, name]) => make("span", { class: name }, label)));
     }
     if (this.details.open) this.tabulate();
   }
 
-  // The values at a place of the screen; null: none.
-  point(place) {
-    this.cursor = place;
+  // The values at {place} of the screen, under a pointer, or at {t}, a time, which stays while the curve grows; null: none.
+  point(cursor) {
+    this.cursor = cursor;
     this.svg.querySelector(".cursor")?.remove();
-    if (place === null || !this.frame) return put(this.readout, "");
-    const { left, width, top, height, time } = this.frame;
-    const t = time.from + Math.max(0, Math.min(1, (place - left) / width)) * (time.to - time.from);
+    if (cursor === null || !this.frame) return put(this.readout, "");
+    // Read aloud is what a key asks for, not what moves under a pointer.
+    this.readout.setAttribute("aria-live", cursor.t === undefined ? "off" : "polite");
+    const { top, height } = this.frame;
+    const t = this.timeOf(cursor);
     const line = document.createElementNS("http://www.w3.org/2000/svg", "path");
     line.setAttribute("class", "cursor");
     line.setAttribute("d", `M${this.frame.x(t)} ${top}v${height}`);
@@ -234,9 +261,15 @@ class Chart {
     const steps = { ArrowLeft: -0.02, ArrowRight: 0.02, Home: -1, End: 1 };
     if (!(event.key in steps) || !this.frame) return;
     event.preventDefault();
-    const { left, width } = this.frame;
-    const from = this.cursor === null ? left + width : this.cursor;
-    this.point(Math.max(left, Math.min(left + width, from + steps[event.key] * width)));
+    const { from, to } = this.frame.time;
+    const before = this.cursor === null ? to : this.timeOf(this.cursor);
+    this.point({ t: Math.max(from, Math.min(to, before + steps[event.key] * (to - from))) });
+  }
+
+  timeOf(cursor) {
+    const { left, width, time } = this.frame;
+    if (cursor.t !== undefined) return Math.max(time.from, Math.min(time.to, cursor.t));
+    return time.from + Math.max(0, Math.min(1, (cursor.place - left) / width)) * (time.to - time.from);
   }
 
   tabulate() {
@@ -266,12 +299,21 @@ function at(points, t) {
   return low ? points[low - 1][1] : null;
 }
 
+// What the letters of the finds mean.
+function makers() {
+  const found = new Map();
+  for (const { letter, by } of run.finds) found.set(by, (found.get(by) || new Set()).add(letter));
+  return [...found].map(([by, letters]) => `${[...letters].sort().join(", ")} found by ${MAKERS[by] || by}`).join("; ");
+}
+
 const one = (label, points, step, scale = {}) => ({ series: [{ label, style: "one", points, step }], scale });
 const charts = [
   new Chart("Value and bound", "objective", () => ({
     series: [{ label: "best value", style: "one", points: run.series.best, step: true },
       ...(run.series.bound.length ? [{ label: "proven bound", style: "two", points: run.series.bound, step: true }] : [])],
     marks: run.finds,
+    rises: run.sense === "max",
+    makers: makers(),
   }), true),
   new Chart("Points found", "count", () => (run.sense === null && run.pointCount ? one("points", run.series.points, true, { whole: true }) : null), true),
   new Chart("Violation of the nearest point", "bounds broken", () => one("bounds broken", run.series.violated, true, { whole: true })),
@@ -291,7 +333,7 @@ function showCharts(time) {
 function entries(point) {
   const found = Object.entries(point.values).filter(([, value]) => $("zeros").checked || value !== 0);
   if (sorting.by === "name") found.sort(([a], [b]) => a.localeCompare(b, undefined, { numeric: true }));
-  if (sorting.by === "value") found.sort(([, a], [, b]) => number(a) - number(b));
+  if (sorting.by === "value") found.sort(([, a], [, b]) => difference(a, b).sign);
   return sorting.descending ? found.reverse() : found;
 }
 
@@ -303,10 +345,10 @@ function showBest(isForced = false) {
   const all = Object.keys(point.values).length;
   const found = entries(point);
   const hidden = all - found.length;
-  put($("best-note"), [point.objective !== null && point.objective !== undefined ? `Value ${text(point.objective)}` : "", count(all, "variable") + (hidden ? `, of which ${hidden} are 0` : ""),
-    found.length > MOST_ROWS ? `the first ${MOST_ROWS} of ${found.length} are shown; copy or save the answer for all` : ""].filter(Boolean).join("; ") + ".");
+  put($("best-note"), [point.objective !== null && point.objective !== undefined ? `Value ${exactText(point.objective)}` : "", count(all, "variable") + (hidden ? `, of which ${grouped(String(hidden))} ${hidden === 1 ? "is" : "are"} 0` : ""),
+    found.length > MOST_ROWS ? `the first ${MOST_ROWS} of ${grouped(String(found.length))} are shown; copy or save the answer for all` : ""].filter(Boolean).join("; ") + ".");
   $("values").tBodies[0].replaceChildren(...found.slice(0, MOST_ROWS).map(([name, value]) =>
-    make("tr", {}, make("th", { scope: "row" }, name), make("td", { class: "number" }, text(value)))));
+    make("tr", {}, make("th", { scope: "row" }, name), make("td", { class: "number" }, exactText(value)))));
 }
 
 function showPoints() {
@@ -331,7 +373,7 @@ const optionRows = new Map();
 
 function showOptions() {
   $("options").hidden = !run.options.size;
-  const canSet = link.steered && !run.end && !run.failure;
+  const canSet = link.steered && link.connected && !run.end && !run.failure;
   put($("options-note"), canSet ? "A new value counts while the search goes on; it changes the way there, never what is an answer." : "As the search has them.");
   for (const option of run.options.values()) {
     const row = optionRows.get(option.key) || makeOption(option);
@@ -402,8 +444,8 @@ const stem = () => (run.start ? run.start.model.split("/").pop().replace(/\.[^.]
 function answerText() {
   const point = run.bestPoint;
   const lines = [`# status: ${run.end ? run.end.status : "feasible"}`];
-  if (point.objective !== null && point.objective !== undefined) lines.push(`# objective: ${point.objective}`);
-  lines.push("# point 1", ...Object.entries(point.values).map(([name, value]) => `${name} = ${value}`));
+  if (point && point.objective !== null && point.objective !== undefined) lines.push(`# objective: ${point.objective}`);
+  if (point) lines.push("# point 1", ...Object.entries(point.values).map(([name, value]) => `${name} = ${value}`));
   return lines.join("\n") + "\n";
 }
 
@@ -411,7 +453,7 @@ const linesText = () => run.events.map((event) => JSON.stringify(event) + "\n").
 
 function pictureText() {
   const shown = charts.filter((chart) => !chart.figure.hidden);
-  return picture(run.start ? run.start.model : "a run", story(run, link).sentence, shown.map((chart) => chart.spec));
+  return picture(run.start ? run.start.model : "a run", story(run, link, run.time).sentence, shown.map((chart) => chart.spec));
 }
 
 // ------------------------------------------------------------- what is pressed

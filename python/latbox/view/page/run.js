@@ -1,6 +1,7 @@
 // What is known of a run, from its events; and how numbers and times are written. Nothing here touches the page.
 
 const KEPT_POINTS = 8; // whose values are kept, as the server does
+const MOST_SILENT = 30; // seconds without a word; a run that works speaks five times a second
 const THIN = "\u202f"; // between groups of digits
 const TIED = "\u00a0"; // between a number and its unit
 
@@ -15,6 +16,27 @@ export function number(value) {
   return Number.isFinite(found) ? found : null;
 }
 
+const EXACT = /^-?\d+(\/\d+)?$/;
+
+const parts = (value) => {
+  const [above, below] = String(value).split("/");
+  return [BigInt(above), BigInt(below === undefined ? 1 : below)];
+};
+
+const isExact = (value) => EXACT.test(String(value));
+const isValue = (value) => number(value) !== null || (value !== null && value !== undefined && isExact(value));
+
+// The difference of two values as a number, and its sign, which is exact however long they are.
+export function difference(a, b) {
+  if ((typeof a === "number" && typeof b === "number") || !isExact(a) || !isExact(b)) {
+    const found = number(a) - number(b);
+    return { amount: found, sign: Math.sign(found) };
+  }
+  const [[p, q], [r, s]] = [parts(a), parts(b)];
+  const found = p * s - r * q;
+  return { amount: number(`${found}/${q * s}`), sign: found < 0n ? -1 : found > 0n ? 1 : 0 };
+}
+
 // The same to be read: exact as long as it is short, "≈" before what was rounded.
 export function text(value) {
   if (value === null || value === undefined) return "–";
@@ -26,7 +48,13 @@ export function text(value) {
   return (typeof value === "number" ? "" : "≈ ") + short(found);
 }
 
-function grouped(digits) {
+// The same with all its digits, as long as they can be read at all.
+export function exactText(value) {
+  const digits = String(value);
+  return isExact(value) && digits.length <= 80 ? digits.split("/").map(grouped).join("/") : text(value);
+}
+
+export function grouped(digits) {
   const sign = digits.startsWith("-") ? "−" : "";
   return sign + digits.replace("-", "").replace(/\B(?=(\d{3})+$)/g, THIN);
 }
@@ -105,7 +133,8 @@ export class Run {
     this.isPaused = false;
     this.best = null;
     this.lastFind = undefined; // its time
-    this.bestBy = "";
+    this.bestBy = ""; // its finder's letter
+    this.bestHolder = null; // its point, with values
     this.bound = null;
     this.points = []; // the last ones, with their values
     this.pointCount = 0;
@@ -121,7 +150,8 @@ export class Run {
   // Seconds of work by now: between two events the clock of the page goes on.
   now(isLive) {
     const goesOn = isLive && this.start && !this.end && !this.failure && !this.isPaused;
-    return this.time + (goesOn ? Math.min(60, (performance.now() - this.told) / 1000) : 0);
+    const since = (performance.now() - this.told) / 1000;
+    return this.time + (goesOn && since < MOST_SILENT ? since : 0);
   }
 
   take(event) {
@@ -159,36 +189,48 @@ export class Run {
   _point(event) {
     this.points.push(event);
     this.pointCount = Math.max(this.pointCount, this.points.length);
-    if (this.points.length > KEPT_POINTS) {
-      const old = this.points.shift();
-      if (old.values) Object.assign(old, { values: null, omitted: true });
-    }
-    this._better(event.time, event.objective, event.letter);
+    this._better(event.time, event.objective, event);
+    if (event.values && isValue(event.objective) && difference(event.objective, this.best).sign === 0) this._hold(event);
+    if (this.points.length > KEPT_POINTS) this._forget(this.points.shift());
     if (event.objective === null) {
       this.lastFind = event.time;
-      if (this.finds.length < KEPT_POINTS) this.finds.push({ t: event.time, v: null, letter: event.letter });
     }
   }
 
-  _better(time, value, letter) {
-    const found = number(value);
-    if (found === null) return;
-    const known = number(this.best);
-    if (known !== null && (this.sense === "max" ? found <= known : found >= known)) return;
-    this.best = value;
-    this.series.best.push([time, found]);
-    if (letter) {
-      this.bestBy = letter;
-      this.finds.push({ t: time, v: found, letter });
+  // The best point's values stay, however many worse ones come after it.
+  _hold(point) {
+    const old = this.bestHolder;
+    this.bestHolder = point;
+    if (old && !this.points.includes(old)) this._forget(old);
+  }
+
+  _forget(point) {
+    if (point.values && point !== this.bestHolder) Object.assign(point, { values: null, omitted: true });
+  }
+
+  // `point`: the event that brings it, if one does.
+  _better(time, value, point) {
+    if (!isValue(value)) return;
+    const sign = this.best === null ? 1 : difference(value, this.best).sign * (this.sense === "max" ? 1 : -1);
+    const isNews = sign > 0;
+    if (!isNews && (sign < 0 || this.bestBy || !point)) return;
+    if (isNews) {
+      this.best = value;
+      this.bestBy = "";
+      this._hold(null);
+      this.lastFind = time;
+      this._add(this.series.best, time, value);
     }
-    this.lastFind = time;
+    if (point) {
+      this.bestBy = point.letter;
+      this.finds.push({ t: time, v: number(value), letter: point.letter, by: point.by });
+    }
   }
 
   _bounded(time, value) {
-    const found = number(value);
-    if (found === null || found === number(this.bound)) return;
+    if (!isValue(value) || (this.bound !== null && difference(value, this.bound).sign === 0)) return;
     this.bound = value;
-    this.series.bound.push([time, found]);
+    this._add(this.series.bound, time, value);
   }
 
   _bound(event) {
@@ -220,16 +262,16 @@ export class Run {
   // The best point's values: those of the answer, or of the best point so far.
   get bestPoint() {
     if (this.end && this.end.values) return { values: this.end.values, objective: this.end.objective };
-    const best = number(this.best);
-    const found = this.points.filter((p) => p.values && (best === null || number(p.objective) === best));
-    return best === null ? found[0] || null : found[found.length - 1] || null;
+    return this.best === null ? this.points.find((p) => p.values) || null : this.bestHolder;
   }
 
-  // How far the best value is from the bound: {amount, share}, or null.
+  // How far the best value is from the bound: {isMet, amount, share}, or null; of what no number can hold amount and share are null.
   get gap() {
-    const [best, bound] = [number(this.best), number(this.bound)];
-    if (best === null || bound === null) return null;
-    return { amount: Math.abs(best - bound), share: Math.abs(best - bound) / Math.max(1, Math.abs(best)) };
+    if (this.best === null || this.bound === null) return null;
+    const { amount, sign } = difference(this.best, this.bound);
+    const size = number(this.best);
+    const share = amount === null || size === null ? null : Math.abs(amount) / Math.max(1, Math.abs(size));
+    return { isMet: sign === 0, amount: amount === null ? null : Math.abs(amount), share };
   }
 }
 
@@ -238,7 +280,7 @@ export class Run {
 const ENDS = {
   optimal: (run) => (run.best === null ? ["A point was found.", "It is all that was asked for."]
     : [`${text(run.best)} is the best value there is.`, "That is proven."]),
-  all: (run) => [`All points are known: ${run.end.points}.`, "That there are no others is proven."],
+  all: (run) => [`All points are known: ${grouped(String(run.end.points))}.`, "That there are no others is proven."],
   feasible: (run) => [run.best === null ? "It ended with a point." : `It ended with the value ${text(run.best)}.`, "Whether there is a better one stays open."],
   interrupted: (run) => [run.end.values ? (run.best === null ? "Stopped, with a point." : `Stopped, with the value ${text(run.best)}.`)
     : "Stopped before a point was known.", run.end.values ? "Whether there is a better one stays open." : "Whether there is one stays open."],
@@ -247,8 +289,8 @@ const ENDS = {
   infeasible: () => ["There is no point.", "That is proven."],
 };
 
-// {state, pill, sentence, lead, advice}: what a glance must tell. `link`: {connected, more, isLog, silent}.
-export function story(run, link) {
+// {state, pill, sentence, lead, advice}: what a glance must tell. `link`: {connected, more, isLog, silent, unheard}; `time`: of work, by now.
+export function story(run, link, time) {
   if (run.end) {
     const [sentence, advice] = (ENDS[run.end.status] || (() => [`It ended: ${run.end.status}.`, ""]))(run);
     return { state: "over", pill: "over", sentence, lead: `Over after ${span(run.end.time)}.`, advice: [advice, gapText(run)].filter(Boolean).join(" ") };
@@ -256,7 +298,7 @@ export function story(run, link) {
   if (run.failure) return { state: "failed", pill: "failed", sentence: "The run has failed.", lead: "", advice: run.failure.text };
   if (!link.connected) {
     return { state: "lost", pill: "no connection", sentence: run.start ? "The page has lost the run." : "Connecting to the run",
-      lead: "", advice: run.start ? "What it shows is as old as the last word. It goes on asking." : "The page shows what happens as it happens." };
+      lead: "", advice: run.start ? `The last word came ${span(link.unheard)} ago, and what it shows is as old. It goes on asking.` : "The page shows what happens as it happens." };
   }
   if (!link.more) return { state: "failed", pill: "gone", sentence: "The run is gone.", lead: "", advice: "It ended without an answer: killed, perhaps." };
   if (!run.start) {
@@ -267,21 +309,21 @@ export function story(run, link) {
   if (run.isPaused) {
     return { state: "paused", pill: "paused", sentence: `Paused, ${value}.`, lead: "Nothing moves.", advice: "Its clock stands still too, until it goes on." };
   }
-  if (link.isLog && link.silent > 30) {
-    return { state: "silent", pill: "silent", sentence: `No word for ${span(link.silent)}, ${value}.`, lead: "", advice: "The log does not grow, and holds no end: paused, or ended without one." };
+  if (link.silent > MOST_SILENT) {
+    return { state: "silent", pill: "silent", sentence: `No word for ${span(link.silent)}, ${value}.`, lead: "",
+      advice: link.isLog ? "The log does not grow, and holds no end: paused, or ended without one." : "The run is there, but does not speak: stopped from outside, perhaps." };
   }
-  return { state: "running", pill: "running", sentence: `Running, ${value}.`, ...waiting(run) };
+  return { state: "running", pill: "running", sentence: `Running, ${value}.`, ...waiting(run, time) };
 }
 
 function gapText(run) {
   const gap = run.gap;
-  if (!gap || gap.amount === 0) return "";
+  if (!gap || gap.isMet || gap.share === null) return "";
   return `At most ${short(gap.amount)} (${percent(gap.share)}) could be gained.`;
 }
 
 // Whether waiting pays.
-function waiting(run) {
-  const now = run.time;
+function waiting(run, now) {
   const left = run.last ? number(run.last.left_seconds) : null;
   const since = run.lastFind === undefined ? null : now - run.lastFind;
   const gap = gapText(run);
@@ -289,7 +331,7 @@ function waiting(run) {
   const ends = limit ? ` It ends by itself in ${span(Math.max(0, limit - now))} at the latest.` : "";
   const isNear = left !== null && left < 14 * 86400 && (!limit || now + left < 1.5 * limit);
   if (isNear && run.last.share >= 0.01) {
-    const what = run.best === null ? "it is certain whether there is a point" : "it is proven what is best";
+    const what = run.best !== null ? "it is proven what is best" : run.pointCount ? "all points are known" : "it is certain whether there is a point";
     return { lead: "Waiting pays:", advice: `in about ${about(left)} ${what}. ${gap}${ends}` };
   }
   const far = left !== null ? ` A proof would take about ${about(left)}.` : "";
@@ -298,9 +340,9 @@ function waiting(run) {
     return { lead: "Too early to tell whether waiting pays.", advice: `No point is known, nor that there is none.${near}${far}${ends}` };
   }
   if (since < Math.max(60, now / 4)) {
-    return { lead: "Waiting pays:", advice: `better points still come, the last one ${span(since)} ago. ${gap}${far}${ends}` };
+    return { lead: "Waiting pays:", advice: `${run.best === null ? "" : "better "}points still come, the last one ${span(since)} ago. ${gap}${far}${ends}` };
   }
-  return { lead: "Waiting may bring little:", advice: `nothing better for ${span(since)}, and no end is in sight. ${gap}${far}${ends}` };
+  return { lead: "Waiting may bring little:", advice: `${run.best === null ? "no other point" : "nothing better"} for ${span(since)}, and no end is in sight. ${gap}${far}${ends}` };
 }
 
 // A line of the log, or "" for what is no news.
