@@ -45,6 +45,7 @@ class Joiner {
     all_ = standings(folder_, *reports, complain);
     requireAll(*reports);
     if (!folder_.isListing()) return solveBest(reader, task, finds, journal);
+    requireMet();
     finds.begin();
     const bool isListed = each(journal.control(), [&](const Entry& entry, const Result& result) {
       if (entry.share) return;
@@ -98,6 +99,25 @@ class Joiner {
     if (missing > MOST) complain("and " + std::to_string(missing - MOST) + " more");
     if (missing > 0)
       throw BadFolder("--jobs=" + options_.jobs + ": " + std::to_string(missing) + " pieces are missing");
+  }
+
+  // The walk of the proof meets the points of the search, or somebody has told an untruth.
+  void requireMet() const {
+    if (options_.proof.empty() || folder_.manifest().head.proof == "-") return;
+    folder_.proofText();
+    unsigned long points = 0;
+    unsigned long met = 0;
+    bool isShared = false;
+    for (const Standing& standing : all_) {
+      isShared = isShared || standing.entry->share;
+      if (standing.result)
+        (standing.entry->share ? met : points) +=
+            standing.entry->share ? standing.result->met : standing.result->points;
+    }
+    if (isShared && met != points)
+      throw BadFolder("--jobs=" + options_.jobs + ": the proof's pieces have met " + std::to_string(met) +
+                      " points, and those of the search " + std::to_string(points) +
+                      ": one of them is untrue");
   }
 
   // The target norm is proven; what is left is done as the undivided run does it.

@@ -43,12 +43,16 @@ class Standings {
     std::vector<const Entry*> shares;
     for (const Entry* entry : manifest_.childrenOf(0, ""))
       (entry->share ? shares : searches).push_back(entry);
-    // Presolve may have left nothing to be searched.
-    require(searches.empty() || makeUp(searches, std::vector<Piece>{{}}),
+    // Presolve may have left nothing to be searched; then there are no shares either.
+    require(manifest_.entries.empty() || makeUp(searches, std::vector<Piece>{{}}),
             "the pieces are not all of the search");
     require(shares.empty() || makeUp(shares, Share()), "the shares are not all of the proof");
-    for (const Entry* entry : searches) visit(*entry);
-    for (const Entry* entry : shares) visit(*entry);
+    for (const auto* all : {&searches, &shares}) left_.insert(left_.end(), all->begin(), all->end());
+    while (!left_.empty()) {
+      const Entry& entry = *left_.back();
+      left_.pop_back();
+      visit(entry);
+    }
     std::sort(standings_.begin(), standings_.end(),
               [](const Standing& a, const Standing& b) { return a.entry->number < b.entry->number; });
     return std::move(standings_);
@@ -77,7 +81,7 @@ class Standings {
         require(entry.share ? makeUp(children, *entry.share) : makeUp(children, result->open),
                 "the children of piece " + std::to_string(entry.number) + " are not what it has left");
         standings_.push_back({&entry, State::SPLIT, std::move(result)});
-        for (const Entry* child : children) visit(*child);
+        left_.insert(left_.end(), children.begin(), children.end());
         return;
       }
     }
@@ -90,13 +94,15 @@ class Standings {
     require(entry.share ? makeUp(children, *entry.share) : makeUp(children, entry.pieces),
             "the children of piece " + std::to_string(entry.number) + " are not all of it");
     standings_.push_back({&entry, State::SPLIT, std::nullopt});
-    for (const Entry* child : children) visit(*child);
+    left_.insert(left_.end(), children.begin(), children.end());
   }
 
   const Folder& folder_;
   const Manifest& manifest_;
   const Reports& reports_;
   const std::function<void(const std::string&)>& complain_;
+  // To be visited.
+  std::vector<const Entry*> left_;
   std::vector<Standing> standings_;
 };
 

@@ -95,6 +95,41 @@ class ManifestTest(ForgedCase):
         self.assertGreater(kinds[10], 2)
 
 
+class JoinTest(ForgedCase):
+    def test_shares_of_the_proof_are_not_the_search(self):
+        self.begin(MANY, 3, "--proof=1")
+        self.do_all()
+        self.forger.write_manifest([body for body in self.forger.bodies() if "proof:" in body])
+        for number in self.pieces_that("proof:"):
+            self.call("--job=%d" % number)
+        self.assert_missing("the pieces are not all of the search")
+
+    def pieces_that(self, have):
+        return [int(body.split()[1]) for body in self.forger.bodies() if have in body]
+
+    def test_a_proof_that_does_not_fit_is_told_before_anything_is_written(self):
+        self.begin(MANY, 2, "--proof=1")
+        self.do_all()
+        number = self.pieces_that("proof:")[0]
+        whole = self.read("d/%d.result" % number)
+        for met in ("999", str(2**64 - 1)):
+            self.write("d/%d.result" % number, self.forger.result(number, "nodes 9", "met " + met, "points 0"))
+            self.assert_missing(r"the proof's pieces have met \d+ points, and those of the search \d+")
+        self.write("d/%d.result" % number, whole)
+        proof = self.read_bytes("d/proof")
+        for text in (b"", proof[:-9]):
+            self.write("d/proof", text)
+            self.assert_missing("d/proof: is not the one that the manifest was written for")
+        self.write("d/proof", proof)
+        self.assert_joins("--proof=%s.proof")
+
+    def test_a_piece_that_was_split_again_and_again(self):
+        self.begin(MANY, 1)
+        self.forger.write_manifest(["piece 1 - 5 ."] + ["piece %d %d 5 ." % (number, number - 1) for number in range(2, 60000)])
+        self.call("--job=59999")
+        self.assert_joins()
+
+
 class ResultTest(ForgedCase):
     def test_numbers_that_are_none(self):
         self.begin(MANY, 1, "--count=1")
