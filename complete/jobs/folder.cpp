@@ -107,7 +107,7 @@ Result Folder::resultIn(const std::string& path, const Entry& entry) const {
 }
 
 bool Folder::hasResult(const Entry& entry) const {
-  return std::filesystem::exists(resultPath(entry.number));
+  return std::filesystem::is_regular_file(resultPath(entry.number));
 }
 
 void Folder::append(std::vector<Entry> entries) {

@@ -45,7 +45,7 @@ class Joiner {
     all_ = standings(folder_, *reports, complain);
     requireAll(*reports);
     if (!folder_.isListing()) return solveBest(reader, task, finds, journal);
-    requireMet();
+    requireSums();
     finds.begin();
     const bool isListed = each(journal.control(), [&](const Entry& entry, const Result& result) {
       if (entry.share) return;
@@ -102,19 +102,21 @@ class Joiner {
   }
 
   // The walk of the proof meets the points of the search, or somebody has told an untruth.
-  void requireMet() const {
-    if (options_.proof.empty() || folder_.manifest().head.proof == "-") return;
-    folder_.proofText();
+  void requireSums() const {
+    const bool isProof = !options_.proof.empty() && folder_.manifest().head.proof != "-";
+    if (isProof) folder_.proofText();
     unsigned long points = 0;
     unsigned long met = 0;
     bool isShared = false;
     for (const Standing& standing : all_) {
       isShared = isShared || standing.entry->share;
-      if (standing.result)
-        (standing.entry->share ? met : points) +=
-            standing.entry->share ? standing.result->met : standing.result->points;
+      if (!standing.result) continue;
+      if (__builtin_add_overflow(points, standing.result->points, &points) ||
+          __builtin_add_overflow(met, standing.result->met, &met))
+        throw BadFolder("piece " + std::to_string(standing.entry->number) +
+                        ": more points than can be counted");
     }
-    if (isShared && met != points)
+    if (isProof && isShared && met != points)
       throw BadFolder("--jobs=" + options_.jobs + ": the proof's pieces have met " + std::to_string(met) +
                       " points, and those of the search " + std::to_string(points) +
                       ": one of them is untrue");

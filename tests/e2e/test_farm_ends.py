@@ -8,7 +8,7 @@ import stat
 
 import farm_support
 import harness
-from complete_kills import TASKS
+from complete_kills import TASKS, knapsack
 from farm_support import FarmCase, load_tests  # noqa: F401
 from programs import market_split
 from test_complete import NINE, NOTHING, ONE
@@ -65,6 +65,15 @@ class EndTest(FarmCase):
             self.assertIn("and the same command goes on from it\n", farm.err)
         farm = self.begin("--pieces=30")
         self.assert_same(alone, harness.Result(farm.wait(), farm.out, farm.err))
+
+    def test_stopped_with_a_best_point(self):
+        self.write("p.opt", knapsack(60, 1))
+        farm = self.begin("--pieces=4")
+        self.hire()
+        harness.wait_until(lambda: self.exists("jobs/best"), "a point")
+        farm.kill(signal.SIGINT)
+        self.assertEqual(farm.wait(), 11)
+        self.assertEqual(farm.out, "verdict: found 1\n")
 
     def test_two_farms_in_one_folder(self):
         self.write("p.opt", LONG)

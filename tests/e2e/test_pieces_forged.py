@@ -112,9 +112,10 @@ class JoinTest(ForgedCase):
         self.do_all()
         number = self.pieces_that("proof:")[0]
         whole = self.read("d/%d.result" % number)
-        for met in ("999", str(2**64 - 1)):
-            self.write("d/%d.result" % number, self.forger.result(number, "nodes 9", "met " + met, "points 0"))
-            self.assert_missing(r"the proof's pieces have met \d+ points, and those of the search \d+")
+        unlike = r"the proof's pieces have met \d+ points, and those of the search \d+"
+        for met, complaint in ((999, unlike), (2**64 - 1, "more points than can be counted")):
+            self.write("d/%d.result" % number, self.forger.result(number, "nodes 9", "met %d" % met, "points 0"))
+            self.assert_missing(complaint)
         self.write("d/%d.result" % number, whole)
         proof = self.read_bytes("d/proof")
         for text in (b"", proof[:-9]):
@@ -136,6 +137,17 @@ class ResultTest(ForgedCase):
         for lines in (("nodes -1", "points 0"), ("nodes 1", "points -5"), ("nodes 1", "points 99999999999999999999"), ("nodes x", "points 0")):
             self.assert_not_taken("r: a value is missing or none", 1, *lines)
         self.assert_not_taken("more than belongs to 'points'", 1, "nodes 1", "points 3 4")
+
+    def test_more_points_than_can_be_counted(self):
+        self.begin(MANY, 2, "--count=1")
+        for number in (1, 2):
+            self.write("d/%d.result" % number, self.forger.result(number, "nodes 1", "points %d" % (2**64 - 1)))
+        self.assert_missing(r"piece \d: more points than can be counted")
+
+    def test_a_pipe_is_no_result(self):
+        self.begin(MANY, 1)
+        os.mkfifo(self.path("d/1.result"))
+        self.assert_missing("piece 1 has no result")
 
     def test_bounds_that_are_none(self):
         self.begin(BEST, 1)

@@ -121,8 +121,9 @@ class Command:
 
     def _stopped(self, manager: Manager) -> int:
         self._display.note("stopped by %s; %s is whole, and the same command goes on from it" % (self._signal, self._folder.path))
-        say("verdict: found %d\n" % manager.points if manager.points else "verdict: unknown\n")
-        return FOUND if manager.points else UNKNOWN
+        points = 1 if self._folder.best() else manager.points
+        say("verdict: found %d\n" % points if points else "verdict: unknown\n")
+        return FOUND if points else UNKNOWN
 
     def _stop(self, number: int, frame: object) -> None:
         self._stops += 1
