@@ -34,7 +34,8 @@ from .errors import EngineError, PlacedError, UsageError, counted
 from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
-from .solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap, Portfolio, Settings
+from .solving.portfolio import Portfolio
+from .solving.settings import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap, Settings
 
 Number = Union[int, Fraction]  # whole numbers are ints
 Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal

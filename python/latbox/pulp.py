@@ -21,7 +21,7 @@ from .front.progress import Display
 from .models.model import INF, Row
 from .solving import binaries, exact, statuses
 from .solving.events import Event
-from .solving.portfolio import AUTO
+from .solving.settings import AUTO
 
 try:
     import pulp

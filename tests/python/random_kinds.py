@@ -20,7 +20,7 @@ from model_texts import INF, Plain
 
 from latbox.models import read_text
 from latbox.solving import checking
-from latbox.solving.portfolio import Gap
+from latbox.solving.settings import Gap
 
 LIMIT = 60  # seconds that no model needs
 NEAR = 6  # of columns that nothing bounds exhaustive search looks at so many values to either side

@@ -20,7 +20,8 @@ from model_texts import INF, Plain
 from latbox.models import read_text
 from latbox.solving import checking
 from latbox.solving.events import End
-from latbox.solving.portfolio import Portfolio, Settings
+from latbox.solving.portfolio import Portfolio
+from latbox.solving.settings import Settings
 
 LARGEST_BOX = 3000
 FORMATS = {"opt": model_texts.opt, "lp": model_texts.lp, "mps": model_texts.mps}

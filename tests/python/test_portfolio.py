@@ -11,7 +11,8 @@ import harness
 from solve_support import KNAPSACK
 
 from latbox.models import read_text
-from latbox.solving.portfolio import Portfolio, Settings
+from latbox.solving.portfolio import Portfolio
+from latbox.solving.settings import Settings
 
 
 class RenewalTest(unittest.TestCase):

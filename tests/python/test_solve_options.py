@@ -12,7 +12,7 @@ import harness
 
 from latbox.errors import UsageError
 from latbox.front import options
-from latbox.solving.portfolio import Gap
+from latbox.solving.settings import Gap
 
 TIME = "a time above 0 is wanted, as 20, 0.5 or 2m (s, m, h, d)"
 MEMORY = "an amount of memory of 64M or more is wanted, as 4G or 500M (K, M, G, T)"

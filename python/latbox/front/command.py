@@ -16,7 +16,8 @@ from ..models import Model, read_model
 from ..models.sources import require_place, shown_name, write_file
 from ..solving import proof, statuses
 from ..solving.events import End, Event
-from ..solving.portfolio import Portfolio, Settings
+from ..solving.portfolio import Portfolio
+from ..solving.settings import Settings
 from . import answer, options as table
 from .json_lines import KINDS, JsonLines
 from .options import Options

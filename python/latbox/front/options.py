@@ -14,7 +14,7 @@ from fractions import Fraction
 
 from ..errors import UsageError
 from ..models import FORMATS
-from ..solving.portfolio import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
+from ..solving.settings import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
 from .parsing import Option, Parser, Wanted, take_choice, take_path, take_time, take_whole
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)

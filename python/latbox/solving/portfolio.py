@@ -14,8 +14,7 @@ from __future__ import annotations
 import os
 import selectors
 import time
-from collections.abc import Callable, Generator, Iterator
-from dataclasses import dataclass, field
+from collections.abc import Generator, Iterator
 from enum import Enum
 from fractions import Fraction
 
@@ -23,20 +22,18 @@ from ..errors import EngineError, InternalError
 from ..models.model import INF, Model
 from . import checking, exact, levels, pace, proof, statuses, steering, unbounded
 from .activity import narrowed
+from .clock import Clock
 from .complete_engine import CompleteEngine, Task
 from .corners import corners
 from .events import Action, Bound, End, Event, Found, Point, Progress, Setting, Start
+from .finds import Finds
 from .program import MANY_CELLS, MOST_CELLS, Program, Target
 from .rewriting import Rewriting
 from .search_engine import SearchEngine
+from .settings import ALL, AUTO, SEARCH, Settings
 from .statement import Infeasible, Statement, grid_text
 from .tuning import rank, tuning
 from .work_folder import WorkFolder
-
-AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
-ALL = 0  # solutions: all of them
-LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
-MOST_THREADS = 1024
 
 TICK = 0.05
 BETWEEN_PROGRESS = 0.2
@@ -62,35 +59,6 @@ class Mode(Enum):
     RESCUE = "any point at all, for the rest is open or without end"
 
 
-@dataclass
-class Gap:
-    """How far the best point may be from the bound: by an amount, or by a part of max(1, |objective|)."""
-
-    value: Fraction
-    relative: bool = False
-
-    def holds(self, objective: Fraction, bound: Fraction) -> bool:
-        scale = max(Fraction(1), abs(objective)) if self.relative else Fraction(1)
-        return abs(objective - bound) <= self.value * scale
-
-
-@dataclass
-class Settings:
-    engine: str = AUTO
-    digits: int | None = None
-    time: float | None = None  # seconds
-    solutions: int = 1  # ALL, or so many
-    target: Fraction | None = None
-    gap: Gap | None = None
-    seed: int = 0
-    threads: int = 0  # 0: one for each processor
-    memory: int | None = None  # bytes, of all engines together
-    search_options: dict[str, object] = field(default_factory=dict)
-    proof: str | None = None  # a folder
-    log: Callable[[str], None] | None = None
-    steering: steering.Steering | None = None
-
-
 class Portfolio:
     """Solves a model: iterate over events(). Leaving the iteration, by whatever, ends the engines."""
 
@@ -99,10 +67,8 @@ class Portfolio:
         self.model = model
         self.settings = settings
         self.has_objective = checking.has_objective(model)
-        self._started = time.monotonic() if started is None else started
+        self._clock = Clock(started, settings.time)
         self._interrupted = False
-        self._paused = 0.0  # seconds of pauses that are over
-        self._pause_began: float | None = None  # of the clock time.monotonic()
         self._pace = pace.Pace()
         # Options of the search that were set while it went: those of a search that begins anew, too.
         self._set: dict[str, object] = {}
@@ -110,8 +76,7 @@ class Portfolio:
         self._complete: CompleteEngine | None = None
         self._rays: CompleteEngine | None = None
         self._searches: list[SearchEngine] = []
-        self._best: tuple[Fraction | None, Point] | None = None
-        self._points: dict[tuple[Fraction, ...], Point] = {}  # where more than one is wanted
+        self._finds = Finds(model, settings.solutions)
         self._have_served = False  # a point has come from an engine, or from the rewriting
         self._good = 0  # of them, so many are proven to be the best ones
         self._bound: Fraction | None = None
@@ -302,7 +267,7 @@ class Portfolio:
         next_progress = 0.0
         while True:
             yield from self._obey()
-            if self._pause_began is not None and not self._interrupted:
+            if self._clock.is_paused and not self._interrupted:
                 self._wait()
                 continue
             for engine in [*self._searches, self._complete]:
@@ -318,7 +283,7 @@ class Portfolio:
             now = self.seconds()
             if self._interrupted:
                 return statuses.INTERRUPTED
-            if self._is_late():
+            if self._clock.is_late():
                 return None
             if now >= next_progress:
                 next_progress = now + BETWEEN_PROGRESS
@@ -351,7 +316,7 @@ class Portfolio:
 
     def _renew_searches(self) -> None:
         """A search that lags behind the best point begins anew, with a row that asks for better ones."""
-        known = self._known()
+        known = self._finds.objective
         if known is None or not self._is_optimising() or self.seconds() < self._next_renewal or not self._has_time_to_rewrite():
             return
         limit = self._statement.norm(known)
@@ -374,7 +339,8 @@ class Portfolio:
 
     def _has_time_to_rewrite(self) -> bool:
         """Nothing else is done meanwhile, nor is the time looked at."""
-        return self.settings.time is None or self.seconds() + REWRITINGS_LEFT * self._rewriting_seconds < self.settings.time
+        left = self._clock.left()
+        return left is None or left > REWRITINGS_LEFT * self._rewriting_seconds
 
     def _hear_of_rays(self) -> None:
         if self._rays is None:
@@ -393,17 +359,15 @@ class Portfolio:
         if self._rays.is_over:
             self._rays.stop()
             self._rays = None
-            if self._ray is not None and not self._has_point() and self._threads:
+            if self._ray is not None and self._finds.best is None and self._threads:
                 self._start_complete(Mode.RESCUE)
 
     def _wait(self) -> None:
         """For a word of an engine, a tick at most."""
-        tick = TICK
-        if self.settings.time is not None and self._pause_began is None:
-            tick = max(0.0, min(tick, self.settings.time - self.seconds()))
+        left = None if self._clock.is_paused else self._clock.left()
+        tick = TICK if left is None else max(0.0, min(TICK, left))
         with selectors.DefaultSelector() as selector:
-            is_paused = self._pause_began is not None
-            for engine in [] if is_paused else self._engines():
+            for engine in [] if self._clock.is_paused else self._engines():
                 for pipe in engine.process.pipes():
                     selector.register(pipe, selectors.EVENT_READ)
             if self.settings.steering is not None and self.settings.steering.fileno() >= 0:
@@ -431,11 +395,11 @@ class Portfolio:
 
     def _follows(self, order: steering.Order) -> bool:
         """Whether there was something to do."""
-        if order.action == steering.PAUSE and self._pause_began is None:
-            self._pause_began = time.monotonic()
+        if order.action == steering.PAUSE and not self._clock.is_paused:
+            self._clock.pause()
             for engine in self._engines():
                 engine.process.pause()
-        elif order.action == steering.GO_ON and self._pause_began is not None:
+        elif order.action == steering.GO_ON and self._clock.is_paused:
             self._end_pause()
         elif order.action == steering.STOP and not self._interrupted:
             self.interrupt()
@@ -448,9 +412,8 @@ class Portfolio:
         return True
 
     def _end_pause(self) -> None:
-        if self._pause_began is not None:
-            self._paused += time.monotonic() - self._pause_began
-            self._pause_began = None
+        if self._clock.is_paused:
+            self._clock.go_on()
             for engine in self._engines():
                 engine.process.go_on()
 
@@ -469,33 +432,24 @@ class Portfolio:
         wrong = checking.fault(self.model, x)
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
-        objective = self._objective_of(x)
-        known = self._known()
-        is_better = self._best is None or (objective is not None and known is not None and
-                                           checking.is_better(self.model, objective, known))
-        if self.settings.solutions != 1:
-            key = tuple(x)
-            if key in self._points or self._has_enough():
-                return
-            self._points[key] = x
-        elif not is_better:
+        if self._has_enough():
             return
-        if is_better:
-            self._best = objective, x
-            if self._complete is not None and letter != self._complete.letter:
-                self._complete.offer(self._statement.columns(x))
-        yield Found(x, objective, self.seconds(), letter)
+        is_new, is_better = self._finds.take(x)
+        if is_better and self._complete is not None and letter != self._complete.letter:
+            self._complete.offer(self._statement.columns(x))
+        if is_new:
+            yield Found(x, self._finds.objective_of(x), self.seconds(), letter)
 
     def _take_corners(self) -> Iterator[Event]:
         for values in corners(self._program):
-            if self._is_late() or self._interrupted:
+            if self._clock.is_late() or self._interrupted:
                 return
             if checking.fault(self.model, self._statement.point(values)) is None:
                 yield from self._take(values, "P")
 
     def _has_enough(self) -> bool:
         """So many points without objective as are wanted."""
-        return 0 < self.settings.solutions <= len(self._points) and not self._is_optimising()
+        return 1 < self.settings.solutions <= self._finds.count and not self._is_optimising()
 
     def _take_bound(self) -> Iterator[Event]:
         if self._complete is None or self._complete.least is None or self._mode is not Mode.BEST:
@@ -506,29 +460,19 @@ class Portfolio:
             if not self._grid:
                 yield Bound(value, self.seconds())
 
-    def _objective_of(self, x: Point) -> Fraction | None:
-        return checking.objective_of(self.model, x) if checking.states_objective(self.model) else None
-
-    def _has_point(self) -> bool:
-        return self._best is not None
-
-    def _known(self) -> Fraction | None:
-        """The objective of the best point; None without one, or without an objective."""
-        return self._best[0] if self._best is not None else None
-
     # ------------------------------------------------------------- verdicts
 
     def _verdict(self) -> tuple[str | None, bool]:
         """A status that is proven, if one is, and whether it is over."""
-        if self._ray is not None and self._has_point():
+        if self._ray is not None and self._finds.best is not None:
             return statuses.UNBOUNDED, True
         if self._complete is not None and self._complete.verdict is not None:
             word, rest = self._complete.verdict
             status = self._heard(word, rest)
             if status is not None or self._complete.is_over:
                 return status, status is not None or self._are_through()
-        if self.settings.solutions == 1 and self._best is not None:
-            objective = self._known()
+        if self.settings.solutions == 1 and self._finds.best is not None:
+            objective = self._finds.objective
             if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
             if objective is not None and self._is_good_enough(objective):
@@ -548,7 +492,7 @@ class Portfolio:
     def _heard(self, word: str, rest: str) -> str | None:
         """The status that belongs to a verdict, if that can be true; None if it goes on, or says nothing."""
         if word == "none" and self._mode is not Mode.LEVELS:
-            self._require(not self._has_point(), "there is no point", "one is known")
+            self._require(self._finds.best is None, "there is no point", "one is known")
             return statuses.INFEASIBLE
         if self._mode is Mode.LEVELS:
             return self._heard_of_level(word, rest)
@@ -558,7 +502,7 @@ class Portfolio:
             return self._heard_of_near()
         if word == "optimum":
             objective = self._statement.objective(exact.number(rest.split()[0]))
-            known = self._known()
+            known = self._finds.objective
             self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
             self._bound = objective
             if self.settings.solutions == 1:
@@ -567,10 +511,10 @@ class Portfolio:
                 self._look_near()
             return None
         if word == "all":
-            self._require(int(rest) == len(self._points), "there are %s points" % rest, "%d are known" % len(self._points))
+            self._require(int(rest) == self._finds.count, "there are %s points" % rest, "%d are known" % self._finds.count)
             # The N best of several targets are taken from a list of all points.
-            return statuses.OPTIMAL if 0 < self.settings.solutions < len(self._points) else statuses.ALL
-        if word == "found" and not self._is_optimising() and self._has_point():
+            return statuses.OPTIMAL if 0 < self.settings.solutions < self._finds.count else statuses.ALL
+        if word == "found" and not self._is_optimising() and self._finds.best is not None:
             if self.settings.solutions == 1 or self._has_enough():
                 return statuses.OPTIMAL
             if self._mode is Mode.RESCUE and self.settings.solutions != ALL:
@@ -586,12 +530,12 @@ class Portfolio:
         self._look_farther()
 
     def _look_farther(self) -> None:
-        assert self._best is not None
-        around = self._statement.columns(self._best[1])
+        assert self._finds.best is not None
+        around = self._statement.columns(self._finds.best)
         self._start_complete(Mode.NEAR, levels.near(self._program, around, self._near.pop(0)))
 
     def _heard_of_near(self) -> str | None:
-        best = [x for x in self._points.values() if self._objective_of(x) == self._known()]
+        best = [x for x in self._finds.all if self._finds.objective_of(x) == self._finds.objective]
         if len(best) >= self.settings.solutions:
             return statuses.OPTIMAL
         if self._near:
@@ -603,14 +547,14 @@ class Portfolio:
     def _heard_of_level(self, word: str, rest: str) -> str | None:
         """All points of the level are known, or as many as are wanted."""
         if word == "none":
-            return statuses.ALL if self._has_point() else statuses.INFEASIBLE
+            return statuses.ALL if self._finds.best is not None else statuses.INFEASIBLE
         if word == "found":  # cut off: more ties than are wanted
             return statuses.OPTIMAL
         if word != "optimum":
             return None
         worst = exact.number(rest.split()[0])
         # What was met on the way to this level may be worse than it.
-        self._good = sum(self._statement.norm(checking.objective_of(self.model, x)) <= worst for x in self._points.values())
+        self._good = sum(self._statement.norm(checking.objective_of(self.model, x)) <= worst for x in self._finds.all)
         if self._good >= self.settings.solutions:
             return statuses.OPTIMAL
         self._start_complete(Mode.LEVELS, levels.worse_than(self._program, worst))
@@ -630,7 +574,7 @@ class Portfolio:
         self._open_note = "nothing bounds %s: the complete search cannot come to an end" % ", ".join(names)
         if self.settings.solutions != 1 and self._is_optimising() and self._mode is not Mode.BEST:
             self._start_complete(Mode.BEST)
-        elif not self._has_point():
+        elif self._finds.best is None:
             self._start_complete(Mode.RESCUE)
         elif self._mode is Mode.LIST and self.settings.solutions != ALL:
             self._look_near()
@@ -642,24 +586,20 @@ class Portfolio:
         if all(engine.is_over for engine in self._searches):
             return True
         # The search goes on by itself; who has asked for both does not want to wait for it without end.
-        return self.settings.engine != SEARCH and self.settings.time is None and self._has_point()
+        return self.settings.engine != SEARCH and self.settings.time is None and self._finds.best is not None
 
     # ------------------------------------------------------------- progress and the end
 
     def seconds(self) -> float:
         """Of work: pauses do not count."""
-        now = time.monotonic() if self._pause_began is None else self._pause_began
-        return now - self._started - self._paused
-
-    def _is_late(self) -> bool:
-        return self.settings.time is not None and self.seconds() >= self.settings.time
+        return self._clock.seconds()
 
     def paused(self) -> float:
-        return self._paused + (time.monotonic() - self._pause_began if self._pause_began is not None else 0.0)
+        return self._clock.paused()
 
     def _progress(self) -> Progress:
-        count = len(self._points) if self.settings.solutions != 1 else int(self._has_point())
-        progress = Progress(self.seconds(), self._known(), None if self._grid else self._bound, count)
+        count = self._finds.count if self.settings.solutions != 1 else int(self._finds.best is not None)
+        progress = Progress(self.seconds(), self._finds.objective, None if self._grid else self._bound, count)
         if self._searches:
             progress.iteration = sum(engine.progress.iteration for engine in self._searches)
             known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
@@ -689,7 +629,7 @@ class Portfolio:
                 yield from self._take(values, self._complete.letter)
 
     def _open_status(self) -> str:
-        return statuses.FEASIBLE if self._has_point() else statuses.UNKNOWN
+        return statuses.FEASIBLE if self._finds.best is not None else statuses.UNKNOWN
 
     def _end(self, status: str) -> End:
         self._stop()
@@ -707,8 +647,8 @@ class Portfolio:
                 self._notes.append("from the point the ray leads to better and better ones, without end")
             if self.is_proven or ray is not None:
                 status = self._open_status()
-        points = self._answer_points()[: 1 if status == statuses.UNBOUNDED else None]
-        objective = self._objective_of(points[0]) if points else None
+        points = self._finds.points()[: 1 if status == statuses.UNBOUNDED else None]
+        objective = self._finds.objective_of(points[0]) if points else None
         if status in (statuses.OPTIMAL, statuses.ALL):
             self._bound = objective
         bound = None if self._grid or status == statuses.INFEASIBLE else self._bound
@@ -723,12 +663,3 @@ class Portfolio:
         if status in (statuses.OPTIMAL, statuses.ALL, statuses.INFEASIBLE):
             return proof.NOTHING
         return proof.OPEN
-
-    def _answer_points(self) -> list[Point]:
-        """Best first, and no more than were asked for."""
-        if self.settings.solutions == 1:
-            return [self._best[1]] if self._best else []
-        points = list(self._points.values())
-        if self.has_objective:
-            points.sort(key=lambda x: checking.objective_of(self.model, x), reverse=self.model.maximise)
-        return points[: self.settings.solutions or None]
