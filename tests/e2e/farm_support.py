@@ -134,6 +134,22 @@ class Ear:
         self.connections.close()
 
 
+# Each process of tests begins at another place.
+ports = itertools.count(os.getpid() * 101)
+
+
+def free_port():
+    """One that nobody listens at, neither among those that a farm looks through nor among those that the system deals out."""
+    while True:
+        port = 10000 + next(ports) % 20000
+        with socket.socket() as trial:
+            try:
+                trial.bind(("", port))
+            except OSError:
+                continue
+        return port
+
+
 @dataclass
 class Alone:
     """What latbox-all says by itself."""
@@ -202,8 +218,11 @@ class FarmCase(Case):
             self.skipTest("the engine is not installed (Debian: coop-computing-tools, python3-workqueue)")
         self.workers = []
 
-    def begin(self, *options, program="p.opt", jobs="jobs", **environment):
-        """The farm while it works."""
+    def begin(self, *options, program="p.opt", jobs="jobs", has_port=False, **environment):
+        """The farm while it works, with a port that no other one has between two of its lives; `has_port`: it looks for one itself, or
+        has one."""
+        if not has_port and not self.exists(jobs + "/manager/port"):
+            options = ("--port=%d" % free_port(), *options)
         variables = {"LATBOX_BIN_DIR": os.path.dirname(self.binary), "PYTHONDONTWRITEBYTECODE": "1", **environment}
         session = harness.Session(["/usr/bin/env", *("%s=%s" % item for item in variables.items()), command(), "--jobs=" + jobs,
                                    "--silence=%d" % SILENCE, *options, program], self.folder)

@@ -99,10 +99,11 @@ class EndTest(FarmCase):
 
     def test_a_port_that_is_taken(self):
         self.write("p.opt", NINE)
-        first = self.begin()
+        first = self.begin(has_port=True)
         harness.wait_until(lambda: self.exists("jobs/manager/port"), "a port")
         port = self.read("jobs/manager/port").strip()
-        second = self.begin("--port=" + port, jobs="other")
+        self.assertIn(int(port), range(9123, 10000))
+        second = self.begin("--port=" + port, jobs="other", has_port=True)
         self.assertEqual(second.wait(), 1)
         self.assertIn("latbox-farm: port %s is taken; --port=P takes another one\n" % port, second.err)
         self.assertTrue(first.running())
