@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import time
 import unittest
 from types import SimpleNamespace
 from unittest import mock
@@ -18,14 +19,14 @@ from latbox.solving.settings import Settings
 class RenewalTest(unittest.TestCase):
     def renewed(self, seconds: float, limit: float | None, rewriting: float) -> bool:
         """Whether a search that lags begins anew at this time, if a rewriting takes so long."""
-        portfolio = Portfolio(read_text(KNAPSACK, "lp"), Settings(time=limit))
+        portfolio = Portfolio(read_text(KNAPSACK, "lp"), Settings(time=limit), time.monotonic() - seconds)
         portfolio._statement = portfolio._stated()
         portfolio._program = portfolio._statement.program
         list(portfolio._take_corners())
         portfolio._rewriting_seconds = rewriting
         lagging = SimpleNamespace(is_over=False, best=None, letter="S", stop=lambda: None)
         portfolio._searches.append(lagging)  # type: ignore[arg-type]
-        with mock.patch.object(portfolio, "seconds", return_value=seconds), mock.patch.object(portfolio, "_start_search") as start:
+        with mock.patch.object(portfolio, "_start_search") as start:
             start.side_effect = lambda number, rewriting: portfolio._searches.append(lagging)  # type: ignore[arg-type]
             portfolio._renew_searches()
         return start.called
