@@ -20,7 +20,7 @@ from fractions import Fraction
 
 from ..errors import EngineError, InternalError
 from ..models.model import Model
-from . import checking, pace, proof, statuses, steering, unbounded
+from . import checking, pace, proof, semi, statuses, steering, unbounded
 from .activity import narrowed
 from .clock import Clock
 from .complete_engine import CompleteEngine, Task
@@ -125,10 +125,12 @@ class Portfolio:
 
     def _stated(self) -> Statement:
         """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
-        statement = Statement(self.model, self.settings.digits)
+        digits = self.settings.digits
+        model = semi.closed(self.model, digits)
+        statement = Statement(model, digits)
         if statement.program.cells() <= MANY_CELLS or self._grid:
             return statement
-        return Statement(narrowed(self.model, statement), self.settings.digits)
+        return Statement(narrowed(model, statement), digits)
 
     def _launch(self) -> Start:
         """Starts the engines on their shares of the threads. Throws Infeasible if the search alone is asked and sees it."""
