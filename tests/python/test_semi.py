@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import itertools
+import os
 import random
 import unittest
 from fractions import Fraction
@@ -77,6 +78,9 @@ class ClosedTest(unittest.TestCase):
 
 
 class SolvedTest(unittest.TestCase):
+    def setUp(self) -> None:
+        os.environ["LATBOX_BIN_DIR"] = os.path.dirname(harness.Settings.binary)
+
     def solved(self, text: str) -> latbox.Result:
         return latbox.Model(read_text(text, "lp")).solve()
 
