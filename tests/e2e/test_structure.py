@@ -50,27 +50,34 @@ class TreeTest(StructureCase):
         self.assert_none(structure.without_introduction(sources()))
 
 
-class CompleteTest(StructureCase):
-    """The complete search: rooms in the order in which a program goes through them."""
+class HousesTest(StructureCase):
+    """The programs beside the solver."""
 
-    def setUp(self) -> None:
-        self.tree = structure.read_tree(folder("complete"), "complete/")
+    HOUSES = ("check", "complete")
 
-    def test_the_tree_is_read(self) -> None:
-        self.assertEqual({path.partition("/")[0] for path in self.tree if "/" in path}, set(structure.COMPLETE))
-        self.assertIn(("lattice/kernel.h", True), list(structure.includes(self.tree, "lattice/kernel.cpp")))
+    def tree(self, house: str) -> structure.Tree:
+        return structure.read_tree(folder(house), house + "/")
 
-    def test_files_include_only_their_own_room_and_those_before(self) -> None:
-        self.assert_none(structure.upward_includes(self.tree, structure.COMPLETE))
+    def test_the_trees_are_read(self) -> None:
+        tree = self.tree("complete")
+        self.assertEqual({path.partition("/")[0] for path in tree if "/" in path}, set(structure.COMPLETE))
+        self.assertIn(("lattice/kernel.h", True), list(structure.includes(tree, "lattice/kernel.cpp")))
+        self.assertIn(("row.h", True), list(structure.includes(self.tree("check"), "row.cpp")))
+
+    def test_a_program_goes_through_the_rooms_of_the_complete_search_in_their_order(self) -> None:
+        self.assert_none(structure.upward_includes(self.tree("complete"), structure.COMPLETE))
 
     def test_includes_make_no_cycle(self) -> None:
-        self.assert_none(structure.include_cycles(self.tree))
+        for house in self.HOUSES:
+            self.assert_none(structure.include_cycles(self.tree(house)))
 
     def test_files_are_not_long(self) -> None:
-        self.assert_none(structure.long_files(self.tree))
+        for house in self.HOUSES:
+            self.assert_none(structure.long_files(self.tree(house)))
 
     def test_files_say_what_they_are(self) -> None:
-        self.assert_none(structure.without_introduction(self.tree))
+        for house in self.HOUSES:
+            self.assert_none(structure.without_introduction(self.tree(house)))
 
 
 class IncludeTest(unittest.TestCase):
