@@ -1,5 +1,4 @@
 // The lines of a .sol file: numbers of any length, and what is behind them.
-
 #include "check/solution.h"
 
 namespace latbox::check {
