@@ -11,7 +11,8 @@ from collections.abc import Iterator
 
 # From the bottom to the top. A file in the folder itself, main.cpp, stands above them all.
 LAYERS = ("lib", "numbers", "params", "model", "lattice", "program", "heuristics", "driver")
-# The same of complete/, whose rooms follow the way of a program through it.
+# The same of the programs beside the solver, whose rooms follow the way of what they read.
+CHECK = ("numbers", "files", "judging", "proof")
 COMPLETE = ("program", "linear", "lattice", "tree", "files", "solving", "proof", "vipr", "run", "jobs")
 
 HEADER_LINES = 300
@@ -34,7 +35,8 @@ def read_tree(folder: str, prefix: str = "") -> Tree:
             if name.endswith((".h", ".cpp")):
                 full = os.path.join(path, name)
                 with open(full, encoding="utf-8") as file:
-                    text = file.read().replace('#include "' + prefix, '#include "')
+                    # Such a path is one of the tree, never one beside the file.
+                    text = file.read().replace('#include "' + prefix, "#include <") if prefix else file.read()
                     tree[os.path.relpath(full, folder).replace(os.sep, "/")] = text
     return tree
 
