@@ -1,4 +1,4 @@
-#include "check/proof/command.h"
+#include "check/command.h"
 
 #include <gtest/gtest.h>
 
