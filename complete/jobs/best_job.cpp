@@ -49,8 +49,8 @@ class BestJob {
       : options_(options),
         folder_(folder),
         entry_(entry),
-        name_(folder.pathOf(std::to_string(entry.number))),
         results_(folder.program(), "", options.text),
+        ending_(options, folder, entry, results_, control_),
         kept_(results_) {
     control_.threads = threadsOf(options);
     control_.keepEvery = options.checkpoint;
@@ -65,8 +65,7 @@ class BestJob {
       while (done_ < entry_.pieces.size() && solvePiece(regionsOf(lattice, entry_.pieces[done_]), journal))
         ++done_;
     }
-    const bool isComplete = done_ == entry_.pieces.size();
-    if (!isComplete && !isOver()) {
+    if (!ending_.hasResult(done_ == entry_.pieces.size())) {
       journal.save();
       return UNKNOWN;
     }
@@ -75,9 +74,8 @@ class BestJob {
   }
 
  private:
-  std::string startPath() const { return name_ + ".start"; }
-  std::string checkpointPath() const { return name_ + ".checkpoint"; }
-  bool isOver() const { return options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime; }
+  std::string startPath() const { return folder_.pathOf(entry_, ".start"); }
+  std::string checkpointPath() const { return folder_.pathOf(entry_, ".checkpoint"); }
 
   // A run that goes on must begin with the point that the first one began with, to come to the same searches.
   std::optional<Checkpoint> takeUp() {
@@ -97,9 +95,7 @@ class BestJob {
 
   Journal::Keeping keeping() {
     return {[this](Checkpoint checkpoint) {
-              checkpoint.identity = entry_.digest;
-              checkpoint.seconds = results_.allSeconds();
-              checkpoint.nodes = control_.nodes;
+              ending_.sign(checkpoint);
               writeCheckpoint(checkpointPath(), checkpoint, false);
             },
             [] { return FileState(); }, [](const FileState&) {}, [this] { results_.goLive(); }};
@@ -120,10 +116,7 @@ class BestJob {
   void place() {
     if (isPlacing_.exchange(true))
       while (true) pause();
-    Result result;
-    result.number = entry_.number;
-    result.entry = entry_.digest;
-    result.nodes = control_.nodes;
+    Result result = ending_.result();
     result.open.assign(entry_.pieces.begin() + static_cast<std::ptrdiff_t>(done_), entry_.pieces.end());
     const auto best = betterOf(start_, kept_.best());
     if (best) result.bound = toText(best->norms.target);
@@ -133,13 +126,13 @@ class BestJob {
                             options_.text);
       offer(folder_, best);
     }
-    jobs::place(folder_, entry_, result);
+    ending_.place(result);
     std::filesystem::remove(startPath());
   }
 
   // On the watch's thread: a reduction does not answer.
   void endNow() {
-    if (!isOver()) _exit(UNKNOWN);
+    ending_.leaveStopped();
     try {
       place();
       _exit(0);
@@ -152,9 +145,9 @@ class BestJob {
   const Options& options_;
   const Folder& folder_;
   const Entry& entry_;
-  std::string name_;
   SearchControl control_;
   Results results_;
+  Ending ending_;
   Kept kept_;
   std::optional<BestPoint> start_;
   // Pieces of the entry.

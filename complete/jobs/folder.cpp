@@ -64,6 +64,10 @@ std::string Folder::pathOf(const std::string& name) const {
   return pathIn(path_, name);
 }
 
+std::string Folder::pathOf(const Entry& entry, const std::string& kind) const {
+  return pathOf(std::to_string(entry.number) + kind);
+}
+
 const Entry& Folder::entry(unsigned long number) const {
   const Entry* entry = manifest_.find(number);
   if (!entry)

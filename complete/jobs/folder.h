@@ -41,6 +41,8 @@ class Folder {
   std::string proofText() const;
 
   std::string pathOf(const std::string& name) const;
+  // Of a file of a piece, as "12.lock".
+  std::string pathOf(const Entry& entry, const std::string& kind) const;
   std::string resultPath(unsigned long number) const { return pathOf(std::to_string(number) + ".result"); }
 
   // The result of this piece in a file: it is one of this manifest, and all there. Throws BadWords.

@@ -81,9 +81,9 @@ class Job {
       : options_(options),
         folder_(folder),
         entry_(entry),
-        name_(folder.pathOf(std::to_string(entry.number))),
         lattice_(folder.lattice()),
-        results_(folder.program(), folder.wanted().count ? "" : pointsPath(), options.text) {
+        results_(folder.program(), folder.wanted().count ? "" : pointsPath(), options.text),
+        ending_(options, folder, entry, results_, control_) {
     control_.threads = threadsOf(options);
     control_.keepEvery = options.checkpoint;
     control_.keep = [this](const Frontier& left) { save(left, true); };
@@ -97,13 +97,12 @@ class Job {
     settings.pieces = pieces.empty() ? entry_.pieces : std::move(pieces);
     bool isComplete = false;
     {
-      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_, [this] {
-        if (!isOver()) _exit(UNKNOWN);
-      });
+      const Watch watch({options_.jobRtime, options_.quiet}, results_, control_,
+                        [this] { ending_.leaveStopped(); });
       isComplete = search(lattice_.box, listing, control_, settings);
     }
     if (lattice_.box.point != point) throw ReductionFailure("the lattice's point is not where it was left");
-    if (!isComplete && !isOver()) {
+    if (!ending_.hasResult(isComplete)) {
       save(control_.left, true);
       return UNKNOWN;
     }
@@ -112,9 +111,8 @@ class Job {
   }
 
  private:
-  bool isOver() const { return options_.jobRtime > 0 && results_.seconds() >= options_.jobRtime; }
-  std::string pointsPath() const { return name_ + ".points"; }
-  std::string checkpointPath() const { return name_ + ".checkpoint"; }
+  std::string pointsPath() const { return folder_.pathOf(entry_, ".points"); }
+  std::string checkpointPath() const { return folder_.pathOf(entry_, ".checkpoint"); }
 
   // What another process has left of this piece; empty: nothing was begun.
   std::vector<Piece> takeUp() {
@@ -136,9 +134,7 @@ class Job {
 
   void save(const Frontier& left, bool surely) {
     Checkpoint checkpoint;
-    checkpoint.identity = entry_.digest;
-    checkpoint.seconds = results_.allSeconds();
-    checkpoint.nodes = control_.nodes;
+    ending_.sign(checkpoint);
     checkpoint.file = results_.state(surely);
     checkpoint.open.emplace();
     checkpoint.open->key = checkpoint.open->lattice = entry_.digest;
@@ -150,10 +146,7 @@ class Job {
   void place(std::vector<Piece> open) {
     std::erase_if(open, isNothing);
     const FileState state = results_.state();
-    Result result;
-    result.number = entry_.number;
-    result.entry = entry_.digest;
-    result.nodes = control_.nodes;
+    Result result = ending_.result();
     result.open = std::move(open);
     result.points = state.count;
     if (!folder_.wanted().count && state.bytes > 0) result.lines = readFile(pointsPath());
@@ -161,16 +154,16 @@ class Job {
     digest.add(result.lines);
     if (!folder_.wanted().count && digest != state.digest)
       throw WriteFailure(pointsPath() + ": is not as it was written");
-    jobs::place(folder_, entry_, result);
+    ending_.place(result);
   }
 
   const Options& options_;
   const Folder& folder_;
   const Entry& entry_;
-  std::string name_;
   PieceLattice lattice_;
   SearchControl control_;
   Results results_;
+  Ending ending_;
 };
 
 // True: there is a result already, and it was told.
@@ -191,7 +184,7 @@ int doJob(const Options& options) {
   const Folder folder(options.jobs);
   const Entry& entry = folder.entry(options.job);
   if (isDone(folder, entry)) return 0;
-  const JobLock lock(folder.pathOf(std::to_string(entry.number) + ".lock"));
+  const JobLock lock(folder.pathOf(entry, ".lock"));
   if (isDone(folder, entry)) return 0;
   if (entry.share) return doShare(options, folder, entry);
   return folder.isListing() ? Job(options, folder, entry).result() : doBestJob(options, folder, entry);

@@ -1,10 +1,13 @@
 #include "complete/jobs/placing.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 
 #include "complete/files/write_failure.h"
 #include "complete/jobs/best.h"
+#include "complete/run/exit_status.h"
 #include "complete/run/run.h"
 
 namespace latbox::complete::jobs {
@@ -14,11 +17,36 @@ unsigned threadsOf(const Options& options) {
   return static_cast<unsigned>(std::clamp(options.threads, 1ul, MOST));
 }
 
-void place(const Folder& folder, const Entry& entry, const Result& result) {
-  replaceFile(folder.resultPath(entry.number), textOf(result), true);
-  for (const char* name : {".checkpoint", ".points"})
-    std::filesystem::remove(folder.pathOf(std::to_string(entry.number) + name));
-  print(lineOf(folder, entry, result));
+Ending::Ending(const Options& options, const Folder& folder, const Entry& entry, const Results& results,
+               const SearchControl& control)
+    : rtime_(options.jobRtime), folder_(folder), entry_(entry), results_(results), control_(control) {}
+
+bool Ending::isOver() const {
+  return rtime_ > 0 && results_.seconds() >= rtime_;
+}
+
+void Ending::leaveStopped() const {
+  if (!isOver()) _exit(UNKNOWN);
+}
+
+Result Ending::result() const {
+  Result result;
+  result.number = entry_.number;
+  result.entry = entry_.digest;
+  result.nodes = control_.nodes;
+  return result;
+}
+
+void Ending::sign(Checkpoint& checkpoint) const {
+  checkpoint.identity = entry_.digest;
+  checkpoint.seconds = results_.allSeconds();
+  checkpoint.nodes = control_.nodes;
+}
+
+void Ending::place(const Result& result) const {
+  replaceFile(folder_.resultPath(entry_.number), textOf(result), true);
+  for (const char* kind : {".checkpoint", ".points"}) std::filesystem::remove(folder_.pathOf(entry_, kind));
+  print(lineOf(folder_, entry_, result));
 }
 
 std::string lineOf(const Folder& folder, const Entry& entry, const Result& result) {

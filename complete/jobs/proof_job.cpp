@@ -31,22 +31,18 @@ int doShare(const Options& options, const Folder& folder, const Entry& entry) {
   settings.share = {entry.share->rest, entry.share->count, walk.parts};
   // Every point of the lattice in its ranges is one of the program.
   const proof::Judge judge = [](const IntegerVector&) { return true; };
-  const auto isOver = [&] { return options.jobRtime > 0 && results.seconds() >= options.jobRtime; };
+  const Ending ending(options, folder, entry, results, control);
   std::optional<proof::WalkCount> count;
   {
-    const Watch watch({options.jobRtime, true}, results, control, [&] {
-      if (!isOver()) _exit(UNKNOWN);
-    });
+    const Watch watch({options.jobRtime, true}, results, control, [&] { ending.leaveStopped(); });
     count = proof::walk(*walk.beginning.lattice, walk.beginning.cuts, judge, settings);
   }
-  if (!count && !isOver()) return UNKNOWN;
-  Result result;
-  result.number = entry.number;
-  result.entry = entry.digest;
+  if (!ending.hasResult(count.has_value())) return UNKNOWN;
+  Result result = ending.result();
   result.isOpenShare = !count;
   if (count) result.nodes = count->nodes;
   if (count) result.met = count->points;
-  place(folder, entry, result);
+  ending.place(result);
   return 0;
 }
 

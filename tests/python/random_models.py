@@ -146,7 +146,8 @@ def search_alone(model, status, objective):
     return None
 
 
-def main():
+def main(judge):
+    """Prints what is wrong with the models of the seeds that the command line asks for; the exit status."""
     first, count = int(sys.argv[1]), int(sys.argv[2])
     record = sys.argv[3] if len(sys.argv) > 3 else None
     begin = first
@@ -155,7 +156,7 @@ def main():
             begin = max(first, int(file.read() or first))
     faults = 0
     for seed in range(begin, first + count):
-        found = wrong(seed)
+        found = judge(seed)
         if found:
             faults += 1
             print("seed %d: %s" % (seed, found), flush=True)
@@ -168,4 +169,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main(wrong))

@@ -12,7 +12,7 @@ from dataclasses import dataclass
 from fractions import Fraction
 
 from ..errors import UsageError
-from ..front.parsing import Option, Parser, Wanted, take_choice, take_path, take_time, take_whole
+from ..front.parsing import HELP, Option, Parser, Wanted, take_between, take_choice, take_name, take_path, take_time
 
 SHARE = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)(%?)\Z", re.ASCII)
 CATALOG = re.compile(r"[A-Za-z0-9.-]+(:[0-9]{1,5})?\Z")
@@ -37,22 +37,16 @@ def take_catalog(text: str) -> str:
     return text
 
 
-def take_folder(text: str) -> str:
-    if not text:
-        raise Wanted("the name of a folder is wanted")
-    return text
-
-
 def take_switch(text: str) -> bool:
     return take_choice(*SWITCH)(text) == "1"
 
 
 TABLE = [
-    Option("port", "P", take_whole(1, 65535, "a port from 1 to 65535 is wanted"),
+    Option("port", "P", take_between("a port", 1, 65535),
            "Listen there; else where DIR says, or at the first free port from 9123 on."),
-    Option("pieces", "N", take_whole(1, MOST_PIECES, "a number of pieces from 1 to 10000000 is wanted"),
+    Option("pieces", "N", take_between("a number of pieces", 1, MOST_PIECES),
            "Cut the search into about N pieces; 1000 unless given."),
-    Option("jobs", "DIR", take_folder, "The folder of the pieces; NAME.jobs unless given. A farm goes on from what stands there."),
+    Option("jobs", "DIR", take_name("a folder"), "The folder of the pieces; NAME.jobs unless given. A farm goes on from what stands there."),
     Option("catalog", "HOST", take_catalog, "Tell this catalog of Work Queue, HOST or HOST:PORT, that workers are wanted."),
     Option("password", "FILE", take_path, "What workers have to know; else a password is drawn and kept in DIR."),
     Option("verify", "SHARE", take_share, "Check this share of the pieces, drawn at random, on other workers; 0.05 or 5%."),
@@ -63,13 +57,16 @@ TABLE = [
     Option("count", "0|1", take_switch, "Count what would be listed, and write no file.", SWITCH),
     Option("out", "FILE", take_path, "Where points are written; NAME.all unless given."),
     Option("proof", "FILE", take_path, "Write a proof of the verdict that latbox-check can check."),
-    Option("threads", "N", take_whole(0, 1024, "a number of threads from 0 to 1024 is wanted"),
+    Option("threads", "N", take_between("a number of threads", 0, 1024),
            "Threads here, where all is joined; 0, the default: one for each core."),
     Option("quiet", "0|1", take_switch, "No lines of progress, and no command for workers.", SWITCH),
-    Option("help", "", None, "Show this text."),
+    HELP,
     Option("version", "", None, "Show the version, its commit, and the programs."),
 ]
-PARSER = Parser(TABLE)
+PARSER = Parser("latbox-farm", "program", "FILE.opt",
+                "Cuts the complete search of latbox-all into pieces, has them done by workers of Work Queue wherever these run, and\n"
+                "tells verdict and status of latbox-all.", TABLE)
+usage = PARSER.usage
 
 
 @dataclass
@@ -102,11 +99,7 @@ def parse(arguments: Sequence[str]) -> Options:
     programs, _ = PARSER.parse(arguments, options)
     if options.help or options.version:
         return options
-    if not programs:
-        raise UsageError("a program is wanted: latbox-farm [options] FILE.opt")
-    if len(programs) > 1:
-        raise UsageError("%s: one program is wanted, and %s was given" % (programs[1], programs[0]))
-    options.program = programs[0]
+    options.program = PARSER.one(programs)
     # As latbox-all has it: NAME.all stands beside NAME.opt.
     name = os.path.splitext(options.program)[0]
     options.jobs = options.jobs or name + ".jobs"
@@ -117,9 +110,3 @@ def parse(arguments: Sequence[str]) -> Options:
         if os.path.splitext(path)[1] in SOLVERS:
             raise UsageError("--%s=%s: a program or a file of the solver is not written over" % (name, path))
     return options
-
-
-def usage() -> str:
-    return ("usage: latbox-farm [options] FILE.opt\n\n"
-            "Cuts the complete search of latbox-all into pieces, has them done by workers of Work Queue wherever these run, and\n"
-            "tells verdict and status of latbox-all.\n\n" + PARSER.usage())

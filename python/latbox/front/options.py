@@ -15,7 +15,7 @@ from fractions import Fraction
 from ..errors import UsageError
 from ..models import FORMATS
 from ..solving.settings import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
-from .parsing import Option, Parser, Wanted, take_choice, take_path, take_time, take_whole
+from .parsing import HELP, Option, Parser, Wanted, take_between, take_choice, take_path, take_time, take_whole
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
 FRACTION = re.compile(r"[+-]?[0-9]+/0*[1-9][0-9]*\Z", re.ASCII)
@@ -67,11 +67,11 @@ TABLE = [
     Option("target", "V", take_number, "End when the objective is as good as V."),
     Option("gap", "V|V%", take_gap, "End when the objective is within V of the proven bound, or V% of max(1, |objective|)."),
     Option("engine", "NAME", take_choice(*ENGINES), "auto: both engines side by side; search, complete: one alone.", ENGINES),
-    Option("digits", "N", take_whole(0, MOST_DIGITS, "a number of digits from 0 to 18 is wanted"),
+    Option("digits", "N", take_between("a number of digits", 0, MOST_DIGITS),
            "Continuous columns take decimals of N digits; without it they are refused."),
     Option("format", "NAME", take_choice(*FORMATS), "The format of the model: opt, lp, mps (fixed or free), fixed-mps, free-mps; "
                                                     "else its name tells.", FORMATS),
-    Option("threads", "N", take_whole(1, MOST_THREADS, "a number of threads from 1 to 1024 is wanted"),
+    Option("threads", "N", take_between("a number of threads", 1, MOST_THREADS),
            "Threads of all engines together; else one for each processor."),
     Option("seed", "N", take_whole(0, MOST_SEED, "a whole number from 0 to 2^63 - 1 is wanted"),
            "Put columns and rows in another order for the search."),
@@ -87,10 +87,12 @@ TABLE = [
            "Serve a page to watch and steer the run by, on this machine alone, and print its link.", default="0"),
     Option("quiet", "", None, "Show the answer alone."),
     Option("zero-exit", "", None, "Exit status 0 for every answer."),
-    Option("help", "", None, "Show this text."),
+    HELP,
     Option("version", "", None, "Show the version, its commit, and the engines."),
 ]
-PARSER = Parser(TABLE)
+PARSER = Parser("latbox-solve", "model", "MODEL",
+                "Solves an integer model: .opt, LP or MPS, also packed; - is standard input.", TABLE)
+usage = PARSER.usage
 
 
 @dataclass
@@ -129,7 +131,7 @@ def parse(arguments: Sequence[str]) -> Options:
     if options.options is not None:
         read_file(options, options.options, given)
     if not options.help and not options.version:
-        options.model = one_model(models)
+        options.model = PARSER.one(models)
         exclude(options)
         require_own_files(options)
     return options
@@ -157,14 +159,6 @@ def read_file(options: Options, path: str, given: set[str]) -> None:
             raise UsageError("%s: a value is wanted, %s=%s" % (place, name, option.value))
         PARSER.take(Options() if name in before else options, option, value if sign else option.default, set() if name in before else given,
              place)
-
-
-def one_model(models: list[str]) -> str:
-    if not models:
-        raise UsageError("a model is wanted: latbox-solve [options] MODEL")
-    if len(models) > 1:
-        raise UsageError("%s: one model is wanted, and %s was given" % (models[1], models[0]))
-    return models[0]
 
 
 def exclude(options: Options) -> None:
@@ -197,8 +191,3 @@ def is_same_file(a: str, b: str) -> bool:
     if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
         return False
     return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))
-
-
-def usage() -> str:
-    return ("usage: latbox-solve [options] MODEL\n\nSolves an integer model: .opt, LP or MPS, also packed; - is standard input.\n\n" +
-            PARSER.usage())

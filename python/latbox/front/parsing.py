@@ -1,5 +1,5 @@
-"""Strict and conventional command lines, of any table of options: `--time 20` or `--time=20`; one that is unknown, repeated or
-malformed is a usage error with its name, and what would be right.
+"""Strict and conventional command lines of one file and the options of a table: `--time 20` or `--time=20`; one that is unknown,
+repeated or malformed is a usage error with its name, and what would be right. A program is its table and a few words about it.
 """
 
 from __future__ import annotations
@@ -36,6 +36,10 @@ def take_whole(least: int, most: int, wanted: str) -> Callable[[str], int]:
     return take
 
 
+def take_between(what: str, least: int, most: int) -> Callable[[str], int]:
+    return take_whole(least, most, "%s from %d to %d is wanted" % (what, least, most))
+
+
 def take_choice(*choices: str) -> Callable[[str], str]:
     def take(text: str) -> str:
         if text not in choices:
@@ -45,10 +49,16 @@ def take_choice(*choices: str) -> Callable[[str], str]:
     return take
 
 
-def take_path(text: str) -> str:
-    if not text:
-        raise Wanted("the name of a file is wanted")
-    return text
+def take_name(what: str) -> Callable[[str], str]:
+    def take(text: str) -> str:
+        if not text:
+            raise Wanted("the name of %s is wanted" % what)
+        return text
+
+    return take
+
+
+take_path = take_name("a file")
 
 
 @dataclass(frozen=True)
@@ -72,10 +82,18 @@ class Option:
         return self.name.replace("-", "_")
 
 
-class Parser:
-    """Of the options of a table, into attributes of whatever object: option.key of each."""
+HELP = Option("help", "", None, "Show this text.")
 
-    def __init__(self, table: Sequence[Option]) -> None:
+
+class Parser:
+    """Of a program that takes one file, a `what` that the usage calls `form`, and the options of a table, into attributes of
+    whatever object: option.key of each. The table has help and version, with which no file is wanted.
+    """
+
+    def __init__(self, program: str, what: str, form: str, about: str, table: Sequence[Option]) -> None:
+        self.what = what
+        self.form = "%s [options] %s" % (program, form)
+        self.about = about
         self.table = table
         self.by_name = {option.name: option for option in table}
 
@@ -105,6 +123,14 @@ class Parser:
             self.take(options, option, value if sign else option.default, given, "--%s" % name)
         return others, given
 
+    def one(self, others: Sequence[str]) -> str:
+        """The file, of what is no option. Throws UsageError."""
+        if not others:
+            raise UsageError("a %s is wanted: %s" % (self.what, self.form))
+        if len(others) > 1:
+            raise UsageError("%s: one %s is wanted, and %s was given" % (others[1], self.what, others[0]))
+        return others[0]
+
     def guess(self, name: str, dashes: str = "") -> str:
         """What may be meant by a name that is none, in words; "" where nothing is near."""
         near = get_close_matches(name, self.by_name, 1)
@@ -125,7 +151,8 @@ class Parser:
             raise UsageError("%s=%s: %s" % (place, value, wanted)) from None
 
     def usage(self) -> str:
-        """A line for each option."""
+        """What the program does, and a line for each option."""
         forms = [("--" + option.name + option.value_text, option.text) for option in self.table]
         width = max(len(form) for form, _ in forms) + 2
-        return "".join("  %s%s\n" % (form.ljust(width), text) for form, text in forms)
+        lines = ["  %s%s\n" % (form.ljust(width), text) for form, text in forms]
+        return "usage: %s\n\n%s\n\n%s" % (self.form, self.about, "".join(lines))
