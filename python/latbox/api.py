@@ -15,23 +15,29 @@ All numbers are exact: ints and Fractions of any length. Every point has been ch
 
 The engines are processes. They end with the call that started them, also when it is left by an exception; with the loop over
 solutions(); and when the thread that started them ends. Ctrl-C ends solve() with the best point so far, its status being
-"interrupted".
+"interrupted"; a second one is KeyboardInterrupt at once. That is where Ctrl-C is Python's own, as in scripts and notebooks; a
+program that handles it by itself keeps its handler.
 """
 
 from __future__ import annotations
 
 import math
+import operator
 import os
-from collections.abc import Callable, Iterator, Sequence
+import signal
+from collections.abc import Callable, Generator, Iterable, Iterator, Mapping, Sequence, Set
 from contextlib import contextmanager
 from dataclasses import dataclass, field
-from decimal import Decimal
+from decimal import Decimal, InvalidOperation
 from fractions import Fraction
 from typing import Any, Union
 
 from . import models
 from .errors import EngineError, PlacedError, UsageError, counted
-from .models.model import INF, Row
+from .front import options as table
+from .front.parsing import Wanted
+from .models import sources
+from .models.model import INF, LONGEST_NUMBER, Row, shown
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
 from .solving.portfolio import Portfolio
@@ -98,7 +104,7 @@ class Model:
         """`file`: what errors of the model name as its place."""
         self.model = model
         self._file = file
-        self._wrap = wrap or (lambda point: point)
+        self._wrap = wrap or as_it_is
         self._names = tuple(variable.name for variable in model.variables)
 
     @property
@@ -139,18 +145,21 @@ class Model:
         with self._placed():
             return self._result(last_event(Portfolio(self.model, settings), on_event or (lambda event: None)))
 
-    def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Iterator[Any]:
+    def solutions(self, time: float | None = None, threads: int = 0, digits: int | None = None) -> Generator[Any, None, None]:
         """All points, each once, in no order, as they are found. Leaving the loop ends the engine.
 
         With a time it may end before all are there. Where it cannot come to an end by itself, for nothing bounds a variable or the
         engine breaks, EngineError is raised behind the points that are known. Raises as solve() otherwise; Ctrl-C as it is.
         """
         settings = Settings(COMPLETE, digits_of(digits), time_of(time), ALL, threads=threads_of(threads))
-        portfolio = Portfolio(self.model, settings)
+        return self._points(Portfolio(self.model, settings))
+
+    def _points(self, portfolio: Portfolio) -> Generator[Any, None, None]:
         events = portfolio.events()
         try:
             while True:
-                with self._placed():
+                # Here alone: in the body of the loop Ctrl-C is Python's.
+                with self._placed(), deferred_ctrl_c(portfolio):
                     event = next(events)
                 if isinstance(event, Found):
                     yield self._wrap(Point(event.x, self._names))
@@ -160,7 +169,7 @@ class Model:
         finally:
             events.close()
 
-    def fault(self, x: Sequence[Exact]) -> str | None:
+    def fault(self, x: Iterable[Exact]) -> str | None:
         """What is wrong with a point, in words; None if it is a point of the model. Exact."""
         return checking.fault(self.model, [exact("x", value) for value in listed("x", x)])
 
@@ -179,18 +188,29 @@ class Model:
                       None if end.ray is None else self._wrap(Point(end.ray, self._names)), end.seconds, end.notes)
 
 
+def as_it_is(point: Point) -> Any:
+    return point
+
+
 def read(path: str | os.PathLike[str], format: str | None = None) -> Model:
     """The model of a file: .opt, CPLEX LP, fixed or free MPS, also packed as .gz, .bz2, .xz; "-" is standard input.
 
     format: "opt", "lp", "mps", "fixed-mps", "free-mps" where the name does not tell. Raises ReadError (with file, line, column),
     UsageError, OSError.
     """
-    path = os.fspath(path)
-    return Model(models.read_model(path, format), file=models.sources.shown_name(path))
+    path = os.fsdecode(path)
+    if "\0" in path:
+        raise UsageError("path=%r: no file has such a name" % path)
+    if format is not None and not (isinstance(format, str) and format in models.FORMATS):
+        raise UsageError("format=%r: one of %s is wanted" % (format, ", ".join(models.FORMATS)))
+    if format is None and sources.format_of_name(path) is None:
+        raise UsageError("%s: its name does not tell its format: format='lp', say, is wanted, one of %s" %
+                         (sources.shown_name(path), ", ".join(models.FORMATS)))
+    return Model(models.read_model(path, format), file=sources.shown_name(path))
 
 
-def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
-          digits: int | Sequence[int] = 0, time: float | None = None, **settings: Any) -> Result:
+def solve(A: Iterable[Any], b: Iterable[Any], lower: Any, upper: Any, objective: Iterable[Any] | None = None, sense: str = "min",
+          digits: int | Iterable[int] = 0, time: float | None = None, **settings: Any) -> Result:
     """Finds whole x with A x = b and lower <= x <= upper, the best one if there is an objective.
 
     A: rows of numbers, all of one length n, or a numpy array of shape (m, n).
@@ -199,7 +219,8 @@ def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective:
     objective: n numbers; sense: "min" or "max".
     digits: decimals of x, one number for all or n of them; where it is not 0 x is continuous and taken on that grid, and the
         status is at most "feasible" or "unknown".
-    Numbers: ints, Fractions, Decimals of any length; a float counts as the decimal that Python shows of it.
+    Numbers: ints, Fractions, Decimals of any length; a float counts as the decimal that Python shows of it, and one of numpy as
+        the decimal that numpy shows of it.
     Other settings: as of Model.solve().
 
     Raises UsageError where shapes or numbers are wrong, else as Model.solve().
@@ -207,14 +228,14 @@ def solve(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective:
     return matrix_model(A, b, lower, upper, objective, sense, digits).solve(time=time, **settings)
 
 
-def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, objective: Sequence[Any] | None = None, sense: str = "min",
-                 digits: int | Sequence[int] = 0) -> Model:
+def matrix_model(A: Iterable[Any], b: Iterable[Any], lower: Any, upper: Any, objective: Iterable[Any] | None = None, sense: str = "min",
+                 digits: int | Iterable[int] = 0) -> Model:
     """The model that solve() solves, for its solutions(), say. Variables are named x1, x2, ..., rows r1, r2, ..."""
-    if sense not in ("min", "max"):
+    if not isinstance(sense, str) or sense not in ("min", "max"):
         raise UsageError("sense=%r: 'min' or 'max' is wanted" % (sense,))
     rows = [listed("A: row %d" % (i + 1), row) for i, row in enumerate(listed("A", A))]
     sides = listed("b", b)
-    n = len(rows[0]) if rows else max(map(count, (lower, upper, objective)))
+    n = len(rows[0]) if rows else max(columns_of(A), *map(count, (lower, upper, objective)))
     if n == 0:
         raise UsageError("A has no columns")
     for i, row in enumerate(rows):
@@ -230,7 +251,7 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
         variable.integer = variable.digits == 0
         variable.lower, variable.upper = end_of("lower", low, -INF), end_of("upper", high, INF)
     for i, (row, side) in enumerate(zip(rows, sides)):
-        side = list(side) if is_array(side) and side.ndim else side
+        side = list(side) if is_array(side) and dimensions(side) else side
         least, greatest = side if isinstance(side, (tuple, list)) and len(side) == 2 else (side, side)
         if least is None and greatest is None and not isinstance(side, (tuple, list)):
             raise UsageError("b: entry %d is None" % (i + 1))
@@ -250,20 +271,46 @@ def matrix_model(A: Sequence[Any], b: Sequence[Any], lower: Any, upper: Any, obj
 def last_event(portfolio: Portfolio, tell: Callable[[Event], None]) -> End:
     """The end, whatever Ctrl-C does in between."""
     events = portfolio.events()
+    with deferred_ctrl_c(portfolio):
+        try:
+            while True:
+                try:
+                    for event in events:
+                        tell(event)
+                        if isinstance(event, End):
+                            return event
+                    raise KeyboardInterrupt  # it came where there was nothing to tell yet
+                except KeyboardInterrupt:
+                    if events.gi_frame is None:
+                        raise
+                    portfolio.interrupt()
+        finally:
+            events.close()
+
+
+@contextmanager
+def deferred_ctrl_c(portfolio: Portfolio) -> Iterator[None]:
+    """The first Ctrl-C asks the run for its end, the next one is Python's own.
+
+    As an exception it could come between the start of an engine and the line that keeps it, which nobody would end then, or
+    where a file is half closed. A handler that somebody else has set stays, and so it is in threads, which get no signals.
+    """
+
+    def ask(number: int, frame: object) -> None:
+        signal.signal(signal.SIGINT, signal.default_int_handler)
+        portfolio.interrupt()
+
+    is_set = signal.getsignal(signal.SIGINT) is signal.default_int_handler
     try:
-        while True:
-            try:
-                for event in events:
-                    tell(event)
-                    if isinstance(event, End):
-                        return event
-                raise KeyboardInterrupt  # it came where there was nothing to tell yet
-            except KeyboardInterrupt:
-                if events.gi_frame is None:
-                    raise
-                portfolio.interrupt()
+        if is_set:
+            signal.signal(signal.SIGINT, ask)
+    except ValueError:  # not in the main thread
+        is_set = False
+    try:
+        yield
     finally:
-        events.close()
+        if is_set:
+            signal.signal(signal.SIGINT, signal.default_int_handler)
 
 
 def require_all(end: End, portfolio: Portfolio) -> None:
@@ -284,13 +331,34 @@ def plain(value: Fraction) -> Number:
 
 def exact(name: str, value: Any) -> Fraction:
     """The number that is meant. Throws UsageError."""
-    if hasattr(value, "item") and not isinstance(value, (int, float, Fraction, Decimal)):
-        value = value.item()  # of numpy
+    value = from_numpy(value)
     if isinstance(value, float) and math.isfinite(value):
         return Fraction(float.__repr__(value))
-    if isinstance(value, (int, Fraction)) or (isinstance(value, Decimal) and value.is_finite()):
+    if isinstance(value, Decimal) and value.is_finite():
+        if abs(int(value.as_tuple().exponent)) > LONGEST_NUMBER:
+            raise UsageError("%s: the exponent of %s is beyond %d" % (name, shown(str(value)), LONGEST_NUMBER))
+        return Fraction(value)
+    if isinstance(value, (int, Fraction)):
         return Fraction(value)
     raise UsageError("%s: %r is not a number" % (name, value))
+
+
+def from_numpy(value: Any) -> Any:
+    """The number of Python that a number of numpy is; a float that is not Python's is the decimal that numpy shows of it, for a
+    float32 of 0.1 is meant as 0.1. Whatever else comes goes as it came."""
+    if isinstance(value, float) or dimensions(value) or not hasattr(value, "item"):
+        return value
+    if getattr(getattr(value, "dtype", None), "kind", "") != "f":
+        return value.item()
+    try:
+        return Decimal(str(value))
+    except InvalidOperation:  # a masked entry, which has no value
+        return value
+
+
+def dimensions(value: Any) -> int:
+    """Of an array of numpy; 0 of a number, its own ones too."""
+    return getattr(value, "ndim", 0)
 
 
 def optional(value: Exact | None) -> Fraction | None:
@@ -299,24 +367,39 @@ def optional(value: Exact | None) -> Fraction | None:
 
 def end_of(name: str, value: Any, missing: float) -> Fraction | float:
     """A bound or a side; `missing` is the infinity that stands for none."""
-    if value is None or value == missing:
+    value = from_numpy(value)
+    is_infinite = isinstance(value, float) and math.isinf(value) or isinstance(value, Decimal) and value.is_infinite()
+    if value is None or is_infinite and (value > 0) == (missing > 0):
         return missing
     return exact(name, value)
 
 
+def is_sequence(value: Any) -> bool:
+    """Its entries have an order that was meant: those of a set have none, and those of a dict are its keys."""
+    is_single = hasattr(value, "ndim") and not value.ndim
+    return hasattr(value, "__iter__") and not is_single and not isinstance(value, (str, bytes, Mapping, Set))
+
+
 def count(value: Any) -> int:
-    return len(value) if hasattr(value, "__len__") else 0
+    return len(value) if is_sequence(value) and hasattr(value, "__len__") else 0
+
+
+def columns_of(A: Any) -> int:
+    """Those that an array without rows has all the same."""
+    return int(A.shape[1]) if dimensions(A) == 2 else 0
 
 
 def listed(name: str, value: Any) -> list[Any]:
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+    if not is_sequence(value):
         raise UsageError("%s: a sequence is wanted" % name)
     return list(value)
 
 
 def spread(name: str, value: Any, n: int) -> list[Any]:
     """One entry for each variable."""
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
+    if isinstance(value, (Mapping, Set)):
+        raise UsageError("%s: a sequence is wanted" % name)
+    if not is_sequence(value):
         return [value] * n
     found = list(value)
     if len(found) != n:
@@ -348,8 +431,8 @@ def as_array(point: Point) -> Any:
 # ----------------------------------------------------------------- settings
 
 
-def engine_of(engine: str) -> str:
-    if engine not in (AUTO, SEARCH, COMPLETE):
+def engine_of(engine: Any) -> str:
+    if not isinstance(engine, str) or engine not in (AUTO, SEARCH, COMPLETE):
         raise UsageError("engine=%r: 'auto', 'search' or 'complete' is wanted" % (engine,))
     return engine
 
@@ -357,55 +440,71 @@ def engine_of(engine: str) -> str:
 def digits_of(digits: Any) -> int | None:
     if digits is None:
         return None
-    if not hasattr(digits, "__index__") or isinstance(digits, bool) or not 0 <= int(digits) <= 18:
+    found = index(digits)
+    if found is None or not 0 <= found <= table.MOST_DIGITS:
         raise UsageError("digits=%r: a number of digits from 0 to 18 is wanted" % (digits,))
-    return int(digits)
+    return found
 
 
 def time_of(time: Any) -> float | None:
     if time is None:
         return None
-    if isinstance(time, bool) or not isinstance(time, (int, float, Fraction, Decimal)) or not 0 < time < 1e10:
+    try:
+        seconds = Fraction(0) if isinstance(time, bool) else exact("time", time)
+    except UsageError:
+        seconds = Fraction(0)
+    if not 0 < seconds < 10**10:
         raise UsageError("time=%r: seconds above 0 are wanted" % (time,))
-    return float(time)
+    return float(seconds)
 
 
 def solutions_of(solutions: Any) -> int:
-    if solutions == "all":
+    if isinstance(solutions, str) and solutions == "all":
         return ALL
-    if not hasattr(solutions, "__index__") or isinstance(solutions, bool) or int(solutions) < 1:
-        raise UsageError("solutions=%r: a number of points, 1 or more, or 'all' is wanted" % (solutions,))
-    return int(solutions)
+    found = index(solutions)
+    if found is None or not 1 <= found <= table.MOST_SOLUTIONS:
+        raise UsageError("solutions=%r: a number of points from 1 to 10^15, or 'all' is wanted" % (solutions,))
+    return found
 
 
 def gap_of(gap: Any) -> Gap | None:
     if gap is None:
         return None
-    is_relative = isinstance(gap, str) and gap.endswith("%")
     try:
-        value = Fraction(gap.rstrip("%")) if isinstance(gap, str) else exact("gap", gap)
-    except (ValueError, ZeroDivisionError):
-        value = Fraction(-1)
-    if value < 0:
+        found = table.take_gap(gap) if isinstance(gap, str) else Gap(exact("gap", gap))
+    except Wanted:
+        found = Gap(Fraction(-1))
+    if found.value < 0:
         raise UsageError("gap=%r: a number of 0 or more, or a text as '0.1%%' is wanted" % (gap,))
-    return Gap(value / 100 if is_relative else value, is_relative)
+    return found
 
 
 def memory_of(memory: Any) -> int | None:
     if memory is None:
         return None
-    if not hasattr(memory, "__index__") or isinstance(memory, bool) or int(memory) < LEAST_MEMORY:
+    found = index(memory)
+    if found is None or not LEAST_MEMORY <= found < table.MEMORY_END:
         raise UsageError("memory=%r: a number of bytes, %d or more, is wanted" % (memory, LEAST_MEMORY))
-    return int(memory)
+    return found
 
 
 def threads_of(threads: Any) -> int:
-    if whole_of("threads", threads) > MOST_THREADS:
+    found = whole_of("threads", threads)
+    if found > MOST_THREADS:
         raise UsageError("threads=%r: %d or less are wanted" % (threads, MOST_THREADS))
-    return int(threads)
+    return found
 
 
 def whole_of(name: str, value: Any) -> int:
-    if not hasattr(value, "__index__") or isinstance(value, bool) or int(value) < 0:
+    found = index(value)
+    if found is None or found < 0:
         raise UsageError("%s=%r: a whole number, 0 or more, is wanted" % (name, value))
-    return int(value)
+    return found
+
+
+def index(value: Any) -> int | None:
+    """A whole number of whatever type, and no truth value; None for all else."""
+    try:
+        return None if isinstance(value, bool) else operator.index(value)
+    except TypeError:
+        return None

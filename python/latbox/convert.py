@@ -14,6 +14,7 @@ import sys
 from fractions import Fraction
 
 from .errors import PlacedError, UsageError, place_text
+from .front.options import is_same_file
 from .models import FORMATS, INF, MpsDialect, read_model
 from .models import opt_writer, sources
 from .models.model import Note
@@ -45,6 +46,8 @@ def _digits(text: str) -> int:
 
 def convert(options: argparse.Namespace) -> None:
     form = options.format
+    if options.opt is not None and is_same_file(options.model, options.opt):
+        raise UsageError("%s: that is the model" % options.opt)
     if options.mps:
         if (form or sources.format_of_name(options.model)) not in (None, "mps", options.mps):
             raise UsageError("--fixed and --free are for MPS models")
@@ -55,7 +58,8 @@ def convert(options: argparse.Namespace) -> None:
     for note in model.notes:
         _tell(name, note)
     try:
-        text = opt_writer.opt_text(model, os.path.basename(name), options.digits)
+        # The name stands in a comment, which a line end in it would end.
+        text = opt_writer.opt_text(model, " ".join(os.path.basename(name).splitlines()), options.digits)
     except PlacedError as error:
         raise error.in_file(name)
     sources.write(options.opt, text)

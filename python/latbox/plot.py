@@ -17,6 +17,7 @@ from typing import Callable
 
 from . import json_log, run_log
 from .errors import LatboxError, UsageError
+from .front.options import is_same_file
 from .models import sources
 from .picture import (EVENT_HEIGHT, GAP, HEAD, LEFT, PANEL, RIGHT, TAIL, WIDTH, Drawing, Mark, Panel, Point, document,
                       tick_text, ticks, xml_text)
@@ -167,6 +168,8 @@ def plot(options: argparse.Namespace) -> None:
 
         follow.serve(options.log, options.view)
         return
+    if options.picture is not None and is_same_file(options.log, options.picture):
+        raise UsageError("%s: that is the log" % options.picture)
     run = read(sources.read(options.log))
     if run.empty():
         raise LatboxError("%s: no report of a run in it; run latbox with --verb=2, or latbox-solve with --json=FILE" %

@@ -39,6 +39,7 @@ class LATBOX(pulp.LpSolver):  # type: ignore[misc]
     threads: of all engines together; None: one for each processor.
     digits: decimals of continuous variables, which are refused without; such a problem is never proven.
     engine, seed, memory: as of latbox.Model.solve().
+    options: the lines of a command in other solvers; refused when it solves, for nobody would read them.
 
     The problem's status and sol_status: 1, 1 proven optimal; 1, 2 a point, nothing proven, also after Ctrl-C; -1, -1 proven
     infeasible; -2, -2 unbounded; 0, 0 nothing known. Variables get ints where they are whole, None where no point is known.
@@ -76,6 +77,8 @@ class LATBOX(pulp.LpSolver):  # type: ignore[misc]
     def _solve(self, lp: Any) -> int:
         if not self.mip:
             raise UsageError("mip=False: it solves in whole numbers, and no relaxation")
+        if self.options:
+            raise UsageError("options=%r: it takes none; timeLimit, threads and the others are named" % (self.options,))
         lp.checkDuplicateVars()
         variables = list(lp.variables())
         model = model_of(lp, variables)

@@ -3,14 +3,18 @@
 from __future__ import annotations
 
 import os
+import pathlib
 import pickle
 import signal
+import struct
+import subprocess
 import sys
 import threading
 import types
 import unittest
 from decimal import Decimal
 from fractions import Fraction
+from unittest import mock
 
 import support  # noqa: F401
 import harness
@@ -115,15 +119,31 @@ class SolveTest(ApiCase):
                 (one, {"digits": 1.5}, "digits=1.5: a number of digits from 0 to 18 is wanted"),
                 (one, {"time": 0}, "time=0: seconds above 0 are wanted"),
                 (one, {"time": "2m"}, "time='2m': seconds above 0 are wanted"),
-                (one, {"solutions": 0}, "solutions=0: a number of points, 1 or more, or 'all' is wanted"),
+                (one, {"time": Decimal("nan")}, "time=Decimal('NaN'): seconds above 0 are wanted"),
+                (one, {"time": float("inf")}, "time=inf: seconds above 0 are wanted"),
+                (one, {"solutions": 0}, "solutions=0: a number of points from 1 to 10^15, or 'all' is wanted"),
+                (one, {"solutions": 10**16}, "solutions=%d: a number of points from 1 to 10^15, or 'all' is wanted" % 10**16),
+                (one, {"solutions": [1]}, "solutions=[1]: a number of points from 1 to 10^15, or 'all' is wanted"),
                 (one, {"engine": "both"}, "engine='both': 'auto', 'search' or 'complete' is wanted"),
                 (one, {"gap": -1}, "gap=-1: a number of 0 or more, or a text as '0.1%' is wanted"),
                 (one, {"gap": "x"}, "gap='x': a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"gap": "1%%"}, "gap='1%%': a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"gap": "1_0"}, "gap='1_0': a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"gap": "1e999999999"}, "gap='1e999999999': a number of 0 or more, or a text as '0.1%' is wanted"),
+                (one, {"target": Decimal("1e999999999")}, "target: the exponent of '1E+999999999' is beyond 100000"),
+                (([[1, 2]], [3], 0, Decimal("snan")), {}, "upper: Decimal('sNaN') is not a number"),
+                (([[1, 2]], [3], 0, float("-inf")), {}, "upper: -inf is not a number"),
+                (([{1, 2}], [3], 0, 1), {}, "A: row 1: a sequence is wanted"),
+                (([[1, 2]], {3}, 0, 1), {}, "b: a sequence is wanted"),
+                (([[1, 2]], [3], {0: 0, 1: 0}, 1), {}, "lower: a sequence is wanted"),
+                (one, {"objective": {0: 1, 1: 1}}, "objective: a sequence is wanted"),
+                (one, {"sense": ["min"]}, "sense=['min']: 'min' or 'max' is wanted"),
                 (one, {"threads": -1}, "threads=-1: a whole number, 0 or more, is wanted"),
                 (one, {"threads": 10**6}, "threads=1000000: 1024 or less are wanted"),
                 (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
                 (([1, 2], [1], 0, 1), {}, "A: row 1: a sequence is wanted"),
                 (one, {"memory": "4G"}, "memory='4G': a number of bytes, 67108864 or more, is wanted"),
+                (one, {"memory": 2**70}, "memory=%d: a number of bytes, 67108864 or more, is wanted" % 2**70),
                 (one, {"memory": 1000}, "memory=1000: a number of bytes, 67108864 or more, is wanted"),
                 (one, {"solutions": 2, "target": 5}, "target: it goes with one point, not with solutions"),
                 (one, {"solutions": "all", "gap": 5}, "gap: it goes with one point, not with solutions"),
@@ -217,6 +237,30 @@ class ModelTest(ApiCase):
         point = self.model("m.lp", KNAPSACK).solve().x
         self.assertEqual(pickle.loads(pickle.dumps(point)).as_dict(), point.as_dict())
 
+    def test_models_go_to_other_processes(self) -> None:
+        model = pickle.loads(pickle.dumps(self.model("m.lp", KNAPSACK)))
+        self.assertEqual(model.solve().x["x4"], -1)
+
+    def test_solutions_refuses_before_the_loop(self) -> None:
+        """Who makes the iterator in one place and runs it in another must hear of a wrong setting where it stands."""
+        with self.assertRaisesRegex(UsageError, "^time=0: seconds above 0 are wanted$"):
+            self.model("m.lp", KNAPSACK).solutions(time=0)
+
+    def test_names_of_files(self) -> None:
+        """In the words of Python, not of the command."""
+        self.write("m.lp", KNAPSACK)
+        path = self.path("m.lp")
+        self.assertEqual(latbox.read(os.fsencode(path)).names, latbox.read(pathlib.Path(path)).names)
+        formats = "one of opt, lp, mps, fixed-mps, free-mps"
+        for arguments, message in (((path, "LP"), "format='LP': %s is wanted" % formats),
+                                   ((path, ["lp"]), "format=['lp']: %s is wanted" % formats),
+                                   (("-",), "standard input: its name does not tell its format: format='lp', say, is wanted, " + formats),
+                                   (("m.txt",), "m.txt: its name does not tell its format: format='lp', say, is wanted, " + formats),
+                                   (("a\0.lp",), "path='a\\x00.lp': no file has such a name")):
+            with self.assertRaises(UsageError) as caught:
+                latbox.read(*arguments)
+            self.assertEqual(str(caught.exception), message)
+
     def test_read_errors(self) -> None:
         self.write("m.lp", "maximize\n obj: x +\n")
         with self.assertRaises(latbox.ReadError) as caught:
@@ -247,6 +291,46 @@ class InterruptTest(ApiCase):
         self.assertIsNone(model.fault(result.x))
         self.assert_no_engine()
 
+    def test_ctrl_c_while_an_engine_starts(self) -> None:
+        """It ran on when solve() was over, for nobody had kept it yet; and in solutions() too."""
+        start = subprocess.Popen
+        presses = [0]
+
+        def interrupted(*arguments, **settings):
+            process = start(*arguments, **settings)
+            presses[0] += 1
+            if presses[0] == 1:
+                signal.raise_signal(signal.SIGINT)
+            return process
+
+        model = self.model("o.opt", hard_objective())
+        with mock.patch.object(subprocess, "Popen", interrupted):
+            self.assertEqual(model.solve(threads=1).status, "interrupted")
+            self.assert_no_engine()
+            presses[0] = 0
+            with self.assertRaises(KeyboardInterrupt):
+                list(model.solutions(threads=1))
+            self.assert_no_engine()
+        self.assertIs(signal.getsignal(signal.SIGINT), signal.default_int_handler)
+
+    def test_a_handler_of_the_program_stays(self) -> None:
+        heard: list = []
+        before = signal.signal(signal.SIGINT, lambda number, frame: heard.append(number))
+        self.addCleanup(signal.signal, signal.SIGINT, before)
+        result = self.model("m.lp", KNAPSACK).solve(on_event=lambda event: heard or signal.raise_signal(signal.SIGINT))
+        self.assertEqual((heard, result.status), ([signal.SIGINT], "optimal"))
+
+    def test_a_second_ctrl_c_is_at_once(self) -> None:
+        def twice(event: object) -> None:
+            signal.raise_signal(signal.SIGINT)
+            with self.assertRaises(KeyboardInterrupt):
+                signal.raise_signal(signal.SIGINT)
+            raise ZeroDivisionError
+
+        with self.assertRaises(ZeroDivisionError):
+            self.model("m.lp", KNAPSACK).solve(on_event=twice)
+        self.assert_no_engine()
+
     def test_from_another_thread(self) -> None:
         results: list = []
         thread = threading.Thread(target=lambda: results.append(latbox.solve(FOWLS, [100, 100], 0, 100)))
@@ -270,25 +354,41 @@ class ArrayTest(ApiCase):
         module = types.ModuleType("numpy")
 
         class Scalar:
-            def __init__(self, value):
+            ndim = 0
+
+            def __init__(self, value, dtype=None):
                 self.value = value
+                self.dtype = types.SimpleNamespace(kind="f" if dtype == "float32" else "i")
+
+            def __str__(self):
+                return "%.9g" % self.value if isinstance(self.value, float) else str(self.value)
 
             def item(self):
-                return self.value
+                """What Python makes of a float of fewer digits."""
+                return self.value if self.dtype.kind == "i" else struct.unpack("f", struct.pack("f", self.value))[0]
 
         class Array(list):
             def __init__(self, values, dtype=None):
-                super().__init__(Array(v) if isinstance(v, (list, tuple)) else v for v in values)
+                super().__init__(Array(v, dtype) if isinstance(v, (list, tuple)) else v for v in values)
                 self.dtype = dtype
+                self.ndim = 1 + (len(self) > 0 and isinstance(self[0], Array))
 
             def __iter__(self):
-                return (v if isinstance(v, Array) else Scalar(v) for v in super().__iter__())
+                return (v if isinstance(v, Array) else Scalar(v, self.dtype) for v in super().__iter__())
 
             def tolist(self):
                 return [v.tolist() if isinstance(v, Array) else v for v in super().__iter__()]
 
-        Array.__module__ = "numpy"
-        module.array, module.int64 = Array, "int64"
+        def zeros(shape):
+            """Without rows; a number of no shape."""
+            if shape == ():
+                return Scalar(0)
+            array = Array([])
+            array.ndim, array.shape = len(shape), shape
+            return array
+
+        Scalar.__module__ = Array.__module__ = "numpy"
+        module.array, module.int64, module.zeros, module.float32 = Array, "int64", zeros, "float32"
         sys.modules["numpy"] = module
         self.addCleanup(sys.modules.pop, "numpy")
         return module
@@ -306,6 +406,24 @@ class ArrayTest(ApiCase):
         numpy = self.numpy()
         result = latbox.solve(numpy.array([[1, 1]]), [10**30], 0, [10**30, 0])
         self.assertEqual(result.x.tolist(), [10**30, 0])
+
+    def test_floats_of_fewer_digits(self) -> None:
+        """A float32 of 0.1 is shown as 0.1, and not the 0.10000000149011612 that Python makes of it."""
+        numpy = self.numpy()
+        result = latbox.solve(numpy.array([[0.1, 0.2]], dtype=numpy.float32), numpy.array([0.3], dtype=numpy.float32), 0, [1, 9])
+        self.assertEqual((result.status, result.x.tolist()), ("optimal", [1, 1]))
+
+    def test_arrays_of_other_shapes(self) -> None:
+        """No dimension: a number. No rows: the columns are known all the same."""
+        numpy = self.numpy()
+        self.assertEqual(latbox.solve(numpy.zeros((0, 3)), numpy.zeros((0,)), numpy.zeros(()), 0).x.tolist(), [0, 0, 0])
+        for arguments, message in (((numpy.zeros(()), [1], 0, 1), "A: a sequence is wanted"),
+                                   (([[1, 2]], numpy.zeros(()), 0, 1), "b: a sequence is wanted")):
+            with self.assertRaises(UsageError) as caught:
+                latbox.solve(*arguments)
+            self.assertEqual(str(caught.exception), message)
+        with self.assertRaisesRegex(UsageError, "^A: .* is not a number$"):
+            latbox.solve([[numpy.array([1, 2]), 2]], [1], 0, 1)
 
 
 if __name__ == "__main__":

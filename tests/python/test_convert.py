@@ -317,6 +317,24 @@ class CommandTest(ToolsCase):
         self.assertRegex(self.tool("latbox-convert", "--version").out, r"^latbox-convert [0-9.]+\n\Z")
         self.assertIn("--marker-bounds", self.tool("latbox-convert", "--help").out)
 
+    def test_the_model_is_not_written_over(self):
+        """The program took its place, and the model was gone."""
+        self.write("m.lp", LP)
+        os.symlink("m.lp", self.path("other.opt"))
+        os.link(self.path("m.lp"), self.path("third.opt"))
+        for name in ("m.lp", "./m.lp", "other.opt", "third.opt"):
+            done = self.tool("latbox-convert", "m.lp", name, status=2)
+            self.assertTrue(done.err.endswith("error: %s: that is the model\n" % name), done.err)
+            self.assertEqual(self.read("m.lp"), LP)
+
+    def test_a_name_of_two_lines(self):
+        """Its second line stood in the program, outside of the comment."""
+        self.write("two\nlines.lp", LP)
+        self.tool("latbox-convert", "two\nlines.lp", "two.opt")
+        program = self.read("two.opt")
+        self.assertEqual(program.split("\n")[0], "// converted from two lines.lp")
+        self.tool("latbox-convert", "two.opt")
+
     def test_names_in_any_encoding(self):
         """Bytes pass through, whatever they mean."""
         name = b"x\xe9\xff\xc3\xa4"

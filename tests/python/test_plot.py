@@ -436,6 +436,13 @@ class CommandTest(support.ToolsCase):
             self.assertEqual(result.out, "")
         self.assertEqual(self.plot("none.log", status=1).err, "none.log: No such file or directory\n")
 
+    def test_the_log_is_not_written_over(self):
+        """The picture took its place, and the log was gone."""
+        self.write("run.log", LOG)
+        done = self.tool("latbox-plot", "run.log", "./run.log", status=2)
+        self.assertTrue(done.err.endswith("error: ./run.log: that is the log\n"), done.err)
+        self.assertEqual(self.read("run.log"), LOG)
+
     def test_json_lines_and_files(self):
         self.write("run.jsonl", JSON)
         self.plot("run.jsonl", "run.svg")

@@ -453,6 +453,8 @@ class SolverTest(PulpCase):
 
     def test_what_is_refused(self) -> None:
         self.assert_refused(knapsack(), "mip=False: it solves in whole numbers, and no relaxation", mip=False)
+        self.assert_refused(knapsack(), "options=['--time=5']: it takes none; timeLimit, threads and the others are named",
+                            options=["--time=5"])
         self.assert_refused(knapsack(), "time=-1: seconds above 0 are wanted", timeLimit=-1)
         self.assert_refused(knapsack(), "threads=-2: a whole number, 0 or more, is wanted", threads=-2)
         self.assert_refused(knapsack(), "gapRel and gapAbs: one of them is wanted", gapRel=0.1, gapAbs=1)

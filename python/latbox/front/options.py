@@ -24,11 +24,13 @@ MEMORY = re.compile(r"([0-9]+(?:\.[0-9]*)?|\.[0-9]+)([KMGT])B?\Z", re.ASCII)
 BYTES = {"K": 1 << 10, "M": 1 << 20, "G": 1 << 30, "T": 1 << 40}
 MOST_DIGITS = 18
 MOST_SEED = 2**63 - 1
+MOST_SOLUTIONS = 10**15
+MEMORY_END = 1 << 62
 
 
 def take_memory(text: str) -> int:
     match = MEMORY.match(text)
-    if not match or not LEAST_MEMORY <= (value := int(Fraction(match[1]) * BYTES[match[2]])) < 1 << 62:
+    if not match or not LEAST_MEMORY <= (value := int(Fraction(match[1]) * BYTES[match[2]])) < MEMORY_END:
         raise Wanted("an amount of memory of 64M or more is wanted, as 4G or 500M (K, M, G, T)")
     return value
 
@@ -50,7 +52,7 @@ def take_gap(text: str) -> Gap:
 def take_solutions(text: str) -> int:
     if text == "all":
         return ALL
-    return take_whole(1, 10**15, "a number of points, 1 or more, or all is wanted")(text)
+    return take_whole(1, MOST_SOLUTIONS, "a number of points, 1 or more, or all is wanted")(text)
 
 
 def take_file(text: str) -> str:
