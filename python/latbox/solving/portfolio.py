@@ -20,6 +20,7 @@ from fractions import Fraction
 
 from ..errors import EngineError, InternalError
 from ..models.model import INF, Model
+from ..models.tied import with_tied_on_grids
 from . import checking, exact, levels, pace, proof, statuses, steering, unbounded
 from .activity import narrowed
 from .clock import Clock
@@ -84,7 +85,8 @@ class Portfolio:
         self._renewal = FIRST_RENEWAL
         self._next_renewal = FIRST_RENEWAL
         self._rewriting_seconds = 0.0  # that a rewriting takes
-        self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
+        self._on_grids = with_tied_on_grids(model)  # what is stated; points are checked against the model itself
+        self._grid = grid_text(self._on_grids, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
         self._open_note = ""  # told where the complete search could not come to an end, and the answer needs it
         self._near: list[int] = []  # distances within which points are yet to be looked for
@@ -146,10 +148,10 @@ class Portfolio:
 
     def _stated(self) -> Statement:
         """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
-        statement = Statement(self.model, self.settings.digits)
+        statement = Statement(self._on_grids, self.settings.digits)
         if statement.program.cells() <= MANY_CELLS or self._grid:
             return statement
-        return Statement(narrowed(self.model, statement), self.settings.digits)
+        return Statement(narrowed(self._on_grids, statement), self.settings.digits)
 
     def _launch(self) -> Start:
         """Starts the engines on their shares of the threads. Throws Infeasible if the search alone is asked and sees it."""
