@@ -1,7 +1,5 @@
 #include "complete/jobs/best_job.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <mutex>

@@ -1,7 +1,5 @@
 #include "complete/jobs/proof_job.h"
 
-#include <unistd.h>
-
 #include "complete/files/words.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/proof_walk.h"

@@ -20,6 +20,7 @@ import random_models
 from model_texts import INF, Plain
 
 from latbox.models import read_text
+from latbox.models.tied import with_tied_on_grids
 from latbox.solving import checking
 from latbox.solving.settings import Gap
 
@@ -169,18 +170,22 @@ def wrong_target(model, plain, best, draw):
 
 
 def wrong_grid(seed):
-    """The closed model with a column made continuous: its best point on the grid, and never more than feasible."""
+    """The closed model with a column made continuous: its best point on the grid, and never more than feasible unless an equation ties
+    it to a grid of its own."""
     plain, values, chains = random_model(seed)
     plain.continuous = 0
     own = values[0]
-    values[0] = sorted({Fraction(k, 10) for k in range(10 * plain.lower[0], 10 * plain.upper[0] + 1)} | set(own))
+    model = read(plain, seed // 6)
+    tied = with_tied_on_grids(model).variables[0]
+    step = 10 ** (tied.digits if tied.integer else 1)
+    values[0] = sorted({Fraction(k, step) for k in range(step * plain.lower[0], step * plain.upper[0] + 1)} | set(own))
     best = objectives(plain, (x for x in (completed(x, chains) for x in itertools.product(*values))
                               if all(Fraction(v).denominator == 1 for v in x[1:])))
-    end, fault = ended(read(plain, seed // 6), digits=1)
-    fixed = plain.lower[0] == plain.upper[0] and not plain.semi[0]
-    if fault or end.status not in ((["optimal"] if best else ["infeasible"]) if fixed else ["feasible"] if best else ["unknown"]):
+    end, fault = ended(model, digits=1)
+    exact = tied.integer or plain.lower[0] == plain.upper[0] and not plain.semi[0]
+    if fault or end.status not in ((["optimal"] if best else ["infeasible"]) if exact else ["feasible"] if best else ["unknown"]):
         return fault or end.status
-    if (end.bound is not None and not fixed) or (best and end.objective not in (best[0], None)):
+    if (end.bound is not None and not exact) or (best and end.objective not in (best[0], None)):
         return "%s, bound %s, and the best is %s" % (end.objective, end.bound, best[0])
     return None
 

@@ -69,6 +69,16 @@ NOT_READ: tuple[tuple[str, str, str], ...] = (
     ("x <= 3", "- x <= 3", "line 7, column 4: expected a number, found x"),
     ("x + 2 y", "2 * x + y", "line 2, column 10: expected a sign or Subject To, found *"),
     ("x + 2 y", "x + 2 * y", "line 2, column 14: expected a sign or Subject To, found *"),
+    ("x <= 3", "1 <= x >= 3", "line 7, column 9: x has two bounds that do not go together"),
+    ("x <= 3", "5 = x <= 9", "line 7, column 8: x has two bounds that do not go together"),
+    ("x <= 3", "1 <= x = 3", "line 7, column 9: x has two bounds that do not go together"),
+    ("x <= 3", "x = inf", "line 7, column 4: x equals an infinity"),
+    ("x <= 3", "-inf = x", "line 7, column 2: x equals an infinity"),
+    ("c1: x + y <= 4", "c1: \u2212x + y <= 4", "line 4, column 6: expected a term, found \u2212"),
+    ("c1: x + y <= 4", "c1: x \u2013 y <= 4", "line 4, column 8: expected <=, >= or =, found \u2013"),
+    ("c1: x + y <= 4", "c1: x\u2212y <= 4", "line 4, column 7: expected <=, >= or =, found \u2212"),
+    ("c1: x + y <= 4", "c1: x + y\u22644", "line 4, column 11: expected <=, >= or =, found \u2264"),
+    ("c1: x + y <= 4", "c1: 2\u00d7x + y <= 4", "line 4, column 7: expected <=, >= or =, found \u00d7"),
     ("x <= 3", "free x", "line 7, column 2: unknown variable free: it stands in no row and not in the objective"),
 )
 
@@ -143,6 +153,20 @@ class LpDialectTest(ToolsCase):
     def test_binary_keeps_a_fixed_variable(self):
         text = "min\nst\n c: x + y <= 5\nbounds\n x = 1\n y <= 9\nbinary\n x y\nend\n"
         self.assertEqual(set(self.points(text)), {(1, 0), (1, 1)})
+
+    def test_binary_counts_wherever_it_stands(self):
+        """Bounds behind it took it back: `x <= 5` made x an integer from 0 to 5."""
+        text = "max x + y\nst\n c: x + y <= 9\nbinary\n x y\nbounds\n x <= 5\n y = 0\nend\n"
+        for given in (text, text.replace("x <= 5", "x free"), text.replace("binary\n x y\n", "").replace("end", "binary\n x y\nend")):
+            self.assertEqual([(v.integer, v.lower, v.upper) for v in read_text(given, "lp").variables], [(True, 0, 1), (True, 0, 0)], given)
+
+    def test_blanks_of_other_tongues_are_blanks(self):
+        """What is copied from a page has blanks that do not break: they were part of the name, which made another variable of it."""
+        text = "min\u00a0x +\u20092\u00a0y\nst\n\u00a0c: x\u3000+ y >= 1\nbounds\n x <=\u00a03\ngeneral\n x\u00a0y\nend\n"
+        model = read_text(text, "lp")
+        self.assertEqual([(v.name, v.integer, v.upper) for v in model.variables], [("x", True, 3), ("y", True, INF)])
+        names = [v.name for v in read_text("min h\u00f6he + \u03b1 + l\u00b7l + x\u2032 + \u6570\nst\nend\n", "lp").variables]
+        self.assertEqual(names, ["h\u00f6he", "\u03b1", "l\u00b7l", "x\u2032", "\u6570"])
 
     def test_objective_constant_and_comments(self):
         text = "\\ head\nmax 2 x - 3 \\ more \\ more\n + 0.5\nst\n x <= 1\ninteger\n x\nend \\ done\n"

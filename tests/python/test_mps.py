@@ -157,6 +157,22 @@ class MpsDialectTest(ToolsCase):
             points = program_points(converted(reader("free-mps"), text))
             self.assertEqual(self.ranges(points)[0], (low, min(high, 3)), kind)
 
+    def test_a_column_that_is_called_like_a_number(self):
+        """Set and column, or column and value: `SC Y 1` was taken for a bound of the column 1."""
+        text = MPS.replace("X ", "1 ").replace(" UP BND 1 3\n UP BND Y 3\n", " %s\n")
+        for line in ("SC Y 1", "SI Y 1", "BV Y 1", "FR Y 1", "MI Y 1"):
+            with self.assertRaises(ReadError) as caught:
+                read_text(text % line, "free-mps")
+            self.assertEqual(str(caught.exception), "line 15, column 5: Y may be a set or a column here, and 1 a column or a value: name the set")
+        for line, found in (("SC BND Y 1", [("1", 0, 1, False), ("Y", 0, 1, True)]), ("SC BND 1", [("1", 0, INF, True), ("Y", 0, 1, False)]),
+                            ("UP Y 2", [("1", 0, 1, False), ("Y", 0, 2, False)]), ("MI Y 7", [("1", 0, 1, False), ("Y", -INF, INF, False)]),
+                            ("MI S 1\n MI S Y", [("1", -INF, INF, False), ("Y", -INF, INF, False)])):
+            model = read_text(text % line, "free-mps")
+            self.assertEqual([(v.name, v.lower, v.upper, v.semi) for v in model.variables], found, line)
+        # The columns of the fixed form tell which is which.
+        model = read_text(fixed(text % "MI Y 1"), "mps")
+        self.assertEqual([variable.lower for variable in model.variables], [-INF, 0])
+
     def test_bounds_that_reach_below(self):
         old = "RHS\n RHS R1 4 R2 1\nBOUNDS\n UP BND X 3"
         for kind in ("UP BND X -1", "MI BND X\n UP BND X -1", "FR BND X\n UP BND X -1"):

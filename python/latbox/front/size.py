@@ -7,6 +7,7 @@ from fractions import Fraction
 
 from ..errors import counted
 from ..models.model import INF, Bound, Model
+from ..models.tied import with_tied_on_grids
 from ..solving import checking, exact
 from ..solving.events import Start
 
@@ -92,7 +93,7 @@ def plain(value: Bound) -> str:
 
 def warnings(model: Model, start: Start) -> list[str]:
     """Plain words, each with the kind of solver that is better at it."""
-    continuous = sum(not v.integer for v in model.variables)
+    continuous = sum(not v.integer for v in with_tied_on_grids(model).variables)
     cells = max(1, len(model.rows) * len(model.variables))
     filled = nonzeros(model) / cells
     if continuous == len(model.variables) and continuous:

@@ -33,6 +33,7 @@ class _Reader:
         self.unnamed = 0
         self.seen: list[str] = []
         self.lower_given: set[str] = set()
+        self.binary: list[Variable] = []
         self.values: dict[str, Fraction] = {}  # numbers of the text repeat, and making a Fraction is dear
 
     def take(self, section: Section) -> None:
@@ -194,12 +195,17 @@ class _Reader:
     def bound(self, section: Section) -> None:
         left = None
         if section.kind() != "name" or section.at_infinity():
+            place = section.place()
             left = (self.value(section), section.relation())
         variable = self.known(section)
         if left is not None:
-            self.set_bound(variable, MIRRORED[left[1]], left[0])
+            self.set_bound(variable, MIRRORED[left[1]], left[0], place)
         if section.kind() == "relation":
-            self.set_bound(variable, section.relation(), self.value(section))
+            place = section.place()
+            relation = section.relation()
+            if left is not None and (relation == "=" or relation != left[1]):
+                raise ReadError("%s has two bounds that do not go together" % variable.name, place)
+            self.set_bound(variable, relation, self.value(section), place)
         elif left is None:
             if section.text().lower() != "free":
                 section.refuse("<=, >=, = or free")
@@ -207,7 +213,9 @@ class _Reader:
             variable.lower, variable.upper = -INF, INF
             self.lower_given.add(variable.name)
 
-    def set_bound(self, variable: Variable, relation: str, value: Bound) -> None:
+    def set_bound(self, variable: Variable, relation: str, value: Bound, place: Place) -> None:
+        if relation == "=" and abs(value) == INF:
+            raise ReadError("%s equals an infinity" % variable.name, place)
         self.set_side(variable, relation, value)
         if relation != "<":
             self.lower_given.add(variable.name)
@@ -228,18 +236,18 @@ class _Reader:
             self.known(section).integer = True
 
     def binaries(self, section: Section) -> None:
-        """Binary on top of bounds: both hold, so that a binary variable which is fixed stays so."""
         while section.kind() is not None:
-            variable = self.known(section)
-            variable.integer = True
-            variable.lower = max(variable.lower, Fraction(0))
-            variable.upper = min(variable.upper, ONE)
+            self.binary.append(self.known(section))
 
     def semis(self, section: Section) -> None:
         while section.kind() is not None:
             self.known(section).semi = True
 
     def finish(self) -> Model:
+        for variable in self.binary:
+            # On top of bounds, wherever they stand: both hold, so that a binary variable which is fixed stays so.
+            variable.integer = True
+            variable.lower, variable.upper = max(variable.lower, ZERO), min(variable.upper, ONE)
         for variable in self.model.variables:
             if variable.upper < 0 and variable.name not in self.lower_given:
                 self.model.note("%s has a negative upper bound and no lower one: its lower bound is 0, as the form says" %

@@ -31,16 +31,18 @@ HEADINGS = [(name, re.compile(r"\s*(?:%s)(?=\s|$)" % pattern, re.IGNORECASE))
 # What every heading begins with: one look spares most lines the others.
 MAYBE_HEADING = re.compile(r"\s*(?:max|min|su|s\.?t|bou|gen|int|bin|sem|sos|laz|use|pwl|mul|end)", re.IGNORECASE)
 
-NAME_START = r"A-Za-z!\"#$%&(),;?@_'`{}|~\x80-\U0010ffff"
+# Beyond ASCII all but blanks, dashes and signs of arithmetic: a page that is copied has them, and `3 x \u2212 y` is no name.
+BEYOND = r"\xa1-\xac\xae-\u167f\u1681-\u1fff\u2016-\u2027\u2030-\u205e\u2070-\u21ff\u2300-\u2fff\u3001-\ufefe\uff00-\U0010ffff"
+NAME_START = r"A-Za-z!\"#$%&(),;?@_'`{}|~"
 TOKEN = re.compile(r"""
     (?P<number>(?:[0-9]+\.?[0-9]*|\.[0-9]+)(?:[eE][+-]?[0-9]+)?)
   | (?P<sign>[+-](?!>))
-  | (?P<name>[%s][][%s0-9./]*)
+  | (?P<name>(?![\xb7\xd7])[%s][][%s0-9./]*)
   | (?P<arrow>->|<->)
   | (?P<relation><=|=<|>=|=>|<|>|=)
   | (?P<colon>::?)
   | (?P<other>\S)
-""" % (NAME_START, NAME_START), re.VERBOSE)
+""" % (NAME_START + BEYOND, NAME_START + BEYOND), re.VERBOSE)
 INFINITY = re.compile(r"inf(?:inity)?\Z", re.IGNORECASE)
 
 

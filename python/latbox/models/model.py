@@ -48,6 +48,11 @@ class Variable:
         """What the values of an integer variable are multiples of."""
         return Fraction(1, 10**self.digits)
 
+    @property
+    def is_continuous(self) -> bool:
+        """Whether it takes what no grid holds. One that is fixed takes its value, whatever that is."""
+        return not self.integer and (self.semi or self.lower != self.upper)
+
 
 @dataclass
 class Row:

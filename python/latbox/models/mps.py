@@ -289,8 +289,7 @@ class _Reader:
         """Where column and value are: the set may be left out, and so may the value where it has no meaning."""
         count = len(line.fields) - 1
         if kind in VALUE_BOUNDS:
-            if kind in ("SC", "SI") and count == 2 and self.model.position(line.fields[2]) is not None:
-                self.one_set(line, 1)
+            if kind in ("SC", "SI") and count == 2 and self.is_set_and_column(line):
                 return 2, None
             if count not in (2, 3):
                 raise line.error("a bound of type %s has a set, a column and a value" % kind)
@@ -299,10 +298,20 @@ class _Reader:
             return count - 1, count
         if count not in (1, 2, 3):
             raise line.error("a bound of type %s has a set and a column" % kind)
-        with_set = count == 3 or count == 2 and self.model.position(line.fields[2]) is not None
-        if with_set:
+        if count == 3:
             self.one_set(line, 1)
-        return (2 if with_set else 1), None
+        return (2 if count == 3 or count == 2 and self.is_set_and_column(line) else 1), None
+
+    def is_set_and_column(self, line: Line) -> bool:
+        """Of two fields behind the type, which may be a column and a value, too."""
+        first, second = line.fields[1:3]
+        if self.model.position(second) is None:
+            return False
+        is_open = self.dialect.form == "free-mps" and self.sets.get(self.section) != first
+        if is_open and first != second and self.model.position(first) is not None:
+            raise line.error("%s may be a set or a column here, and %s a column or a value: name the set" % (first, second), 1)
+        self.one_set(line, 1)
+        return True
 
     def valueless_bound(self, position: int, kind: str) -> None:
         variable = self.model.variables[position]

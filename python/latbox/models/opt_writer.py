@@ -23,6 +23,7 @@ from typing import Iterable
 from ..errors import ModelError
 from . import name_map
 from .model import INF, Bound, Model, Row, Variable, finite
+from .tied import with_tied_on_grids
 
 # Passes over the rows in search of missing bounds. Each bound is found at most once, so this only caps the time.
 GREATEST_PASSES = 100
@@ -35,7 +36,7 @@ def opt_text(model: Model, source: str, digits: int | None = None) -> str:
     if model.goals:
         raise ModelError("a value to be reached: such a program is the solver's own and is not rewritten",
                          model.goals[0].row.place)
-    return _Program(model, digits).text(source)
+    return _Program(with_tied_on_grids(model), digits).text(source)
 
 
 # Coefficients, sides and name of a row of the program.

@@ -20,6 +20,7 @@ from fractions import Fraction
 
 from ..errors import EngineError, InternalError
 from ..models.model import Model
+from ..models.tied import with_tied_on_grids
 from . import checking, pace, proof, semi, statuses, steering, unbounded
 from .activity import narrowed
 from .clock import Clock
@@ -63,7 +64,8 @@ class Portfolio:
         self._inquiry = Inquiry(self._finds, settings)
         self._have_served = False  # a point has come from an engine, or from the rewriting
         self._ray: Point | None = None
-        self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
+        self._on_grids = with_tied_on_grids(model)  # what is stated; points are checked against the model itself
+        self._grid = grid_text(self._on_grids, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
         self.is_proven = False  # once there is an end: its status was proven, if only of the grid
 
@@ -126,7 +128,7 @@ class Portfolio:
     def _stated(self) -> Statement:
         """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
         digits = self.settings.digits
-        model = semi.closed(self.model, digits)
+        model = semi.closed(self._on_grids, digits)
         statement = Statement(model, digits)
         if statement.program.cells() <= MANY_CELLS or self._grid:
             return statement

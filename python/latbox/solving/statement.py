@@ -169,21 +169,16 @@ class Statement:
         return self.sign * objective - self.constant
 
 
-def is_on_grid(variable: Variable) -> bool:
-    """Whether it is continuous and takes decimals only. One that is fixed takes its value, whatever that is."""
-    return not variable.integer and (variable.semi or variable.lower != variable.upper)
-
-
 def require_grid(variable: Variable, digits: int | None) -> None:
     """Throws ModelError for a continuous variable that nobody has given digits."""
-    if is_on_grid(variable) and not variable.digits and digits is None:
+    if variable.is_continuous and not variable.digits and digits is None:
         raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" % variable.name,
                          variable.place)
 
 
 def grid_text(model: Model, digits: int | None) -> str:
     """Of the continuous variables: "2 digits", "1 to 3 digits"; "" if there are none."""
-    found = sorted({variable.digits or digits or 0 for variable in model.variables if is_on_grid(variable)})
+    found = sorted({variable.digits or digits or 0 for variable in model.variables if variable.is_continuous})
     ends = " to ".join(str(d) for d in dict.fromkeys(found[:1] + found[-1:]))
     return ends and ends + (" digit" if found == [1] else " digits")
 
