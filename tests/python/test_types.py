@@ -44,10 +44,10 @@ def misuse(model: latbox.Model) -> None:
 
 @unittest.skipUnless(MYPY, "mypy is not installed (Debian: mypy)")
 class TypesTest(harness.Case):
-    def complaints(self, folder: str, *arguments: str) -> list[str]:
+    def complaints(self, folder: str, *arguments: str, **environment: str) -> list[str]:
         """Of mypy on the package in a folder, with the settings of pyproject.toml there."""
         done = subprocess.run([str(MYPY), "--cache-dir=" + os.devnull, *arguments], cwd=folder, stdin=subprocess.DEVNULL,
-                              env=dict(os.environ, MYPYPATH=support.PACKAGE), stdout=subprocess.PIPE,
+                              env={**os.environ, **environment}, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, text=True, timeout=harness.LIMIT, check=False)
         lines = done.stdout.splitlines()
         self.assertTrue(lines and (lines[-1].startswith("Success") or "error" in done.stdout), done.stdout)
@@ -60,7 +60,7 @@ class TypesTest(harness.Case):
         self.write("script.py", SCRIPT)
         self.write("mypy.ini", "[mypy]\nstrict = True\n[mypy-numpy.*]\nignore_missing_imports = True\nfollow_imports = skip\n")
         wrong = SCRIPT[:SCRIPT.index("    latbox.solve(5")].count("\n") + 1
-        self.assertEqual([line.partition(": error: ")[0] for line in self.complaints(self.folder, "script.py")],
+        self.assertEqual([line.partition(": error: ")[0] for line in self.complaints(self.folder, "script.py", MYPYPATH=support.PACKAGE)],
                          ["script.py:%d" % (wrong + k) for k in range(3)])
 
     def test_the_settings_say_no(self) -> None:
