@@ -159,8 +159,11 @@ class Model:
         try:
             while True:
                 # Here alone: in the body of the loop Ctrl-C is Python's.
-                with self._placed(), deferred_ctrl_c(portfolio):
+                with self._placed(), deferred_ctrl_c(portfolio) as pressed:
                     event = next(events)
+                # Not behind the points that have come already: the body may take its time for each.
+                if pressed:
+                    raise KeyboardInterrupt
                 if isinstance(event, Found):
                     yield self._wrap(Point(event.x, self._names))
                 elif isinstance(event, End):
@@ -289,8 +292,8 @@ def last_event(portfolio: Portfolio, tell: Callable[[Event], None]) -> End:
 
 
 @contextmanager
-def deferred_ctrl_c(portfolio: Portfolio) -> Iterator[None]:
-    """The first Ctrl-C asks the run for its end, the next one is Python's own.
+def deferred_ctrl_c(portfolio: Portfolio) -> Iterator[list[int]]:
+    """The first Ctrl-C asks the run for its end, and stands in the list; the next one is Python's own.
 
     As an exception it could come between the start of an engine and the line that keeps it, which nobody would end then, or
     where a file is half closed. A handler that somebody else has set stays, and so it is in threads, which get no signals.
@@ -298,8 +301,10 @@ def deferred_ctrl_c(portfolio: Portfolio) -> Iterator[None]:
 
     def ask(number: int, frame: object) -> None:
         signal.signal(signal.SIGINT, signal.default_int_handler)
+        pressed.append(number)
         portfolio.interrupt()
 
+    pressed: list[int] = []
     is_set = signal.getsignal(signal.SIGINT) is signal.default_int_handler
     try:
         if is_set:
@@ -307,7 +312,7 @@ def deferred_ctrl_c(portfolio: Portfolio) -> Iterator[None]:
     except ValueError:  # not in the main thread
         is_set = False
     try:
-        yield
+        yield pressed
     finally:
         if is_set:
             signal.signal(signal.SIGINT, signal.default_int_handler)

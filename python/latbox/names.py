@@ -18,7 +18,7 @@ import sys
 from fractions import Fraction
 from typing import Callable, TypeVar
 
-from .errors import Place, ReadError
+from .errors import Place, ReadError, UsageError
 from .models import model, name_map, sources
 from .models.name_map import NameMap
 from .tool import Parser, run_tool
@@ -179,6 +179,8 @@ def read(path: str, take: Callable[[str], T]) -> T:
 
 
 def name_solutions(options: argparse.Namespace) -> None:
+    if options.opt == "-" and not options.sol:
+        raise UsageError("PROGRAM.sol is wanted too: nothing lies beside standard input")
     names, target = read(options.opt, lambda text: (name_map.read_map(text), target_row(text)))
     sol = options.sol or os.path.splitext(options.opt)[0] + ".sol"
     if not options.sol and not os.path.exists(sol):

@@ -21,6 +21,9 @@ BUCKET = 2
 # Marks on a y-axis: with fewer nobody can read a value off, more would touch.
 FEWEST_MARKS, MOST_MARKS = 3, 7
 
+# Numbers from here on are written in three digits.
+LONG = 1e7
+
 # Blue and vermilion, sky blue and orange on dark ground: people with any kind of colour vision can tell them apart
 # (M. Okabe and K. Ito, 2008). The second series differs in its stroke too. Plain rules without variables, which not
 # every viewer knows.
@@ -87,7 +90,7 @@ def ticks(low: float, high: float, count: int, whole: bool = False) -> list[floa
 def tick_text(value: float) -> str:
     if value == 0:
         return "0"
-    if abs(value) >= 1e7 or abs(value) < 1e-3:
+    if abs(value) >= LONG or abs(value) < 1e-3:
         return "%.3g" % value
     return ("%.6g" % value).replace("-", "\u2212")
 
@@ -113,7 +116,9 @@ class Scale:
         if panel.whole:
             low, high = min(low, 0), max(high, 1)
         if high - low < 1e-9 * max(1.0, abs(high)):
-            low, high = low - 1, high + 1
+            # Of a float of many digits 1 is no part, and its ticks are told in three.
+            room = 1 if abs(high) < LONG else abs(high) / 10
+            low, high = low - room, high + room
         self.log = panel.log
         self.low, self.high = low, high
         self.bottom = top + PANEL

@@ -191,7 +191,7 @@ def parser() -> Parser:
 
 
 def port(text: str) -> int:
-    if not text.isdecimal() or not 0 <= int(text) <= 65535:
+    if not (text.isascii() and text.isdecimal()) or not 0 <= int(text) <= 65535:
         raise argparse.ArgumentTypeError("a port of this machine is wanted, a number up to 65535")
     return int(text)
 

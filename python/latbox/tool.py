@@ -45,7 +45,8 @@ def run_tool(parser: Parser, work: Callable[[argparse.Namespace], Any], argument
 
 def _forget_output() -> None:
     """What could not be written is not tried again when Python ends, which would complain and change the status."""
-    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+    if sys.stdout is not None:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
 
 
 def _fail(message: str) -> int:

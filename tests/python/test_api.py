@@ -313,6 +313,15 @@ class InterruptTest(ApiCase):
             self.assert_no_engine()
         self.assertIs(signal.getsignal(signal.SIGINT), signal.default_int_handler)
 
+    def test_ctrl_c_in_the_loop_does_not_wait_for_its_points(self) -> None:
+        def events(portfolio):
+            signal.raise_signal(signal.SIGINT)
+            for _ in range(3):
+                yield Found([Fraction(1)] * 5, None, 0.0, "C")
+
+        with mock.patch.object(latbox.api.Portfolio, "events", events), self.assertRaises(KeyboardInterrupt):
+            next(self.model("m.lp", KNAPSACK).solutions())
+
     def test_a_handler_of_the_program_stays(self) -> None:
         heard: list = []
         before = signal.signal(signal.SIGINT, lambda number, frame: heard.append(number))

@@ -304,6 +304,16 @@ class CommandTest(ToolsCase):
         self.assertEqual(self.read("m.opt"), "old")
         self.assertEqual(sorted(os.listdir(self.folder)), ["m.lp", "m.opt"])
 
+    def test_no_standard_output(self):
+        """It was an AttributeError of Python, in each of the small commands."""
+        self.write("m.lp", LP)
+        self.write("j", '{"event": "start", "time": 0, "model": "m"}\n')
+        self.tool("latbox-convert", "m.lp", "m.opt")
+        for name, file in (("latbox-convert", "m.lp"), ("latbox-names", "m.opt"), ("latbox-plot", "j")):
+            done = subprocess.run([sys.executable, os.path.join(PACKAGE, "bin", name), file], cwd=self.folder, stderr=subprocess.PIPE,
+                                  check=False, timeout=harness.LIMIT, preexec_fn=lambda: os.close(1))
+            self.assertEqual((done.returncode, done.stderr), (1, b"standard output: Bad file descriptor\n"))
+
     def test_a_reader_that_goes_away(self):
         self.write("m.lp", LP)
         read, write = os.pipe()

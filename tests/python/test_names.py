@@ -62,6 +62,12 @@ Solution 2: COST = -4.625 (maximise), found after 75 s
         result = self.tool("latbox-names", "--first=1", "--nonzero", "p.opt", "other")
         self.assertEqual(result.out, "Solution 1: COST = 6.75 (maximise), found after 3 s\n\n1 solution(s)\n")
 
+    def test_standard_input_has_no_solutions_beside_it(self):
+        """It said `0 solution(s)`."""
+        done = self.tool("latbox-names", "-", status=2, stdin=PROGRAM.encode())
+        self.assertTrue(done.err.endswith("error: PROGRAM.sol is wanted too: nothing lies beside standard input\n"), done.err)
+        self.assertIn("2 solution(s)", self.tool("latbox-names", "-", "p.sol", stdin=PROGRAM.encode()).out)
+
     def test_no_solutions(self):
         self.remove("p.sol")
         self.assertEqual(self.tool("latbox-names", "p.opt").out, "0 solution(s)\n")

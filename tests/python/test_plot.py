@@ -1,5 +1,6 @@
 """The picture of a run: well-formed whatever the log, and its points are those that the log tells."""
 
+import argparse
 import itertools
 import json
 import math
@@ -89,6 +90,12 @@ LOG = (HEAD + block() + "|-> Shuffling base vectors ( 2 shuffle(s) ) ...\n" +
 
 def values(series):
     return [value for _, value in series]
+
+
+def panel_of(points):
+    found = picture.Panel("a panel")
+    found.add("a series", "one", points)
+    return found
 
 
 class Picture:
@@ -416,6 +423,15 @@ class DamageTest(harness.Case):
                 self.assertIn(old, LOG)
                 self.plot(LOG.replace(old, re.sub("[0-9]+", number, old)))
 
+    def test_one_value_of_many_digits(self):
+        """1 more and 1 less were the same float, and the scale had no length."""
+        for value in ("1" + "0" * 17, "-" + "9" * 40, "1e7", 12345):
+            text = json.dumps({"event": "point", "time": 1, "objective": value}) + "\n"
+            marks = Picture(plot.svg(plot.read(text), "time")).texts()
+            scale = picture.Scale(panel_of([(0.0, float(value))]), 0)
+            self.assertGreaterEqual(len({mark for _, mark in scale.marks}), picture.FEWEST_MARKS, value)
+            self.assertTrue(all(mark in marks for _, mark in scale.marks), marks)
+
     def test_a_name_with_the_characters_of_xml(self):
         log = LOG.replace("birds & bees", "<b>\"&amp;'\x07</b>")
         drawn = Picture(picture.xml_text(plot.svg(run_log.read_run(log), "time")))
@@ -435,6 +451,11 @@ class CommandTest(support.ToolsCase):
                              "latbox-solve with --json=FILE\n")
             self.assertEqual(result.out, "")
         self.assertEqual(self.plot("none.log", status=1).err, "none.log: No such file or directory\n")
+
+    def test_a_port_in_other_digits(self):
+        with self.assertRaises(argparse.ArgumentTypeError):
+            plot.port("\u0663")
+        self.assertEqual(plot.port("8080"), 8080)
 
     def test_the_log_is_not_written_over(self):
         """The picture took its place, and the log was gone."""

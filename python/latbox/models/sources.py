@@ -86,6 +86,8 @@ def write(path: str | None, text: str) -> None:
     """The way out: a file, or standard output where there is no path or it is "-"."""
     if path is None or path == "-":
         with naming("standard output"):
+            if sys.stdout is None:  # as Python has it where it is closed
+                raise OSError(errno.EBADF, os.strerror(errno.EBADF))
             sys.stdout.buffer.write(encoded(text))
             sys.stdout.buffer.flush()
     else:
