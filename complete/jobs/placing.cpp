@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "complete/files/write_failure.h"
 #include "complete/jobs/best.h"
-#include "complete/run.h"
-#include "complete/write_failure.h"
+#include "complete/run/run.h"
 
 namespace latbox::complete::jobs {
 

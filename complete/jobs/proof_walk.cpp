@@ -2,8 +2,8 @@
 
 #include <map>
 
-#include "complete/digest.h"
-#include "complete/words.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 namespace {
