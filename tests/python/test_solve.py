@@ -4,13 +4,17 @@ from __future__ import annotations
 
 import json
 import os
+from fractions import Fraction
 
 import support  # noqa: F401
 import harness
 import solve_support
 from solve_support import CONTINUOUS, FOUR_POINTS, KNAPSACK, NO_POINT, UNBOUNDED, SolveCase, hard, hard_objective
 
+from latbox.front import answer
+from latbox.models import read_text
 from latbox.solving import statuses
+from latbox.solving.events import End
 
 
 # The sum of two columns is to be great, and one of them has no end.
@@ -304,6 +308,17 @@ class FilesTest(SolveCase):
         self.write("o.txt", "")
         self.assertEqual(self.solve("--check=o.txt", "m.lp").err, "latbox-solve: o.txt: there is no point in it\n")
         self.assertEqual(self.solve("--check=none", "m.lp").err, "latbox-solve: --check=none: No such file or directory\n")
+
+    def test_names_that_begin_like_comments(self) -> None:
+        """Those of fixed MPS hold blanks: the lines of `# a` and `# point` were passed over, and the point had no value for them."""
+        model = read_text("NAME\nROWS\n N  o\n G  c\nCOLUMNS\n    M         'MARKER'                 'INTORG'\n" +
+                          "".join("    %-8s  o         1              c         1\n" % name for name in ("# a", "# point", "#")) +
+                          "RHS\n    R         c         2\nENDATA\n", "fixed-mps")
+        x = [Fraction(1), Fraction(1), Fraction(0)]
+        end = End("optimal", x, Fraction(2), Fraction(2), [x], 1, 0.5)
+        written = answer.output_text(model, end)
+        self.assertEqual(written, "# status: optimal\n# objective: 2\n# point 1\n# a = 1\n# point = 1\n# = 0\n")
+        self.assertEqual(answer.read_points(model, written, "o.txt"), end.points)
 
     def test_log(self) -> None:
         self.solve("--log=l.txt", "m.lp")

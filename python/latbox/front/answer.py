@@ -57,15 +57,16 @@ def read_points(model: Model, content: str, path: str) -> list[Point]:
     """The points of a file of output_text(). Throws ReadError with file and line."""
     points: list[dict[int, Fraction]] = []
     for number, line in enumerate(content.split("\n"), 1):
-        if line.startswith(BEGIN):
-            points.append({})
-        if not line.strip() or line.startswith("# "):
-            continue
         name, sign, value = line.rpartition(" = ")
+        j = model.position(name)
+        # There are names that begin like a comment.
+        if j is None and line.startswith(BEGIN):
+            points.append({})
+        if not line.strip() or j is None and line.startswith("# "):
+            continue
         place = Place(number)
         if not sign or not VALUE.match(value):
             raise ReadError("a line `name = p/q` is wanted", place, path)
-        j = model.position(name)
         if j is None:
             raise ReadError("the model has no variable %s" % name, place, path)
         if not points:
