@@ -9,6 +9,7 @@ import signal
 import struct
 import subprocess
 import sys
+import tempfile
 import threading
 import types
 import unittest
@@ -142,9 +143,9 @@ class SolveTest(ApiCase):
                 (one, {"threads": 10**6}, "threads=1000000: 1024 or less are wanted"),
                 (one, {"seed": 1.5}, "seed=1.5: a whole number, 0 or more, is wanted"),
                 (([1, 2], [1], 0, 1), {}, "A: row 1: a sequence is wanted"),
-                (one, {"memory": "4G"}, "memory='4G': a number of bytes, 67108864 or more, is wanted"),
-                (one, {"memory": 2**70}, "memory=%d: a number of bytes, 67108864 or more, is wanted" % 2**70),
-                (one, {"memory": 1000}, "memory=1000: a number of bytes, 67108864 or more, is wanted"),
+                (one, {"memory": "4G"}, "memory='4G': a number of bytes, 134217728 or more, is wanted"),
+                (one, {"memory": 2**70}, "memory=%d: a number of bytes, 134217728 or more, is wanted" % 2**70),
+                (one, {"memory": 1000}, "memory=1000: a number of bytes, 134217728 or more, is wanted"),
                 (one, {"solutions": 2, "target": 5}, "target: it goes with one point, not with solutions"),
                 (one, {"solutions": "all", "gap": 5}, "gap: it goes with one point, not with solutions"),
                 (one, {"engine": "search", "solutions": "all"},
@@ -199,6 +200,21 @@ class ModelTest(ApiCase):
         points = latbox.matrix_model([[1] * 60], [(0, 60)], 0, 1).solutions(threads=1)
         self.assertEqual(len(next(points)), 60)
         self.assertNotEqual(engines_of(os.getpid()), [])
+        points.close()
+        self.assert_no_engine()
+
+    def test_a_child_that_leaves_the_loop_takes_nothing_from_its_parent(self) -> None:
+        with mock.patch.object(tempfile, "tempdir", self.folder):
+            points = latbox.matrix_model([[1] * 60], [(0, 60)], 0, 1).solutions(threads=1)
+            next(points)
+        before = engines_of(os.getpid()), sorted(os.walk(self.folder))
+        child = os.fork()
+        if child == 0:
+            points.close()
+            os._exit(0)
+        self.assertEqual(os.waitpid(child, 0)[1], 0)
+        self.assertEqual((engines_of(os.getpid()), sorted(os.walk(self.folder))), before)
+        self.assertEqual(len(next(points)), 60)
         points.close()
         self.assert_no_engine()
 

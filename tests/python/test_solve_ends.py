@@ -263,9 +263,18 @@ exit 10
         if harness.address_sanitizer():
             self.skipTest("its shadow memory leaves no room for limits")
         self.write("o.opt", hard_objective())
-        result = self.solve("--memory=64M", "--time=2", "o.opt")
+        result = self.solve("--memory=128M", "--time=2", "o.opt")
         self.assertIn(result.status, (1, 11, 12), result.err)
         self.assertEqual(self.left_over(), [])
+
+    def test_the_least_memory_is_enough_for_a_small_model(self) -> None:
+        """However many threads there are: no more searches than have room."""
+        if harness.address_sanitizer():
+            self.skipTest("its shadow memory leaves no room for limits")
+        for threads in (1, 2, 64):
+            result = self.solve("--memory=128M", "--threads=%d" % threads, "m.lp")
+            self.assertEqual((result.status, self.answer(result)["status"]), (10, "optimal"), result.err)
+            self.assertNotIn("note: ", result.err)
 
 
 class TwoRunsTest(SolveCase):

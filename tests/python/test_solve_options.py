@@ -15,7 +15,7 @@ from latbox.front import options
 from latbox.solving.settings import Gap
 
 TIME = "a time above 0 is wanted, as 20, 0.5 or 2m (s, m, h, d)"
-MEMORY = "an amount of memory of 64M or more is wanted, as 4G or 500M (K, M, G, T)"
+MEMORY = "an amount of memory of 128M or more is wanted, as 4G or 500M (K, M, G, T)"
 NUMBER = "a number is wanted, as 12, -2.5 or 7/3"
 GAP = "a number of 0 or more is wanted, as 5 or 0.1%"
 POINTS = "a number of points, 1 or more, or all is wanted"
@@ -38,7 +38,7 @@ GOOD = {
     "format": {name: name for name in ("opt", "lp", "mps", "fixed-mps", "free-mps")},
     "threads": {"1": 1, "1024": 1024},
     "seed": {"0": 0, "9223372036854775807": 2**63 - 1},
-    "memory": {"4G": 4 << 30, "500M": 500 << 20, "1.5GB": 3 << 29, "65536K": 64 << 20, "1T": 1 << 40},
+    "memory": {"4G": 4 << 30, "500M": 500 << 20, "1.5GB": 3 << 29, "131072K": 128 << 20, "1T": 1 << 40},
     "output": {"o.txt": "o.txt"}, "check": {"o.txt": "o.txt"}, "proof": {"dir": "dir"}, "json": {"-": "-", "f": "f"},
     "log": {"l": "l"}, "view": {"0": 0, "8080": 8080, "65535": 65535},
 }
@@ -52,7 +52,7 @@ BAD = {
     "format": (FORMAT, ["xls", "", "LP"]),
     "threads": (THREADS, ["0", "-1", "1025", "", "1.5", "x"]),
     "seed": (WHOLE, ["-1", "", "x", "1.5", "9223372036854775808"]),
-    "memory": (MEMORY, ["4", "4g", "", "63M", "-1G", "G", "4 G", "9999999T"]),
+    "memory": (MEMORY, ["4", "4g", "", "127M", "-1G", "G", "4 G", "9999999T"]),
     "output": (FILE, [""]), "check": (FILE, [""]), "proof": (FILE, [""]), "json": (FILE, [""]), "log": (FILE, [""]),
     "view": (PORT, ["", "-1", "65536", "x", "80 80"]),
 }

@@ -31,7 +31,7 @@ MEMORY_END = 1 << 62
 def take_memory(text: str) -> int:
     match = MEMORY.match(text)
     if not match or not LEAST_MEMORY <= (value := int(Fraction(match[1]) * BYTES[match[2]])) < MEMORY_END:
-        raise Wanted("an amount of memory of 64M or more is wanted, as 4G or 500M (K, M, G, T)")
+        raise Wanted("an amount of memory of 128M or more is wanted, as 4G or 500M (K, M, G, T)")
     return value
 
 

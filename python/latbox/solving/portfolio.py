@@ -32,7 +32,7 @@ from .inquiry import Inquiry, Question
 from .program import MANY_CELLS, MOST_CELLS
 from .search_engine import SearchEngine
 from .searches import Searches
-from .settings import ALL, AUTO, SEARCH, Settings
+from .settings import ALL, AUTO, LEAST_SHARE, SEARCH, Settings
 from .statement import Infeasible, Statement, grid_text
 from .tuning import rank, tuning
 from .work_folder import WorkFolder
@@ -56,6 +56,7 @@ class Portfolio:
         self._clock = Clock(started, settings.time)
         self._interrupted = False
         self._pace = pace.Pace()
+        self._process = os.getpid()
         self._folder: WorkFolder | None = None
         self._complete: CompleteEngine | None = None
         self._rays: CompleteEngine | None = None
@@ -74,13 +75,17 @@ class Portfolio:
         self._interrupted = True
 
     def abandon(self) -> None:
-        """Ends the engines and clears away, at once; for whoever ends the process behind it."""
+        """Ends the engines and clears away, at once; for whoever ends the process behind it. A child that was forked off with an
+        iteration leaves what is its parent's."""
+        if os.getpid() != self._process:
+            return
         self._stop()
         if self._folder is not None:
             self._folder.remove()
 
     def events(self) -> Generator[Event, None, None]:
         """Throws LatboxError: ModelError before anything starts, EngineError if no engine can go on."""
+        self._process = os.getpid()
         self._folder = WorkFolder()
         try:
             yield from self._run()
@@ -143,6 +148,8 @@ class Portfolio:
         self._presolved = rewritten.point([]) if rewritten and not rewritten.program.columns else None
         if rewritten is not None and rewritten.program.columns:
             searches = threads if settings.engine == SEARCH else max(1, threads // THREADS_A_SEARCH)
+        if settings.memory:
+            searches = min(searches, max(1, settings.memory // LEAST_SHARE - 1))
         self._threads = 0 if settings.engine == SEARCH else max(1, threads - searches)
         self._memory = settings.memory // (searches + bool(self._threads)) if settings.memory else None
         if self._threads:

@@ -10,7 +10,8 @@ from .steering import Steering
 
 AUTO, SEARCH, COMPLETE = "auto", "search", "complete"
 ALL = 0  # solutions: all of them
-LEAST_MEMORY = 64 << 20  # bytes, that the engines of one run can begin with
+LEAST_SHARE = 64 << 20  # bytes of address space, with which an engine can begin and has some to work with
+LEAST_MEMORY = 2 * LEAST_SHARE  # of a run: one of each engine
 MOST_THREADS = 1024
 
 
