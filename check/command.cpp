@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <optional>
 
-#include "check/proof_command.h"
-#include "check/report.h"
-#include "check/text_file.h"
+#include "check/files/text_file.h"
+#include "check/judging/report.h"
+#include "check/proof/command.h"
 
 namespace latbox::check {
 namespace {

@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "check/judging/exit_status.h"
+
 namespace latbox::check {
 
 // The version of the solver that it belongs to.
 inline constexpr const char* VERSION = "2.2.2";
-
-enum ExitStatus { ALL_WELL = 0, SOMETHING_WRONG = 1, UNREADABLE = 2 };
 
 // Runs latbox-check with the arguments behind the program's name: judgements and verdict go to `out`, the
 // reason of an UNREADABLE to `err`. Never throws.

@@ -3,10 +3,11 @@
 #include <cstdio>
 
 #include "complete/jobs/command.h"
-#include "complete/options.h"
-#include "complete/reduction.h"
-#include "complete/run.h"
-#include "complete/watch.h"
+#include "complete/lattice/reduction.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/options.h"
+#include "complete/run/run.h"
+#include "complete/run/watch.h"
 
 namespace latbox::complete {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "check/proof.h"
+#include "check/proof/proof.h"
 #include "refusal.h"
 
 namespace latbox::fuzzing {

@@ -4,10 +4,10 @@
 // not stand beside one that is feasible.
 #include <set>
 
-#include "complete/closing.h"
-#include "complete/opt_reader.h"
-#include "complete/reduction.h"
-#include "complete/solver.h"
+#include "complete/lattice/reduction.h"
+#include "complete/program/opt_reader.h"
+#include "complete/solving/closing.h"
+#include "complete/solving/solver.h"
 #include "refusal.h"
 
 namespace latbox::complete {

@@ -1,8 +1,8 @@
 // latbox_all_pages TEMPLATE PAGE: the same for latbox-all, whose options are those of its own usage. Marks:
 // @VERSION@,
 // @OPTIONS_AS_MANUAL@, @OPTION_KEYS@, @OPTION_SWITCHES@.
-#include "complete/command.h"
-#include "complete/options.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/options.h"
 #include "page.h"
 
 namespace latbox {

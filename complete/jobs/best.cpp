@@ -2,8 +2,8 @@
 
 #include <atomic>
 
-#include "complete/known_points.h"
-#include "complete/points_file.h"
+#include "complete/files/points_file.h"
+#include "complete/program/known_points.h"
 
 namespace latbox::complete::jobs {
 

@@ -6,15 +6,15 @@
 #include <filesystem>
 #include <mutex>
 
-#include "complete/command.h"
+#include "complete/files/points_file.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/best.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/regions.h"
-#include "complete/points_file.h"
-#include "complete/run.h"
-#include "complete/solver.h"
-#include "complete/watch.h"
-#include "complete/write_failure.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/run.h"
+#include "complete/run/watch.h"
+#include "complete/solving/solver.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
-#include "complete/elimination.h"
-#include "complete/kernel.h"
+#include "complete/lattice/elimination.h"
+#include "complete/lattice/kernel.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "complete/jobs/lattice_text.h"
-#include "complete/piece.h"
+#include "complete/tree/piece.h"
 
 namespace latbox::complete::jobs {
 

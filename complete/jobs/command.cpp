@@ -7,8 +7,8 @@
 #include "complete/jobs/join.h"
 #include "complete/jobs/standing.h"
 #include "complete/jobs/taking.h"
-#include "complete/run.h"
-#include "complete/watch.h"
+#include "complete/run/run.h"
+#include "complete/run/watch.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,7 +1,7 @@
 // What latbox-all does with a folder of pieces: splits, does a piece, takes a result, lists, joins.
 #pragma once
 
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-#include "complete/piece.h"
+#include "complete/tree/piece.h"
 
 namespace latbox::complete::jobs {
 

@@ -4,21 +4,21 @@
 #include <filesystem>
 #include <mutex>
 
-#include "complete/closing.h"
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/points_file.h"
+#include "complete/files/words.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/best.h"
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/folder.h"
 #include "complete/jobs/proof_walk.h"
 #include "complete/jobs/splitting.h"
 #include "complete/jobs/standing.h"
-#include "complete/points_file.h"
-#include "complete/preparation.h"
-#include "complete/presolve.h"
-#include "complete/run.h"
-#include "complete/solver.h"
-#include "complete/words.h"
-#include "complete/write_failure.h"
+#include "complete/program/presolve.h"
+#include "complete/run/run.h"
+#include "complete/solving/closing.h"
+#include "complete/solving/preparation.h"
+#include "complete/solving/solver.h"
 
 namespace latbox::complete::jobs {
 namespace {

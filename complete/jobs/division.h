@@ -1,7 +1,7 @@
 // A folder of pieces from a program, and more pieces in the place of one.
 #pragma once
 
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

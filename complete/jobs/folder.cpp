@@ -9,12 +9,12 @@
 #include <filesystem>
 #include <set>
 
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/cover.h"
-#include "complete/opt_reader.h"
-#include "complete/run.h"
-#include "complete/words.h"
-#include "complete/write_failure.h"
+#include "complete/program/opt_reader.h"
+#include "complete/run/run.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -14,7 +14,7 @@
 #include "complete/jobs/lattice_text.h"
 #include "complete/jobs/manifest.h"
 #include "complete/jobs/result.h"
-#include "complete/program.h"
+#include "complete/program/program.h"
 
 namespace latbox::complete::jobs {
 

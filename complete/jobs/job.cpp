@@ -10,19 +10,19 @@
 #include <filesystem>
 #include <mutex>
 
-#include "complete/checkpoint.h"
-#include "complete/command.h"
+#include "complete/files/checkpoint.h"
+#include "complete/files/words.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/best_job.h"
 #include "complete/jobs/cover.h"
 #include "complete/jobs/folder.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/proof_job.h"
-#include "complete/reduction.h"
-#include "complete/run.h"
-#include "complete/verification.h"
-#include "complete/watch.h"
-#include "complete/words.h"
-#include "complete/write_failure.h"
+#include "complete/lattice/reduction.h"
+#include "complete/program/verification.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/run.h"
+#include "complete/run/watch.h"
 
 namespace latbox::complete::jobs {
 namespace {

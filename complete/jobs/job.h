@@ -4,7 +4,7 @@
 // and has no result. One whose time is over brings what it has found and what it has left.
 #pragma once
 
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

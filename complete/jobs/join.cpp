@@ -4,15 +4,15 @@
 #include <mutex>
 #include <thread>
 
-#include "complete/closing.h"
-#include "complete/elimination.h"
+#include "complete/files/words.h"
 #include "complete/jobs/proof_walk.h"
 #include "complete/jobs/standing.h"
 #include "complete/jobs/taking.h"
-#include "complete/parts.h"
-#include "complete/presolve.h"
-#include "complete/run.h"
-#include "complete/words.h"
+#include "complete/lattice/elimination.h"
+#include "complete/program/presolve.h"
+#include "complete/run/run.h"
+#include "complete/solving/closing.h"
+#include "complete/tree/parts.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,7 +1,7 @@
 // The results of all pieces become the verdict of the undivided run.
 #pragma once
 
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "complete/box_lattice.h"
+#include "complete/lattice/box_lattice.h"
 
 namespace latbox::complete::jobs {
 

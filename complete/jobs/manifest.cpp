@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "complete/command.h"
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 #include "complete/jobs/cover.h"
 #include "complete/jobs/prefix_text.h"
-#include "complete/words.h"
+#include "complete/run/exit_status.h"
 
 namespace latbox::complete::jobs {
 namespace {

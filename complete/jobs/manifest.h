@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "complete/piece.h"
+#include "complete/tree/piece.h"
 
 namespace latbox::complete::jobs {
 

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "complete/command.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/best.h"
-#include "complete/run.h"
-#include "complete/write_failure.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/run.h"
 
 namespace latbox::complete::jobs {
 

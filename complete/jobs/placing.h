@@ -4,10 +4,10 @@
 // checkpoint, and nothing else. Whatever it leaves names its piece, so that nobody takes it for another's.
 #pragma once
 
-#include "complete/checkpoint.h"
+#include "complete/files/checkpoint.h"
 #include "complete/jobs/folder.h"
-#include "complete/options.h"
-#include "complete/results.h"
+#include "complete/run/options.h"
+#include "complete/run/results.h"
 
 namespace latbox::complete::jobs {
 

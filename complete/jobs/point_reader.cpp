@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "complete/points_file.h"
-#include "complete/words.h"
+#include "complete/files/points_file.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/result.h"
-#include "complete/verification.h"
+#include "complete/program/verification.h"
 
 namespace latbox::complete::jobs {
 

@@ -1,6 +1,6 @@
 #include "complete/jobs/prefix_text.h"
 
-#include "complete/words.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

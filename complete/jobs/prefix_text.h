@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "complete/piece.h"
+#include "complete/tree/piece.h"
 
 namespace latbox::complete::jobs {
 

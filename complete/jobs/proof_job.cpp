@@ -1,10 +1,10 @@
 #include "complete/jobs/proof_job.h"
 
-#include "complete/command.h"
+#include "complete/files/words.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/proof_walk.h"
-#include "complete/watch.h"
-#include "complete/words.h"
+#include "complete/run/exit_status.h"
+#include "complete/run/watch.h"
 
 namespace latbox::complete::jobs {
 namespace {

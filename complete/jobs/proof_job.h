@@ -3,7 +3,7 @@
 #pragma once
 
 #include "complete/jobs/folder.h"
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

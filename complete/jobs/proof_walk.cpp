@@ -2,9 +2,9 @@
 
 #include <map>
 
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 #include "complete/jobs/sealed_lines.h"
-#include "complete/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,7 +1,7 @@
 #include "complete/jobs/reports.h"
 
-#include "complete/parts.h"
-#include "complete/words.h"
+#include "complete/files/words.h"
+#include "complete/tree/parts.h"
 
 namespace latbox::complete::jobs {
 namespace {

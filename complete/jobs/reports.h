@@ -7,7 +7,7 @@
 #include <string>
 
 #include "complete/jobs/folder.h"
-#include "complete/search.h"
+#include "complete/tree/search.h"
 
 namespace latbox::complete::jobs {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 #include "complete/jobs/prefix_text.h"
-#include "complete/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,7 +1,7 @@
 #include "complete/jobs/sealed_lines.h"
 
-#include "complete/digest.h"
-#include "complete/words.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <queue>
 
-#include "complete/reduction.h"
-#include "complete/walk.h"
+#include "complete/lattice/reduction.h"
+#include "complete/tree/walk.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -5,8 +5,8 @@
 // estimated as for a whole search (walk.h): that says how long a piece takes, and nothing else.
 #pragma once
 
-#include "complete/box_lattice.h"
-#include "complete/piece.h"
+#include "complete/lattice/box_lattice.h"
+#include "complete/tree/piece.h"
 
 namespace latbox::complete::jobs {
 

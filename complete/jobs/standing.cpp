@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <set>
 
-#include "complete/digest.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 #include "complete/jobs/cover.h"
 #include "complete/jobs/prefix_text.h"
-#include "complete/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,11 +1,11 @@
 #include "complete/jobs/taking.h"
 
+#include "complete/files/words.h"
+#include "complete/files/write_failure.h"
 #include "complete/jobs/cover.h"
 #include "complete/jobs/placing.h"
 #include "complete/jobs/standing.h"
-#include "complete/run.h"
-#include "complete/words.h"
-#include "complete/write_failure.h"
+#include "complete/run/run.h"
 
 namespace latbox::complete::jobs {
 namespace {

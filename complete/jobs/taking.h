@@ -3,7 +3,7 @@
 
 #include "complete/jobs/best.h"
 #include "complete/jobs/point_reader.h"
-#include "complete/options.h"
+#include "complete/run/options.h"
 
 namespace latbox::complete::jobs {
 

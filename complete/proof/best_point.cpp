@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "complete/closing.h"
-#include "complete/objective.h"
-#include "complete/presolve.h"
+#include "complete/program/objective.h"
+#include "complete/program/presolve.h"
 #include "complete/proof/lattice.h"
+#include "complete/solving/closing.h"
 
 namespace latbox::complete::proof {
 namespace {

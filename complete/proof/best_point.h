@@ -2,7 +2,7 @@
 // only.
 #pragma once
 
-#include "complete/search.h"
+#include "complete/tree/search.h"
 
 namespace latbox::complete::proof {
 

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <limits>
 
-#include "complete/elimination.h"
-#include "complete/gram_schmidt.h"
+#include "complete/lattice/elimination.h"
+#include "complete/lattice/gram_schmidt.h"
+#include "complete/lattice/reduction.h"
 #include "complete/proof/walk.h"
-#include "complete/reduction.h"
 
 namespace latbox::complete::proof {
 namespace {

@@ -1,7 +1,7 @@
 #include "complete/proof/equations.h"
 
-#include "complete/elimination.h"
-#include "complete/equations.h"
+#include "complete/lattice/elimination.h"
+#include "complete/lattice/equations.h"
 
 namespace latbox::complete::proof {
 namespace {

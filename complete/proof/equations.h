@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "complete/kernel.h"
+#include "complete/lattice/kernel.h"
 #include "complete/proof/derivation.h"
 
 namespace latbox::complete::proof {

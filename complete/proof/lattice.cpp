@@ -2,14 +2,14 @@
 
 #include <map>
 
-#include "complete/elimination.h"
-#include "complete/equations.h"
-#include "complete/preparation.h"
+#include "complete/lattice/elimination.h"
+#include "complete/lattice/equations.h"
+#include "complete/lattice/reduction.h"
 #include "complete/proof/equations.h"
 #include "complete/proof/narrowing.h"
 #include "complete/proof/nearest_plane.h"
 #include "complete/proof/relaxing.h"
-#include "complete/reduction.h"
+#include "complete/solving/preparation.h"
 
 namespace latbox::complete::proof {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "complete/box_lattice.h"
+#include "complete/lattice/box_lattice.h"
 #include "complete/proof/derivation.h"
 
 namespace latbox::complete::proof {

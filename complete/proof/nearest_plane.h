@@ -2,7 +2,7 @@
 // nearest lattice point problem, 1986), in coordinates that are stretched by weights.
 #pragma once
 
-#include "complete/gram_schmidt.h"
+#include "complete/lattice/gram_schmidt.h"
 
 namespace latbox::complete::proof {
 

@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "complete/program.h"
+#include "complete/program/program.h"
 #include "complete/proof/walk.h"
-#include "complete/search.h"
+#include "complete/tree/search.h"
 
 namespace latbox::complete::proof {
 

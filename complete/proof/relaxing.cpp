@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "complete/linear_bounds.h"
-#include "complete/linear_program.h"
+#include "complete/linear/linear_bounds.h"
+#include "complete/linear/linear_program.h"
 #include "complete/proof/narrowing.h"
 
 namespace latbox::complete::proof {

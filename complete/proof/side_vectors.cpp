@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "complete/elimination.h"
-#include "complete/relaxation.h"
-#include "complete/search.h"
+#include "complete/lattice/elimination.h"
+#include "complete/linear/relaxation.h"
+#include "complete/tree/search.h"
 
 namespace latbox::complete::proof {
 namespace {

@@ -1,6 +1,6 @@
 #include "complete/proof/system.h"
 
-#include "complete/objective.h"
+#include "complete/program/objective.h"
 
 namespace latbox::complete::proof {
 namespace {

@@ -2,7 +2,7 @@
 // and whatever is said about them is said in steps.
 #pragma once
 
-#include "complete/integer_program.h"
+#include "complete/program/integer_program.h"
 
 namespace latbox::complete::proof {
 

@@ -1,184 +1,14 @@
 #include "complete/proof/walk.h"
 
-#include <cmath>
-#include <cstdint>
 #include <thread>
 
-#include "complete/elimination.h"
+#include "complete/proof/walk_input.h"
+#include "complete/proof/walk_numbers.h"
 
 namespace latbox::complete::proof {
 namespace {
 
-constexpr unsigned long UNIT = 1024;
-constexpr std::size_t WIDTH = 8;
-
-// 64 bits and doubles.
-struct Short {
-  using Scalar = std::int64_t;
-  using Entry = double;
-  static Scalar scalar(const Integer& value) { return value.get_si(); }
-  static Entry entry(const Integer& value) { return value.get_d(); }
-  static Integer whole(Scalar value) { return value; }
-};
-
-struct Long {
-  using Scalar = Integer;
-  using Entry = Integer;
-  static const Integer& scalar(const Integer& value) { return value; }
-  static const Integer& entry(const Integer& value) { return value; }
-  static const Integer& whole(const Integer& value) { return value; }
-};
-
-std::int64_t floorDivided(std::int64_t value, std::int64_t divisor) {
-  const std::int64_t quotient = value / divisor;
-  return quotient - static_cast<std::int64_t>(value % divisor < 0);
-}
-
-Integer floorDivided(const Integer& value, const Integer& divisor) {
-  return floorOf(value, divisor);
-}
-
-// next = before + factor * vector; the sum of the sizes of next. All sums are exact, so that their order is
-// of no importance.
-#if defined(__x86_64__)
-[[gnu::target_clones("avx512f", "avx2", "default")]]
-#endif
-double
-addScaled(double* next, const double* before, const double* vector, double factor, std::size_t size) {
-  double sums[WIDTH] = {};
-  for (std::size_t c = 0; c < size; c += WIDTH)
-    for (std::size_t i = 0; i < WIDTH; ++i) {
-      next[c + i] = before[c + i] + factor * vector[c + i];
-      sums[i] += std::fabs(next[c + i]);
-    }
-  double sum = 0;
-  for (const double part : sums) sum += part;
-  return sum;
-}
-
-std::int64_t addScaled(std::vector<double>& next, const std::vector<double>& before,
-                       const std::vector<double>& vector, std::int64_t factor) {
-  return static_cast<std::int64_t>(
-      addScaled(next.data(), before.data(), vector.data(), static_cast<double>(factor), next.size()));
-}
-
-Integer addScaled(IntegerVector& next, const IntegerVector& before, const IntegerVector& vector,
-                  const Integer& factor) {
-  Integer sum = 0;
-  for (std::size_t c = 0; c < next.size(); ++c) {
-    next[c] = before[c];
-    mpz_addmul(next[c].get_mpz_t(), factor.get_mpz_t(), vector[c].get_mpz_t());
-    sum += abs(next[c]);
-  }
-  return sum;
-}
-
-// Whole data of a walk, in GMP's numbers.
-struct Product {
-  // g u = start + sum_i steps_i lambda_i, i >= the level.
-  Integer start;
-  IntegerVector steps;
-  // |g|.
-  Integer size;
-};
-
-class Data {
- public:
-  Data(const ProofLattice& lattice, const CutVectors& cuts) : lattice_(lattice) {
-    const BoxLattice& box = lattice.box;
-    for (std::size_t c = 0; c < lattice.columns(); ++c) {
-      widths_.push_back(lattice.width(c));
-      start_.push_back(2 * box.point[c] - box.low[c] - box.high[c]);
-    }
-    for (const IntegerVector& dual : lattice.dual) addReach(dual);
-    for (std::size_t t = 0; t < lattice.rank(); ++t) {
-      mains.push_back(productOf(cuts.levels[t].main, t));
-      weighted.push_back(weightedOf(cuts.levels[t].main, 1));
-      divisors.push_back(cuts.levels[t].divisor);
-      sides.emplace_back();
-      for (const IntegerVector& side : cuts.levels[t].sides) sides.back().push_back(productOf(side, t));
-    }
-    top = weightedOf(cuts.constant, UNIT);
-    topValue = Integer(UNIT) * innerProduct(cuts.constant, start_);
-  }
-
-  // Bounds of everything that a walk forms, those of docs/proof.md: where they hold, doubles do for whoever
-  // checks, and here.
-  bool fitsShort() const {
-    constexpr std::size_t DIGITS = 53;
-    const auto isBelow = [](const Integer& value) { return mpz_sizeinbase(value.get_mpz_t(), 2) <= DIGITS; };
-    Integer sum = abs(topValue);
-    for (const Integer& entry : top) sum += abs(entry);
-    IntegerVector largest;
-    for (std::size_t i = 0; i < least.size(); ++i)
-      largest.push_back(std::max<Integer>(abs(least[i]), abs(most[i])) + 1);
-    for (std::size_t t = 0; t < mains.size(); ++t) {
-      const Integer& n = divisors[t];
-      const Integer& size = mains[t].size;
-      if (!isBelow(Integer(2 * UNIT * size + 3 * n)) || !isBelow(valueBound(mains[t], t, largest)))
-        return false;
-      sum += (2 * UNIT * size / n + 2) * size;
-      for (const Product& side : sides[t])
-        if (!isBelow(valueBound(side, t, largest))) return false;
-    }
-    if (!isBelow(sum)) return false;
-    for (std::size_t c = 0; c < widths_.size(); ++c) {
-      Integer value = abs(lattice_.box.point[c]) + abs(lattice_.box.low[c]) + abs(lattice_.box.high[c]);
-      for (std::size_t i = 0; i < largest.size(); ++i) value += largest[i] * abs(lattice_.box.basis[i][c]);
-      if (!isBelow(value)) return false;
-    }
-    return true;
-  }
-
-  std::vector<Product> mains;
-  std::vector<std::vector<Product>> sides;
-  // Entries times widths.
-  IntegerMatrix weighted;
-  IntegerVector divisors;
-  IntegerVector top;
-  Integer topValue;
-  // The reach of the multipliers.
-  IntegerVector least;
-  IntegerVector most;
-
-  Product productOf(const IntegerVector& vector, std::size_t t) const {
-    Product product;
-    product.start = innerProduct(vector, start_);
-    for (std::size_t i = 0; i < lattice_.rank(); ++i)
-      product.steps.push_back(i < t ? Integer(0) : Integer(2 * innerProduct(vector, lattice_.box.basis[i])));
-    for (std::size_t c = 0; c < vector.size(); ++c) product.size += abs(vector[c]) * widths_[c];
-    return product;
-  }
-
- private:
-  static Integer valueBound(const Product& product, std::size_t t, const IntegerVector& largest) {
-    Integer bound = abs(product.start) + abs(product.steps[t]);
-    for (std::size_t i = t; i < largest.size(); ++i) bound += abs(product.steps[i]) * largest[i];
-    return 2 * bound;
-  }
-
-  IntegerVector weightedOf(const IntegerVector& vector, unsigned long factor) const {
-    IntegerVector weighted;
-    for (std::size_t c = 0; c < vector.size(); ++c) weighted.push_back(vector[c] * widths_[c] * factor);
-    return weighted;
-  }
-
-  void addReach(const IntegerVector& dual) {
-    const BoxLattice& box = lattice_.box;
-    Integer low = -innerProduct(dual, box.point);
-    Integer high = low;
-    for (std::size_t c = 0; c < dual.size(); ++c) {
-      low += dual[c] * (dual[c] > 0 ? box.low[c] : box.high[c]);
-      high += dual[c] * (dual[c] > 0 ? box.high[c] : box.low[c]);
-    }
-    least.push_back(low);
-    most.push_back(high);
-  }
-
-  const ProofLattice& lattice_;
-  IntegerVector widths_;
-  IntegerVector start_;
-};
+constexpr std::int64_t SIGNED_UNIT = UNIT;
 
 template <class Kind>
 struct Tables {
@@ -208,16 +38,16 @@ struct Tables {
     return result;
   }
 
-  explicit Tables(const Data& data)
-      : divisors(scalars(data.divisors)),
-        top(padded(data.top)),
-        topValue(Kind::scalar(data.topValue)),
-        least(scalars(data.least)),
-        most(scalars(data.most)) {
-    for (std::size_t t = 0; t < data.mains.size(); ++t) {
-      mains.emplace_back(data.mains[t]);
-      vectors.push_back(padded(data.weighted[t]));
-      sides.emplace_back(data.sides[t].begin(), data.sides[t].end());
+  explicit Tables(const WalkInput& input)
+      : divisors(scalars(input.divisors)),
+        top(padded(input.top)),
+        topValue(Kind::scalar(input.topValue)),
+        least(scalars(input.least)),
+        most(scalars(input.most)) {
+    for (std::size_t t = 0; t < input.mains.size(); ++t) {
+      mains.emplace_back(input.mains[t]);
+      vectors.push_back(padded(input.weighted[t]));
+      sides.emplace_back(input.sides[t].begin(), input.sides[t].end());
     }
   }
 
@@ -263,8 +93,8 @@ class Walker {
   }
 
   // From here on candidates that the cuts have kept are shown to this, until it adds no more to `tables`.
-  void ask(const Refuter& refuter, const Data& data, CutVectors& cuts, Tables<Kind>& tables) {
-    asking_ = {&refuter, &data, &cuts, &tables};
+  void ask(const Refuter& refuter, const WalkInput& input, CutVectors& cuts, Tables<Kind>& tables) {
+    asking_ = {&refuter, &input, &cuts, &tables};
   }
 
   // All below the node with these multipliers of the last levels. Nodes of level `floor` are told and not
@@ -378,7 +208,7 @@ class Walker {
 
   Scalar factorOf(std::size_t t) const {
     const Scalar& n = tables_.divisors[t];
-    return floorDivided(Scalar(2 * UNIT_ * levels_[t].value + n), Scalar(2 * n));
+    return floorDivided(Scalar(2 * SIGNED_UNIT * levels_[t].value + n), Scalar(2 * n));
   }
 
   // With one more side vector of the level.
@@ -390,7 +220,7 @@ class Walker {
     std::optional<IntegerVector> side = (*asking_.refuter)(t, whole);
     if (!side) return false;
     State& state = levels_[t];
-    const typename Tables<Kind>::Form form(asking_.data->productOf(*side, t));
+    const typename Tables<Kind>::Form form(asking_.input->productOf(*side, t));
     state.sides.push_back(valueAbove(form, t));
     const Scalar value = state.sides.back() + form.steps[t] * lambda_[t];
     close(state, form.steps[t], value < 0);
@@ -437,12 +267,11 @@ class Walker {
     return !shared_.isOver;
   }
 
-  static constexpr std::int64_t UNIT_ = UNIT;
   static constexpr std::size_t MOST_SIDES = 100;
 
   struct Asking {
     const Refuter* refuter = nullptr;
-    const Data* data = nullptr;
+    const WalkInput* input = nullptr;
     CutVectors* cuts = nullptr;
     Tables<Kind>* tables = nullptr;
   };
@@ -466,10 +295,10 @@ class Walker {
 constexpr std::size_t MANY = 2000;
 
 template <class Kind>
-void walkIn(const ProofLattice& lattice, const Data& data, const Judge& judge, Shared& shared) {
+void walkIn(const ProofLattice& lattice, const WalkInput& input, const Judge& judge, Shared& shared) {
   using Scalar = typename Kind::Scalar;
   using Above = std::vector<Scalar>;
-  const Tables<Kind> tables(data);
+  const Tables<Kind> tables(input);
   std::vector<Above> open = {{}};
   const WalkShare& share = shared.settings.share;
   const std::size_t wanted = share.count > 1 ? share.parts : shared.settings.threads > 1 ? MANY : 0;
@@ -501,29 +330,29 @@ void walkIn(const ProofLattice& lattice, const Data& data, const Judge& judge, S
 
 std::optional<WalkCount> collectSides(const ProofLattice& lattice, CutVectors& cuts, const Refuter& refuter,
                                       const WalkSettings& settings) {
-  const Data data(lattice, cuts);
-  Tables<Long> tables(data);
+  const WalkInput input(lattice, cuts);
+  Tables<Long> tables(input);
   Shared shared{settings};
   const Judge judge = [](const IntegerVector&) { return true; };
   Walker<Long> walker(lattice, tables, judge, shared);
-  walker.ask(refuter, data, cuts, tables);
+  walker.ask(refuter, input, cuts, tables);
   walker.run({}, 0, nullptr);
   if (shared.isOver) return std::nullopt;
   return WalkCount{shared.nodes, shared.points};
 }
 
 bool fitsDouble(const ProofLattice& lattice, const CutVectors& cuts) {
-  return Data(lattice, cuts).fitsShort();
+  return WalkInput(lattice, cuts).fitsShort();
 }
 
 std::optional<WalkCount> walk(const ProofLattice& lattice, const CutVectors& cuts, const Judge& judge,
                               const WalkSettings& settings) {
-  const Data data(lattice, cuts);
+  const WalkInput input(lattice, cuts);
   Shared shared{settings};
-  if (data.fitsShort())
-    walkIn<Short>(lattice, data, judge, shared);
+  if (input.fitsShort())
+    walkIn<Short>(lattice, input, judge, shared);
   else
-    walkIn<Long>(lattice, data, judge, shared);
+    walkIn<Long>(lattice, input, judge, shared);
   if (shared.isOver) return std::nullopt;
   return WalkCount{shared.nodes, shared.points};
 }

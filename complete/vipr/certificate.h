@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "complete/integer_program.h"
+#include "complete/program/integer_program.h"
 
 namespace latbox::complete::vipr {
 

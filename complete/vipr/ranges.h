@@ -7,7 +7,7 @@
 
 #include <optional>
 
-#include "complete/objective.h"
+#include "complete/program/objective.h"
 #include "complete/proof/derivation.h"
 #include "complete/vipr/certificate.h"
 

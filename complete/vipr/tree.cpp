@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "complete/elimination.h"
-#include "complete/equations.h"
+#include "complete/lattice/elimination.h"
+#include "complete/lattice/equations.h"
 
 namespace latbox::complete::vipr {
 namespace {

@@ -1,7 +1,7 @@
 // What the tests of proofs share: a small program and its proof.
 #pragma once
 
-#include "check/proof.h"
+#include "check/proof/proof.h"
 #include "support.h"
 
 namespace latbox::check::proof::testing {

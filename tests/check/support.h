@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-#include "check/scanner.h"
+#include "check/files/scanner.h"
 
 namespace latbox::check::testing {
 

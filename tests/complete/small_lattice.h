@@ -3,8 +3,8 @@
 
 #include <random>
 
-#include "complete/cuts.h"
-#include "complete/elimination.h"
+#include "complete/lattice/elimination.h"
+#include "complete/tree/cuts.h"
 #include "support.h"
 
 namespace latbox::complete::testing {

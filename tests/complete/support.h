@@ -6,8 +6,8 @@
 #include <set>
 #include <string>
 
-#include "complete/opt_reader.h"
-#include "complete/search.h"
+#include "complete/program/opt_reader.h"
+#include "complete/tree/search.h"
 
 namespace latbox::complete::testing {
 

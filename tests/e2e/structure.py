@@ -11,6 +11,9 @@ from collections.abc import Iterator
 
 # From the bottom to the top. A file in the folder itself, main.cpp, stands above them all.
 LAYERS = ("lib", "numbers", "params", "model", "lattice", "program", "heuristics", "driver")
+# The same of the programs beside the solver, whose rooms follow the way of what they read.
+CHECK = ("numbers", "files", "judging", "proof")
+COMPLETE = ("program", "linear", "lattice", "tree", "files", "solving", "proof", "vipr", "run", "jobs")
 
 HEADER_LINES = 300
 SOURCE_LINES = 500
@@ -24,14 +27,17 @@ MANY_MEMBERS = {"Tessik", "Params"}
 Tree = dict[str, str]
 
 
-def read_tree(folder: str) -> Tree:
+def read_tree(folder: str, prefix: str = "") -> Tree:
+    """`prefix`: what stands before a path where a file of the tree includes it, with its slash."""
     tree = {}
     for path, _, names in os.walk(folder):
         for name in names:
             if name.endswith((".h", ".cpp")):
                 full = os.path.join(path, name)
                 with open(full, encoding="utf-8") as file:
-                    tree[os.path.relpath(full, folder).replace(os.sep, "/")] = file.read()
+                    # Such a path is one of the tree, never one beside the file.
+                    text = file.read().replace('#include "' + prefix, "#include <") if prefix else file.read()
+                    tree[os.path.relpath(full, folder).replace(os.sep, "/")] = text
     return tree
 
 
@@ -70,17 +76,17 @@ def includes(tree: Tree, path: str) -> Iterator[tuple[str, bool]]:
             yield name, False
 
 
-def layer(path: str) -> int | None:
+def layer(path: str, layers: tuple[str, ...]) -> int | None:
     folder, slash, _ = path.partition("/")
     if not slash:
-        return len(LAYERS)
-    return LAYERS.index(folder) if folder in LAYERS else None
+        return len(layers)
+    return layers.index(folder) if folder in layers else None
 
 
-def upward_includes(tree: Tree) -> list[str]:
+def upward_includes(tree: Tree, layers: tuple[str, ...] = LAYERS) -> list[str]:
     found = []
     for path in sorted(tree):
-        own = layer(path)
+        own = layer(path, layers)
         if own is None:
             found.append("%s: its folder is no layer" % path)
             continue
@@ -88,7 +94,7 @@ def upward_includes(tree: Tree) -> list[str]:
             if not known:
                 found.append("%s includes %s, which is not in the tree" % (path, name))
             else:
-                other = layer(name)
+                other = layer(name, layers)
                 if other is not None and other > own:
                     found.append("%s includes %s, a layer above" % (path, name))
     return found

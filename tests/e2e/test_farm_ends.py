@@ -139,6 +139,7 @@ class PasswordTest(FarmCase):
         self.write("empty", "\n")
         self.assertEqual(self.begin("--password=empty", jobs="a").wait(), 2)
         self.assertEqual(self.begin("--password=none", jobs="b").wait(), 2)
+        self.assertFalse(self.exists("a") or self.exists("b"))
         self.write("word", "of mine\n")
         os.chmod(self.path("word"), 0o644)
         farm = self.begin("--password=word", "--pieces=3")

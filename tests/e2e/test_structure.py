@@ -10,16 +10,22 @@ import harness
 import structure
 
 
+def folder(name: str) -> str:
+    return os.path.join(os.path.dirname(harness.Settings.examples), name)
+
+
 def sources() -> structure.Tree:
-    return structure.read_tree(os.path.join(os.path.dirname(harness.Settings.examples), "src"))
+    return structure.read_tree(folder("src"))
 
 
-class TreeTest(unittest.TestCase):
+class StructureCase(unittest.TestCase):
     maxDiff = None
 
     def assert_none(self, violations: list[str]) -> None:
         self.assertEqual(violations, [], "\n" + "\n".join(violations))
 
+
+class TreeTest(StructureCase):
     def test_the_tree_is_read(self) -> None:
         tree = sources()
         self.assertIn("main.cpp", tree)
@@ -42,6 +48,36 @@ class TreeTest(unittest.TestCase):
 
     def test_files_say_what_they_are(self) -> None:
         self.assert_none(structure.without_introduction(sources()))
+
+
+class HousesTest(StructureCase):
+    """The programs beside the solver."""
+
+    HOUSES = {"check": structure.CHECK, "complete": structure.COMPLETE}
+
+    def tree(self, house: str) -> structure.Tree:
+        return structure.read_tree(folder(house), house + "/")
+
+    def test_the_trees_are_read(self) -> None:
+        for house, rooms in self.HOUSES.items():
+            self.assertEqual({path.partition("/")[0] for path in self.tree(house) if "/" in path}, set(rooms))
+        self.assertIn(("lattice/kernel.h", True), list(structure.includes(self.tree("complete"), "lattice/kernel.cpp")))
+
+    def test_files_include_only_their_own_room_and_those_before(self) -> None:
+        for house, rooms in self.HOUSES.items():
+            self.assert_none(structure.upward_includes(self.tree(house), rooms))
+
+    def test_includes_make_no_cycle(self) -> None:
+        for house in self.HOUSES:
+            self.assert_none(structure.include_cycles(self.tree(house)))
+
+    def test_files_are_not_long(self) -> None:
+        for house in self.HOUSES:
+            self.assert_none(structure.long_files(self.tree(house)))
+
+    def test_files_say_what_they_are(self) -> None:
+        for house in self.HOUSES:
+            self.assert_none(structure.without_introduction(self.tree(house)))
 
 
 class IncludeTest(unittest.TestCase):

@@ -53,7 +53,7 @@ class SearchEngineTest(SolveCase):
         """The front grew by ten MB in a quarter of an hour: all points of a search were kept, and read again with each new one."""
         self.paper_engine("latbox", "sleep 60\n")
         with mock.patch.dict(os.environ, LATBOX_BIN_DIR=self.path("paper")):
-            engine = SearchEngine(Rewriting(Statement(read_text(MODEL, "opt")).program), 0, "S", self.folder)
+            engine = SearchEngine(Rewriting(Statement(read_text(MODEL, "opt")).program), 0, 0, self.folder)
         self.addCleanup(engine.stop)
         lines, found = [], []
         with mock.patch.object(points, "point", wraps=points.point) as reader:

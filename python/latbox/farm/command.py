@@ -65,6 +65,8 @@ class Command:
         for name, path in (("out", options.out), ("proof", options.proof)):
             if path is not None and not os.path.isdir(os.path.dirname(os.path.abspath(path))):
                 raise UsageError("--%s=%s: there is no such folder" % (name, path))
+        if options.password is not None and not is_private(options.password):
+            self._display.note("%s: others may read this password" % options.password)
         folder.enter()
         folder.hold_to(self._search(), options.program)
         engine = self._engine()
@@ -83,8 +85,6 @@ class Command:
 
     def _engine(self) -> Engine:
         options, folder = self._options, self._folder
-        if options.password is not None and not is_private(options.password):
-            self._display.note("%s: others may read this password" % options.password)
         password = os.path.abspath(options.password) if options.password is not None else folder.password()
         engine = Engine(options.port or folder.port(), password, options.silence)
         folder.keep_port(engine.port)

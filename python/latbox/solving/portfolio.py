@@ -15,21 +15,22 @@ import os
 import selectors
 import time
 from collections.abc import Generator, Iterator
-from enum import Enum
+from dataclasses import replace
 from fractions import Fraction
 
 from ..errors import EngineError, InternalError
-from ..models.model import INF, Model
-from . import checking, exact, levels, pace, proof, statuses, steering, unbounded
+from ..models.model import Model
+from . import checking, pace, proof, semi, statuses, steering, unbounded
 from .activity import narrowed
 from .clock import Clock
 from .complete_engine import CompleteEngine, Task
 from .corners import corners
 from .events import Action, Bound, End, Event, Found, Point, Progress, Setting, Start
 from .finds import Finds
-from .program import MANY_CELLS, MOST_CELLS, Program, Target
-from .rewriting import Rewriting
+from .inquiry import Inquiry, Question
+from .program import MANY_CELLS, MOST_CELLS
 from .search_engine import SearchEngine
+from .searches import Searches
 from .settings import ALL, AUTO, SEARCH, Settings
 from .statement import Infeasible, Statement, grid_text
 from .tuning import rank, tuning
@@ -39,24 +40,8 @@ TICK = 0.05
 BETWEEN_PROGRESS = 0.2
 # What a list of points may take to be written out once its engine is told to end.
 PATIENCE = 0.15
-LETTERS = "STUVWXYZ"
-# Seconds until a search that lags behind begins anew, which costs it its basis; each time twice as long.
-FIRST_RENEWAL = 2.0
-# The time that is left then must be as long as so many rewritings.
-REWRITINGS_LEFT = 4
 # One process of the search for so many threads.
 THREADS_A_SEARCH = 4
-
-
-class Mode(Enum):
-    """What the complete engine is asked for."""
-
-    BEST = "the best point"
-    FIRST = "a point, for there is no objective"
-    LIST = "all points, or so many without objective"
-    LEVELS = "the best points, level by level"
-    NEAR = "so many points near a best one, for there are best ones without end"
-    RESCUE = "any point at all, for the rest is open or without end"
 
 
 class Portfolio:
@@ -70,24 +55,16 @@ class Portfolio:
         self._clock = Clock(started, settings.time)
         self._interrupted = False
         self._pace = pace.Pace()
-        # Options of the search that were set while it went: those of a search that begins anew, too.
-        self._set: dict[str, object] = {}
         self._folder: WorkFolder | None = None
         self._complete: CompleteEngine | None = None
         self._rays: CompleteEngine | None = None
-        self._searches: list[SearchEngine] = []
+        self._searches = Searches(settings, self._part)
         self._finds = Finds(model, settings.solutions)
+        self._inquiry = Inquiry(self._finds, settings)
         self._have_served = False  # a point has come from an engine, or from the rewriting
-        self._good = 0  # of them, so many are proven to be the best ones
-        self._bound: Fraction | None = None
         self._ray: Point | None = None
-        self._renewal = FIRST_RENEWAL
-        self._next_renewal = FIRST_RENEWAL
-        self._rewriting_seconds = 0.0  # that a rewriting takes
         self._grid = grid_text(model, settings.digits)  # of continuous columns, of which nothing is proven; or ""
         self._notes: list[str] = []
-        self._open_note = ""  # told where the complete search could not come to an end, and the answer needs it
-        self._near: list[int] = []  # distances within which points are yet to be looked for
         self.is_proven = False  # once there is an end: its status was proven, if only of the grid
 
     def interrupt(self) -> None:
@@ -116,6 +93,8 @@ class Portfolio:
         try:
             self._statement = self._stated()
             self._program = self._statement.program
+            self._inquiry.begin(self._statement)
+            self._searches.begin(self._program)
             if not self._program.columns:
                 yield from self._take([], "P")
                 yield self._end(statuses.OPTIMAL if self.settings.solutions == 1 else statuses.ALL)
@@ -146,16 +125,18 @@ class Portfolio:
 
     def _stated(self) -> Statement:
         """A large model without what its rows fix: the engines are given whole rows, whose zeros cost too. Throws Infeasible."""
-        statement = Statement(self.model, self.settings.digits)
+        digits = self.settings.digits
+        model = semi.closed(self.model, digits)
+        statement = Statement(model, digits)
         if statement.program.cells() <= MANY_CELLS or self._grid:
             return statement
-        return Statement(narrowed(self.model, statement), self.settings.digits)
+        return Statement(narrowed(model, statement), digits)
 
     def _launch(self) -> Start:
         """Starts the engines on their shares of the threads. Throws Infeasible if the search alone is asked and sees it."""
         settings = self.settings
         threads = settings.threads or os.cpu_count() or 1
-        rewritten = self._rewritten(0) if self._wants_search() else None
+        rewritten = self._searches.rewritten(0) if self._wants_search() else None
         searches = 0
         self._presolved = rewritten.point([]) if rewritten and not rewritten.program.columns else None
         if rewritten is not None and rewritten.program.columns:
@@ -163,90 +144,35 @@ class Portfolio:
         self._threads = 0 if settings.engine == SEARCH else max(1, threads - searches)
         self._memory = settings.memory // (searches + bool(self._threads)) if settings.memory else None
         if self._threads:
-            self._start_complete(self._first_mode())
+            self._ask(self._inquiry.first())
             self._start_rays()
-        for number in range(searches):
-            self._start_search(number, rewritten if number == 0 else self._rewritten(number))
+        if rewritten is not None:
+            self._searches.start(rewritten, searches, self._memory)
         program = rewritten.program if rewritten else self._program
         kind = tuning(program)
         options = steering.present({**kind.options, **settings.search_options}) if searches else {}
         return Start(rank(program), kind.kind, searches, self._threads, settings.time, time.time() - self.seconds(), options)
 
-    def _is_optimising(self) -> bool:
-        """Two points of the program can differ in the objective."""
-        return bool(self._program.targets)
-
     def _wants_search(self) -> bool:
         settings = self.settings
         if settings.engine != AUTO:
             return settings.engine == SEARCH
-        return settings.solutions == 1 or (settings.solutions != ALL and not self._is_optimising())
-
-    def _rewritten(self, number: int) -> Rewriting | None:
-        """The program of the search under the seed of this number; None where it cannot hold."""
-        began = time.monotonic()
-        try:
-            rewriting = Rewriting(self._program, seed=self.settings.seed + number)
-            self._rewriting_seconds = time.monotonic() - began
-            return rewriting
-        except Infeasible as reason:
-            if self.settings.engine == SEARCH and reason.is_proven:
-                raise
-            return None
+        return settings.solutions == 1 or (settings.solutions != ALL and not self._inquiry.is_optimising)
 
     # ------------------------------------------------------------- engines
 
-    def _first_mode(self) -> Mode:
-        if self.settings.solutions == 1:
-            return Mode.BEST if self._is_optimising() else Mode.FIRST
-        is_listing = self.settings.solutions == ALL or not levels.has_levels(self._program)
-        return Mode.LIST if is_listing else Mode.LEVELS
-
-    def _start_complete(self, mode: Mode, program: Program | None = None) -> None:
-        """Another one that was there ends."""
-        settings = self.settings
+    def _ask(self, question: Question) -> None:
+        """The complete engine; another one that was there ends."""
         if self._complete is not None:
             self._complete.stop()
-        self._mode = mode
-        program = program or self._program
-        task = Task(threads=self._threads, seed=settings.seed)
-        if mode is Mode.LIST:
-            task.all = self._is_optimising()
-            task.limit = 0 if self._is_optimising() else settings.solutions
-        elif mode is Mode.LEVELS:
-            task.ties = True
-            # One more than the best, by which a list that was cut off is told from a run that was.
-            task.limit = max(2, settings.solutions - self._good)
-        elif mode is Mode.NEAR:
-            task.limit = settings.solutions
-        elif mode is not Mode.BEST:
-            task.first = True
-            program = unbounded.any_point(program)
-        if settings.proof is not None and mode in (Mode.BEST, Mode.FIRST, Mode.LIST):
-            program = self._with_proof(settings.proof, task, program)
+        task = replace(question.task, threads=self._threads)
         notes = proof.name_map(self._statement) if task.proof else ""
-        self._complete = CompleteEngine(program, task, self._part("complete"), self._memory, settings.log, notes, self.paused())
-
-    def _with_proof(self, path: str, task: Task, program: Program) -> Program:
-        """Of one point there is nothing to be proven but that there is one or none: a target that is 0 everywhere says so."""
-        task.proof = proof.folder(path)
-        if not task.first:
-            return program
-        task.first = False
-        return Program(program.columns, program.conditions, [Target({}, -INF)])
+        self._complete = CompleteEngine(question.program, task, self._part("complete"), self._memory, self.settings.log, notes, self.paused())
 
     def _start_rays(self) -> None:
         program = unbounded.ray_program(self._program)
         if program is not None:
             self._rays = CompleteEngine(program, Task(first=True), self._part("rays"), self._memory, self.settings.log)
-
-    def _start_search(self, number: int, rewriting: Rewriting | None) -> None:
-        if rewriting is None or not rewriting.program.columns:
-            return
-        letter = LETTERS[min(number, len(LETTERS) - 1)]
-        count = 0 if self._is_optimising() else self.settings.solutions
-        self._searches.append(SearchEngine(rewriting, count, letter, self._part("search"), self._memory,
-                                           {**self.settings.search_options, **self._set}, self.settings.log))
 
     def _part(self, name: str) -> str:
         """A new folder for an engine."""
@@ -254,7 +180,7 @@ class Portfolio:
         return self._folder.part(name)
 
     def _engines(self) -> list[SearchEngine | CompleteEngine]:
-        return [*self._searches, *filter(None, (self._complete, self._rays))]
+        return [*self._searches.engines, *filter(None, (self._complete, self._rays))]
 
     def _stop(self) -> None:
         for engine in self._engines():
@@ -270,13 +196,14 @@ class Portfolio:
             if self._clock.is_paused and not self._interrupted:
                 self._wait()
                 continue
-            for engine in [*self._searches, self._complete]:
+            for engine in [*self._searches.engines, self._complete]:
                 if engine is not None:
                     yield from self._hear(engine)
             self._hear_of_rays()
             yield from self._take_bound()
             self._renew_searches()
-            yield from self._settings_taken()
+            for key, value in self._searches.settings():
+                yield Setting(key, value, self.seconds())
             status, is_over = self._verdict()
             if is_over:
                 return status
@@ -296,18 +223,18 @@ class Portfolio:
             found = engine.news()
         except EngineError as error:
             if isinstance(engine, SearchEngine):
-                self._searches.remove(engine)
+                self._searches.drop(engine)
             else:
                 self._complete = None
-            engine.stop()
-            if not self._have_served and not self._searches and self._complete is None:
+                engine.stop()
+            if not self._have_served and not self._searches.engines and self._complete is None:
                 raise
             self._notes.append(str(error))
             return
         for values in found:
             self._have_served = True
             yield from self._take(values, engine.letter)
-            if isinstance(engine, SearchEngine) and self._is_optimising():
+            if isinstance(engine, SearchEngine) and self._inquiry.is_optimising:
                 norm = self._norm_of(values)
                 engine.best = norm if engine.best is None else min(engine.best, norm)
 
@@ -315,32 +242,9 @@ class Portfolio:
         return self._statement.norm(checking.objective_of(self.model, self._statement.point(values)))
 
     def _renew_searches(self) -> None:
-        """A search that lags behind the best point begins anew, with a row that asks for better ones."""
         known = self._finds.objective
-        if known is None or not self._is_optimising() or self.seconds() < self._next_renewal or not self._has_time_to_rewrite():
-            return
-        limit = self._statement.norm(known)
-        lagging = [engine for engine in self._searches if not engine.is_over and (engine.best is None or engine.best > limit)]
-        if not lagging:
-            return
-        self._next_renewal = self.seconds() + self._renewal
-        self._renewal *= 2
-        for engine in lagging:
-            number = self._searches.index(engine)
-            engine.stop()
-            self._searches.remove(engine)
-            try:
-                rewriting = Rewriting(self._program, limit, self.settings.seed + LETTERS.index(engine.letter))
-            except Infeasible:
-                continue  # there may be none: the complete engine will say so
-            if rewriting.program.columns:
-                self._start_search(LETTERS.index(engine.letter), rewriting)
-                self._searches.insert(number, self._searches.pop())
-
-    def _has_time_to_rewrite(self) -> bool:
-        """Nothing else is done meanwhile, nor is the time looked at."""
-        left = self._clock.left()
-        return left is None or left > REWRITINGS_LEFT * self._rewriting_seconds
+        if known is not None and self._inquiry.is_optimising:
+            self._searches.renew(self._statement.norm(known), self._clock)
 
     def _hear_of_rays(self) -> None:
         if self._rays is None:
@@ -360,7 +264,7 @@ class Portfolio:
             self._rays.stop()
             self._rays = None
             if self._ray is not None and self._finds.best is None and self._threads:
-                self._start_complete(Mode.RESCUE)
+                self._ask(self._inquiry.rescue())
 
     def _wait(self) -> None:
         """For a word of an engine, a tick at most."""
@@ -404,9 +308,7 @@ class Portfolio:
         elif order.action == steering.STOP and not self._interrupted:
             self.interrupt()
         elif order.action == steering.SET and order.key in steering.BY_KEY and steering.BY_KEY[order.key].takes(order.value):
-            self._set[order.key] = order.value
-            for search in self._searches:
-                search.set(order.key, order.value)
+            self._searches.set(order.key, order.value)
         else:
             return False
         return True
@@ -417,13 +319,6 @@ class Portfolio:
             for engine in self._engines():
                 engine.process.go_on()
 
-    def _settings_taken(self) -> Iterator[Event]:
-        """Once for all processes of the search: that of the first one."""
-        for number, search in enumerate(self._searches):
-            for key, value in search.settings():
-                if number == 0:
-                    yield Setting(key, value, self.seconds())
-
     # ------------------------------------------------------------- points and bounds
 
     def _take(self, values: list[Fraction], letter: str) -> Iterator[Event]:
@@ -432,7 +327,7 @@ class Portfolio:
         wrong = checking.fault(self.model, x)
         if wrong:
             raise InternalError("a point that was found (%s) is no point of the model: %s" % (letter, wrong))
-        if self._has_enough():
+        if self._inquiry.has_enough():
             return
         is_new, is_better = self._finds.take(x)
         if is_better and self._complete is not None and letter != self._complete.letter:
@@ -447,18 +342,10 @@ class Portfolio:
             if checking.fault(self.model, self._statement.point(values)) is None:
                 yield from self._take(values, "P")
 
-    def _has_enough(self) -> bool:
-        """So many points without objective as are wanted."""
-        return 1 < self.settings.solutions <= self._finds.count and not self._is_optimising()
-
     def _take_bound(self) -> Iterator[Event]:
-        if self._complete is None or self._complete.least is None or self._mode is not Mode.BEST:
-            return
-        value = self._statement.objective(self._complete.least)
-        if self._bound is None or checking.is_better(self.model, self._bound, value):
-            self._bound = value
-            if not self._grid:
-                yield Bound(value, self.seconds())
+        least = self._complete.least if self._complete is not None else None
+        if least is not None and self._inquiry.take_least(least) and self._inquiry.bound is not None and not self._grid:
+            yield Bound(self._inquiry.bound, self.seconds())
 
     # ------------------------------------------------------------- verdicts
 
@@ -468,122 +355,38 @@ class Portfolio:
             return statuses.UNBOUNDED, True
         if self._complete is not None and self._complete.verdict is not None:
             word, rest = self._complete.verdict
-            status = self._heard(word, rest)
+            answer = self._inquiry.heard(word, rest)
+            if isinstance(answer, Question):
+                self._ask(answer)
+            status = answer if isinstance(answer, str) else None
             if status is not None or self._complete.is_over:
                 return status, status is not None or self._are_through()
         if self.settings.solutions == 1 and self._finds.best is not None:
             objective = self._finds.objective
-            if not self._is_optimising() or (objective == self._bound and self.settings.proof is None):
+            if not self._inquiry.is_optimising or (objective == self._inquiry.bound and self.settings.proof is None):
                 return statuses.OPTIMAL, True
             if objective is not None and self._is_good_enough(objective):
                 return None, True
-        if self._has_enough():
+        if self._inquiry.has_enough():
             return statuses.OPTIMAL, True
         if self._complete is not None and self._complete.open_columns is not None:
-            self._take_open(self._complete.open_columns)
+            question = self._inquiry.at_open(self._complete.open_columns)
+            self._complete.open_columns = []
+            if question is not None:
+                self._ask(question)
         return None, self._are_through()
 
     def _is_good_enough(self, objective: Fraction) -> bool:
         target, gap = self.settings.target, self.settings.gap
         if target is not None and not checking.is_better(self.model, target, objective):
             return True
-        return gap is not None and self._bound is not None and gap.holds(objective, self._bound)
-
-    def _heard(self, word: str, rest: str) -> str | None:
-        """The status that belongs to a verdict, if that can be true; None if it goes on, or says nothing."""
-        if word == "none" and self._mode is not Mode.LEVELS:
-            self._require(self._finds.best is None, "there is no point", "one is known")
-            return statuses.INFEASIBLE
-        if self._mode is Mode.LEVELS:
-            return self._heard_of_level(word, rest)
-        if word == "optimum" and not self._is_optimising():
-            return statuses.OPTIMAL
-        if self._mode is Mode.NEAR:
-            return self._heard_of_near()
-        if word == "optimum":
-            objective = self._statement.objective(exact.number(rest.split()[0]))
-            known = self._finds.objective
-            self._require(objective == known, "the optimum is %s" % objective, "the best point has %s" % known)
-            self._bound = objective
-            if self.settings.solutions == 1:
-                return statuses.OPTIMAL
-            if self.settings.solutions != ALL and levels.has_levels(self._program):
-                self._look_near()
-            return None
-        if word == "all":
-            self._require(int(rest) == self._finds.count, "there are %s points" % rest, "%d are known" % self._finds.count)
-            # The N best of several targets are taken from a list of all points.
-            return statuses.OPTIMAL if 0 < self.settings.solutions < self._finds.count else statuses.ALL
-        if word == "found" and not self._is_optimising() and self._finds.best is not None:
-            if self.settings.solutions == 1 or self._has_enough():
-                return statuses.OPTIMAL
-            if self._mode is Mode.RESCUE and self.settings.solutions != ALL:
-                self._look_near()
-        return None
-
-    # ------------------------------------------------------------- points without end
-
-    def _look_near(self) -> None:
-        """There is a best point, and so many were not to be had level by level: there are best ones without end, so that each box
-        around it that is large enough has as many as are wanted."""
-        self._near = levels.DISTANCES[:]
-        self._look_farther()
-
-    def _look_farther(self) -> None:
-        assert self._finds.best is not None
-        around = self._statement.columns(self._finds.best)
-        self._start_complete(Mode.NEAR, levels.near(self._program, around, self._near.pop(0)))
-
-    def _heard_of_near(self) -> str | None:
-        best = [x for x in self._finds.all if self._finds.objective_of(x) == self._finds.objective]
-        if len(best) >= self.settings.solutions:
-            return statuses.OPTIMAL
-        if self._near:
-            self._look_farther()
-        return None
-
-    # ------------------------------------------------------------- levels
-
-    def _heard_of_level(self, word: str, rest: str) -> str | None:
-        """All points of the level are known, or as many as are wanted."""
-        if word == "none":
-            return statuses.ALL if self._finds.best is not None else statuses.INFEASIBLE
-        if word == "found":  # cut off: more ties than are wanted
-            return statuses.OPTIMAL
-        if word != "optimum":
-            return None
-        worst = exact.number(rest.split()[0])
-        # What was met on the way to this level may be worse than it.
-        self._good = sum(self._statement.norm(checking.objective_of(self.model, x)) <= worst for x in self._finds.all)
-        if self._good >= self.settings.solutions:
-            return statuses.OPTIMAL
-        self._start_complete(Mode.LEVELS, levels.worse_than(self._program, worst))
-        return None
-
-    def _require(self, holds: bool, says: str, known: str) -> None:
-        if not holds:
-            raise InternalError("latbox-all says that %s, and %s" % (says, known))
-
-    def _take_open(self, columns: list[int]) -> None:
-        """The complete engine cannot begin; it may still find a point."""
-        assert self._complete is not None
-        self._complete.open_columns = []
-        if not columns or self._mode in (Mode.RESCUE, Mode.NEAR):
-            return
-        names = self._statement.names(columns)
-        self._open_note = "nothing bounds %s: the complete search cannot come to an end" % ", ".join(names)
-        if self.settings.solutions != 1 and self._is_optimising() and self._mode is not Mode.BEST:
-            self._start_complete(Mode.BEST)
-        elif self._finds.best is None:
-            self._start_complete(Mode.RESCUE)
-        elif self._mode is Mode.LIST and self.settings.solutions != ALL:
-            self._look_near()
+        return gap is not None and self._inquiry.bound is not None and gap.holds(objective, self._inquiry.bound)
 
     def _are_through(self) -> bool:
         """Whether no engine goes on that could bring an end."""
         if any(engine is not None and not engine.is_over for engine in (self._complete, self._rays)):
             return False
-        if all(engine.is_over for engine in self._searches):
+        if self._searches.are_over():
             return True
         # The search goes on by itself; who has asked for both does not want to wait for it without end.
         return self.settings.engine != SEARCH and self.settings.time is None and self._finds.best is not None
@@ -599,14 +402,8 @@ class Portfolio:
 
     def _progress(self) -> Progress:
         count = self._finds.count if self.settings.solutions != 1 else int(self._finds.best is not None)
-        progress = Progress(self.seconds(), self._finds.objective, None if self._grid else self._bound, count)
-        if self._searches:
-            progress.iteration = sum(engine.progress.iteration for engine in self._searches)
-            known = [e.progress.violated for e in self._searches if e.progress.violated is not None]
-            progress.violated = min(known) if known else None
-            progress.basis = min((e.progress.basis for e in self._searches if e.progress.basis is not None), default=None)
-            progress.collected = sum(e.progress.pairwise + e.progress.sampling for e in self._searches)
-            progress.idle = min(e.progress.idle for e in self._searches)
+        progress = Progress(self.seconds(), self._finds.objective, None if self._grid else self._inquiry.bound, count)
+        self._searches.tell(progress)
         if self._complete is not None:
             known_of_it = self._complete.progress
             progress.nodes = known_of_it.nodes
@@ -620,7 +417,7 @@ class Portfolio:
 
     def _last_points(self) -> Iterator[Event]:
         """What the engines have written and nobody has read."""
-        for engine in self._searches:
+        for engine in self._searches.engines:
             for values in engine.end():
                 yield from self._take(values, engine.letter)
         if self._complete is not None:
@@ -633,8 +430,8 @@ class Portfolio:
 
     def _end(self, status: str) -> End:
         self._stop()
-        if self._open_note and status not in (statuses.OPTIMAL, statuses.INFEASIBLE, statuses.UNBOUNDED):
-            self._notes.append(self._open_note)
+        if self._inquiry.open_note and status not in (statuses.OPTIMAL, statuses.INFEASIBLE, statuses.UNBOUNDED):
+            self._notes.append(self._inquiry.open_note)
         if status == statuses.UNBOUNDED and self.settings.solutions != 1:
             self._notes.append("there are better and better points without end: one of them is shown")
         if self.settings.proof is not None and (self._complete is None or not self._complete.has_proven):
@@ -650,8 +447,8 @@ class Portfolio:
         points = self._finds.points()[: 1 if status == statuses.UNBOUNDED else None]
         objective = self._finds.objective_of(points[0]) if points else None
         if status in (statuses.OPTIMAL, statuses.ALL):
-            self._bound = objective
-        bound = None if self._grid or status == statuses.INFEASIBLE else self._bound
+            self._inquiry.bound = objective
+        bound = None if self._grid or status == statuses.INFEASIBLE else self._inquiry.bound
         return End(status, points[0] if points else None, objective, bound, points,
                    len(points), self.seconds(), ray, self._notes)
 

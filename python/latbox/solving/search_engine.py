@@ -24,6 +24,7 @@ NEAREST = re.compile(r"\[len,f,fs,fm,fc,tn\] = \S+ \S+ \S+ \S+ ([0-9]+) ")
 NUMBERS = ((report.ITERATIONS, "iteration"), (NEAREST, "violated"), (report.COUNTS["pairwise"], "pairwise"),
            (report.COUNTS["sampling"], "sampling"))
 VERB = "verb"  # what it prints: of it only this file speaks
+LETTERS = "STUVWXYZ"  # who has found a point
 # Seconds between looks at the statistics.
 BETWEEN_LOOKS = 1.0
 
@@ -41,10 +42,12 @@ class Progress:
 class SearchEngine:
     """Starts at once; news() is called again and again. It may end by itself, with or without the points asked for."""
 
-    def __init__(self, rewriting: Rewriting, count: int, letter: str, folder: str, memory: int | None = None,
+    def __init__(self, rewriting: Rewriting, count: int, number: int, folder: str, memory: int | None = None,
                  options: dict[str, object] | None = None, log: Callable[[str], None] | None = None) -> None:
-        """`count`: it ends when it has so many points of a program without objective; 0: it does not end."""
-        self.letter = letter
+        """`count`: it ends when it has so many points of a program without objective; 0: it does not end. `number`: among the
+        processes of the search, from 0."""
+        self.number = number
+        self.letter = LETTERS[min(number, len(LETTERS) - 1)]
         self.progress = Progress()
         # Of the target norm: what it has found, or was told to stay below.
         self.best: Fraction | None = rewriting.limit

@@ -33,7 +33,8 @@ class Statement:
     """`program` states the model; point() and columns() lead from one to the other."""
 
     def __init__(self, model: Model, digits: int | None = None) -> None:
-        """Throws ModelError for a continuous variable without digits, Infeasible where a bound or a row says so."""
+        """Throws ModelError for a continuous variable without digits and for a semi variable that semi.py would have to close first,
+        Infeasible where a bound or a row says so."""
         self.model = model
         self.program = Program()
         self.fixed: dict[int, Fraction] = {}
@@ -107,7 +108,8 @@ class Statement:
         if low <= 0 <= high:
             return
         if abs(low) == INF or abs(high) == INF:
-            raise ModelError("variable %s is 0 or from %s to %s: both ends must be finite" % (variable.name, number_text(low), number_text(high)), variable.place)
+            raise ModelError("variable %s is 0 or from %s to %s: both ends must be finite, or follow from the rows" %
+                             (variable.name, number_text(low), number_text(high)), variable.place)
         switch = len(self.program.columns)
         self.program.columns.append(Column(Fraction(0), Fraction(1)))
         self._semi.append((j, switch))

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "complete/files/words.h"
 #include "complete/jobs/prefix_text.h"
-#include "complete/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -1,11 +1,11 @@
 #include "complete/jobs/point_reader.h"
 
 #include "../support.h"
+#include "complete/files/points_file.h"
+#include "complete/files/words.h"
 #include "complete/jobs/splitting.h"
-#include "complete/opt_reader.h"
-#include "complete/points_file.h"
-#include "complete/presolve.h"
-#include "complete/words.h"
+#include "complete/program/opt_reader.h"
+#include "complete/program/presolve.h"
 
 namespace latbox::complete::jobs {
 namespace {

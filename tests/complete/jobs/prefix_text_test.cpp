@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "complete/words.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

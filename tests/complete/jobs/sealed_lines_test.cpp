@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "complete/digest.h"
-#include "complete/words.h"
+#include "complete/files/digest.h"
+#include "complete/files/words.h"
 
 namespace latbox::complete::jobs {
 namespace {

@@ -4,7 +4,7 @@
 #include "complete/jobs/coefficients.h"
 #include "complete/jobs/cover.h"
 #include "complete/jobs/regions.h"
-#include "complete/presolve.h"
+#include "complete/program/presolve.h"
 
 namespace latbox::complete::jobs {
 namespace {

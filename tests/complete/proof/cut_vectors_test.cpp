@@ -1,6 +1,6 @@
 #include "complete/proof/cut_vectors.h"
 
-#include "complete/elimination.h"
+#include "complete/lattice/elimination.h"
 #include "complete/proof/walk.h"
 #include "small_systems.h"
 

@@ -1,6 +1,6 @@
 #include "complete/proof/lattice.h"
 
-#include "complete/elimination.h"
+#include "complete/lattice/elimination.h"
 #include "small_systems.h"
 
 namespace latbox::complete::proof {

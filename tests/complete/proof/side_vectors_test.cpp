@@ -1,6 +1,6 @@
 #include "complete/proof/side_vectors.h"
 
-#include "complete/elimination.h"
+#include "complete/lattice/elimination.h"
 #include "small_systems.h"
 
 namespace latbox::complete::proof {

@@ -1,7 +1,7 @@
 // Programs and lattices that the tests of proofs share.
 #pragma once
 
-#include "complete/opt_reader.h"
+#include "complete/program/opt_reader.h"
 #include "complete/proof/cut_vectors.h"
 #include "complete/proof/derivation.h"
 #include "support.h"
