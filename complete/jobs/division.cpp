@@ -146,8 +146,8 @@ std::vector<Entry> sharesOf(const Entry& entry, unsigned long count, const std::
   return entries;
 }
 
-// The lattice and the cuts of the proof, and shares of its walk behind the pieces.
-std::string proofTextOf(const Program& program, unsigned long count, Manifest& manifest) {
+// The lattice and the cuts of the proof; `shares` are those of its walk.
+std::string proofTextOf(const Program& program, unsigned long count, std::vector<Entry>& shares) {
   SearchControl control;
   // So many of the walk's own parts that shares can be split again.
   constexpr std::size_t LEAST = 20'000;
@@ -161,7 +161,7 @@ std::string proofTextOf(const Program& program, unsigned long count, Manifest& m
     constexpr double SMALL = 50;
     if (whole.nodes < SMALL * static_cast<double>(count))
       count = std::max(1ul, static_cast<unsigned long>(whole.nodes / SMALL));
-    for (Entry& entry : sharesOf(whole, count, "")) manifest.entries.push_back(std::move(entry));
+    shares = sharesOf(whole, count, "");
   }
   return textOf(walk);
 }
@@ -171,7 +171,7 @@ Wanted wantedOf(const Options& options) {
 }
 
 void requireSame(const Folder& folder, const Options& options, const std::string& program) {
-  if (folder.manifest().head.program != digestOf(program) || folder.wanted() != wantedOf(options))
+  if (folder.manifest().head().program != digestOf(program) || folder.wanted() != wantedOf(options))
     throw BadInput("--jobs=" + options.jobs + ": holds pieces of another program, or of other options");
 }
 
@@ -194,19 +194,19 @@ int begin(const Options& options) {
   replaceFile(pathIn(options.jobs, "program.opt"), text, true);
   auto [lattice, best] = searchedOf(program, options.all || program.targets.empty());
   const std::string latticeText = lattice ? textOf(*lattice) : "";
-  Manifest manifest;
-  Manifest shares;
-  manifest.head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-",
-                   lattice ? lattice->box.rank() : 0};
-  if (lattice && manifest.head.wanted.proof && (options.all || program.targets.empty())) {
+  Head head = {wantedOf(options), digestOf(text), digestOf(latticeText), "-",
+               lattice ? lattice->box.rank() : 0};
+  std::vector<Entry> shares;
+  if (lattice && head.wanted.proof && (options.all || program.targets.empty())) {
     const std::string proofText = proofTextOf(program, options.split, shares);
     replaceFile(pathIn(options.jobs, "proof"), proofText, true);
-    manifest.head.proof = digestOf(proofText);
+    head.proof = digestOf(proofText);
   }
+  Manifest manifest(std::move(head));
   if (lattice)
     for (Entry& entry : entriesOf(lattice->box, {{}}, options.split, 0, ""))
       manifest.append(std::move(entry));
-  for (Entry& entry : shares.entries) manifest.append(std::move(entry));
+  for (Entry& entry : shares) manifest.append(std::move(entry));
   replaceFile(pathIn(options.jobs, "lattice"), latticeText, true);
   if (best) replaceFile(pathIn(options.jobs, "best"), lineOf(program, best->x, best->norms, 0, ""), true);
   replaceFile(manifestPath, textOf(manifest), true);

@@ -58,7 +58,7 @@ bool isPart(const std::string& folder, const std::string& path) {
 Folder::Folder(std::string path)
     : path_(std::move(path)),
       manifest_(manifestIn(pathOf("manifest"))),
-      program_(readProgram(partOf(pathOf("program.opt"), manifest_.head.program), pathOf("program.opt"))) {}
+      program_(readProgram(partOf(pathOf("program.opt"), manifest_.head().program), pathOf("program.opt"))) {}
 
 std::string Folder::pathOf(const std::string& name) const {
   return pathIn(path_, name);
@@ -78,8 +78,8 @@ const Entry& Folder::entry(unsigned long number) const {
 PieceLattice Folder::lattice() const {
   const std::string path = pathOf("lattice");
   try {
-    PieceLattice lattice = parseLattice(partOf(path, manifest_.head.lattice));
-    if (lattice.box.rank() != manifest_.head.rank) throw BadWords("its rank is not that of the manifest");
+    PieceLattice lattice = parseLattice(partOf(path, manifest_.head().lattice));
+    if (lattice.box.rank() != manifest_.head().rank) throw BadWords("its rank is not that of the manifest");
     if (lattice.box.fixed.size() != program_.variables())
       throw BadWords("it is one of another number of variables");
     return lattice;
@@ -89,7 +89,7 @@ PieceLattice Folder::lattice() const {
 }
 
 std::string Folder::proofText() const {
-  return partOf(pathOf("proof"), manifest_.head.proof);
+  return partOf(pathOf("proof"), manifest_.head().proof);
 }
 
 Result Folder::resultIn(const std::string& path, const Entry& entry) const {
@@ -106,7 +106,7 @@ Result Folder::resultIn(const std::string& path, const Entry& entry) const {
   }
   if (result.number != entry.number || result.entry != entry.digest)
     throw BadWords(path + ": is no result of piece " + std::to_string(entry.number) + " of this manifest");
-  if (depthOf(result.open) > manifest_.head.rank) throw BadWords(path + ": goes deeper than the lattice");
+  if (depthOf(result.open) > manifest_.head().rank) throw BadWords(path + ": goes deeper than the lattice");
   return result;
 }
 

@@ -31,7 +31,7 @@ class Folder {
 
   const Program& program() const { return program_; }
   const Manifest& manifest() const { return manifest_; }
-  const Wanted& wanted() const { return manifest_.head.wanted; }
+  const Wanted& wanted() const { return manifest_.head().wanted; }
   // All points are wanted, not the best.
   bool isListing() const { return wanted().all || program_.targets.empty(); }
   // Throws BadInput if there is no such piece.

@@ -34,7 +34,7 @@ class Joiner {
   Joiner(const Options& options, const Folder& folder) : options_(options), folder_(folder) {}
 
   Outcome solve(const Program& program, const Task& task, Finds& finds, Journal& journal) {
-    if (folder_.manifest().entries.empty()) return complete::solve(program, task, finds, journal);
+    if (folder_.manifest().entries().empty()) return complete::solve(program, task, finds, journal);
     const PieceLattice lattice = folder_.isListing() ? provenLattice() : folder_.lattice();
     const PointReader reader(program, lattice);
     // All are looked at before the first is written.
@@ -58,7 +58,7 @@ class Joiner {
 
   // Of the shares of its walk, where the folder has them. Requires that it was solved.
   std::string proof(const Program& program, const proof::Claim& claim, SearchControl& control) const {
-    if (folder_.manifest().head.proof == "-") return proof::proofOf(program, claim, control);
+    if (folder_.manifest().head().proof == "-") return proof::proofOf(program, claim, control);
     const ProofWalk walk = parseProofWalk(folder_.proofText());
     if (!walk.beginning.lattice) return proof::proofOf(walk.beginning.text, std::nullopt);
     proof::WalkCount count;
@@ -103,7 +103,7 @@ class Joiner {
 
   // The walk of the proof meets the points of the search, or somebody has told an untruth.
   void requireSums() const {
-    const bool isProof = !options_.proof.empty() && folder_.manifest().head.proof != "-";
+    const bool isProof = !options_.proof.empty() && folder_.manifest().head().proof != "-";
     if (isProof) folder_.proofText();
     unsigned long points = 0;
     unsigned long met = 0;

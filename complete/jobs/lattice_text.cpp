@@ -4,6 +4,7 @@
 
 #include "complete/files/digest.h"
 #include "complete/files/words.h"
+#include "complete/jobs/sealed_lines.h"
 
 namespace latbox::complete::jobs {
 namespace {
@@ -19,17 +20,6 @@ std::optional<Integer> endOf(const std::string& word) {
   if (word == "-") return std::nullopt;
   if (value.set_str(word, 10) != 0) throw BadWords("an end that is none");
   return value;
-}
-
-template <class T>
-void write(std::ostream& out, const char* name, const std::vector<T>& values) {
-  out << name;
-  for (const T& value : values) out << ' ' << value;
-  out << '\n';
-}
-
-void write(std::ostream& out, const char* name, const IntegerMatrix& rows) {
-  for (const IntegerVector& row : rows) write(out, name, row);
 }
 
 void takeLine(const std::string& name, Words& words, PieceLattice& lattice) {
@@ -84,28 +74,24 @@ std::string textOf(const PieceLattice& lattice) {
   const BoxLattice& box = lattice.box;
   std::ostringstream out;
   out << HEAD << '\n';
-  write(out, "fixed", box.fixed);
-  write(out, "variables", box.variables);
+  writeLine(out, "fixed", box.fixed);
+  writeLine(out, "variables", box.variables);
   for (const Row& row : box.rows)
-    write(out, ("row " + wordOf(row.range.low) + " " + wordOf(row.range.high)).c_str(), row.a);
-  write(out, "low", box.low);
-  write(out, "high", box.high);
-  write(out, "point", box.point);
-  write(out, "basis", box.basis);
-  write(out, "equation", box.equations);
-  write(out, "sides", box.sides);
-  write(out, "dual", lattice.dual);
+    writeLine(out, "row " + wordOf(row.range.low) + " " + wordOf(row.range.high), row.a);
+  writeLine(out, "low", box.low);
+  writeLine(out, "high", box.high);
+  writeLine(out, "point", box.point);
+  writeLines(out, "basis", box.basis);
+  writeLines(out, "equation", box.equations);
+  writeLine(out, "sides", box.sides);
+  writeLines(out, "dual", lattice.dual);
   return sealed(out.str());
 }
 
 PieceLattice parseLattice(std::string_view text) {
-  const auto body = unsealed(text);
-  if (!body) throw BadWords("its end is missing, or it was changed");
-  std::istringstream lines{std::string(*body)};
-  std::string line;
-  if (!std::getline(lines, line) || line != HEAD) throw BadWords("its first line is another one");
+  std::istringstream lines = linesBehind(HEAD, text);
   PieceLattice lattice;
-  while (std::getline(lines, line)) {
+  for (std::string line; std::getline(lines, line);) {
     Words words(line);
     takeLine(words.next<std::string>(), words, lattice);
   }

@@ -93,34 +93,42 @@ std::string Head::digest() const {
 }
 
 const Entry* Manifest::find(unsigned long number) const {
-  const auto found = std::lower_bound(entries.begin(), entries.end(), number,
+  const auto found = std::lower_bound(entries_.begin(), entries_.end(), number,
                                       [](const Entry& entry, unsigned long n) { return entry.number < n; });
-  return found != entries.end() && found->number == number ? &*found : nullptr;
+  return found != entries_.end() && found->number == number ? &*found : nullptr;
 }
 
 std::vector<const Entry*> Manifest::childrenOf(unsigned long number, const std::string& source) const {
   std::vector<const Entry*> found;
-  const auto all = children.find(number);
-  if (all == children.end()) return found;
+  const auto all = children_.find(number);
+  if (all == children_.end()) return found;
   for (const std::size_t place : all->second)
-    if (entries[place].source == source) found.push_back(&entries[place]);
+    if (entries_[place].source == source) found.push_back(&entries_[place]);
   return found;
 }
 
 void Manifest::append(Entry entry) {
-  entry.number = entries.empty() ? 1 : entries.back().number + 1;
-  entry.digest = digestOf(head.digest() + bodyOf(entry));
-  add(std::move(entry));
+  entry.number = entries_.empty() ? 1 : entries_.back().number + 1;
+  entry.digest = digestOf(head_.digest() + bodyOf(entry));
+  take(std::move(entry));
 }
 
 void Manifest::add(Entry entry) {
-  children[entry.parent].push_back(entries.size());
-  entries.push_back(std::move(entry));
+  if (!entries_.empty() && entries_.back().number >= entry.number)
+    throw BadWords("its pieces are out of order");
+  if (depthOf(entry.pieces) > head_.rank)
+    throw BadWords("piece " + std::to_string(entry.number) + " goes deeper than the lattice");
+  take(std::move(entry));
+}
+
+void Manifest::take(Entry entry) {
+  children_[entry.parent].push_back(entries_.size());
+  entries_.push_back(std::move(entry));
 }
 
 std::string textOf(const Manifest& manifest) {
-  std::string text = manifest.head.text() + "head " + manifest.head.digest() + "\n";
-  for (const Entry& entry : manifest.entries) text += bodyOf(entry) + " " + entry.digest + "\n";
+  std::string text = manifest.head().text() + "head " + manifest.head().digest() + "\n";
+  for (const Entry& entry : manifest.entries()) text += bodyOf(entry) + " " + entry.digest + "\n";
   return text;
 }
 
@@ -137,10 +145,9 @@ Manifest parseManifest(std::string_view text) {
   };
   std::getline(lines, first);
   if (first != FIRST) throw BadWords("its first line is another one");
-  Manifest manifest;
   if (next("version") != VERSION) throw BadWords("it was made by another version of latbox-all");
   Words options(next("options"));
-  Head& head = manifest.head;
+  Head head;
   head.wanted.all = switchOf(options, "all");
   head.wanted.ties = switchOf(options, "ties");
   head.wanted.count = switchOf(options, "count");
@@ -151,14 +158,8 @@ Manifest parseManifest(std::string_view text) {
   head.rank = Words(next("rank")).next<unsigned long>();
   const std::string digest = head.digest();
   if (next("head") != digest) throw BadWords("its head is not as it was written");
-  while (std::getline(lines, line)) {
-    Entry entry = entryOf(line, digest);
-    if (!manifest.entries.empty() && manifest.entries.back().number >= entry.number)
-      throw BadWords("its pieces are out of order");
-    if (depthOf(entry.pieces) > head.rank)
-      throw BadWords("piece " + std::to_string(entry.number) + " goes deeper than the lattice");
-    manifest.add(std::move(entry));
-  }
+  Manifest manifest(std::move(head));
+  while (std::getline(lines, line)) manifest.add(entryOf(line, digest));
   return manifest;
 }
 

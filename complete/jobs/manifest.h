@@ -61,21 +61,30 @@ struct Entry {
   std::string digest;
 };
 
-struct Manifest {
-  Head head;
-  // In order of their numbers. Of a job's own manifest not all need be there.
-  std::vector<Entry> entries;
+class Manifest {
+ public:
+  explicit Manifest(Head head) : head_(std::move(head)) {}
 
+  const Head& head() const { return head_; }
+  // In order of their numbers. Of a job's own manifest not all need be there.
+  const std::vector<Entry>& entries() const { return entries_; }
   // Null: it is not there.
   const Entry* find(unsigned long number) const;
+  // In order of their numbers. They stay where they are until another entry comes.
   std::vector<const Entry*> childrenOf(unsigned long number, const std::string& source) const;
   // Gives it the next number, and its digest.
   void append(Entry entry);
-  // Behind the others, as it is.
+  // Behind the others, as it was read. Throws BadWords if its number is not greater than theirs, or it goes
+  // deeper than the lattice.
   void add(Entry entry);
 
+ private:
+  void take(Entry entry);
+
+  Head head_;
+  std::vector<Entry> entries_;
   // Their places, by the number of the parent.
-  std::unordered_map<unsigned long, std::vector<std::size_t>> children;
+  std::unordered_map<unsigned long, std::vector<std::size_t>> children_;
 };
 
 std::string textOf(const Manifest& manifest);

@@ -4,6 +4,7 @@
 
 #include "complete/files/digest.h"
 #include "complete/files/words.h"
+#include "complete/jobs/sealed_lines.h"
 
 namespace latbox::complete::jobs {
 namespace {
@@ -11,26 +12,19 @@ namespace {
 constexpr const char* HEAD = "latbox-all proof 1";
 constexpr const char* TEXT = "text";
 
-template <class T>
-void write(std::ostream& out, const std::string& name, const std::vector<T>& values) {
-  out << name;
-  for (const T& value : values) out << ' ' << value;
-  out << '\n';
-}
-
 void write(std::ostream& out, const proof::Beginning& beginning) {
   const BoxLattice& box = beginning.lattice->box;
-  write(out, "fixed", box.fixed);
-  write(out, "variables", box.variables);
-  write(out, "low", box.low);
-  write(out, "high", box.high);
-  write(out, "point", box.point);
-  for (const IntegerVector& row : box.basis) write(out, "basis", row);
-  for (const IntegerVector& row : beginning.lattice->dual) write(out, "dual", row);
-  write(out, "constant", beginning.cuts.constant);
+  writeLine(out, "fixed", box.fixed);
+  writeLine(out, "variables", box.variables);
+  writeLine(out, "low", box.low);
+  writeLine(out, "high", box.high);
+  writeLine(out, "point", box.point);
+  writeLines(out, "basis", box.basis);
+  writeLines(out, "dual", beginning.lattice->dual);
+  writeLine(out, "constant", beginning.cuts.constant);
   for (const proof::Level& level : beginning.cuts.levels) {
-    write(out, "level " + level.divisor.get_str(), level.main);
-    for (const IntegerVector& side : level.sides) write(out, "side", side);
+    writeLine(out, "level " + level.divisor.get_str(), level.main);
+    writeLines(out, "side", level.sides);
   }
 }
 
@@ -78,13 +72,9 @@ std::string textOf(const ProofWalk& walk) {
 }
 
 ProofWalk parseProofWalk(const std::string& text) {
-  const auto body = unsealed(text);
-  if (!body) throw BadWords("its end is missing, or it was changed");
-  std::istringstream lines{std::string(*body)};
-  std::string line;
-  if (!std::getline(lines, line) || line != HEAD) throw BadWords("its first line is another one");
+  std::istringstream lines = linesBehind(HEAD, text);
   ProofWalk walk;
-  while (std::getline(lines, line) && line != TEXT) {
+  for (std::string line; std::getline(lines, line) && line != TEXT;) {
     Words words(line);
     takeLine(words.next<std::string>(), words, walk);
   }

@@ -27,7 +27,7 @@ void readInto(Report& report, const Folder& folder, const Entry& entry,
 
 std::optional<Reports> readReports(const Folder& folder, const SearchControl& control,
                                    const std::function<void(const Entry&, const Result&)>& judge) {
-  const std::vector<Entry>& entries = folder.manifest().entries;
+  const std::vector<Entry>& entries = folder.manifest().entries();
   Reports reports;
   for (const Entry& entry : entries) reports[entry.number];
   Parts parts;

@@ -44,7 +44,7 @@ class Standings {
     for (const Entry* entry : manifest_.childrenOf(0, ""))
       (entry->share ? shares : searches).push_back(entry);
     // Presolve may have left nothing to be searched; then there are no shares either.
-    require(manifest_.entries.empty() || makeUp(searches, std::vector<Piece>{{}}),
+    require(manifest_.entries().empty() || makeUp(searches, std::vector<Piece>{{}}),
             "the pieces are not all of the search");
     require(shares.empty() || makeUp(shares, Share()), "the shares are not all of the proof");
     for (const auto* all : {&searches, &shares}) left_.insert(left_.end(), all->begin(), all->end());

@@ -15,6 +15,8 @@ import checker
 
 # A run that hangs is the failure; the limit is generous because the machine may be busy.
 LIMIT = 240
+# For scripts that try a thousand programs, which takes a busy machine minutes.
+HOPELESS = 1700
 
 
 class Settings:
@@ -34,6 +36,11 @@ def main():
 def latbox_check():
     """The checker that is built beside the solver where GMP is installed."""
     return os.path.join(os.path.dirname(Settings.binary), "latbox-check")
+
+
+def latbox_all():
+    """The complete search, which is built beside the solver where GMP and libfplll are installed."""
+    return os.path.join(os.path.dirname(Settings.binary), "latbox-all")
 
 
 def address_sanitizer():
@@ -76,6 +83,12 @@ class Case(unittest.TestCase):
         data = content if isinstance(content, bytes) else content.encode()
         with open(self.path(name), "wb") as file:
             file.write(data)
+
+    def write_program(self, name, text):
+        """Something that can be run, in the place of a program; its path."""
+        self.write(name, text)
+        os.chmod(self.path(name), 0o755)
+        return self.path(name)
 
     def read(self, name):
         with open(self.path(name), encoding="utf-8") as file:
@@ -142,6 +155,24 @@ class Case(unittest.TestCase):
     def assert_ends_well(self, result):
         self.assertEqual(result.err, "")
         self.assertEqual(result.status, 0)
+
+
+class ScriptCase(Case):
+    """Scripts of the folder `scripts` that try many programs, several at once, and print what they found."""
+
+    in_memory = True
+    scripts = None
+
+    def start(self, script, *arguments):
+        process = subprocess.Popen([sys.executable, os.path.join(self.scripts, script), *map(str, arguments)], cwd=self.folder,
+                                   text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def output(self, process):
+        return process.communicate(timeout=HOPELESS)[0]
 
 
 class Session:

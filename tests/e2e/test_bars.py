@@ -37,9 +37,7 @@ def script(points: list[str], verdict: str, status: int) -> str:
 
 class Case(harness.Case):
     def solver(self, points: list[str], verdict: str, status: int) -> verdicts.Solver:
-        self.write("latbox-all", script(points, verdict, status))
-        os.chmod(self.path("latbox-all"), 0o755)
-        return verdicts.Solver.at(self.path("latbox-all"))
+        return verdicts.Solver.at(self.write_program("latbox-all", script(points, verdict, status)))
 
     def tools(self, solver: verdicts.Solver, limit: float = 60) -> units.Tools:
         return units.Tools(solver, None, limit, self.path("work"))
@@ -234,7 +232,7 @@ class WholeRuns(Case):
 
     def setUp(self) -> None:
         super().setUp()
-        binary = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        binary = harness.latbox_all()
         if not os.path.exists(binary) or shutil.which("g++") is None:
             self.skipTest("latbox-all is not built, or there is no compiler")
         self.options = ["--binary=" + binary]
@@ -248,8 +246,7 @@ class WholeRuns(Case):
         self.write("reference/boxfind.cpp", SHOWS % (SOLUTION + "FIND %s FOUND\\n"))
         self.write("reference/opt2cen.py", "import subprocess, sys, shutil\nsubprocess.run(['fplll'], check=True)\n"
                                            "shutil.copy(sys.argv[1], sys.argv[2])\n")
-        self.write("bin/fplll", "#!/bin/sh\nexit 0\n")
-        os.chmod(self.path("bin/fplll"), 0o755)
+        self.write_program("bin/fplll", "#!/bin/sh\nexit 0\n")
 
     def measure(self, *options: str) -> subprocess.CompletedProcess[str]:
         command = [sys.executable, BARS, *self.options, "--instances=" + self.path("programs"),
@@ -304,9 +301,8 @@ class WholeRuns(Case):
 
     def test_a_cut_measurement_keeps_what_it_has(self) -> None:
         """A script in the place of latbox-all has an answer to the first row and none to the second; asked to end, it ends."""
-        self.write("latbox-all", script([FOUND], "verdict: all 1", 10).replace(
+        self.write_program("latbox-all", script([FOUND], "verdict: all 1", 10).replace(
             "for f; do :; done\n", "for f; do :; done\ngrep -q 14 \"$f\" || { trap 'exit 12' TERM; while :; do :; done; }\n"))
-        os.chmod(self.path("latbox-all"), 0o755)
         command = [sys.executable, BARS, "--binary=" + self.path("latbox-all"), "--instances=" + self.path("programs"),
                    "--record=" + self.path("cells.json"), "--doc=", "--row=counts", "--row=complete"]
         with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as process:
@@ -319,8 +315,7 @@ class WholeRuns(Case):
         self.assertEqual(list(json.loads(self.read("cells.json"))["cells"]), ["counts | sts_7"])
 
     def test_a_killed_measurement_leaves_nothing_behind(self) -> None:
-        self.write("latbox-all", "#!/bin/sh\necho $$ >'%s'\nwhile :; do sleep 1; done\n" % self.path("pid"))
-        os.chmod(self.path("latbox-all"), 0o755)
+        self.write_program("latbox-all", "#!/bin/sh\necho $$ >'%s'\nwhile :; do sleep 1; done\n" % self.path("pid"))
         command = [sys.executable, BARS, "--binary=" + self.path("latbox-all"), "--instances=" + self.path("programs"),
                    "--record=" + self.path("cells.json"), "--doc=", "--row=counts"]
         with subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:

@@ -142,11 +142,10 @@ class Runs(harness.Case):
 
     def test_a_solver_that_lies_is_called_wrong(self):
         """A script in the solver's place writes a star whose point breaks the equation."""
-        self.write("liar", "#!/bin/sh\nfor f; do :; done\n"
-                   "printf '[ 3 2 ] | 0 | [ ] | 0 | 0 | p\\n' > \"${f%.opt}.sol\"\n")
-        os.chmod(self.path("liar"), 0o755)
+        liar = self.write_program("liar", "#!/bin/sh\nfor f; do :; done\n"
+                                  "printf '[ 3 2 ] | 0 | [ ] | 0 | 0 | p\\n' > \"${f%.opt}.sol\"\n")
         os.mkdir(self.path("run"))
-        got = solver.run(self.path("liar"), "", checker.Program(EQUATION), EQUATION, 5, self.path("run"))
+        got = solver.run(liar, "", checker.Program(EQUATION), EQUATION, 5, self.path("run"))
         self.assertEqual(got["status"], "wrong")
 
     def test_the_optimum_is_told_by_the_reported_norm(self):
@@ -364,8 +363,7 @@ class WholeRuns(harness.Case):
 
     def test_a_cut_comparison_says_so_and_keeps_what_it_has(self):
         """In the solver's place a script that gives up on the first program and never ends on the second."""
-        self.write("script", "#!/bin/sh\nfor f; do :; done\ngrep -q inf \"$f\" || exit 0\nwhile :; do :; done\n")
-        os.chmod(self.path("script"), 0o755)
+        self.write_program("script", "#!/bin/sh\nfor f; do :; done\ngrep -q inf \"$f\" || exit 0\nwhile :; do :; done\n")
         os.mkdir(self.path("two"))
         self.write("two/a.opt", EQUATION)
         self.write("two/b.opt", TARGET)

@@ -27,7 +27,7 @@ ENDLESS = opt(au=[[7, 3, 9, 4, 6, 2] * 5], lu=[60], ru=[900], rx=[9] * 30)
 class Case(harness.Case):
     def setUp(self):
         super().setUp()
-        self.binary = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        self.binary = harness.latbox_all()
         if not os.path.exists(self.binary):
             self.skipTest("latbox-all is not built (GMP or libfplll is not installed)")
 

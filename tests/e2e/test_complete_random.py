@@ -3,8 +3,6 @@
 
 import os
 import re
-import subprocess
-import sys
 
 import checker
 import complete_count
@@ -12,31 +10,20 @@ import complete_programs
 import harness
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
-SCRIPT = os.path.join(FOLDER, "complete_random.py")
-# Seconds; a busy machine takes minutes for a thousand programs.
-HOPELESS = 1700
 ALL_RIGHT = r"%d of %d right; no point (\S+) %%, one (\S+) %%, many (\S+) %%, rank 4 or more (\S+) %%\n"
 
 
-class Case(harness.Case):
-    in_memory = True
+class Case(harness.ScriptCase):
+    scripts = FOLDER
 
     def start(self, *arguments):
-        process = subprocess.Popen([sys.executable, SCRIPT, *map(str, arguments)], cwd=self.folder, text=True,
-                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        return process
-
-    def output(self, process):
-        return process.communicate(timeout=HOPELESS)[0]
+        return super().start("complete_random.py", *arguments)
 
 
 class SearchTest(Case):
     def setUp(self):
         super().setUp()
-        self.binary = os.path.join(os.path.dirname(os.path.abspath(harness.Settings.binary)), "latbox-all")
+        self.binary = harness.latbox_all()
         if not os.path.exists(self.binary):
             self.skipTest("latbox-all is not built (GMP or libfplll is not installed)")
 
@@ -60,9 +47,7 @@ class SearchTest(Case):
 class JudgeTest(Case):
     def lying(self, text):
         """A program in the place of latbox-all."""
-        self.write("liar", "#!/bin/sh\n" + text)
-        os.chmod(self.path("liar"), 0o755)
-        return self.path("liar")
+        return self.write_program("liar", "#!/bin/sh\n" + text)
 
     def test_lies_are_found(self):
         # Numbers 0 to 5: none, one, many, none, one, many.

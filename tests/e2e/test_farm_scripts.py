@@ -33,8 +33,7 @@ class ScriptsTest(Case):
         result = self.run_plain("--quiet=1", "--split=6", "--jobs=jobs", "p.opt")
         self.assertEqual(result.out, "split: 6 pieces, 1 to 6\n", result.err)
         os.mkdir(self.path("bin"))
-        self.write("bin/latbox-all", FAILING % self.binary)
-        os.chmod(self.path("bin/latbox-all"), 0o755)
+        self.write_program("bin/latbox-all", FAILING % self.binary)
 
     def run_script(self, name, *arguments, **variables):
         environment = {**os.environ, "PATH": self.path("bin") + os.pathsep + os.environ["PATH"], "FAILING": self.path("fail"), **variables}
@@ -75,8 +74,7 @@ class ScriptsTest(Case):
     def test_workers_of_slurm(self):
         """The options are those of the worker; the farm is not there."""
         self.write("word", "x\n")
-        self.write("bin/work_queue_worker", '#!/bin/sh\nexec %s "$@" --connect-timeout=1\n' % shutil.which("work_queue_worker"))
-        os.chmod(self.path("bin/work_queue_worker"), 0o755)
+        self.write_program("bin/work_queue_worker", '#!/bin/sh\nexec %s "$@" --connect-timeout=1\n' % shutil.which("work_queue_worker"))
         done = self.run_script("slurm_workers.sh", "word", "127.0.0.1", "1", TMPDIR=self.folder)
         self.assertNotIn("Use: ", done.stdout + done.stderr)
         self.assertNotIn("unrecognized option", done.stdout + done.stderr)

@@ -123,7 +123,7 @@ class CommandTest(harness.Case):
 
     def setUp(self) -> None:
         super().setUp()
-        engine = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        engine = harness.latbox_all()
         if not all(map(shutil.which, ("glpsol", "cbc", engine))):
             self.skipTest("not all solvers are there")
 

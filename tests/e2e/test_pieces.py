@@ -400,7 +400,7 @@ class RandomTest(harness.Case):
     in_memory = True
 
     def test_random_programs(self) -> None:
-        binary = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        binary = harness.latbox_all()
         if not os.path.exists(binary):
             self.skipTest("this build has no latbox-all")
         self.assertEqual(pieces_random.judge_range(binary, 0, 25), [])

@@ -12,39 +12,25 @@ import harness
 FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "proof")
 sys.path.append(FOLDER)
 import trial  # pylint: disable=wrong-import-position
-HOPELESS = 1700
 # Those whose walks are short enough for the plain checker.
 EXAMPLES = ("blend", "cutting", "diet", "difference_family_37_4", "fixed", "half_infinite", "hundred_fowls", "knapsack",
             "market_split", "market_split_deviation", "reach_value", "scheduling", "steiner_7", "temperament", "threshold",
             "two_sided", "unit_fractions")
 
 
-class Case(harness.Case):
-    in_memory = True
-
-    def start(self, script, *arguments):
-        process = subprocess.Popen([sys.executable, os.path.join(FOLDER, script), *map(str, arguments)], cwd=self.folder,
-                                   text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        return process
-
-    def output(self, process):
-        return process.communicate(timeout=HOPELESS)[0]
+class Case(harness.ScriptCase):
+    scripts = FOLDER
 
     def lying(self, name, text):
         """A program in the place of a checker or of a prover."""
-        self.write(name, "#!/bin/sh\n" + text)
-        os.chmod(self.path(name), 0o755)
-        return self.path(name)
+        return self.write_program(name, "#!/bin/sh\n" + text)
 
 
 class TrialTest(Case):
     def setUp(self):
         super().setUp()
         self.checker = harness.latbox_check()
-        self.prover = os.path.join(os.path.dirname(self.checker), "latbox-all")
+        self.prover = harness.latbox_all()
         if not os.path.exists(self.checker) or not os.path.exists(self.prover):
             self.skipTest("latbox-all or latbox-check is not built (GMP or libfplll is not installed)")
 
@@ -53,7 +39,7 @@ class TrialTest(Case):
             shutil.copy(os.path.join(harness.Settings.examples, name + ".opt"), self.path("p.opt"))
             for option in ("--ties=0", "--ties=1") if trial.Judged(self.read("p.opt")).dt else ("--all=1",):
                 subprocess.run([self.prover, "--quiet=1", "--resume=0", "--proof=p.proof", option, "p.opt"], cwd=self.folder,
-                               timeout=HOPELESS, check=False, stdout=subprocess.PIPE)
+                               timeout=harness.HOPELESS, check=False, stdout=subprocess.PIPE)
                 status, line = trial.checked(self.checker, self.folder)
                 self.assertEqual((status, line), trial.plain(self.read("p.proof"), self.read("p.opt")), (name, option))
                 self.assertEqual(status, trial.PROVED, line)

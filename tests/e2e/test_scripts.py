@@ -92,8 +92,7 @@ class BuildingTest(harness.Case):
         super().setUp()
         os.mkdir(self.path("tools"))
         for name, text in STAND_INS.items():
-            self.write("tools/" + name, "#!/bin/sh\n" + text)
-            os.chmod(self.path("tools/" + name), 0o755)
+            self.write_program("tools/" + name, "#!/bin/sh\n" + text)
         shutil.copy(script(), self.folder)
         shutil.copytree(os.path.join(os.path.dirname(script()), "scripts"), self.path("scripts"))
 
@@ -138,8 +137,7 @@ class WantedTest(harness.Case):
                      "work_queue_worker": "", "parallel": "",
                      "apt-get": '[ "$1" != install ] || { echo "$*" >> "$CALLS"; exit "$FAILS"; }\n'}
         for name, text in stand_ins.items():
-            self.write("tools/" + name, "#!/bin/sh\n" + text)
-            os.chmod(self.path("tools/" + name), 0o755)
+            self.write_program("tools/" + name, "#!/bin/sh\n" + text)
         for name in TOOLS:
             os.symlink(str(shutil.which(name)), self.path("tools/" + name))
         folder = os.path.dirname(script())

@@ -81,7 +81,7 @@ class Certificates(Case):
             self.assertTrue(file.read().startswith("latbox-proof 1\n"))
 
     def test_random_programs(self):
-        counts, wrong = vipr_random.judge_range(os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all"), 50_000, 50_120)
+        counts, wrong = vipr_random.judge_range(harness.latbox_all(), 50_000, 50_120)
         self.assertEqual(wrong, [])
         for relation in ("infeasible", "range", "refused"):
             self.assertGreater(counts[relation], 5, relation)

@@ -7,16 +7,12 @@
 
 #include "numbers/number.h"
 #include "support/failure.h"
+#include "support/text.h"
 
 namespace latbox {
 namespace {
 
-template <class V>
-std::string textOf(const V& object) {
-  std::ostringstream out;
-  out << object;
-  return out.str();
-}
+using testing::textOf;
 
 template <class T>
 class MatrixOf : public ::testing::Test {};

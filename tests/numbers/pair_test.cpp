@@ -6,16 +6,12 @@
 #include <string>
 
 #include "numbers/number.h"
+#include "support/text.h"
 
 namespace latbox {
 namespace {
 
-template <class V>
-std::string textOf(const V& object) {
-  std::ostringstream out;
-  out << object;
-  return out.str();
-}
+using testing::textOf;
 
 template <class T>
 class PairOf : public ::testing::Test {};

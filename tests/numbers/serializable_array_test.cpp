@@ -9,16 +9,12 @@
 #include "numbers/number.h"
 #include "numbers/pair.h"
 #include "support/failure.h"
+#include "support/text.h"
 
 namespace latbox {
 namespace {
 
-template <class V>
-std::string textOf(const V& object) {
-  std::ostringstream out;
-  out << object;
-  return out.str();
-}
+using testing::textOf;
 
 template <class A>
 A readInto(A array, const std::string& text) {

@@ -10,16 +10,12 @@
 #include "numbers/number.h"
 #include "params/number_text.h"
 #include "support/failure.h"
+#include "support/text.h"
 
 namespace latbox {
 namespace {
 
-template <class V>
-std::string textOf(const V& object) {
-  std::ostringstream out;
-  out << object;
-  return out.str();
-}
+using testing::textOf;
 
 TEST(ParamInfo, WritesKeyAndValue) {
   ParamInfo param;

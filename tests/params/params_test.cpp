@@ -11,9 +11,12 @@
 #include "lib/os/threads.h"
 #include "numbers/number.h"
 #include "support/failure.h"
+#include "support/text.h"
 
 namespace latbox {
 namespace {
+
+using testing::textOf;
 
 // As the operator sees it, misspellings included.
 constexpr const char* OPTION_TABLE =
@@ -71,13 +74,6 @@ constexpr const char* OPTION_TABLE =
     "provided value. [ Default: -1 ]\n"
     "  --tnorm | Terminate the program, when a solution has been found, whose target norm <= the "
     "provided value. [ Default: -inf ]\n";
-
-template <class V>
-std::string textOf(const V& object) {
-  std::ostringstream out;
-  out << object;
-  return out.str();
-}
 
 template <class T>
 class ParamsOf : public ::testing::Test {};

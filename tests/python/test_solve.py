@@ -390,7 +390,7 @@ class FilesTest(SolveCase):
     def run_complete_help(self) -> str:
         import subprocess
 
-        engine = os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all")
+        engine = harness.latbox_all()
         return subprocess.run([engine, "--help"], stdout=subprocess.PIPE, check=True, text=True).stdout
 
     def test_no_output_takes_the_place_of_another_file(self) -> None:

@@ -253,7 +253,7 @@ exit 10
         self.paper_engine("latbox", "echo 'out of memory' >&2; exit 3\n")
         result = self.solve_on_paper("--quiet", "--engine=search", "m.lp")
         self.assertEqual((result.status, result.err), (1, "latbox-solve: latbox failed with status 3: out of memory\n"))
-        os.symlink(os.path.join(os.path.dirname(harness.Settings.binary), "latbox-all"), self.path("paper/latbox-all"))
+        os.symlink(harness.latbox_all(), self.path("paper/latbox-all"))
         self.write("h.opt", hard_objective())
         result = self.solve_on_paper("--time=5", "h.opt")
         self.assertEqual(result.status, 11)

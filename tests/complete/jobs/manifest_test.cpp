@@ -19,8 +19,7 @@ Entry entryOf(std::initializer_list<const char*> pieces, unsigned long parent = 
 }
 
 Manifest manifestOf() {
-  Manifest manifest;
-  manifest.head = {{false, true, false, true}, "p", "l", "-", 2};
+  Manifest manifest({{false, true, false, true}, "p", "l", "-", 2});
   manifest.append(entryOf({"0,*>1<0", "*>2<-1"}));
   manifest.append(entryOf({"1,*>1<0"}));
   manifest.append(entryOf({"1,*>1"}, 2));
@@ -35,9 +34,9 @@ TEST(Manifest, GoesThereAndBack) {
   const Manifest manifest = manifestOf();
   const Manifest read = parseManifest(textOf(manifest));
   EXPECT_EQ(textOf(read), textOf(manifest));
-  EXPECT_EQ(read.head.wanted, manifest.head.wanted);
-  ASSERT_EQ(read.entries.size(), 5u);
-  EXPECT_EQ(read.entries[4].share->count, 5u);
+  EXPECT_EQ(read.head().wanted, manifest.head().wanted);
+  ASSERT_EQ(read.entries().size(), 5u);
+  EXPECT_EQ(read.entries()[4].share->count, 5u);
   EXPECT_EQ(read.childrenOf(2, "").size(), 1u);
   EXPECT_EQ(read.childrenOf(2, "abcd").front()->number, 4u);
   EXPECT_EQ(read.childrenOf(0, "").size(), 3u);
@@ -65,8 +64,26 @@ TEST(Manifest, GoesNoDeeperThanTheLattice) {
   Manifest manifest = manifestOf();
   manifest.append(entryOf({"*>9", "1,2,*>1<0"}));
   EXPECT_THROW(parseManifest(textOf(manifest)), BadWords);
-  manifest.head.rank = 3;
-  EXPECT_THROW(parseManifest(textOf(manifest)), BadWords) << "the lines are those of another head";
+  Head head = manifest.head();
+  head.rank = 3;
+  Manifest other(head);
+  for (const Entry& entry : manifest.entries()) other.add(entry);
+  EXPECT_THROW(parseManifest(textOf(other)), BadWords) << "the lines are those of another head";
+}
+
+TEST(Manifest, KeepsItsOrder) {
+  Manifest manifest = manifestOf();
+  for (const unsigned long number : {1ul, 5ul}) {
+    Entry entry = entryOf({"0,*>1<0"}, 4);
+    entry.number = number;
+    EXPECT_THROW(manifest.add(entry), BadWords) << number;
+  }
+  EXPECT_EQ(textOf(manifest), textOf(manifestOf()));
+  EXPECT_TRUE(manifest.childrenOf(4, "").empty());
+  Entry entry = entryOf({"0,*>1<0"}, 4);
+  entry.number = 9;
+  manifest.add(entry);
+  EXPECT_EQ(manifest.childrenOf(4, ""), std::vector<const Entry*>{manifest.find(9)});
 }
 
 TEST(Manifest, NoticesEveryChange) {
