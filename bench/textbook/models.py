@@ -15,6 +15,7 @@ sys.path[:0] = [os.path.join(TREE, "python"), os.path.join(TREE, "bench", "compa
 import cells  # noqa: E402
 from latbox.errors import ReadError  # noqa: E402
 from latbox.models import Model, read_model  # noqa: E402
+from latbox.models.tied import with_tied_on_grids  # noqa: E402
 
 # It takes minutes to be written, and is no model but a test of size.
 LEFT_OUT = ("huge",)
@@ -61,9 +62,10 @@ def write_lp(folder: str, arguments: list[str], path: str) -> bool:
 
 
 def is_whole(model: Model) -> bool:
-    """Whether nothing but whole numbers is decided: a constant of the objective is a column that is fixed."""
-    free = [variable for variable in model.variables if variable.lower != variable.upper]
-    return bool(free) and all(variable.integer for variable in free)
+    """Whether nothing but whole numbers is decided: a constant of the objective is a column that is fixed, and what glpsol makes of
+    a row with two sides is one that the row ties to the others."""
+    free = [variable for variable in with_tied_on_grids(model).variables if variable.lower != variable.upper]
+    return bool(free) and all(variable.integer and not variable.digits for variable in free)
 
 
 def instances(folder: str, work: str, only: str = "") -> list[Instance]:

@@ -27,6 +27,7 @@ from typing import Any
 from limited_run import LimitedRun
 from models import TREE, Instance
 
+from latbox.models.model import finite  # noqa: E402
 from latbox.solving import checking
 
 Cell = dict[str, Any]
@@ -139,7 +140,7 @@ def judged(instance: Instance, claim: str, values: dict[str, Fraction] | None) -
     cell: Cell = {"claim": claim, "objective": None, "fault": ""}
     if values is not None:
         # The constant of the objective is a column that is no number of theirs to choose.
-        x = [values.get(v.name, Fraction(0)) if v.integer else Fraction(v.lower) for v in instance.model.variables]
+        x = [finite(v.lower) if v.lower == v.upper else values.get(v.name, Fraction(0)) for v in instance.model.variables]
         cell["fault"] = checking.fault(instance.model, x) or ""
         if checking.has_objective(instance.model):
             cell["objective"] = str(checking.objective_of(instance.model, x))
