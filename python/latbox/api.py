@@ -21,30 +21,24 @@ program that handles it by itself keeps its handler.
 
 from __future__ import annotations
 
-import math
-import operator
 import os
 import signal
-from collections.abc import Callable, Generator, Iterable, Iterator, Mapping, Sequence, Set
+from collections.abc import Callable, Generator, Iterable, Iterator, Sequence
 from contextlib import contextmanager
 from dataclasses import dataclass, field
-from decimal import Decimal, InvalidOperation
 from fractions import Fraction
-from typing import Any, Union
+from typing import Any
 
 from . import models
+from .arguments import digits_of, engine_of, gap_of, memory_of, solutions_of, target_of, threads_of, time_of, whole_of
+from .arrays import Exact, Number, as_array, columns_of, count, dimensions, end_of, entries, exact, is_array, listed, plain, sparse, spread
 from .errors import EngineError, PlacedError, UsageError, counted
-from .front import options as table
-from .front.parsing import Wanted
 from .models import sources
-from .models.model import INF, LONGEST_NUMBER, Row, shown
+from .models.model import INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
 from .solving.portfolio import Portfolio
-from .solving.settings import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap, Settings
-
-Number = Union[int, Fraction]  # whole numbers are ints
-Exact = Union[int, Fraction, Decimal, float]  # what is taken for a number; a float counts as its shortest decimal
+from .solving.settings import ALL, AUTO, COMPLETE, SEARCH, Settings
 
 
 class Point(tuple[Number, ...]):
@@ -136,7 +130,7 @@ class Model:
 
         Raises UsageError, ModelError (a continuous variable without digits), EngineError. Ctrl-C ends it with the best so far.
         """
-        settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), optional(target),
+        settings = Settings(engine_of(engine), digits_of(digits), time_of(time), solutions_of(solutions), target_of(target),
                             gap_of(gap), whole_of("seed", seed), threads_of(threads), memory_of(memory))
         if settings.engine == SEARCH and settings.solutions == ALL:
             raise UsageError("solutions='all': the search alone cannot know that it has them all")
@@ -325,191 +319,3 @@ def require_all(end: End, portfolio: Portfolio) -> None:
     time = portfolio.settings.time
     if not portfolio.is_proven and (time is None or end.seconds < time):
         raise EngineError("not all points are known: " + "; ".join(end.notes))
-
-
-# ----------------------------------------------------------------- numbers and shapes
-
-
-def plain(value: Fraction) -> Number:
-    return value.numerator if value.denominator == 1 else value
-
-
-def exact(name: str, value: Any) -> Fraction:
-    """The number that is meant. Throws UsageError."""
-    value = from_numpy(value)
-    if isinstance(value, float) and math.isfinite(value):
-        return Fraction(float.__repr__(value))
-    if isinstance(value, Decimal) and value.is_finite():
-        if abs(int(value.as_tuple().exponent)) > LONGEST_NUMBER:
-            raise UsageError("%s: the exponent of %s is beyond %d" % (name, shown(str(value)), LONGEST_NUMBER))
-        return Fraction(value)
-    if isinstance(value, (int, Fraction)):
-        return Fraction(value)
-    raise UsageError("%s: %r is not a number" % (name, value))
-
-
-def from_numpy(value: Any) -> Any:
-    """The number of Python that a number of numpy is; a float that is not Python's is the decimal that numpy shows of it, for a
-    float32 of 0.1 is meant as 0.1. Whatever else comes goes as it came."""
-    if isinstance(value, float) or dimensions(value) or not hasattr(value, "item"):
-        return value
-    if getattr(getattr(value, "dtype", None), "kind", "") != "f":
-        return value.item()
-    try:
-        return Decimal(str(value))
-    except InvalidOperation:  # a masked entry, which has no value
-        return value
-
-
-def dimensions(value: Any) -> int:
-    """Of an array of numpy; 0 of a number, its own ones too."""
-    return getattr(value, "ndim", 0)
-
-
-def optional(value: Exact | None) -> Fraction | None:
-    return None if value is None else exact("target", value)
-
-
-def end_of(name: str, value: Any, missing: float) -> Fraction | float:
-    """A bound or a side; `missing` is the infinity that stands for none."""
-    value = from_numpy(value)
-    is_infinite = isinstance(value, float) and math.isinf(value) or isinstance(value, Decimal) and value.is_infinite()
-    if value is None or is_infinite and (value > 0) == (missing > 0):
-        return missing
-    return exact(name, value)
-
-
-def is_sequence(value: Any) -> bool:
-    """Its entries have an order that was meant: those of a set have none, and those of a dict are its keys."""
-    is_single = hasattr(value, "ndim") and not value.ndim
-    return hasattr(value, "__iter__") and not is_single and not isinstance(value, (str, bytes, Mapping, Set))
-
-
-def count(value: Any) -> int:
-    return len(value) if is_sequence(value) and hasattr(value, "__len__") else 0
-
-
-def columns_of(A: Any) -> int:
-    """Those that an array without rows has all the same."""
-    return int(A.shape[1]) if dimensions(A) == 2 else 0
-
-
-def listed(name: str, value: Any) -> list[Any]:
-    if not is_sequence(value):
-        raise UsageError("%s: a sequence is wanted" % name)
-    return list(value)
-
-
-def spread(name: str, value: Any, n: int) -> list[Any]:
-    """One entry for each variable."""
-    if isinstance(value, (Mapping, Set)):
-        raise UsageError("%s: a sequence is wanted" % name)
-    if not is_sequence(value):
-        return [value] * n
-    found = list(value)
-    if len(found) != n:
-        raise UsageError("A has %s, and %s has %s" % (counted(n, "column"), name, entries(len(found))))
-    return found
-
-
-def entries(number: int) -> str:
-    return counted(number, "entry", "entries")
-
-
-def sparse(name: str, row: Sequence[Any]) -> dict[int, Fraction]:
-    values = ((j, exact(name, value)) for j, value in enumerate(row))
-    return {j: value for j, value in values if value}
-
-
-def is_array(value: Any) -> bool:
-    return type(value).__module__.split(".")[0] == "numpy"
-
-
-def as_array(point: Point) -> Any:
-    """int64 where all values fit, objects else."""
-    import numpy
-
-    fits = all(isinstance(value, int) and abs(value) < 2**63 for value in point)
-    return numpy.array(list(point), dtype=numpy.int64 if fits else object)
-
-
-# ----------------------------------------------------------------- settings
-
-
-def engine_of(engine: Any) -> str:
-    if not isinstance(engine, str) or engine not in (AUTO, SEARCH, COMPLETE):
-        raise UsageError("engine=%r: 'auto', 'search' or 'complete' is wanted" % (engine,))
-    return engine
-
-
-def digits_of(digits: Any) -> int | None:
-    if digits is None:
-        return None
-    found = index(digits)
-    if found is None or not 0 <= found <= table.MOST_DIGITS:
-        raise UsageError("digits=%r: a number of digits from 0 to 18 is wanted" % (digits,))
-    return found
-
-
-def time_of(time: Any) -> float | None:
-    if time is None:
-        return None
-    try:
-        seconds = Fraction(0) if isinstance(time, bool) else exact("time", time)
-    except UsageError:
-        seconds = Fraction(0)
-    if not 0 < seconds < 10**10:
-        raise UsageError("time=%r: seconds above 0 are wanted" % (time,))
-    return float(seconds)
-
-
-def solutions_of(solutions: Any) -> int:
-    if isinstance(solutions, str) and solutions == "all":
-        return ALL
-    found = index(solutions)
-    if found is None or not 1 <= found <= table.MOST_SOLUTIONS:
-        raise UsageError("solutions=%r: a number of points from 1 to 10^15, or 'all' is wanted" % (solutions,))
-    return found
-
-
-def gap_of(gap: Any) -> Gap | None:
-    if gap is None:
-        return None
-    try:
-        found = table.take_gap(gap) if isinstance(gap, str) else Gap(exact("gap", gap))
-    except Wanted:
-        found = Gap(Fraction(-1))
-    if found.value < 0:
-        raise UsageError("gap=%r: a number of 0 or more, or a text as '0.1%%' is wanted" % (gap,))
-    return found
-
-
-def memory_of(memory: Any) -> int | None:
-    if memory is None:
-        return None
-    found = index(memory)
-    if found is None or not LEAST_MEMORY <= found < table.MEMORY_END:
-        raise UsageError("memory=%r: a number of bytes, %d or more, is wanted" % (memory, LEAST_MEMORY))
-    return found
-
-
-def threads_of(threads: Any) -> int:
-    found = whole_of("threads", threads)
-    if found > MOST_THREADS:
-        raise UsageError("threads=%r: %d or less are wanted" % (threads, MOST_THREADS))
-    return found
-
-
-def whole_of(name: str, value: Any) -> int:
-    found = index(value)
-    if found is None or found < 0:
-        raise UsageError("%s=%r: a whole number, 0 or more, is wanted" % (name, value))
-    return found
-
-
-def index(value: Any) -> int | None:
-    """A whole number of whatever type, and no truth value; None for all else."""
-    try:
-        return None if isinstance(value, bool) else operator.index(value)
-    except TypeError:
-        return None

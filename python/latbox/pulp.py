@@ -15,7 +15,7 @@ from collections.abc import Callable
 from fractions import Fraction
 from typing import Any
 
-from . import api, models
+from . import api, arrays, models
 from .errors import EngineError, LatboxError, UsageError
 from .front.progress import Display
 from .models.model import INF, Row
@@ -99,7 +99,7 @@ class LATBOX(pulp.LpSolver):  # type: ignore[misc]
         if relative is not None and absolute is not None:
             raise UsageError("gapRel and gapAbs: one of them is wanted")
         if relative is not None:
-            absolute = "%s%%" % (100 * api.exact("gapRel", relative))
+            absolute = "%s%%" % (100 * arrays.exact("gapRel", relative))
         return {**settings, "gap": absolute, "time": self.timeLimit}
 
     def _teller(self, model: models.Model) -> Callable[[Event], None] | None:
@@ -112,26 +112,26 @@ def model_of(lp: Any, variables: list[Any]) -> models.Model:
     positions = {id(variable): model.add_variable(variable.name) for variable in variables}
     for stated, variable in zip(variables, model.variables):
         variable.integer = stated.cat == pulp.LpInteger
-        variable.lower = api.end_of("lowBound of " + stated.name, stated.lowBound, -INF)
-        variable.upper = api.end_of("upBound of " + stated.name, stated.upBound, INF)
+        variable.lower = arrays.end_of("lowBound of " + stated.name, stated.lowBound, -INF)
+        variable.upper = arrays.end_of("upBound of " + stated.name, stated.upBound, INF)
 
     def coefficients(expression: Any, name: str) -> dict[int, Fraction]:
-        terms = ((positions[id(variable)], api.exact(name, factor)) for variable, factor in expression.items())
+        terms = ((positions[id(variable)], arrays.exact(name, factor)) for variable, factor in expression.items())
         return {position: factor for position, factor in terms if factor}
 
     for name, constraint in lp.constraints.items():
-        side = -api.exact(name, constraint.constant)
+        side = -arrays.exact(name, constraint.constant)
         model.rows.append(Row(name, None, -INF if constraint.sense == pulp.LpConstraintLE else side,
                               INF if constraint.sense == pulp.LpConstraintGE else side, coefficients(constraint, name)))
     if lp.sos1 or lp.sos2:
         raise UsageError("special ordered sets are not taken")
     model.objective = Row("objective", None, coefficients=coefficients(lp.objective, "objective"))
-    model.constant = api.exact("objective", lp.objective.constant)
+    model.constant = arrays.exact("objective", lp.objective.constant)
     model.maximise = lp.sense == pulp.LpMaximize
     return model
 
 
-def plain(value: api.Number) -> int | float:
+def plain(value: arrays.Number) -> int | float:
     """As PuLP calculates with it."""
     return value if isinstance(value, int) else float(value)
 
