@@ -176,7 +176,8 @@ def wrong_grid(seed):
     plain.continuous = 0
     own = values[0]
     model = read(plain, seed // 6)
-    tied = with_tied_on_grids(model).variables[0]
+    # Readers take columns in the order in which they appear.
+    tied = next(v for v in with_tied_on_grids(model).variables if v.name == model_texts.name(0))
     step = 10 ** (tied.digits if tied.integer else 1)
     values[0] = sorted({Fraction(k, step) for k in range(step * plain.lower[0], step * plain.upper[0] + 1)} | set(own))
     best = objectives(plain, (x for x in (completed(x, chains) for x in itertools.product(*values))
