@@ -275,6 +275,8 @@ exit 10
             result = self.solve("--memory=128M", "--threads=%d" % threads, "m.lp")
             self.assertEqual((result.status, self.answer(result)["status"]), (10, "optimal"), result.err)
             self.assertNotIn("note: ", result.err)
+        searches = self.solve("--memory=128M", "--threads=64", "--engine=search", "--time=0.5", "m.lp")
+        self.assertIn("search (general) x 2\n", searches.err)
 
 
 class TwoRunsTest(SolveCase):

@@ -149,7 +149,8 @@ class Portfolio:
         if rewritten is not None and rewritten.program.columns:
             searches = threads if settings.engine == SEARCH else max(1, threads // THREADS_A_SEARCH)
         if settings.memory:
-            searches = min(searches, max(1, settings.memory // LEAST_SHARE - 1))
+            shares = settings.memory // LEAST_SHARE - (settings.engine != SEARCH)  # for searches
+            searches = min(searches, max(1, shares))
         self._threads = 0 if settings.engine == SEARCH else max(1, threads - searches)
         self._memory = settings.memory // (searches + bool(self._threads)) if settings.memory else None
         if self._threads:
