@@ -6,6 +6,7 @@ calculated with. A model says what its text says, nothing is rounded, implied or
 
 from __future__ import annotations
 
+import copy
 import re
 import sys
 from dataclasses import dataclass, field
@@ -123,6 +124,12 @@ class Model:
         self._positions[name] = len(self.variables)
         self.variables.append(Variable(name, place))
         return self._positions[name]
+
+    def with_variables(self, variables: list[Variable]) -> Model:
+        """The same model of variables that have other bounds or kinds; their names and their order are the same."""
+        result = copy.copy(self)
+        result.variables = variables
+        return result
 
     def note(self, message: str, place: Place | None = None) -> None:
         self.notes.append(Note(message, place))

@@ -11,7 +11,6 @@ digits already.
 
 from __future__ import annotations
 
-import copy
 import math
 from dataclasses import replace
 from fractions import Fraction
@@ -48,11 +47,7 @@ def with_tied_on_grids(model: Model) -> Model:
             missing[k].discard(j)
             if len(missing[k]) == 1:
                 ready.append(k)
-    if not found:
-        return model
-    result = copy.copy(model)
-    result.variables = variables
-    return result
+    return model.with_variables(variables) if found else model
 
 
 def digits_of(row: Row, j: int, variables: list[Variable]) -> int | None:

@@ -6,7 +6,6 @@ A round costs the nonzeros of the rows.
 
 from __future__ import annotations
 
-import copy
 import math
 from collections.abc import Callable
 from dataclasses import dataclass, replace
@@ -59,6 +58,11 @@ class Box:
             least = None if least is None or low is None else least + a * low
             greatest = None if greatest is None or high is None else greatest + a * high
         return least, greatest
+
+    def ends(self, column: int) -> tuple[Bound, Bound]:
+        """Of the values of a column, which are multiples of its step."""
+        low, high, step = self.low[column], self.high[column], Fraction(1, 10 ** self._digits[column])
+        return -INF if low is None else low * step, INF if high is None else high * step
 
     def propagate(self, rows: list[WholeRow], rounds: int) -> None:
         """Throws Infeasible."""
@@ -122,15 +126,13 @@ def narrowed(model: Model, statement: Statement) -> Model:
     Throws Infeasible: proven, for the statement must have no grid."""
     box = Box(statement.program)
     box.propagate(box.whole_rows(statement.program), MOST_ROUNDS)
-    result = copy.copy(model)
-    result.variables = variables = list(model.variables)
+    variables = list(model.variables)
     for j, column in statement.column_of.items():
         variable = variables[j]
         if variable.integer and not variable.semi:
-            low, high = box.low[column], box.high[column]
-            variables[j] = replace(variable, lower=-INF if low is None else low * variable.step,
-                                   upper=INF if high is None else high * variable.step)
-    return result
+            lower, upper = box.ends(column)
+            variables[j] = replace(variable, lower=lower, upper=upper)
+    return model.with_variables(variables)
 
 
 def whole(bound: Bound, scale: int, towards: Callable[[Fraction], int]) -> int | None:

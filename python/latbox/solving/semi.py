@@ -4,11 +4,10 @@ between finite ends, so those that follow from the rows are taken, with 0 within
 
 from __future__ import annotations
 
-import copy
 from dataclasses import replace
 from fractions import Fraction
 
-from ..models.model import INF, Bound, Model, Variable
+from ..models.model import INF, Model, Variable
 from .activity import MOST_ROUNDS, Box
 from .statement import Statement
 
@@ -20,15 +19,12 @@ def closed(model: Model, digits: int | None = None) -> Model:
     statement = Statement(with_zero(model), digits)
     box = Box(statement.program)
     box.propagate(box.whole_rows(statement.program), MOST_ROUNDS)
-    result = copy.copy(model)
-    result.variables = list(model.variables)
+    variables = list(model.variables)
     for j, variable in enumerate(model.variables):
         if needs_end(variable):
-            column = statement.column_of[j]
-            step = Fraction(1, 10 ** statement.program.columns[column].digits)
-            lower, upper = end_of(box.low[column], step, -INF), end_of(box.high[column], step, INF)
-            result.variables[j] = replace(variable, lower=max(variable.lower, lower), upper=min(variable.upper, upper))
-    return result
+            lower, upper = box.ends(statement.column_of[j])
+            variables[j] = replace(variable, lower=max(variable.lower, lower), upper=min(variable.upper, upper))
+    return model.with_variables(variables)
 
 
 def needs_end(variable: Variable) -> bool:
@@ -39,11 +35,5 @@ def needs_end(variable: Variable) -> bool:
 
 def with_zero(model: Model) -> Model:
     """More points: those variables have 0 within their bounds, and all between."""
-    result = copy.copy(model)
-    result.variables = [replace(variable, semi=False, lower=min(variable.lower, Fraction(0)), upper=max(variable.upper, Fraction(0)))
-                        if needs_end(variable) else variable for variable in model.variables]
-    return result
-
-
-def end_of(steps: int | None, step: Fraction, infinity: float) -> Bound:
-    return infinity if steps is None else steps * step
+    return model.with_variables([replace(variable, semi=False, lower=min(variable.lower, Fraction(0)), upper=max(variable.upper, Fraction(0)))
+                                 if needs_end(variable) else variable for variable in model.variables])
