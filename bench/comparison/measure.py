@@ -3,7 +3,7 @@
 import os
 import statistics
 import tempfile
-from concurrent.futures import ThreadPoolExecutor
+from concurrent.futures import FIRST_EXCEPTION, ThreadPoolExecutor, wait
 
 import answer
 import cells as store
@@ -15,6 +15,9 @@ import solver
 # Seconds; below, the first run is repeated, and the median counts.
 SHORT = 5
 REPEATS = 5
+# Seconds. A signal that comes just before the first thread falls asleep at a lock does not wake it, and the first thread
+# alone runs the handlers: so often it looks up.
+LOOK_UP = 0.05
 
 
 class Instance:
@@ -111,8 +114,16 @@ def fill(todo, cells, limit, jobs, say):
         with ThreadPoolExecutor(jobs) as pool:
             runs = [pool.submit(one, pair) for pair in missing(todo, cells, step)]
             try:
-                for run in runs:
-                    run.result()
+                finish(runs)
             except BaseException:
                 pool.shutdown(wait=True, cancel_futures=True)
                 raise
+
+
+def finish(runs):
+    """Waits for the futures; raises what the first of them that fails does."""
+    waiting = set(runs)
+    while waiting:
+        done, waiting = wait(waiting, LOOK_UP, FIRST_EXCEPTION)
+        for run in done:
+            run.result()

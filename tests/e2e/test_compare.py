@@ -3,9 +3,11 @@
 
 import json
 import os
+import signal
 import stat
 import subprocess
 import sys
+import threading
 import unittest
 import unittest.mock
 
@@ -239,6 +241,43 @@ class Medians(unittest.TestCase):
     def test_programs_in_natural_order(self):
         self.assertEqual(sorted(["sts_13", "sts_9", "km_2", "sts_7"], key=measure.natural),
                          ["km_2", "sts_7", "sts_9", "sts_13"])
+
+
+class Filled(harness.Case):
+    def test_a_signal_that_wakes_no_waiting_thread_is_handled_while_a_run_goes_on(self):
+        """The run sends it to its own thread, so that the first one, which waits, hears of it only if it looks up."""
+        heard, told = threading.Event(), []
+        before = signal.signal(signal.SIGUSR1, lambda *_: heard.set())
+        self.addCleanup(signal.signal, signal.SIGUSR1, before)
+
+        class Column:
+            name, tool = "c", "t"
+
+            @staticmethod
+            def run(*_):
+                signal.pthread_kill(threading.get_ident(), signal.SIGUSR1)
+                told.append(heard.wait(harness.LIMIT))
+                return cell("none", measure.SHORT)
+
+        class Instance:
+            name, hash = "a", "p"
+
+        measure.fill([(Instance, Column)], cells.Cells(self.path("cells.json")), measure.SHORT, 1, lambda _: None)
+        self.assertEqual(told, [True])
+
+    def test_a_run_that_fails_ends_the_comparison(self):
+        class Column:
+            name, tool = "c", "t"
+
+            @staticmethod
+            def run(*_):
+                raise limited_run.Cut("so")
+
+        class Instance:
+            name, hash = "a", "p"
+
+        with self.assertRaisesRegex(limited_run.Cut, "^so$"):
+            measure.fill([(Instance, Column)], cells.Cells(self.path("cells.json")), 1, 1, lambda _: None)
 
 
 class Tables(harness.Case):
