@@ -154,11 +154,14 @@ bool BoxRelaxation::isProvenEmpty(const std::vector<WordRange>& box) {
     return weights.entries[entry] / scales_[weights.coordinates[entry]];
   };
   double most = 0;
-  for (std::size_t e = 0; e < weights.entries.size(); ++e)
-    if (weights.coordinates[e] >= n) most = std::max(most, std::fabs(factorOf(e)));
-  std::fill(multipliers_.begin(), multipliers_.end(), 0);
-  if (!(most > 0) || !std::isfinite(most)) return false;
+  for (std::size_t e = 0; e < weights.entries.size(); ++e) {
+    if (weights.coordinates[e] < n) continue;
+    if (!std::isfinite(factorOf(e))) return false;
+    most = std::max(most, std::fabs(factorOf(e)));
+  }
   const double unit = static_cast<double>(MOST_MULTIPLIER) / most;
+  if (!std::isfinite(unit)) return false;
+  std::fill(multipliers_.begin(), multipliers_.end(), 0);
   for (std::size_t e = 0; e < weights.entries.size(); ++e)
     if (weights.coordinates[e] >= n)
       multipliers_[weights.coordinates[e] - n] = std::llround(factorOf(e) * unit);

@@ -84,8 +84,11 @@ std::optional<BranchAndBound::Split> BranchAndBound::splitAtPoint() const {
   for (std::size_t j = 0; j < values.size(); ++j) {
     if (std::fabs(values[j] - std::round(values[j])) <= WHOLE) continue;
     const WordRange& range = search_->domains.box()[j];
+    // False for what is no number, too.
+    const bool isInside =
+        values[j] > static_cast<double>(range.low) && values[j] < static_cast<double>(range.high);
+    if (!isInside) continue;
     const auto below = static_cast<std::int64_t>(std::floor(values[j]));
-    if (below < range.low || below >= range.high) continue;
     const double down = search_->relaxation.lossDown(j);
     const double up = search_->relaxation.lossUp(j);
     const double loss = std::min(down, up);

@@ -18,7 +18,8 @@ unsigned long effortOfReduction(const IntegerProgram& program);
 unsigned long effortOfSearch(const IntegerProgram& program);
 
 // Shows points to the visitor until it wants no more, with little of the goal first. True: the visitor has
-// seen all points. `key` says what the program is. Open ranges are nothing for it.
+// seen all points. `key` says what the program is. Open ranges are nothing for it. Requires a visitor that
+// then holds the point or is interrupted: else a run that goes on would not know that it had enough.
 bool searchByBranching(Journal& journal, const std::string& key, const IntegerProgram& program,
                        const IntegerVector& goal, Visitor& visitor, unsigned long effort);
 

@@ -138,6 +138,7 @@ bool Journal::makeParts(const std::string& key, const MakeParts& make, Visitor& 
   }
   if (past_ && past_->key != key) leavePast();
   beLive();
+  if (saved_ && control_.isKeepDue()) save();
   // The key stands in the place of the lattice too.
   OpenSearch open{key, key, {}, keeping_.fileState(), {}};
   const unsigned long first = partsBefore(takeOpen(open));

@@ -92,9 +92,9 @@ class Finding : public Visitor {
 };
 
 // Whether there is a point at all.
-class Witness : public Visitor {
+class Witness : public Finding {
  public:
-  Next visit(const IntegerVector&) override { return Next::STOP; }
+  Next visit(const IntegerVector& z) override { return take(z); }
 };
 
 // A better point, by a window on one norm. The search ends with it: in a lattice that is made for the new
@@ -279,8 +279,8 @@ class Solver {
 
   bool findAll(Listing& listing) {
     Witness witness;
-    return branch(whole_, witness, effortOfReduction(whole_)) ||
-           searchThrough(whole_, listing).value_or(true);
+    if (branch(whole_, witness, effortOfReduction(whole_))) return true;
+    return !control_.stop && searchThrough(whole_, listing).value_or(true);
   }
 
   // Passes through the likely parts of a large tree, in stages. After each of them the whole search is tried

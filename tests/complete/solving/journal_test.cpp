@@ -286,6 +286,16 @@ TEST(Journal, SavesBetweenShortSearchesToo) {
   EXPECT_EQ(run.saved.searches.size(), 2u);
 }
 
+TEST(Journal, SavesBetweenSearchesInPartsToo) {
+  TestRun run;
+  run.control.keepEvery = 1e-9;
+  Finder finder;
+  for (const char* key : {"1", "2", "3"})
+    run.journal.makeParts(
+        key, [](unsigned long, const auto&) { return true; }, finder);
+  EXPECT_EQ(run.saved.searches.size(), 2u);
+}
+
 TEST(Keys, TellProgramsApart) {
   std::set<std::string> keys;
   for (long sum = 0; sum < 10; ++sum) keys.insert(keyOf(programOf(sum)));

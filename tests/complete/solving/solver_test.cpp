@@ -166,6 +166,52 @@ TEST(Solver, ThePointDoesNotDependOnTheWay) {
 }
 
 // With two distances each pattern of signs alone allows far less than the sum of both.
+// A run of a journal that is stopped by a limit, and goes on from what another has written down.
+struct Resumed {
+  Resumed(const std::string& text, unsigned long limit, const Checkpoint& past)
+      : program(readProgram(text, "p.opt")) {
+    const auto save = [this](Checkpoint checkpoint) {
+      checkpoint.identity = "program";
+      saved = parseCheckpoint(textOf(checkpoint));
+    };
+    const auto rewind = [this](const FileState&) { ++rewinds; };
+    Journal journal(control, {save, [] { return FileState(); }, rewind, [] {}}, past);
+    Task task;
+    task.limit = limit;
+    outcome = solve(program, task, record, journal);
+    journal.save();
+  }
+
+  Program program;
+  Record record;
+  SearchControl control;
+  Checkpoint saved;
+  int rewinds = 0;
+  Outcome outcome;
+};
+
+// Matrices of three ones in three rows and columns. That there is one is known at once, by no lattice.
+TEST(Solver, AListGoesOnWhereItWasStopped) {
+  const std::string permutations =
+      "[ ] [ ] [ [ 1 1 1 0 0 0 0 0 0 ] [ 0 0 0 1 1 1 0 0 0 ] [ 0 0 0 0 0 0 1 1 1 ] [ 1 0 0 1 0 0 1 0 0 ] "
+      "[ 0 1 0 0 1 0 0 1 0 ] ] [ 1 1 1 1 1 ] [ ] [ ] [ ] [ 0 0 0 0 0 0 0 0 0 ] [ 0 0 0 0 0 0 0 0 0 ] "
+      "[ 1 1 1 1 1 1 1 1 1 ]";
+  Checkpoint past;
+  std::set<Point> listed;
+  std::size_t points = 0;
+  for (int run = 0; run < 6; ++run) {
+    const Resumed resumed(permutations, 1, past);
+    EXPECT_EQ(resumed.outcome, Outcome::STOPPED);
+    EXPECT_EQ(resumed.rewinds, 0);
+    points += resumed.record.listed.size();
+    listed.insert(resumed.record.listed.begin(), resumed.record.listed.end());
+    past = resumed.saved;
+    ASSERT_EQ(past.searches.size(), 1u);
+  }
+  EXPECT_EQ(points, 6u);
+  EXPECT_EQ(listed.size(), 6u);
+}
+
 TEST(LeastNorm, KnowsThatDistancesAddUp) {
   const Program program =
       readProgram("[ 0 3 ] [ [ 1 1 ] [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 9 9 ]", "p.opt");
