@@ -15,8 +15,10 @@ Domains::Domains(const WordProgram& program)
       rowsOf_(program.box.size()),
       open_(program.rows.size()),
       isOpen_(program.rows.size()) {
-  for (std::size_t i = 0; i < program.rows.size(); ++i)
+  for (std::size_t i = 0; i < program.rows.size(); ++i) {
     for (const WordRow::Term& term : program.rows[i].terms) rowsOf_[term.variable].push_back(i);
+    mostWork_ += MOST_VISITS * program.rows[i].terms.size();
+  }
   touchAll();
 }
 
@@ -38,20 +40,18 @@ void Domains::narrow(std::size_t variable, const WordRange& range) {
   trail_.push_back({variable, box_[variable]});
   box_[variable] = range;
   for (const std::size_t i : rowsOf_[variable]) touch(i);
+  work_ += rowsOf_[variable].size();
 }
 
 bool Domains::propagate() {
-  unsigned long visits = MOST_VISITS * program_.rows.size();
+  const unsigned long enough = work_ + mostWork_;
   bool isPossible = true;
   while (openCount_ > 0) {
     const std::size_t i = open_[first_];
     first_ = (first_ + 1) % open_.size();
     --openCount_;
     isOpen_[i] = 0;
-    if (isPossible && visits > 0) {
-      --visits;
-      isPossible = look(program_.rows[i]);
-    }
+    if (isPossible && work_ < enough) isPossible = look(program_.rows[i]);
   }
   return isPossible;
 }

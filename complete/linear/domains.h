@@ -1,8 +1,8 @@
 // The ranges of the variables at a node of a search, and what rows say of them: bounds by activities, in
 // machine words, until nothing moves. What is narrowed is remembered, so that a search goes back by a mark.
 //
-// Cost: the terms of each row that a narrowed variable is in; wide ranges may creep, and after some visits of
-// each row they stay as they are.
+// Cost: the terms of each row that a narrowed variable is in; wide ranges may creep, and after the work of
+// some visits of each row they stay as they are.
 #pragma once
 
 #include "complete/linear/word_program.h"
@@ -28,7 +28,7 @@ class Domains {
   // here means nothing.
   bool propagate();
 
-  // Terms that were looked at.
+  // Terms that were looked at, and rows that were to be looked at.
   unsigned long work() const { return work_; }
 
  private:
@@ -51,6 +51,8 @@ class Domains {
   std::size_t openCount_ = 0;
   std::vector<char> isOpen_;
   unsigned long work_ = 0;
+  // Of one propagate().
+  unsigned long mostWork_ = 0;
 };
 
 }  // namespace latbox::complete

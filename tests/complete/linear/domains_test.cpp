@@ -84,5 +84,25 @@ TEST(Domains, CreepingEnds) {
   EXPECT_LT(domains.work(), 1000u);
 }
 
+// 30 x_j is at least the sum of all and 1 more, 100 times: each step of an end calls for all rows, which
+// takes longer than to look at the one.
+TEST(Domains, CreepingEndsOfManyRows) {
+  constexpr std::size_t VARIABLES = 30;
+  constexpr std::size_t ROWS = 3000;
+  IntegerProgram program;
+  program.box.assign(VARIABLES, rangeOf(0, 1'000'000));
+  for (std::size_t i = 0; i < ROWS; ++i) {
+    Row row;
+    row.a.assign(VARIABLES, -1);
+    row.a[i % VARIABLES] = static_cast<long>(VARIABLES) - 1;
+    row.range.low = 1;
+    program.rows.push_back(row);
+  }
+  const auto words = wordProgramOf(program);
+  Domains domains(*words);
+  EXPECT_TRUE(domains.propagate());
+  EXPECT_LT(domains.mark() * ROWS, 60 * ROWS * VARIABLES);
+}
+
 }  // namespace
 }  // namespace latbox::complete
