@@ -66,6 +66,7 @@ unsigned long effortOfSearch(const IntegerProgram& program) {
 bool searchByBranching(Journal& journal, const std::string& key, const IntegerProgram& program,
                        const IntegerVector& goal, Visitor& visitor, unsigned long effort) {
   SearchControl& control = journal.control();
+  control.done = -1;
   Watched watched(visitor);
   const auto visit = [&](const IntegerVector& z) { return watched.visit(z) == Next::GO_ON; };
   // Asked once for each node.

@@ -149,6 +149,14 @@ TEST(BoxRelaxation, AnInfiniteLossIsAnEmptyHalf) {
   EXPECT_GT(finite, 200u);
 }
 
+// 10^8 (x - y) + u + v = 25 with x = y: what doubles take for a contradiction is none.
+TEST(BoxRelaxation, AContradictionOfDoublesIsUndecided) {
+  const auto words = wordProgramOf({{rangeOf(0, 40), rangeOf(0, 40), rangeOf(0, 25), rangeOf(0, 25)},
+                                    {rowOf({100'000'000, -100'000'000, 1, 1}, 25, 25)}});
+  BoxRelaxation relaxation(*words, {0, 0, 1, 1}, 1);
+  EXPECT_EQ(relaxation.run({{7, 7}, {7, 7}, {0, 25}, {0, 25}}), BoxRelaxation::Outcome::UNDECIDED);
+}
+
 TEST(BoxRelaxation, WithoutVariablesOrRows) {
   const auto fixed = wordProgramOf({{rangeOf(3, 3)}, {rowOf({2}, 6, 6)}});
   BoxRelaxation none(*fixed, {1}, 1);

@@ -81,6 +81,16 @@ TEST(BranchAndBound, ShowsNothingThatOnlyRoundingMakesAPoint) {
   EXPECT_EQ(shown.end, End::COMPLETE);
 }
 
+// 10^7 (x - y) + u_1 + ... + u_4 = 2: beside x and y doubles take the others for rounding, and where x = y
+// see no point.
+TEST(BranchAndBound, BelievesNoDoublesThatThereIsNoPoint) {
+  IntegerProgram program;
+  program.box = {rangeOf(0, 40), rangeOf(0, 40), rangeOf(0, 1), rangeOf(0, 1), rangeOf(0, 1), rangeOf(0, 1)};
+  program.rows.push_back(rowOf({10'000'000, -10'000'000, 1, 1, 1, 1}, 2, 2));
+  EXPECT_EQ(Shown(program, {}, 1).points, testing::pointsOf(program));
+  EXPECT_EQ(Shown(program, {}, 1).points.size(), 41u * 6);
+}
+
 TEST(BranchAndBound, EndsWhenTheVisitorHasEnough) {
   IntegerProgram program;
   program.box.assign(6, rangeOf(0, 3));

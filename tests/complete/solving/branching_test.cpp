@@ -88,6 +88,33 @@ TEST(Branching, LeavesOpenWhatTakesMoreThanItsEffort) {
   EXPECT_EQ(run.saved->searches.size(), 4u);
 }
 
+// Has never enough.
+class Counter : public Visitor {
+ public:
+  Next visit(const IntegerVector&) override {
+    ++visits;
+    return Next::GO_ON;
+  }
+
+  int visits = 0;
+};
+
+TEST(Branching, GoesOnBehindPointsThatAreNotEnough) {
+  TestRun run;
+  Counter counter;
+  EXPECT_FALSE(run.search(programOf(17), counter, 1'000'000));
+  EXPECT_GT(counter.visits, 10);
+  EXPECT_EQ(run.saved->searches.size(), 4u);
+}
+
+TEST(Branching, DoesNotTellTheShareOfTheSearchBefore) {
+  TestRun run;
+  run.control.done = 0.5;
+  Finder finder;
+  run.search(programOf(17), finder, ENOUGH);
+  EXPECT_LT(run.control.done, 0);
+}
+
 TEST(Branching, LeavesOpenWhatHasNoEnds) {
   TestRun run;
   Finder finder;
