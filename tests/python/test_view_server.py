@@ -222,7 +222,9 @@ class StrangersTest(ServedCase):
         served = self.served()
         served.source.tell(START)
         window = self.window(served)
-        crowd = [socket.create_connection(("127.0.0.1", served.port), 5) for _ in range(200)]
+        # What comes beside a start in one turn is no news.
+        window.until("whole", lambda events: bool(events))
+        crowd = [served.connect() for _ in range(200)]
         try:
             self.assertEqual(served.ask()[0], 200)
             served.source.tell(point(1, 5))

@@ -40,16 +40,21 @@ class Script:
     def __init__(self) -> None:
         self._lines: list[bytes] = []
         self._more = True
+        self._held = threading.Lock()
 
     def tell(self, *events: object) -> None:
-        self._lines = self._lines + [event if isinstance(event, bytes) else json.dumps(event).encode() for event in events]
+        """They come in one turn, and once."""
+        lines = [event if isinstance(event, bytes) else json.dumps(event).encode() for event in events]
+        with self._held:
+            self._lines += lines
 
     def end(self) -> None:
         self._more = False
 
     def lines(self) -> tuple[list[bytes], bool]:
         more = self._more
-        found, self._lines = self._lines, []
+        with self._held:
+            found, self._lines = self._lines, []
         return found, more
 
 
