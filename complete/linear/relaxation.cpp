@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "complete/linear/row_operations.h"
 
@@ -18,7 +19,7 @@ constexpr unsigned LONGEST_CHAIN = 1000;
 }  // namespace
 
 Relaxation::Relaxation(const std::vector<std::vector<double>>& basis, Dictionary dictionary, int sign)
-    : basis_(basis),
+    : basis_(&basis),
       dictionary_(std::move(dictionary)),
       sign_(sign),
       atHigh_(dictionary_.columns.size()),
@@ -29,13 +30,22 @@ Relaxation::Relaxation(const std::vector<std::vector<double>>& basis, Dictionary
   weights_.entries.reserve(atHigh_.size() + 1);
 }
 
+Relaxation::Relaxation(Dictionary dictionary) : Relaxation({}, dictionary, 1) {
+  basis_ = nullptr;
+  origin_ = std::move(dictionary);
+}
+
 bool Relaxation::makeDictionary() {
-  DictionaryBuilder builder(basis_, dictionary_.columns);
-  for (std::size_t c = 0; c < dictionary_.columns.size(); ++c) {
-    work_ += 2 * basis_.front().size() * dictionary_.stride;
-    if (!builder.addLevel()) return false;
+  if (!basis_) {
+    dictionary_ = *origin_;
+  } else {
+    DictionaryBuilder builder(*basis_, dictionary_.columns);
+    for (std::size_t c = 0; c < dictionary_.columns.size(); ++c) {
+      work_ += 2 * basis_->front().size() * dictionary_.stride;
+      if (!builder.addLevel()) return false;
+    }
+    dictionary_ = builder.dictionary(sign_);
   }
-  dictionary_ = builder.dictionary(sign_);
   steps_ = 0;
   isStale_ = false;
   isUntold_ = true;
@@ -102,14 +112,18 @@ bool Relaxation::chooseColumn(std::size_t r, const RealBox& box, double gap, std
 
 // The columns that move row r in the direction when they leave their ends.
 void Relaxation::listCandidates(std::size_t r, const RealBox& box, double direction) {
+  candidates_.clear();
+  forCandidates(r, box, direction, [&](const Candidate& candidate) { candidates_.push_back(candidate); });
+}
+
+template <class Take>
+void Relaxation::forCandidates(std::size_t r, const RealBox& box, double direction, Take take) const {
   const double* a = dictionary_.row(r);
   const double* d = dictionary_.objective();
-  candidates_.clear();
   for (std::size_t c = 0; c < atHigh_.size(); ++c) {
     const double gain = direction * (atHigh_[c] != 0 ? -a[c] : a[c]);
     const std::size_t j = dictionary_.columns[c];
-    if (gain > SMALLEST_PIVOT && box.low[j] < box.high[j])
-      candidates_.push_back({std::fabs(d[c]) / gain, gain, c});
+    if (gain > SMALLEST_PIVOT && box.low[j] < box.high[j]) take(Candidate{std::fabs(d[c]) / gain, gain, c});
   }
 }
 
@@ -148,6 +162,19 @@ void Relaxation::tellRow(std::size_t r, double direction) {
     weights_.entries.push_back(direction * dictionary_.row(r)[c]);
   weights_.coordinates.push_back(dictionary_.rows[r]);
   weights_.entries.push_back(-direction);
+}
+
+void Relaxation::takePoint(std::vector<double>& moves) const {
+  for (std::size_t c = 0; c < dictionary_.columns.size(); ++c)
+    moves[dictionary_.columns[c]] = displacements_[c];
+  for (std::size_t r = 0; r < dictionary_.rows.size(); ++r) moves[dictionary_.rows[r]] = values_[r];
+}
+
+double Relaxation::lossOf(std::size_t r, const RealBox& box, double direction) const {
+  double least = std::numeric_limits<double>::infinity();
+  forCandidates(r, box, direction,
+                [&](const Candidate& candidate) { least = std::min(least, candidate.loss); });
+  return least;
 }
 
 Relaxation::Outcome Relaxation::run(const std::vector<double>& partial, const RealBox& box, double enough) {

@@ -17,6 +17,8 @@
 // All this is a suggestion in double: of weights() certificates.h makes a bound that holds.
 #pragma once
 
+#include <optional>
+
 #include "complete/linear/dictionary.h"
 
 namespace latbox::complete {
@@ -37,6 +39,8 @@ class Relaxation {
  public:
   // Maximises the objective of the dictionary, sign * lambda_t for t + 1 columns. The basis outlives this.
   Relaxation(const std::vector<std::vector<double>>& basis, Dictionary dictionary, int sign);
+  // Without a basis: rid of its rounding it is as it was at first.
+  explicit Relaxation(Dictionary dictionary);
 
   enum class Outcome {
     // weights() . (u - p) = sign * lambda_level, and its greatest value in the box is a good bound.
@@ -51,6 +55,12 @@ class Relaxation {
 
   // What the last run found; up to rounding.
   const SparseVector& weights() const { return weights_; }
+  // After a BOUND that came to its end: u - p where the objective is greatest, by coordinates.
+  void takePoint(std::vector<double>& moves) const;
+  // There, at least what the objective loses for each unit that row r moves in the direction; infinite if it
+  // cannot move.
+  double lossOf(std::size_t r, const RealBox& box, double direction) const;
+  const Dictionary& dictionary() const { return dictionary_; }
   // Whether the weights of a BOUND are others than those of the BOUND before.
   bool isChanged() const { return isChanged_; }
   // Multiplications of all runs so far, roughly: what they cost.
@@ -75,10 +85,14 @@ class Relaxation {
   std::size_t farthestOut(const std::vector<double>& partial, const RealBox& box, double& gap) const;
   bool chooseColumn(std::size_t r, const RealBox& box, double gap, std::size_t& chosen);
   void listCandidates(std::size_t r, const RealBox& box, double direction);
+  template <class Take>
+  void forCandidates(std::size_t r, const RealBox& box, double direction, Take take) const;
   void tellObjective();
   void tellRow(std::size_t r, double direction);
 
-  const std::vector<std::vector<double>>& basis_;
+  // Null, and then the dictionary of the beginning.
+  const std::vector<std::vector<double>>* basis_;
+  std::optional<Dictionary> origin_;
   Dictionary dictionary_;
   int sign_;
   // Of the columns: at which end they are, and u_j - p_j there.

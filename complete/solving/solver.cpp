@@ -6,6 +6,7 @@
 #include "complete/program/presolve.h"
 #include "complete/program/verification.h"
 #include "complete/program/window.h"
+#include "complete/solving/branching.h"
 #include "complete/solving/closing.h"
 #include "complete/solving/least_norm.h"
 #include "complete/solving/preparation.h"
@@ -88,6 +89,12 @@ class Finding : public Visitor {
  private:
   std::optional<IntegerVector> held_;
   bool hasFound_ = false;
+};
+
+// Whether there is a point at all.
+class Witness : public Visitor {
+ public:
+  Next visit(const IntegerVector&) override { return Next::STOP; }
 };
 
 // A better point, by a window on one norm. The search ends with it: in a lattice that is made for the new
@@ -233,27 +240,55 @@ class Solver {
   // turns out not to be small.
   std::optional<bool> findIn(const IntegerProgram& program, Finding& finding) {
     finding.begin();
+    const auto isOver = [&] { return finding.hasFound() || control_.isOver(); };
+    bool complete = branch(program, finding, effortOfReduction(program));
+    if (complete || isOver()) return complete;
     const auto prepare = [&](const IntegerMatrix&) { return boxLatticeOf(program); };
     SearchSettings trial;
     trial.trial = SMALL_TREE;
-    const auto complete = journal_.searchThrough(complete::keyOf(program), prepare, finding, trial);
-    if (complete.value_or(true) || finding.hasFound() || control_.isOver()) return complete;
+    const auto small = journal_.searchThrough(complete::keyOf(program), prepare, finding, trial);
+    if (small.value_or(true) || isOver()) return small;
+    complete = branchLong(program, finding);
+    if (complete || isOver()) return complete;
     return searchThrough(program, finding);
+  }
+
+  // True: the visitor has seen all points.
+  bool branch(const IntegerProgram& program, Visitor& visitor, unsigned long effort) {
+    const IntegerVector& goal = objective_.linear().coefficients;
+    return searchByBranching(journal_, complete::keyOf(program), program, goal, visitor, effort);
+  }
+
+  // Where that has led to nothing some times, it will not the next time.
+  bool branchLong(const IntegerProgram& program, Finding& finding) {
+    constexpr unsigned MOST = 3;
+    if (failures_ == MOST) return false;
+    const bool complete = branch(program, finding, effortOfSearch(program));
+    if (!complete && !finding.hasFound()) ++failures_;
+    return complete;
   }
 
   Outcome listAll() {
     Listing listing(program_, finds_, task_.first ? 1 : task_.limit);
     // A run that goes on may have them all.
     if (listing.isInterrupted()) return Outcome::STOPPED;
-    const bool complete = task_.first ? findFirst(listing) : searchThrough(whole_, listing).value_or(true);
+    const bool complete = task_.first ? findFirst(listing) : findAll(listing);
     if (!complete) return Outcome::STOPPED;
     return finds_.count() > 0 ? Outcome::COMPLETE : Outcome::NONE;
+  }
+
+  bool findAll(Listing& listing) {
+    Witness witness;
+    return branch(whole_, witness, effortOfReduction(whole_)) ||
+           searchThrough(whole_, listing).value_or(true);
   }
 
   // Passes through the likely parts of a large tree, in stages. After each of them the whole search is tried
   // for a part of what they have cost: some trees are small by its linear programs, without which a pass
   // does. True: there is no point.
   bool findFirst(Listing& listing) {
+    if (branch(whole_, listing, effortOfReduction(whole_))) return true;
+    if (control_.stop || listing.isInterrupted()) return false;
     const auto lattice = unreducedLatticeOf(whole_);
     if (!lattice) return true;
     Passes passes(*lattice, task_.seed);
@@ -411,6 +446,7 @@ class Solver {
   Outcome tellCanonical(const Best& best, IntegerProgram bests) {
     closeBests(bests);
     Canonical canonical(program_, best.norms);
+    failures_ = 0;
     const unsigned threads = std::exchange(control_.threads, 1u);
     findInGrowingBoxes(bests, canonical);
     control_.threads = threads;
@@ -434,6 +470,8 @@ class Solver {
   SearchControl& control_;
   Objective objective_;
   IntegerProgram whole_;
+  // Of long branchings.
+  unsigned failures_ = 0;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "complete/program/presolve.h"
+#include "complete/solving/branching.h"
 #include "complete/solving/closing.h"
 #include "complete/solving/least_norm.h"
 #include "support.h"
@@ -116,7 +117,7 @@ TEST(Solver, NamesWhatIsOpenWhereBetterPointsMayBeAnywhere) {
   EXPECT_EQ(solveOpen("[ 1 ] [ [ 6 -10 ] ]", {}), "");
 }
 
-// The first point of a lattice that is made from the program and the best norms alone.
+// The first point of a search that is made from the program and the best norms alone.
 Point firstOfBests(const Program& program, const Norms& best) {
   const Objective objective(program);
   IntegerProgram bests = integerProgramOf(program);
@@ -128,10 +129,14 @@ Point firstOfBests(const Program& program, const Norms& best) {
     for (const Row& row : norm.rows(value, value)) bests.rows.push_back(row);
   }
   EXPECT_TRUE(tighten(bests) && closeByRows(bests));
-  auto lattice = boxLatticeOf(bests);
   testing::Collector first(1);
   SearchControl control;
-  search(*lattice, first, control);
+  Journal journal(control);
+  searchByBranching(journal, "", bests, objective.linear().coefficients, first, effortOfReduction(bests));
+  if (first.points.empty()) {
+    auto lattice = boxLatticeOf(bests);
+    search(*lattice, first, control);
+  }
   return latbox::complete::pointOf(program, *first.points.begin());
 }
 
