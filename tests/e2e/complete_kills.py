@@ -41,6 +41,15 @@ def tied_knapsack(columns: int, seed: int) -> str:
     return opt(dt=["inf"], at=at, au=au, lu=["-inf"] * 2, ru=[sum(row) // 2 for row in au], rx=[1] * columns)
 
 
+def nearest_split(rows: int, columns: int) -> str:
+    """A market split and the least sum of deviations from it: any choice is a point, and no relaxation bounds the search for the best."""
+    draw = random.Random(1)
+    matrix = [[draw.randrange(100) for _ in range(columns)] for _ in range(rows)]
+    deviations = [[(j == 2 * i) - (j == 2 * i + 1) for j in range(2 * rows)] for i in range(rows)]
+    return opt(dt=["-inf"], at=[[0] * columns + [1] * 2 * rows], ag=[row + more for row, more in zip(matrix, deviations)],
+               bg=[sum(row) // 2 for row in matrix], rx=[1] * columns + [5000] * 2 * rows)
+
+
 def triples(points: int) -> str:
     """Steiner triple systems: of all triples, those that hold each pair once."""
     blocks = [(a, b, c) for c in range(points) for b in range(c) for a in range(b)]
