@@ -22,7 +22,7 @@ from test_faults import as_nobody
 LONG = complete_kills.TASKS[0].text
 MANY = opt(au=[[3, 5, 7, 4, 6]], lu=[20], ru=[40], rx=[4] * 5)
 # Its first points come at once, its last search takes long.
-ENDLESS_BEST = complete_kills.nearest_split(8, 60)
+ENDLESS_BEST = complete_kills.hard_knapsack(10, 60, 1)
 BEST = complete_kills.knapsack(30, 2)
 
 
@@ -278,7 +278,7 @@ class DamageTest(ResumeCase):
 
 class StopTest(ResumeCase):
     def test_sigterm_writes_a_checkpoint(self) -> None:
-        for text in (LONG, complete_kills.nearest_split(5, 30)):
+        for text in (LONG, complete_kills.hard_knapsack(5, 40, 1)):
             truth = self.all_points(text)
             self.write("p.opt", text)
             process = self.launch("--threads=2")

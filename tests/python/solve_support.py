@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import random
 import stat
 import subprocess
 import sys
@@ -73,6 +74,14 @@ def hard_objective(rows: int = 8, columns: int = 60) -> str:
     return "[ -inf ] [ %s ] [ %s ] %s [ ] [ ] [ ] %s %s %s\n" % (
         vector([0] * columns + [1] * 2 * rows), "\n".join(equations), vector(sides), vector([0] * n), vector([0] * n),
         vector([1] * columns + [5000] * 2 * rows))
+
+
+def stable_set(nodes: int = 50, edges: int = 600) -> str:
+    """The largest set of nodes without an edge: branch and bound has its optimum in less than a second, the walk of a proof never."""
+    pairs = random.Random(1).sample([(i, j) for j in range(nodes) for i in range(j)], edges)
+    rows = "".join("x%d + x%d <= 1\n" % pair for pair in pairs)
+    names = ["x%d" % i for i in range(nodes)]
+    return "Maximize\n%s\nSubject To\n%sBinary\n%s\nEnd\n" % (" + ".join(names), rows, " ".join(names))
 
 
 class SolveCase(support.ToolsCase):

@@ -16,7 +16,7 @@ from unittest import mock
 import support  # noqa: F401
 import harness
 from solve_support import (COMMAND, FOUR_POINTS, KNAPSACK, SolveCase, engines_of, hard, hard_objective, is_alive,
-                           seconds_until)
+                           seconds_until, stable_set)
 
 from latbox.solving import work_folder
 
@@ -71,6 +71,22 @@ class SignalTest(SolveCase):
             self.assertIn("# status: interrupted\n", self.read("o.txt"))
             self.assert_gone(engines)
             self.assertEqual(self.left_over(), [])
+
+    def test_a_verdict_stands_without_its_proof(self) -> None:
+        """The optimum is known while the proof is being written, which takes far longer."""
+        self.write("s.lp", stable_set())
+        session = self.begin("--proof=p", "--json=events", "s.lp")
+
+        def is_known() -> bool:
+            events = self.read("events").splitlines() if self.exists("events") else []
+            return any('"event": "bound"' in event and '"bound": 9' in event for event in events)
+
+        harness.wait_until(is_known, "the optimum is known")
+        session.kill(signal.SIGINT)
+        self.assertEqual(session.wait(), 10)
+        self.assertRegex(session.out, r"\Astatus: optimal\nobjective: 9\nbound: 9\n")
+        self.assertIn("note: no proof is written: it was not finished when the run ended\n", session.err)
+        self.assertEqual(os.listdir(self.path("p")), ["program.opt"])
 
     def test_without_a_point(self) -> None:
         self.write("h.opt", hard())
