@@ -8,6 +8,7 @@ import stat
 import subprocess
 import sys
 import time
+from collections.abc import Callable
 
 import support
 import harness
@@ -100,6 +101,14 @@ class SolveCase(support.ToolsCase):
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, preexec_fn=prepare,
                               env=self.environment(**extra))
         return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def solve_in_time(self, seconds: float, has_come: Callable[[harness.Result], bool], *arguments: str) -> harness.Result:
+        """With a limit of so many seconds; of more where the machine was too busy for what was to come."""
+        for limit in harness.growing(seconds):
+            result = self.solve("--time=%g" % limit, *arguments)
+            if has_come(result):
+                break
+        return result
 
     def begin(self, *arguments: str, **extra: str) -> harness.Session:
         """The command while it works."""
