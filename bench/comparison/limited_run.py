@@ -54,8 +54,8 @@ class LimitedRun:
         self.resident = 0
         self.enough = enough or (lambda line: False)
         self.has_enough = False
-        reader = threading.Thread(target=self.follow)
-        reader.start()
+        self.reader = threading.Thread(target=self.follow)
+        self.reader.start()
         try:
             self.timed_out = not self.wait(limit) and not self.has_enough
         except BaseException:
@@ -64,7 +64,7 @@ class LimitedRun:
                 self.process.wait()
             raise
         finally:
-            reader.join()
+            self.reader.join()
             self.process.stdout.close()
 
     def follow(self):
@@ -85,9 +85,12 @@ class LimitedRun:
         start = time.monotonic()
         stop = None
         while True:
-            # Own system and user time in microseconds; /proc counts in ticks of ten milliseconds.
-            pid, status, usage = os.wait4(self.process.pid, os.WNOHANG)
-            if pid:
+            if os.waitid(os.P_PID, self.process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT):
+                self.seconds = time.monotonic() - start
+                # It stays in /proc until it is waited for: its last lines have their times first, however late they are read.
+                self.reader.join()
+                # Own system and user time in microseconds; /proc counts in ticks of ten milliseconds.
+                _, status, usage = os.wait4(self.process.pid, 0)
                 self.process.returncode = os.waitstatus_to_exitcode(status)
                 if stop is None and -self.process.returncode in (signal.SIGTERM, signal.SIGINT, signal.SIGKILL):
                     raise Cut("ended by signal %d" % -self.process.returncode)
@@ -95,7 +98,6 @@ class LimitedRun:
                 if ending.is_set():
                     raise Cut("the comparison ends")
                 self.cpu = usage.ru_utime + usage.ru_stime
-                self.seconds = time.monotonic() - start
                 self.resident = usage.ru_maxrss
                 return stop is None
             now = time.monotonic()

@@ -34,7 +34,7 @@ from .arguments import digits_of, engine_of, gap_of, memory_of, solutions_of, ta
 from .arrays import Exact, Number, as_array, columns_of, count, dimensions, end_of, entries, exact, is_array, listed, plain, sparse, spread
 from .errors import EngineError, PlacedError, UsageError, counted
 from .models import sources
-from .models.model import INF, Row
+from .models.model import ASK_FOR_DIGITS, INF, Row
 from .solving import checking, statuses
 from .solving.events import End, Event, Found
 from .solving.portfolio import Portfolio
@@ -172,10 +172,11 @@ class Model:
 
     @contextmanager
     def _placed(self) -> Iterator[None]:
-        """An error that has a place in the model gets its file."""
+        """An error that has a place in the model gets its file; an option that it names is an argument here."""
         try:
             yield
         except PlacedError as error:
+            error.message = error.message.replace(ASK_FOR_DIGITS, ASK_FOR_DIGITS.lstrip("-"))
             raise error.in_file(self._file) if self._file else error
 
     def _result(self, end: End) -> Result:

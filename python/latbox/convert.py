@@ -14,11 +14,10 @@ import sys
 from fractions import Fraction
 
 from .errors import PlacedError, UsageError, place_text
-from .front.options import is_same_file
 from .models import FORMATS, INF, MpsDialect, read_model
 from .models import opt_writer, sources
 from .models.model import Note
-from .tool import Parser, run_tool
+from .tool import Parser, is_same_file, run_tool
 
 
 def parser() -> Parser:

@@ -17,12 +17,11 @@ from typing import Callable
 
 from . import json_log, run_log
 from .errors import LatboxError, UsageError
-from .front.options import is_same_file
 from .models import sources
 from .picture import (EVENT_HEIGHT, GAP, HEAD, LEFT, PANEL, RIGHT, TAIL, WIDTH, Drawing, Mark, Panel, Point, document,
                       tick_text, ticks, xml_text)
 from .run_log import Series
-from .tool import Parser, run_tool
+from .tool import Parser, is_same_file, run_tool
 
 EVENTS = "events: lattice regenerated, steps in extended precision, basis vectors shuffled"
 Log = run_log.Run | json_log.Run

@@ -1,4 +1,4 @@
-"""What the small commands share: their command line, and how they end.
+"""What the small commands share: their command line, and how they end; and what all commands ask of files.
 
 Exit status 0; 1 where input is refused or a file cannot be read or written; 2 where the command line is wrong. The reason
 stands on standard error in one line. A reader that closes the pipe early ends the command quietly.
@@ -52,3 +52,10 @@ def _forget_output() -> None:
 def _fail(message: str) -> int:
     print(message, file=sys.stderr)
     return 1
+
+
+def is_same_file(a: str, b: str) -> bool:
+    """Devices and standard output take what comes from wherever."""
+    if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
+        return False
+    return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))

@@ -1,5 +1,6 @@
 """What the tests of latbox-farm share: the farm as it is started, real workers on the loopback, and their ends."""
 
+import errno
 import functools
 import itertools
 import os
@@ -103,14 +104,25 @@ class Ear:
     """Hears what is sent to its port, as catalogs are told: by a datagram, or over a connection."""
 
     def __init__(self):
-        self.datagrams = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.connections = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-        self.datagrams.bind(("127.0.0.1", 0))
+        while not self._has_port():
+            self.close()
         self.port = self.datagrams.getsockname()[1]
-        self.connections.bind(("127.0.0.1", self.port))
         self.connections.listen()
         for listening in (self.datagrams, self.connections):
             listening.setblocking(False)
+
+    def _has_port(self):
+        """Whether the one that is free for datagrams is free for connections too."""
+        self.datagrams = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.connections = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+        self.datagrams.bind(("127.0.0.1", 0))
+        try:
+            self.connections.bind(self.datagrams.getsockname())
+        except OSError as error:
+            if error.errno != errno.EADDRINUSE:
+                raise
+            return False
+        return True
 
     def heard(self):
         """All that has come by now."""

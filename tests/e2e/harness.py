@@ -2,6 +2,7 @@
 
 import os
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -119,6 +120,20 @@ class Case(unittest.TestCase):
         session = Session([Settings.binary, *arguments], self.folder, prepare)
         self.addCleanup(session.close)
         return session
+
+    def stop_in_time(self, seconds, *options):
+        """A run of prog.opt that was stopped before its time was up; that time, `seconds` or more; how late the run is."""
+        for limit in growing(seconds):
+            session = self.start("--sol=0", "--rtime=%d" % limit, *options, "prog.opt")
+            lateness = Lateness(session.process)
+            try:
+                session.wait_for("Solutions found: ")
+                session.ask("STOP\n", "> Status: stopped\n")
+                return session, limit, lateness
+            except (AssertionError, BrokenPipeError):
+                # The time was up before.
+                self.assertEqual(session.wait(), 0)
+        raise AssertionError("it was never stopped")
 
     def stars(self, name="prog"):
         """The stars of NAME.sol, each checked against NAME.opt, twice; none if there is no file.
@@ -262,6 +277,51 @@ class Session:
                 pipe.close()
             except BrokenPipeError:
                 pass
+
+
+def growing(seconds):
+    """Times for a run that must have got somewhere when its time is up: the first is enough unless the machine is busy."""
+    while seconds < LIMIT:
+        yield seconds
+        seconds *= 2
+
+
+class Lateness:
+    """From now to the end of a process that is waited for: the seconds that it would have taken by itself.
+
+    Those by the clock count while it computes or the machine has nothing to do, and not while others have its processors. No other
+    child may end meanwhile.
+    """
+
+    def __init__(self, process, threads=1):
+        self.threads = threads
+        # What the process has used before is no lateness; only with its end it comes among what children have used.
+        self.used = children_cpu() + cpu_seconds(process.pid)
+        self.idle = idle_seconds()
+
+    def seconds(self):
+        """Once it has been waited for."""
+        return max((children_cpu() - self.used) / self.threads, idle_seconds() - self.idle)
+
+
+TICK = os.sysconf("SC_CLK_TCK")
+
+
+def children_cpu():
+    """Of those that have been waited for."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def cpu_seconds(pid):
+    with open("/proc/%d/stat" % pid, encoding="utf-8") as file:
+        return sum(map(int, file.read().rpartition(")")[2].split()[11:13])) / TICK
+
+
+def idle_seconds():
+    """Of the machine, since its start, for each of its processors."""
+    with open("/proc/stat", encoding="ascii") as file:
+        return sum(map(int, file.readline().split()[4:6])) / TICK / os.cpu_count()
 
 
 def wait_until(condition, what, limit=LIMIT):

@@ -8,7 +8,7 @@ import programs
 from programs import opt
 
 # Refusals take milliseconds; the limit leaves room for a busy machine, and a hang fails.
-SOON = 10
+SOON = 60
 
 BEHIND = " [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 4 4 ]"
 HEAD = "[ ] [ ] [ [ 1 1 ] ] [ 2 ]"

@@ -134,6 +134,23 @@ class Runs(harness.Case):
         self.assertTrue(run.timed_out)
         self.assertGreaterEqual(run.cpu, 0.3)
 
+    def test_a_line_that_is_read_behind_the_end_has_its_time(self):
+        """It had 0 s: the process was gone from /proc."""
+
+        class Late(limited_run.LimitedRun):
+            def follow(self):
+                harness.wait_until(self.has_ended, "its end")
+                super().follow()
+
+            def has_ended(self):
+                with open("/proc/%d/stat" % self.process.pid, encoding="utf-8") as file:
+                    return file.read().rpartition(")")[2].split()[0] == "Z"
+
+        run = Late([sys.executable, "-c", "import time\nwhile time.process_time() < 0.1: pass\nprint('done')"], 20)
+        (seconds, line), = run.lines
+        self.assertEqual(line, "done")
+        self.assertGreater(seconds, 0.05)
+
     def test_what_is_enough_ends_the_run_and_is_no_time_out(self):
         run = self.python("print('done')\nwhile True: pass", 20, lambda line: line.startswith("done"))
         self.assertFalse(run.timed_out)

@@ -331,7 +331,11 @@ class StopTest(Case):
             self.assert_stopped_with_points(process)
 
     def test_time(self):
-        self.assert_stopped_with_points(self.start_endless("--rtime=0.5"))
+        for seconds in harness.growing(0.1):
+            process = self.start_endless("--rtime=%g" % seconds)
+            if process.wait(harness.LIMIT) != 12:
+                break
+        self.assert_stopped_with_points(process)
 
     def test_progress(self):
         process = self.start_endless("--count=1")

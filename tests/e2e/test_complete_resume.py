@@ -22,7 +22,7 @@ from test_faults import as_nobody
 LONG = complete_kills.TASKS[0].text
 MANY = opt(au=[[3, 5, 7, 4, 6]], lu=[20], ru=[40], rx=[4] * 5)
 # Its first points come at once, its last search takes long.
-ENDLESS_BEST = complete_kills.knapsack(60, 1)
+ENDLESS_BEST = complete_kills.hard_knapsack(10, 60, 1)
 BEST = complete_kills.knapsack(30, 2)
 
 
@@ -46,6 +46,13 @@ class ResumeCase(Case):
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
         return process
+
+    def assert_stops_in_time(self, process: subprocess.Popen, number: int, threads: int = 1) -> tuple[int, str]:
+        """Within two seconds, and one for what comes before and behind; its status and output."""
+        start, lateness = time.monotonic(), harness.Lateness(process, threads)
+        stopped = self.stop(process, number)
+        self.assertLess(min(time.monotonic() - start, lateness.seconds()), 3)
+        return stopped
 
     def stop(self, process: subprocess.Popen, number: int) -> tuple[int, str]:
         process.send_signal(number)
@@ -148,7 +155,7 @@ class ChangedTest(ResumeCase):
                     result = self.run_all(complete_kills.tied_knapsack(20, 2))
                 else:
                     result = self.run_on(*change, *(("--rtime=1",) if change == ("--all=1",) else ()))
-                self.assertIn(result.status, (10, 11))
+                self.assertIn(result.status, (10, 11, 12))
                 self.assert_begins_anew(result)
                 self.assertEqual((self.read("p.all.old"), self.read("p.all.resume.old")), old)
 
@@ -271,7 +278,7 @@ class DamageTest(ResumeCase):
 
 class StopTest(ResumeCase):
     def test_sigterm_writes_a_checkpoint(self) -> None:
-        for text in (LONG, complete_kills.knapsack(40, 1)):
+        for text in (LONG, complete_kills.hard_knapsack(5, 40, 1)):
             truth = self.all_points(text)
             self.write("p.opt", text)
             process = self.launch("--threads=2")
@@ -313,18 +320,13 @@ class StopTest(ResumeCase):
         self.write("p.opt", knapsacks(30, 200, 100, 1))
         process = self.launch("--quiet=1")
         harness.wait_until(lambda: self.exists("p.all"), "the reduction")
-        start = time.monotonic()
-        self.assertEqual(self.stop(process, signal.SIGTERM), (12, "verdict: unknown\n"))
-        # Two seconds, and one for a machine that is busy.
-        self.assertLess(time.monotonic() - start, 3)
+        self.assertEqual(self.assert_stops_in_time(process, signal.SIGTERM), (12, "verdict: unknown\n"))
 
     def test_two_seconds_in_a_search(self) -> None:
         self.write("p.opt", ENDLESS)
         process = self.launch("--quiet=1", "--threads=2", "--checkpoint=0.2")
         harness.wait_until(lambda: self.exists("p.all") and self.read("p.all"), "the first points")
-        start = time.monotonic()
-        status, out = self.stop(process, signal.SIGTERM)
-        self.assertLess(time.monotonic() - start, 3)
+        status, out = self.assert_stops_in_time(process, signal.SIGTERM, threads=2)
         self.assertEqual((status, out), (11, "verdict: found %d\n" % self.read("p.all").count("\n")))
 
 
@@ -359,9 +361,7 @@ class FirstTest(ResumeCase):
             before = self.passes()
             process = self.launch("--first=1", "--checkpoint=0.05", "--quiet=1", "--threads=%d" % threads)
             harness.wait_until(lambda: self.passes() > before, "a pass")
-            start = time.monotonic()
-            self.assertEqual(self.stop(process, signal.SIGINT), (12, "verdict: unknown\n"))
-            self.assertLess(time.monotonic() - start, 3)
+            self.assertEqual(self.assert_stops_in_time(process, signal.SIGINT, threads), (12, "verdict: unknown\n"))
 
 
 class DiskTest(ResumeCase):
@@ -396,8 +396,11 @@ class DiskTest(ResumeCase):
         out, err = process.communicate(timeout=harness.LIMIT)
         self.assertEqual((process.returncode, out), (1, ""))
         self.assertEqual(err, "latbox-all: p.all.count.resume.tmp: File too large\n")
-        result = self.run_on("--count=1", "--rtime=0.1")
-        self.assertIn("goes on from p.all.count.resume", result.err)
+        for seconds in harness.growing(0.1):
+            result = self.run_on("--count=1", "--rtime=%g" % seconds)
+            self.assertIn("goes on from p.all.count.resume", result.err)
+            if result.status != 12:
+                break
         self.assertEqual(result.status, 11)
 
     def test_a_read_only_folder(self) -> None:

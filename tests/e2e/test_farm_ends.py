@@ -8,7 +8,7 @@ import stat
 
 import farm_support
 import harness
-from complete_kills import TASKS, knapsack
+from complete_kills import TASKS, hard_knapsack
 from farm_support import FarmCase, load_tests  # noqa: F401
 from programs import market_split
 from test_complete import NINE, NOTHING, ONE
@@ -67,7 +67,7 @@ class EndTest(FarmCase):
         self.assert_same(alone, harness.Result(farm.wait(), farm.out, farm.err))
 
     def test_stopped_with_a_best_point(self):
-        self.write("p.opt", knapsack(60, 1))
+        self.write("p.opt", hard_knapsack(5, 40, 1))
         farm = self.begin("--pieces=4")
         self.hire()
         harness.wait_until(lambda: self.exists("jobs/best"), "a point")

@@ -131,7 +131,7 @@ class CommandTest(harness.Case):
         command = [sys.executable, MATHPROG, "--examples=" + self.path("examples"), "--limit=10", "--record=" + self.path("r.json"),
                    "--engines=" + os.path.dirname(harness.Settings.binary), "--work=" + self.path("work"), "--doc=" + self.path("page.md"),
                    *options]
-        done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=120, check=False)
+        done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=harness.LIMIT, check=False)
         self.assertEqual(done.returncode, 0, done.stderr)
         return done.stdout
 

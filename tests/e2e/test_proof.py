@@ -142,7 +142,8 @@ class NoProofTest(ProofCase):
 
     def test_a_search_that_is_stopped(self):
         result = self.run_all(ENDLESS, "--quiet=1", "--count=1", "--proof=p.proof", "--rtime=0.3")
-        self.assertEqual(result.status, 11)
+        # On a busy machine the time may be up before the first point.
+        self.assertIn(result.status, (11, 12))
         self.assert_no_proof(result, "the run was stopped")
 
     def test_a_proof_that_is_stopped(self):

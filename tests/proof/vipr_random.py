@@ -87,7 +87,7 @@ def judge(binary: str, folder: str, number: int) -> str:
     if os.path.exists(path):
         os.remove(path)
     done = subprocess.run([binary, "--quiet=1", "--resume=0", "--proof=p.vipr", "--proof-format=vipr", "p.opt"], cwd=folder,
-                          capture_output=True, text=True, timeout=60, check=False)
+                          capture_output=True, text=True, timeout=300, check=False)
     if truth and not program.dt:
         require(done.returncode == 2 and not os.path.exists(path), "status", done.returncode, done.stderr)
         return "refused"

@@ -3,10 +3,12 @@
 from __future__ import annotations
 
 import os
+import random
 import stat
 import subprocess
 import sys
 import time
+from collections.abc import Callable
 
 import support
 import harness
@@ -74,6 +76,14 @@ def hard_objective(rows: int = 8, columns: int = 60) -> str:
         vector([1] * columns + [5000] * 2 * rows))
 
 
+def stable_set(nodes: int = 50, edges: int = 600) -> str:
+    """The largest set of nodes without an edge: branch and bound has its optimum in less than a second, the walk of a proof never."""
+    pairs = random.Random(1).sample([(i, j) for j in range(nodes) for i in range(j)], edges)
+    rows = "".join("x%d + x%d <= 1\n" % pair for pair in pairs)
+    names = ["x%d" % i for i in range(nodes)]
+    return "Maximize\n%s\nSubject To\n%sBinary\n%s\nEnd\n" % (" + ".join(names), rows, " ".join(names))
+
+
 class SolveCase(support.ToolsCase):
     """Each test has a folder of its own for models and for what the engines write."""
 
@@ -91,6 +101,14 @@ class SolveCase(support.ToolsCase):
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, preexec_fn=prepare,
                               env=self.environment(**extra))
         return harness.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def solve_in_time(self, seconds: float, has_come: Callable[[harness.Result], bool], *arguments: str) -> harness.Result:
+        """With a limit of so many seconds; of more where the machine was too busy for what was to come."""
+        for limit in harness.growing(seconds):
+            result = self.solve("--time=%g" % limit, *arguments)
+            if has_come(result):
+                break
+        return result
 
     def begin(self, *arguments: str, **extra: str) -> harness.Session:
         """The command while it works."""

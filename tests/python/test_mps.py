@@ -185,6 +185,20 @@ class MpsDialectTest(ToolsCase):
         self.assertEqual(result.err, "m.mps, line 17: note: X has a negative upper bound and no lower one before it: "
                                      "taken as not bounded below\n")
 
+    def test_a_bound_that_another_one_had_said_is_noted(self):
+        """Two of one type are refused; of two types the last one counts, as everywhere."""
+        def notes(bounds):
+            self.write("m.mps", MPS.replace(" UP BND X 3\n", "".join(" %s\n" % bound for bound in bounds)))
+            return self.tool("latbox-convert", "m.mps").err
+
+        said = "m.mps, line 16: note: X has a bound of type %s behind one of type %s: the last one counts\n"
+        self.assertEqual(notes(["UP BND X 3", "FX BND X 2"]), said % ("FX", "UP"))
+        self.assertEqual(notes(["FX BND X 2", "UP BND X 3"]), said % ("UP", "FX"))
+        self.assertEqual(notes(["BV BND X", "LO BND X -1"]), said % ("LO", "BV"))
+        # Ends of their own, or the same one.
+        for bounds in (["LO BND X 1", "UP BND X 3"], ["UP BND X 3", "LI BND X 1"], ["UP BND X 3", "UI BND X 3"]):
+            self.assertEqual(notes(bounds), "", bounds)
+
     def test_marker_columns_without_bounds(self):
         self.write("m.mps", MPS.replace(" UP BND X 3\n", ""))
         for option, high in (("--marker-bounds=1", 1), ("--marker-bounds=inf", 3)):

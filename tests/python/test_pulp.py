@@ -429,7 +429,7 @@ class ProblemTest(PulpCase):
         x, y = LpVariable("x", 0, 2), whole("y", 0, 9)
         problem += x + y
         problem += 2 * x + 3 * y <= 7.5
-        self.assert_refused(problem, "variable x is continuous: declare it integer, or ask for a decimal grid with --digits=N")
+        self.assert_refused(problem, "variable x is continuous: declare it integer, or ask for a decimal grid with digits=N")
         self.assertEqual(self.solve(problem, digits=2), (1, 2))
         self.assertEqual((x.varValue, y.varValue), (2, 1))
         problem += x <= 1.25

@@ -16,7 +16,7 @@ from unittest import mock
 import support  # noqa: F401
 import harness
 from solve_support import (COMMAND, FOUR_POINTS, KNAPSACK, SolveCase, engines_of, hard, hard_objective, is_alive,
-                           seconds_until)
+                           seconds_until, stable_set)
 
 from latbox.solving import work_folder
 
@@ -71,6 +71,22 @@ class SignalTest(SolveCase):
             self.assertIn("# status: interrupted\n", self.read("o.txt"))
             self.assert_gone(engines)
             self.assertEqual(self.left_over(), [])
+
+    def test_a_verdict_stands_without_its_proof(self) -> None:
+        """The optimum is known while the proof is being written, which takes far longer."""
+        self.write("s.lp", stable_set())
+        session = self.begin("--proof=p", "--json=events", "s.lp")
+
+        def is_known() -> bool:
+            events = self.read("events").splitlines() if self.exists("events") else []
+            return any('"event": "bound"' in event and '"bound": 9' in event for event in events)
+
+        harness.wait_until(is_known, "the optimum is known")
+        session.kill(signal.SIGINT)
+        self.assertEqual(session.wait(), 10)
+        self.assertRegex(session.out, r"\Astatus: optimal\nobjective: 9\nbound: 9\n")
+        self.assertIn("note: no proof is written: it was not finished when the run ended\n", session.err)
+        self.assertEqual(os.listdir(self.path("p")), ["program.opt"])
 
     def test_without_a_point(self) -> None:
         self.write("h.opt", hard())
@@ -246,7 +262,7 @@ exit 10
         os.makedirs(self.path("paper"))
         os.symlink(harness.Settings.binary, self.path("paper/latbox"))
         self.paper_engine("latbox-all", "echo 'latbox-all: out of memory' >&2; exit 1\n")
-        result = self.solve_on_paper("--time=20", "f.opt")
+        result = self.solve_on_paper("--time=%d" % harness.LIMIT, "f.opt")
         self.assertEqual((result.status, self.answer(result)["status"]), (10, "optimal"))
 
     def test_a_search_that_breaks(self) -> None:
@@ -255,7 +271,10 @@ exit 10
         self.assertEqual((result.status, result.err), (1, "latbox-solve: latbox failed with status 3: out of memory\n"))
         os.symlink(harness.latbox_all(), self.path("paper/latbox-all"))
         self.write("h.opt", hard_objective())
-        result = self.solve_on_paper("--time=5", "h.opt")
+        for seconds in harness.growing(5):
+            result = self.solve_on_paper("--time=%d" % seconds, "h.opt")
+            if result.status != 12:
+                break
         self.assertEqual(result.status, 11)
         self.assertIn("note: latbox failed with status 3: out of memory", result.err)
 
@@ -275,7 +294,7 @@ exit 10
             result = self.solve("--memory=128M", "--threads=%d" % threads, "m.lp")
             self.assertEqual((result.status, self.answer(result)["status"]), (10, "optimal"), result.err)
             self.assertNotIn("note: ", result.err)
-        searches = self.solve("--memory=128M", "--threads=64", "--engine=search", "--time=0.5", "m.lp")
+        searches = self.solve_in_time(0.5, lambda told: bool(told.err), "--memory=128M", "--threads=64", "--engine=search", "m.lp")
         self.assertIn("search (general) x 2\n", searches.err)
 
 

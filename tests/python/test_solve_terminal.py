@@ -46,14 +46,25 @@ class TerminalTest(SolveCase):
         os.close(front)
         return b"".join(pieces).decode(), done.stdout.decode(), done.returncode
 
+    def assert_shown(self, columns: int, seconds: float, pattern: str, *arguments: str) -> None:
+        """Within so many seconds, or more where the machine is busy."""
+        for limit in harness.growing(seconds):
+            shown, _, _ = self.on_terminal(columns, "--time=%g" % limit, *arguments)
+            if re.search(pattern, shown):
+                return
+        self.assertRegex(shown, pattern)
+
     def lines_in_place(self, text: str) -> list[str]:
         return re.findall(r"\r\x1b\[K([^\r\n]+)", text)
 
     def test_forty_columns(self) -> None:
         self.write("o.opt", hard_objective())
-        shown, answer, status = self.on_terminal(40, "--time=4", "--engine=search", "o.opt")
+        for seconds in harness.growing(4):
+            shown, answer, status = self.on_terminal(40, "--time=%d" % seconds, "--engine=search", "o.opt")
+            lines = [line for line in self.lines_in_place(shown) if re.match(r"[0-9.]+ s", line)]
+            if len(lines) > 3:
+                break
         self.assertEqual(status, 11)
-        lines = [line for line in self.lines_in_place(shown) if re.match(r"[0-9.]+ s", line)]
         self.assertGreater(len(lines), 3, shown)
         for line in lines:
             self.assertLess(len(line), 40)
@@ -64,13 +75,11 @@ class TerminalTest(SolveCase):
 
     def test_a_wide_one_shows_more(self) -> None:
         self.write("m.lp", KNAPSACK)
-        shown, _, _ = self.on_terminal(200, "--time=4", "--engine=search", "m.lp")
-        self.assertRegex(shown, r"\r\x1b\[K[0-9.]+ s  best 90  iteration [0-9]+")
+        self.assert_shown(200, 4, r"\r\x1b\[K[0-9.]+ s  best 90  iteration [0-9]+", "--engine=search", "m.lp")
 
     def test_finds_stand_in_lines_of_their_own(self) -> None:
         self.write("o.opt", hard_objective())
-        shown, _, _ = self.on_terminal(80, "--time=3", "--engine=search", "--threads=1", "o.opt")
-        self.assertRegex(shown, r"\r\x1b\[KS [0-9.]+ s: objective [0-9]+\r\n")
+        self.assert_shown(80, 3, r"\r\x1b\[KS [0-9.]+ s: objective [0-9]+\r\n", "--engine=search", "--threads=1", "o.opt")
 
     def test_a_dumb_terminal_gets_lines(self) -> None:
         self.write("h.opt", hard())
@@ -106,8 +115,11 @@ class TerminalTest(SolveCase):
         self.write("o.opt", hard_objective())
         read, write = os.pipe()
         os.close(read)
-        done = subprocess.run([sys.executable, COMMAND, "--time=1", "--engine=search", "o.opt"], cwd=self.folder,
-                              stdout=subprocess.PIPE, stderr=write, timeout=harness.LIMIT, check=False, env=self.environment())
+        for seconds in harness.growing(1):
+            done = subprocess.run([sys.executable, COMMAND, "--time=%d" % seconds, "--engine=search", "o.opt"], cwd=self.folder,
+                                  stdout=subprocess.PIPE, stderr=write, timeout=2 * harness.LIMIT, check=False, env=self.environment())
+            if done.returncode != 12:
+                break
         os.close(write)
         self.assertEqual(done.returncode, 11)
 
@@ -131,8 +143,7 @@ class LineTest(unittest.TestCase):
 class HeaderTest(SolveCase):
     def header(self, text: str, form: str = "lp") -> list[str]:
         self.write("m." + form, text)
-        # Python alone takes a second to start on a machine that is busy.
-        return self.solve("--time=5", "--digits=1", "m." + form).err.splitlines()
+        return self.solve_in_time(5, lambda told: told.err.count("\n") > 1, "--digits=1", "m." + form).err.splitlines()
 
     def test_sizes_and_ranges(self) -> None:
         lines = self.header("max\n obj: x + 2 y\nst\n c: 3 x - 7/1 y <= 9\nbounds\n x <= 1\n y <= 5\ngeneral\n x y\nend\n"

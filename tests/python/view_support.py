@@ -17,7 +17,7 @@ from latbox.view import address
 from latbox.view.purse import Purse
 from latbox.view.server import Server
 
-LIMIT = 60.0
+LIMIT = float(harness.LIMIT)
 START = {"event": "start", "time": 0.0, "model": "five.lp", "sense": "max", "variables": 5, "rows": 1, "rank": 5, "kind": "general", "searches": 1,
          "threads": 1, "began": 1.7e9, "limit": None, "size": ["five.lp: 5 integer columns"], "warnings": ["it is none for lattices"],
          "options": [{"key": "beta", "value": 20, "default": 20, "least": 2, "most": 1000, "text": "vectors in a block", "from_when": "at once"}]}
@@ -40,16 +40,21 @@ class Script:
     def __init__(self) -> None:
         self._lines: list[bytes] = []
         self._more = True
+        self._held = threading.Lock()
 
     def tell(self, *events: object) -> None:
-        self._lines = self._lines + [event if isinstance(event, bytes) else json.dumps(event).encode() for event in events]
+        """They come in one turn, and once."""
+        lines = [event if isinstance(event, bytes) else json.dumps(event).encode() for event in events]
+        with self._held:
+            self._lines += lines
 
     def end(self) -> None:
         self._more = False
 
     def lines(self) -> tuple[list[bytes], bool]:
         more = self._more
-        found, self._lines = self._lines, []
+        with self._held:
+            found, self._lines = self._lines, []
         return found, more
 
 

@@ -6,7 +6,6 @@ and what would be right.
 
 from __future__ import annotations
 
-import os
 import re
 from collections.abc import Sequence
 from dataclasses import dataclass
@@ -15,6 +14,7 @@ from fractions import Fraction
 from ..errors import UsageError
 from ..models import FORMATS
 from ..solving.settings import ALL, AUTO, COMPLETE, LEAST_MEMORY, MOST_THREADS, SEARCH, Gap
+from ..tool import is_same_file
 from .parsing import HELP, Option, Parser, Wanted, take_between, take_choice, take_path, take_time, take_whole
 
 NUMBER = re.compile(r"[+-]?(?:[0-9]+(?:\.[0-9]*)?|\.[0-9]+)(?:[eE][+-]?[0-9]{1,4})?\Z", re.ASCII)
@@ -186,10 +186,3 @@ def require_own_files(options: Options) -> None:
             if path is not None and other is not None and is_same_file(path, other):
                 raise UsageError("--%s=%s: that is %s" % (name, path, what if what == "the model" else "the file of " + what))
         taken["--" + name] = path
-
-
-def is_same_file(a: str, b: str) -> bool:
-    """Devices and standard output take what comes from wherever."""
-    if "-" in (a, b) or any(os.path.exists(path) and not os.path.isfile(path) for path in (a, b)):
-        return False
-    return os.path.realpath(a) == os.path.realpath(b) or (os.path.exists(a) and os.path.exists(b) and os.path.samefile(a, b))

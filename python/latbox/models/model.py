@@ -13,7 +13,7 @@ from dataclasses import dataclass, field
 from fractions import Fraction
 from typing import KeysView, Union
 
-from ..errors import Place, ReadError
+from ..errors import ModelError, Place, ReadError
 
 INF = float("inf")
 Bound = Union[Fraction, float]  # a Fraction, INF or -INF
@@ -53,6 +53,16 @@ class Variable:
     def is_continuous(self) -> bool:
         """Whether it takes what no grid holds. One that is fixed takes its value, whatever that is."""
         return not self.integer and (self.semi or self.lower != self.upper)
+
+
+# How the command says that its user has to give digits.
+ASK_FOR_DIGITS = "--digits=N"
+
+
+def without_grid(variable: Variable) -> ModelError:
+    """A continuous variable that nobody has given digits."""
+    return ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with %s" % (variable.name, ASK_FOR_DIGITS),
+                      variable.place)
 
 
 @dataclass

@@ -32,6 +32,9 @@ SENSES = {word + end: word == "MAX" for word in ("MAX", "MIN") for end in ("", "
 SENSE_COMMENT = re.compile(r"\*\s*SENSE\s*:\s*(\w+)\s*\Z", re.IGNORECASE)
 VALUELESS_BOUNDS = ("FR", "MI", "PL", "BV")
 VALUE_BOUNDS = ("UP", "LO", "FX", "UI", "LI", "SC", "SI")
+# The types that say where a column begins, and where it ends.
+LOWER_BOUNDS = {"LO", "LI", "FX", "MI", "FR", "BV"}
+UPPER_BOUNDS = {"UP", "UI", "FX", "PL", "FR", "BV", "SC", "SI"}
 DATA_SECTIONS = ("ROWS", "COLUMNS", "RHS", "RANGES", "BOUNDS")
 LINES = {"free-mps": free_line, "fixed-mps": fixed_line}
 
@@ -268,11 +271,17 @@ class _Reader:
         kinds = self.bounded.setdefault(position, set())
         if kind in kinds:
             raise line.error("column %s has two bounds of type %s" % (name, kind), 0)
-        self.model.variables[position].place = line.place(at)
+        variable = self.model.variables[position]
+        variable.place = line.place(at)
+        before = variable.lower, variable.upper
         if kind in VALUELESS_BOUNDS:
             self.valueless_bound(position, kind)
         else:
             self.value_bound(position, kind, kinds, self.bound(line, value), line)
+        for types, old, new in zip((LOWER_BOUNDS, UPPER_BOUNDS), before, (variable.lower, variable.upper)):
+            if kind in types and kinds & types and old != new:
+                self.model.note("%s has a bound of type %s behind one of type %s: the last one counts" %
+                                (name, kind, sorted(kinds & types)[0]), line.place())
         kinds.add(kind)
 
     def bound(self, line: Line, k: int | None) -> Bound:

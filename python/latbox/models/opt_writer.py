@@ -22,7 +22,7 @@ from typing import Iterable
 
 from ..errors import ModelError
 from . import name_map
-from .model import INF, Bound, Model, Row, Variable, finite
+from .model import INF, Bound, Model, Row, Variable, finite, without_grid
 from .tied import with_tied_on_grids
 
 # Passes over the rows in search of missing bounds. Each bound is found at most once, so this only caps the time.
@@ -208,8 +208,7 @@ def _grid(variable: Variable, digits: int | None) -> int:
     if variable.lower == variable.upper:
         return 0
     if digits is None:
-        raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" %
-                      variable.name, variable.place)
+        raise without_grid(variable)
     return digits
 
 

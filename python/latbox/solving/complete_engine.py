@@ -59,13 +59,13 @@ class CompleteEngine:
         self.progress = Progress()
         self.least: Fraction | None = None  # no target norm is below it: proven
         self.verdict: tuple[str, str] | None = None  # (word, rest), None while it works
+        self.told: tuple[str, str] | None = None  # the same, before its proof is written
         self.open_columns: list[int] | None = None  # it cannot begin: these columns need bounds; told once, then []
         # A proof lies beside the program that it speaks of.
         self._program = os.path.join(os.path.dirname(task.proof) if task.proof else folder, "program.opt")
         self._best = os.path.join(folder, "known.sol")
         self._program_has_targets = bool(program.targets)
         self._task = task
-        self._told: tuple[str, str] | None = None
         with open(self._program, "w", encoding="utf-8", errors="surrogateescape") as file:
             file.write(program.text(notes))
         out = os.path.join(folder, "points.all")
@@ -95,10 +95,12 @@ class CompleteEngine:
         for line in out:
             match = VERDICT.match(line)
             if match:
-                self._told = (match[1], match[2])
+                self.told = (match[1], match[2])
+                if match[1] == "optimum":
+                    self.least = exact.number(match[2].split()[0])
         # Its proof is whole once the process has ended.
         if ended is not None or not self._task.proof:
-            self.verdict = self._told
+            self.verdict = self.told
         if ended is not None and not self.is_over:
             self._take_end(ended)
         return found
@@ -139,6 +141,11 @@ class CompleteEngine:
     @property
     def is_over(self) -> bool:
         return self.verdict is not None or self.open_columns is not None
+
+    @property
+    def is_proving(self) -> bool:
+        """It has told its verdict, and is writing the proof, which may take far longer."""
+        return self.told is not None and self.verdict is None
 
     @property
     def has_proven(self) -> bool:

@@ -128,6 +128,7 @@ class Portfolio:
         self._end_pause()
         if status in (None, statuses.INTERRUPTED):
             yield from self._last_points()
+            status = self._told_without_proof() or status
         yield self._end(status or self._open_status())
 
     def _stated(self) -> Statement:
@@ -211,6 +212,8 @@ class Portfolio:
                     yield from self._hear(engine)
             self._hear_of_rays()
             yield from self._take_bound()
+            if self._complete is not None and self._complete.is_proving:
+                self._searches.drop_all()
             self._renew_searches()
             for key, value in self._searches.settings():
                 yield Setting(key, value, self.seconds())
@@ -435,6 +438,13 @@ class Portfolio:
             for values in self._complete.end(patience):
                 yield from self._take(values, self._complete.letter)
 
+    def _told_without_proof(self) -> str | None:
+        """The status, where the complete engine had nothing left to do but its proof."""
+        if self._complete is None or not self._complete.is_proving or self._complete.told is None:
+            return None
+        answer = self._inquiry.heard(*self._complete.told)
+        return answer if isinstance(answer, str) else None
+
     def _open_status(self) -> str:
         return statuses.FEASIBLE if self._finds.best is not None else statuses.UNKNOWN
 
@@ -463,6 +473,8 @@ class Portfolio:
                    len(points), self.seconds(), ray, self._notes)
 
     def _why_no_proof(self, status: str) -> str:
+        if self._complete is not None and self._complete.is_proving:
+            return proof.UNFINISHED
         if status == statuses.OPTIMAL and not self.has_objective:
             return proof.SPEAKS
         if status == statuses.UNBOUNDED:

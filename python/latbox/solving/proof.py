@@ -16,6 +16,7 @@ PROGRAM, PROOF = "program.opt", "program.proof"
 # Why there may be none.
 SPEAKS, RAY = "the point speaks for itself", "point and ray speak for themselves"
 NOTHING, OPEN = "nothing had to be searched", "the complete search has not come to its end"
+UNFINISHED = "it was not finished when the run ended"
 
 
 def folder(path: str) -> str:

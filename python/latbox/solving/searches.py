@@ -97,6 +97,11 @@ class Searches:
         engine.stop()
         self.engines.remove(engine)
 
+    def drop_all(self) -> None:
+        """There is nothing left to find."""
+        for engine in self.engines[:]:
+            self.drop(engine)
+
     def set(self, key: str, value: int) -> None:
         """An option of steering.py, for all of them."""
         self._set[key] = value

@@ -17,7 +17,7 @@ from fractions import Fraction
 from math import ceil, floor
 
 from ..errors import ModelError
-from ..models.model import INF, Bound, Model, Variable
+from ..models.model import INF, Bound, Model, Variable, without_grid
 from .program import Column, Condition, Number, Program, Target, Terms, number_text
 
 Point = list[Fraction]
@@ -172,8 +172,7 @@ class Statement:
 def require_grid(variable: Variable, digits: int | None) -> None:
     """Throws ModelError for a continuous variable that nobody has given digits."""
     if variable.is_continuous and not variable.digits and digits is None:
-        raise ModelError("variable %s is continuous: declare it integer, or ask for a decimal grid with --digits=N" % variable.name,
-                         variable.place)
+        raise without_grid(variable)
 
 
 def grid_text(model: Model, digits: int | None) -> str:
