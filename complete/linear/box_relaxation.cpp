@@ -11,6 +11,8 @@ namespace latbox::complete {
 namespace {
 
 constexpr std::size_t NOWHERE = std::numeric_limits<std::size_t>::max();
+// Runs of the simplex method for one box; who needs more is going in circles.
+constexpr int MOST_PARTS = 40;
 // How much is drawn for each variable beside the goal.
 constexpr double SLANT = 1e-3;
 
@@ -115,22 +117,28 @@ void BoxRelaxation::place(const std::vector<WordRange>& box) {
 }
 
 // What rounding has spoilt is tried once more without it.
-BoxRelaxation::Outcome BoxRelaxation::run(const std::vector<WordRange>& box) {
+BoxRelaxation::Outcome BoxRelaxation::run(const std::vector<WordRange>& box,
+                                          const std::function<bool()>& isOver) {
   place(box);
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    switch (relaxation_.run(zeros_, box_, -std::numeric_limits<double>::infinity())) {
-      case Relaxation::Outcome::BOUND:
-        takeValues();
-        return Outcome::POINT;
-      case Relaxation::Outcome::EMPTY:
-        if (isProvenEmpty(box)) return Outcome::EMPTY;
-        break;
-      case Relaxation::Outcome::FAILED:
-        break;
+  for (int attempt = 0; attempt < 2 && !isOver(); ++attempt) {
+    const Relaxation::Outcome outcome = runToEnd(isOver);
+    if (outcome == Relaxation::Outcome::BOUND && relaxation_.hasEnded()) {
+      takeValues();
+      return Outcome::POINT;
     }
+    if (outcome == Relaxation::Outcome::EMPTY && isProvenEmpty(box)) return Outcome::EMPTY;
     relaxation_.refresh();
   }
   return Outcome::UNDECIDED;
+}
+
+Relaxation::Outcome BoxRelaxation::runToEnd(const std::function<bool()>& isOver) {
+  auto outcome = Relaxation::Outcome::BOUND;
+  for (int part = 0; part < MOST_PARTS; ++part) {
+    outcome = relaxation_.run(zeros_, box_, -std::numeric_limits<double>::infinity());
+    if (outcome != Relaxation::Outcome::BOUND || relaxation_.hasEnded() || isOver()) break;
+  }
+  return outcome;
 }
 
 void BoxRelaxation::takeValues() {

@@ -6,6 +6,8 @@
 // (Neumaier, Shcherbina, Safe bounds in linear and mixed-integer linear programming, 2004).
 #pragma once
 
+#include <functional>
+
 #include "complete/linear/relaxation.h"
 #include "complete/linear/word_program.h"
 
@@ -24,8 +26,9 @@ class BoxRelaxation {
     EMPTY,
     UNDECIDED
   };
-  // Requires a part of the program's box.
-  Outcome run(const std::vector<WordRange>& box);
+  // Requires a part of the program's box. Undecided, too, when `isOver`, which is asked after some hundred
+  // steps.
+  Outcome run(const std::vector<WordRange>& box, const std::function<bool()>& isOver);
 
   // Of the last POINT, by variables.
   const std::vector<double>& values() const { return values_; }
@@ -47,6 +50,7 @@ class BoxRelaxation {
   std::vector<double> slanted(const std::vector<double>& goal, unsigned seed) const;
   double scaled(std::int64_t value, std::size_t coordinate) const;
   void place(const std::vector<WordRange>& box);
+  Relaxation::Outcome runToEnd(const std::function<bool()>& isOver);
   bool isProvenEmpty(const std::vector<WordRange>& box);
   void takeValues();
   double lossOf(std::size_t variable, double distance, double direction) const;

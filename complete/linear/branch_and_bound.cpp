@@ -8,15 +8,9 @@ namespace {
 
 // A value this near to a whole one may be it.
 constexpr double WHOLE = 1e-6;
-// Numbers of a dictionary, and operations that a node may take: about a second.
+// Numbers of a dictionary: steps of milliseconds.
 constexpr std::size_t MOST_ENTRIES = 2'000'000;
-constexpr double MOST_OPERATIONS = 2e9;
 constexpr int ROUNDS = 5;
-
-bool isSmall(const WordProgram& program) {
-  const auto entries = static_cast<double>(BoxRelaxation::sizeOf(program));
-  return entries <= MOST_ENTRIES && 2 * entries * static_cast<double>(program.box.size()) <= MOST_OPERATIONS;
-}
 
 // False: no point, by proof.
 bool narrow(WordProgram& program) {
@@ -34,10 +28,13 @@ bool narrow(WordProgram& program) {
 BranchAndBound::Search::Search(WordProgram words, const std::vector<double>& goal, unsigned seed)
     : program(std::move(words)), domains(program), relaxation(program, goal, seed) {}
 
+bool BranchAndBound::isPossible(const IntegerProgram& program) {
+  const std::optional<WordProgram> words = wordProgramOf(program);
+  return words && BoxRelaxation::sizeOf(*words) <= MOST_ENTRIES;
+}
+
 BranchAndBound::BranchAndBound(const IntegerProgram& program, const IntegerVector& goal, unsigned seed) {
   std::optional<WordProgram> words = wordProgramOf(program);
-  if (!words || !isSmall(*words)) return;
-  isPossible_ = true;
   if (!narrow(*words)) return;
   std::vector<double> direction;
   for (const Integer& count : goal) direction.push_back(count.get_d());
@@ -46,12 +43,13 @@ BranchAndBound::BranchAndBound(const IntegerProgram& program, const IntegerVecto
 }
 
 BranchAndBound::End BranchAndBound::run(const Visit& visit, unsigned long effort,
-                                        const std::function<bool()>& isOver) {
+                                        const std::function<bool()>& isOver,
+                                        std::atomic<unsigned long>& nodes) {
   bool isOpen = search_.has_value();
   while (isOpen) {
     if (work() > effort || isOver()) return End::GIVEN_UP;
-    ++nodes_;
-    const std::optional<Split> split = look(visit);
+    ++nodes;
+    const std::optional<Split> split = look(visit, isOver);
     if (isStopped_) return End::STOPPED;
     if (split) descend(*split);
     isOpen = split || takeOther();
@@ -60,9 +58,10 @@ BranchAndBound::End BranchAndBound::run(const Visit& visit, unsigned long effort
 }
 
 // Nothing: all points of this box were visited.
-std::optional<BranchAndBound::Split> BranchAndBound::look(const Visit& visit) {
+std::optional<BranchAndBound::Split> BranchAndBound::look(const Visit& visit,
+                                                          const std::function<bool()>& isOver) {
   if (!search_->domains.propagate()) return std::nullopt;
-  const BoxRelaxation::Outcome outcome = search_->relaxation.run(search_->domains.box());
+  const BoxRelaxation::Outcome outcome = search_->relaxation.run(search_->domains.box(), isOver);
   if (outcome == BoxRelaxation::Outcome::EMPTY) return std::nullopt;
   const bool hasPoint = outcome == BoxRelaxation::Outcome::POINT;
   if (hasPoint)

@@ -15,6 +15,7 @@
 // effort, so that all repeats.
 #pragma once
 
+#include <atomic>
 #include <functional>
 
 #include "complete/linear/box_relaxation.h"
@@ -24,14 +25,14 @@ namespace latbox::complete {
 
 class BranchAndBound {
  public:
+  // Whether the numbers fit into words, and the dictionary into some memory.
+  static bool isPossible(const IntegerProgram& program);
+
   // Points with little of the goal are looked for first, a form of the variables; another seed goes another
-  // way.
+  // way. Requires isPossible.
   BranchAndBound(const IntegerProgram& program, const IntegerVector& goal, unsigned seed);
   BranchAndBound(const BranchAndBound&) = delete;
   BranchAndBound& operator=(const BranchAndBound&) = delete;
-
-  // Whether the numbers fit into words, and a node into a second.
-  bool isPossible() const { return isPossible_; }
 
   enum class End {
     // All points were visited.
@@ -42,11 +43,10 @@ class BranchAndBound {
   };
   // Is given all variables of a point, and says whether to go on.
   using Visit = std::function<bool(const IntegerVector& z)>;
-  // Calls `visit` for each point, for some more than once. Gives up after so many operations, roughly, or
-  // when `isOver`, which is asked at each node. Requires isPossible; once.
-  End run(const Visit& visit, unsigned long effort, const std::function<bool()>& isOver);
-
-  unsigned long nodes() const { return nodes_; }
+  // Calls `visit` for each point, for some more than once, and counts nodes up. Gives up after so many
+  // operations, roughly, or when `isOver`, which is asked now and then. Once.
+  End run(const Visit& visit, unsigned long effort, const std::function<bool()>& isOver,
+          std::atomic<unsigned long>& nodes);
 
  private:
   struct Search {
@@ -69,7 +69,7 @@ class BranchAndBound {
     WordRange range;
   };
 
-  std::optional<Split> look(const Visit& visit);
+  std::optional<Split> look(const Visit& visit, const std::function<bool()>& isOver);
   std::optional<Split> splitAtPoint() const;
   std::optional<Split> splitBeside() const;
   void takeNearest(bool hasPoint);
@@ -78,14 +78,12 @@ class BranchAndBound {
   bool takeOther();
   unsigned long work() const;
 
-  bool isPossible_ = false;
   // Nothing: the program has no point.
   std::optional<Search> search_;
   std::vector<Other> others_;
   // A whole point of the present box, as ranges of one value.
   std::vector<WordRange> nearest_;
   bool isStopped_ = false;
-  unsigned long nodes_ = 0;
 };
 
 }  // namespace latbox::complete

@@ -15,6 +15,8 @@ constexpr double TOLERANCE = 1e-9;
 constexpr double SMALLEST_PIVOT = 1e-7;
 // Steps between two dictionaries made from the basis itself.
 constexpr unsigned LONGEST_CHAIN = 1000;
+// Of a run without a basis: less than a second for the largest dictionaries.
+constexpr std::size_t FEW_STEPS = 100;
 
 }  // namespace
 
@@ -22,6 +24,7 @@ Relaxation::Relaxation(const std::vector<std::vector<double>>& basis, Dictionary
     : basis_(&basis),
       dictionary_(std::move(dictionary)),
       sign_(sign),
+      mostSteps_(2 * dictionary_.columns.size() + 20),
       atHigh_(dictionary_.columns.size()),
       displacements_(dictionary_.stride),
       values_(dictionary_.rows.size() + 1) {
@@ -33,6 +36,7 @@ Relaxation::Relaxation(const std::vector<std::vector<double>>& basis, Dictionary
 Relaxation::Relaxation(Dictionary dictionary) : Relaxation({}, dictionary, 1) {
   basis_ = nullptr;
   origin_ = std::move(dictionary);
+  mostSteps_ = FEW_STEPS;
 }
 
 bool Relaxation::makeDictionary() {
@@ -181,11 +185,11 @@ Relaxation::Outcome Relaxation::run(const std::vector<double>& partial, const Re
   if ((isStale_ || steps_ > LONGEST_CHAIN) && !makeDictionary()) return Outcome::FAILED;
   placeColumns(partial, box);
   evaluate();
-  const std::size_t mostSteps = 2 * atHigh_.size() + 20;
-  for (std::size_t steps = 0; steps < mostSteps && values_.back() >= enough; ++steps) {
+  hasEnded_ = false;
+  for (std::size_t steps = 0; steps < mostSteps_ && !hasEnded_ && values_.back() >= enough; ++steps) {
     const Step taken = step(partial, box);
     if (taken == Step::EMPTY) return Outcome::EMPTY;
-    if (taken == Step::DONE) break;
+    hasEnded_ = taken == Step::DONE;
   }
   isChanged_ = isUntold_;
   isUntold_ = false;

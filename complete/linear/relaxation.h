@@ -39,7 +39,7 @@ class Relaxation {
  public:
   // Maximises the objective of the dictionary, sign * lambda_t for t + 1 columns. The basis outlives this.
   Relaxation(const std::vector<std::vector<double>>& basis, Dictionary dictionary, int sign);
-  // Without a basis: rid of its rounding it is as it was at first.
+  // Without a basis: rid of its rounding it is as it was at first. Its runs are short.
   explicit Relaxation(Dictionary dictionary);
 
   enum class Outcome {
@@ -50,12 +50,15 @@ class Relaxation {
     // The basis does not bring the dictionary again whose columns it had.
     FAILED
   };
-  // For p = partial. Ends early when the bound is below `enough`.
+  // For p = partial. Ends early when the bound is below `enough`, and after some steps; the next run goes on
+  // from there.
   Outcome run(const std::vector<double>& partial, const RealBox& box, double enough);
+  // Whether the last BOUND is the best one.
+  bool hasEnded() const { return hasEnded_; }
 
   // What the last run found; up to rounding.
   const SparseVector& weights() const { return weights_; }
-  // After a BOUND that came to its end: u - p where the objective is greatest, by coordinates.
+  // After a BOUND that has ended: u - p where the objective is greatest, by coordinates.
   void takePoint(std::vector<double>& moves) const;
   // There, at least what the objective loses for each unit that row r moves in the direction; infinite if it
   // cannot move.
@@ -95,6 +98,7 @@ class Relaxation {
   std::optional<Dictionary> origin_;
   Dictionary dictionary_;
   int sign_;
+  std::size_t mostSteps_;
   // Of the columns: at which end they are, and u_j - p_j there.
   std::vector<char> atHigh_;
   std::vector<double> displacements_;
@@ -107,6 +111,7 @@ class Relaxation {
   // Whether the dictionary is another one than at the last BOUND, and whether it was so in the last run.
   bool isUntold_ = true;
   bool isChanged_ = false;
+  bool hasEnded_ = false;
   unsigned steps_ = 0;
   unsigned long work_ = 0;
 };

@@ -69,19 +69,15 @@ bool searchByBranching(Journal& journal, const std::string& key, const IntegerPr
   control.done = -1;
   Watched watched(visitor);
   const auto visit = [&](const IntegerVector& z) { return watched.visit(z) == Next::GO_ON; };
-  // Asked once for each node.
-  const auto isOver = [&] {
-    ++control.nodes;
-    return control.isOver();
-  };
+  const auto isOver = [&] { return control.isOver(); };
+  if (!BranchAndBound::isPossible(program)) return false;
   bool isComplete = false;
   for (unsigned round = 0; round < ROUNDS && !isComplete && !watched.hasEnough() && !control.isOver();
        ++round) {
-    BranchAndBound search(program, goal, round + 1);
-    if (!search.isPossible()) return false;
     const unsigned long part = effort >> (ROUNDS - round);
     const auto make = [&](unsigned long, const std::function<void(unsigned long)>&) {
-      return search.run(visit, part, isOver) == BranchAndBound::End::COMPLETE;
+      BranchAndBound search(program, goal, round + 1);
+      return search.run(visit, part, isOver, control.nodes) == BranchAndBound::End::COMPLETE;
     };
     const std::string name = " branch and bound " + std::to_string(part) + " " + std::to_string(round);
     isComplete = journal.makeParts(digestOf(key + name), make, watched);

@@ -446,6 +446,7 @@ class Solver {
   Outcome tellCanonical(const Best& best, IntegerProgram bests) {
     closeBests(bests);
     Canonical canonical(program_, best.norms);
+    // Nor on how often long branchings have failed on that way.
     failures_ = 0;
     const unsigned threads = std::exchange(control_.threads, 1u);
     findInGrowingBoxes(bests, canonical);

@@ -13,6 +13,10 @@ using testing::rowOf;
 
 constexpr double TOLERANCE = 1e-6;
 
+bool never() {
+  return false;
+}
+
 IntegerProgram partOf(IntegerProgram program, const std::vector<WordRange>& box) {
   for (std::size_t j = 0; j < box.size(); ++j) program.box[j] = rangeOf(box[j].low, box[j].high);
   return program;
@@ -81,7 +85,7 @@ TEST(BoxRelaxation, AgreesWithTheExactOneInAllPartsOfTheBox) {
     for (int k = 0; k < 10; ++k) {
       const auto box = instance.part(programs);
       const bool isEmpty = isRationallyEmpty(partOf(instance.program, box));
-      switch (relaxation.run(box)) {
+      switch (relaxation.run(box, never)) {
         case BoxRelaxation::Outcome::EMPTY:
           EXPECT_TRUE(isEmpty);
           ++empty;
@@ -116,7 +120,7 @@ TEST(BoxRelaxation, StaysRightThroughThousandsOfParts) {
   BoxRelaxation relaxation(instance->words, instance->goal, 1);
   for (int k = 0; k < 3000; ++k) {
     const auto box = instance->part(programs);
-    const auto outcome = relaxation.run(box);
+    const auto outcome = relaxation.run(box, never);
     const bool isEmpty = isRationallyEmpty(partOf(instance->program, box));
     EXPECT_EQ(outcome, isEmpty ? BoxRelaxation::Outcome::EMPTY : BoxRelaxation::Outcome::POINT);
   }
@@ -130,7 +134,7 @@ TEST(BoxRelaxation, AnInfiniteLossIsAnEmptyHalf) {
   for (int i = 0; i < 2000; ++i) {
     const Instance instance(programs);
     BoxRelaxation relaxation(instance.words, instance.goal, 1);
-    if (relaxation.run(instance.words.box) != BoxRelaxation::Outcome::POINT) continue;
+    if (relaxation.run(instance.words.box, never) != BoxRelaxation::Outcome::POINT) continue;
     for (std::size_t j = 0; j < instance.goal.size(); ++j) {
       const double value = relaxation.values()[j];
       if (std::fabs(value - std::round(value)) < 1e-4) continue;
@@ -154,17 +158,45 @@ TEST(BoxRelaxation, AContradictionOfDoublesIsUndecided) {
   const auto words = wordProgramOf({{rangeOf(0, 40), rangeOf(0, 40), rangeOf(0, 25), rangeOf(0, 25)},
                                     {rowOf({100'000'000, -100'000'000, 1, 1}, 25, 25)}});
   BoxRelaxation relaxation(*words, {0, 0, 1, 1}, 1);
-  EXPECT_EQ(relaxation.run({{7, 7}, {7, 7}, {0, 25}, {0, 25}}), BoxRelaxation::Outcome::UNDECIDED);
+  EXPECT_EQ(relaxation.run({{7, 7}, {7, 7}, {0, 25}, {0, 25}}, never), BoxRelaxation::Outcome::UNDECIDED);
+}
+
+TEST(BoxRelaxation, IsUndecidedWhenItIsToEnd) {
+  const auto words = wordProgramOf({{rangeOf(0, 3), rangeOf(0, 3)}, {rowOf({1, 1}, 3, 3)}});
+  BoxRelaxation relaxation(*words, {1, 1}, 1);
+  EXPECT_EQ(relaxation.run(words->box, [] { return true; }), BoxRelaxation::Outcome::UNDECIDED);
+  EXPECT_EQ(relaxation.run(words->box, never), BoxRelaxation::Outcome::POINT);
+}
+
+// 30 by 30: more steps than one run of the simplex method has.
+TEST(BoxRelaxation, BringsAnAssignmentToItsEnd) {
+  constexpr std::size_t SIZE = 30;
+  IntegerProgram program;
+  program.box.assign(SIZE * SIZE, rangeOf(0, 1));
+  for (std::size_t i = 0; i < 2 * SIZE; ++i) {
+    Row row;
+    row.range = rangeOf(1, 1);
+    for (std::size_t j = 0; j < SIZE * SIZE; ++j)
+      row.a.emplace_back((i < SIZE ? j / SIZE == i : j % SIZE == i - SIZE) ? 1 : 0);
+    program.rows.push_back(row);
+  }
+  std::vector<double> goal;
+  for (std::size_t j = 0; j < SIZE * SIZE; ++j) goal.push_back(static_cast<double>(j * j % 101));
+  const auto words = wordProgramOf(program);
+  BoxRelaxation relaxation(*words, goal, 1);
+  ASSERT_EQ(relaxation.run(words->box, never), BoxRelaxation::Outcome::POINT);
+  // The vertices are whole.
+  for (const double value : relaxation.values()) EXPECT_NEAR(value, std::round(value), TOLERANCE);
 }
 
 TEST(BoxRelaxation, WithoutVariablesOrRows) {
   const auto fixed = wordProgramOf({{rangeOf(3, 3)}, {rowOf({2}, 6, 6)}});
   BoxRelaxation none(*fixed, {1}, 1);
-  ASSERT_EQ(none.run(fixed->box), BoxRelaxation::Outcome::POINT);
+  ASSERT_EQ(none.run(fixed->box, never), BoxRelaxation::Outcome::POINT);
   EXPECT_EQ(none.values()[0], 3);
   const auto free = wordProgramOf({{rangeOf(-2, 5)}, {}});
   BoxRelaxation rowless(*free, {-1}, 1);
-  ASSERT_EQ(rowless.run(free->box), BoxRelaxation::Outcome::POINT);
+  ASSERT_EQ(rowless.run(free->box, never), BoxRelaxation::Outcome::POINT);
   EXPECT_EQ(rowless.values()[0], 5);
 }
 
@@ -174,7 +206,7 @@ TEST(BoxRelaxation, SeedsBringOtherPoints) {
   std::set<double> values;
   for (unsigned seed = 1; seed <= 20; ++seed) {
     BoxRelaxation relaxation(*words, {1, 1}, seed);
-    ASSERT_EQ(relaxation.run(words->box), BoxRelaxation::Outcome::POINT);
+    ASSERT_EQ(relaxation.run(words->box, never), BoxRelaxation::Outcome::POINT);
     values.insert(relaxation.values()[0]);
   }
   EXPECT_EQ(values, (std::set<double>{0, 3}));

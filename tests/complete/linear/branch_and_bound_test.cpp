@@ -1,5 +1,7 @@
 #include "complete/linear/branch_and_bound.h"
 
+#include <atomic>
+
 #include "complete/program/presolve.h"
 #include "small_programs.h"
 
@@ -19,17 +21,18 @@ bool never() {
 // Those it shows, all if nothing ends it.
 struct Shown {
   Shown(const IntegerProgram& program, const IntegerVector& goal, unsigned seed, std::size_t most = 0) {
+    EXPECT_TRUE(BranchAndBound::isPossible(program));
     BranchAndBound search(program, goal, seed);
-    EXPECT_TRUE(search.isPossible());
     const auto visit = [&](const IntegerVector& z) {
       if (points.insert(z).second) order.push_back(z);
       return most == 0 || points.size() < most;
     };
-    end = search.run(visit, ENOUGH, never);
+    end = search.run(visit, ENOUGH, never, nodes);
   }
 
   std::set<IntegerVector> points;
   std::vector<IntegerVector> order;
+  std::atomic<unsigned long> nodes = 0;
   End end;
 };
 
@@ -129,30 +132,33 @@ TEST(BranchAndBound, GivesUpAfterItsEffortOrWhenAsked) {
   row.a.emplace_back(1);
   program.rows.push_back(row);
   const auto all = [](const IntegerVector&) { return true; };
+  std::atomic<unsigned long> nodes = 0;
   BranchAndBound small(program, {}, 1);
-  EXPECT_EQ(small.run(all, 100'000, never), End::GIVEN_UP);
-  EXPECT_GT(small.nodes(), 1u);
+  EXPECT_EQ(small.run(all, 100'000, never, nodes), End::GIVEN_UP);
+  EXPECT_GT(nodes, 1u);
+  nodes = 0;
   BranchAndBound stopped(program, {}, 1);
-  int asked = 0;
-  EXPECT_EQ(stopped.run(all, ENOUGH, [&] { return ++asked == 10; }), End::GIVEN_UP);
-  EXPECT_EQ(stopped.nodes(), 9u);
+  EXPECT_EQ(stopped.run(
+                all, ENOUGH, [&] { return nodes == 9; }, nodes),
+            End::GIVEN_UP);
+  EXPECT_EQ(nodes, 9u);
 }
 
 TEST(BranchAndBound, IsNotPossibleForLongNumbersAndLargeDictionaries) {
   IntegerProgram program{{rangeOf(0, 1)}, {rowOf({1}, 0, std::nullopt)}};
-  EXPECT_TRUE(BranchAndBound(program, {}, 1).isPossible());
+  EXPECT_TRUE(BranchAndBound::isPossible(program));
   program.rows[0].a[0] = powerOfTen(20);
-  EXPECT_FALSE(BranchAndBound(program, {}, 1).isPossible());
+  EXPECT_FALSE(BranchAndBound::isPossible(program));
   program.rows[0].a[0] = 1;
   program.box[0].high.reset();
-  EXPECT_FALSE(BranchAndBound(program, {}, 1).isPossible());
+  EXPECT_FALSE(BranchAndBound::isPossible(program));
   IntegerProgram large;
   large.box.assign(2000, rangeOf(0, 1));
   Row row;
   row.a.assign(2000, 1);
   row.range = rangeOf(1, 2);
   large.rows.assign(1000, row);
-  EXPECT_FALSE(BranchAndBound(large, {}, 1).isPossible());
+  EXPECT_FALSE(BranchAndBound::isPossible(large));
 }
 
 TEST(BranchAndBound, AContradictionOfThePresolveIsNoPoint) {
