@@ -18,12 +18,8 @@ Domains::Domains(const WordProgram& program)
   for (std::size_t i = 0; i < program.rows.size(); ++i) {
     for (const WordRow::Term& term : program.rows[i].terms) rowsOf_[term.variable].push_back(i);
     mostWork_ += MOST_VISITS * program.rows[i].terms.size();
+    touch(i);
   }
-  touchAll();
-}
-
-void Domains::touchAll() {
-  for (std::size_t i = 0; i < program_.rows.size(); ++i) touch(i);
 }
 
 void Domains::touch(std::size_t row) {

@@ -22,8 +22,6 @@ class Domains {
 
   // Requires a part of the variable's range.
   void narrow(std::size_t variable, const WordRange& range);
-  // All rows are looked at next time.
-  void touchAll();
   // What the rows say of what was narrowed. False: no point is left, by proof, and until goBack() all else
   // here means nothing.
   bool propagate();

@@ -52,7 +52,7 @@ class Watched : public Visitor {
 
 }  // namespace
 
-// By measure of LLL and of the tables of the search: long rows cost more than their number.
+// By measure of LLL and of the tables of a search, in which the coordinates count as much as the rank.
 unsigned long effortOfReduction(const IntegerProgram& program) {
   const Size size = sizeOf(program);
   return effortOf(std::pow(size.variables * size.coordinates, 2));

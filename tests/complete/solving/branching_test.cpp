@@ -1,10 +1,11 @@
 #include "complete/solving/branching.h"
 
-#include "support.h"
+#include "journal_run.h"
 
 namespace latbox::complete {
 namespace {
 
+using testing::Finder;
 using testing::rangeOf;
 
 // Twelve variables from 0 to 3 with this sum.
@@ -26,30 +27,8 @@ IntegerProgram parity() {
   return program;
 }
 
-// Has enough with one point.
-class Finder : public Visitor {
- public:
-  Next visit(const IntegerVector& z) override {
-    point = z;
-    ++visits;
-    return Next::STOP;
-  }
-  std::optional<IntegerVector> held() const override { return point; }
-
-  std::optional<IntegerVector> point;
-  int visits = 0;
-};
-
-struct TestRun {
-  explicit TestRun(const Checkpoint& past = {}) : journal(control, keeping(), past) {}
-
-  Journal::Keeping keeping() {
-    return {[this](Checkpoint checkpoint) {
-              checkpoint.identity = "program";
-              saved = parseCheckpoint(textOf(checkpoint));
-            },
-            [] { return FileState(); }, [](const FileState&) {}, [] {}};
-  }
+struct TestRun : testing::JournalRun {
+  using JournalRun::JournalRun;
 
   bool search(const IntegerProgram& program, Visitor& visitor, unsigned long effort) {
     const bool complete =
@@ -57,10 +36,6 @@ struct TestRun {
     journal.save();
     return complete;
   }
-
-  SearchControl control;
-  Journal journal;
-  std::optional<Checkpoint> saved;
 };
 
 constexpr unsigned long ENOUGH = 100'000'000;
@@ -85,7 +60,7 @@ TEST(Branching, LeavesOpenWhatTakesMoreThanItsEffort) {
   Finder finder;
   EXPECT_FALSE(run.search(parity(), finder, 1'000'000));
   EXPECT_FALSE(finder.point);
-  EXPECT_EQ(run.saved->searches.size(), 4u);
+  EXPECT_EQ(run.saved.searches.size(), 4u);
 }
 
 // Has never enough.
@@ -104,7 +79,7 @@ TEST(Branching, GoesOnBehindPointsThatAreNotEnough) {
   Counter counter;
   EXPECT_FALSE(run.search(programOf(17), counter, 1'000'000));
   EXPECT_GT(counter.visits, 10);
-  EXPECT_EQ(run.saved->searches.size(), 4u);
+  EXPECT_EQ(run.saved.searches.size(), 4u);
 }
 
 TEST(Branching, DoesNotTellTheShareOfTheSearchBefore) {
@@ -129,7 +104,7 @@ TEST(Branching, AStopIsNoAnswer) {
   run.control.stop = true;
   Finder finder;
   EXPECT_FALSE(run.search(programOf(37), finder, ENOUGH));
-  EXPECT_TRUE(run.saved->searches.empty());
+  EXPECT_TRUE(run.saved.searches.empty());
   run.control.stop = false;
   run.control.known = true;
   EXPECT_FALSE(run.search(programOf(37), finder, ENOUGH));
@@ -143,7 +118,7 @@ TEST(Branching, IsTakenFromTheJournal) {
   first.search(programOf(17), finder, ENOUGH);
   Finder none;
   ASSERT_TRUE(first.search(programOf(37), none, ENOUGH));
-  TestRun second(*first.saved);
+  TestRun second(first.saved);
   Finder again;
   EXPECT_FALSE(second.search(parity(), again, 1'000'000));
   EXPECT_FALSE(again.point);

@@ -1,10 +1,11 @@
 #include "complete/solving/journal.h"
 
-#include "support.h"
+#include "journal_run.h"
 
 namespace latbox::complete {
 namespace {
 
+using testing::Finder;
 using testing::rangeOf;
 
 // sum = value within 0..3, six variables.
@@ -31,36 +32,8 @@ class Lister : public Visitor {
   std::size_t most = 0;
 };
 
-// Has enough with one point.
-class Finder : public Visitor {
- public:
-  Next visit(const IntegerVector& z) override {
-    point = z;
-    ++visits;
-    return Next::STOP;
-  }
-  std::optional<IntegerVector> held() const override { return point; }
-
-  std::optional<IntegerVector> point;
-  int visits = 0;
-};
-
-// A run of a journal, and what it has asked of its keeper. A checkpoint is read from its text.
-struct TestRun {
-  explicit TestRun(const Checkpoint& past = {}) : journal(control, keeping(), past) {}
-
-  Journal::Keeping keeping() {
-    return {[this](Checkpoint checkpoint) {
-              checkpoint.identity = "program";
-              saved = parseCheckpoint(textOf(checkpoint));
-            },
-            [this] { return file; },
-            [this](const FileState& state) {
-              file = state;
-              ++rewinds;
-            },
-            [this] { ++lives; }};
-  }
+struct TestRun : testing::JournalRun {
+  using JournalRun::JournalRun;
 
   std::optional<bool> search(long sum, Visitor& visitor, unsigned long trial = 0) {
     SearchSettings settings;
@@ -75,13 +48,7 @@ struct TestRun {
     return journal.searchThrough(keyOf(program), prepare, visitor, settings);
   }
 
-  SearchControl control;
-  FileState file;
-  Checkpoint saved;
-  int rewinds = 0;
-  int lives = 0;
   int prepared = 0;
-  Journal journal;
 };
 
 std::size_t pointsOf(long sum) {

@@ -6,7 +6,7 @@
 #include "complete/solving/branching.h"
 #include "complete/solving/closing.h"
 #include "complete/solving/least_norm.h"
-#include "support.h"
+#include "journal_run.h"
 
 namespace latbox::complete {
 namespace {
@@ -165,17 +165,10 @@ TEST(Solver, ThePointDoesNotDependOnTheWay) {
   EXPECT_GT(exchanged, 3u);
 }
 
-// With two distances each pattern of signs alone allows far less than the sum of both.
-// A run of a journal that is stopped by a limit, and goes on from what another has written down.
-struct Resumed {
+// A run that is stopped by a limit, and goes on from what another has written down.
+struct Resumed : testing::JournalRun {
   Resumed(const std::string& text, unsigned long limit, const Checkpoint& past)
-      : program(readProgram(text, "p.opt")) {
-    const auto save = [this](Checkpoint checkpoint) {
-      checkpoint.identity = "program";
-      saved = parseCheckpoint(textOf(checkpoint));
-    };
-    const auto rewind = [this](const FileState&) { ++rewinds; };
-    Journal journal(control, {save, [] { return FileState(); }, rewind, [] {}}, past);
+      : JournalRun(past), program(readProgram(text, "p.opt")) {
     Task task;
     task.limit = limit;
     outcome = solve(program, task, record, journal);
@@ -184,9 +177,6 @@ struct Resumed {
 
   Program program;
   Record record;
-  SearchControl control;
-  Checkpoint saved;
-  int rewinds = 0;
   Outcome outcome;
 };
 
@@ -212,6 +202,7 @@ TEST(Solver, AListGoesOnWhereItWasStopped) {
   EXPECT_EQ(listed.size(), 6u);
 }
 
+// With two distances each pattern of signs alone allows far less than the sum of both.
 TEST(LeastNorm, KnowsThatDistancesAddUp) {
   const Program program =
       readProgram("[ 0 3 ] [ [ 1 1 ] [ 1 1 ] ] [ ] [ ] [ ] [ ] [ ] [ 0 0 ] [ 0 0 ] [ 9 9 ]", "p.opt");
