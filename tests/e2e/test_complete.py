@@ -217,6 +217,42 @@ class VerdictTest(Case):
         self.assertEqual(len(self.listed()), 25)
 
 
+class SparseTest(Case):
+    """Hundreds of rows of two variables each: a lattice of rank 50 in 650 coordinates, which linear programs do without."""
+
+    def setUp(self):
+        super().setUp()
+        draw = random.Random(2)
+        self.edges = draw.sample([(i, j) for j in range(50) for i in range(j)], 600)
+
+    def text(self, **more):
+        rows = [[int(k in edge) for k in range(50)] for edge in self.edges]
+        return opt(au=rows + [[1] * 50], lu=["-inf"] * 600 + [more.pop("least", 0)], ru=[1] * 600 + [50], rx=[1] * 50, **more)
+
+    def largest(self, chosen=(), left=range(50)):
+        """Of all sets of nodes without an edge: how many nodes one has."""
+        best = len(chosen)
+        for place, node in enumerate(left):
+            free = [k for k in left[place + 1:] if (node, k) not in self.known]
+            if len(chosen) + 1 + len(free) > best:
+                best = max(best, self.largest((*chosen, node), free))
+        return best
+
+    def test_the_largest_set_without_an_edge(self):
+        self.known = set(self.edges)
+        most = self.largest()
+        told = []
+        for threads in (1, 2):
+            result = self.run_all(self.text(dt=["inf"], at=[[1] * 50]), "--threads=%d" % threads, "--resume=0")
+            self.assert_verdict(result, "optimum -%d" % most, 10)
+            told += self.listed()
+        self.assertEqual(told[0], told[1])
+        self.assertEqual(sum(told[0]), most)
+        self.assert_verdict(self.run_all(self.text(least=most), "--first=1", "--resume=0"), "found 1", 11)
+        self.assertEqual(sum(self.listed()[0]), most)
+        self.assert_verdict(self.run_all(self.text(least=most + 1), "--resume=0"), "none", 20)
+
+
 class BoundsTest(Case):
     def test_rows_close_infinite_bounds(self):
         # Neither row bounds a variable alone; together they do.
