@@ -163,7 +163,8 @@ class Crew {
   void pauseFor(std::unique_lock<std::mutex>& lock, bool keep) {
     pausing_ = true;
     changed_.wait(lock, [this] { return stopped_ || resting_.size() == busy_; });
-    if (!stopped_) {
+    // All may have come to their ends meanwhile, and a frontier without pieces is the whole tree.
+    if (!stopped_ && !isDone()) {
       Frontier frontier;
       frontier.share = 0;
       // Pieces that nobody has begun have their share in it only then.

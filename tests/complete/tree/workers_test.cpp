@@ -210,6 +210,37 @@ TEST_P(Workers, ATrialEndsAfterItsCandidates) {
 
 INSTANTIATE_TEST_SUITE_P(Threads, Workers, ::testing::Values(1, 2, 3, 4));
 
+// Comes to its end while the others wait for it to stand still.
+class LateWalk : public PieceWalk {
+ public:
+  void start(const Piece& piece) override { isBegun_ = !piece.empty(); }
+  Pause goOn() override {
+    if (!isBegun_) return Pause::LOOK;
+    // Time for the thread that keeps, which is due at once; if it takes longer, nothing is tested.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    return Pause::END;
+  }
+  Piece rest() const override { return {Choice()}; }
+  double share() const override { return 1; }
+  bool split(Piece&) override { return false; }
+  unsigned long takeNodes() override { return SMALL_TREE; }
+
+ private:
+  bool isBegun_ = false;
+};
+
+// It stood in the checkpoint as nothing but the whole tree: a run that went on listed all points once more.
+TEST(WorkersAtTheEnd, NothingLeftIsNotTold) {
+  for (unsigned threads = 1; threads <= 2; ++threads)
+    for (int i = 0; i < 10; ++i) {
+      SearchControl control;
+      control.threads = threads;
+      control.keepEvery = 1e-9;
+      control.keep = [](const Frontier& left) { EXPECT_FALSE(left.pieces.empty()); };
+      EXPECT_TRUE(walkThrough([] { return std::make_unique<LateWalk>(); }, {}, control));
+    }
+}
+
 // Points of a real search, each of which may be refused or be the last one for now.
 class Interrupting : public Visitor {
  public:
